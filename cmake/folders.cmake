@@ -1,0 +1,44 @@
+# One folder, one static library (tarnex_<folder>), one test program (test_<folder>).
+
+find_package(Threads REQUIRED)
+
+add_library(tarnex_options INTERFACE)
+target_compile_options(tarnex_options INTERFACE -Wall -Wextra -Werror)
+target_include_directories(tarnex_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
+target_compile_definitions(tarnex_options INTERFACE TARNEX_VERSION="${PROJECT_VERSION}")
+if(TARNEX_SANITIZE)
+    target_compile_options(tarnex_options INTERFACE
+        -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+    target_link_options(tarnex_options INTERFACE -fsanitize=address,undefined)
+elseif(CMAKE_BUILD_TYPE STREQUAL "Release")
+    target_compile_options(tarnex_options INTERFACE -ffunction-sections -fdata-sections)
+    target_link_options(tarnex_options INTERFACE -Wl,--gc-sections -Wl,--as-needed)
+endif()
+
+# tarnex_folder(<folder> <library it uses>...): every .cpp of src/<folder>, not of its subfolders.
+function(tarnex_folder folder)
+    string(REPLACE "/" "_" name ${folder})
+    file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/${folder}/*.cpp)
+    list(FILTER sources EXCLUDE REGEX "_main\\.cpp$")
+    if(sources)
+        add_library(tarnex_${name} STATIC ${sources})
+        target_link_libraries(tarnex_${name} PUBLIC tarnex_options ${ARGN})
+    else()
+        add_library(tarnex_${name} INTERFACE)
+        target_link_libraries(tarnex_${name} INTERFACE tarnex_options ${ARGN})
+    endif()
+endfunction()
+
+# tarnex_test(<folder> <library>...): every *_test.cpp of tests/<folder> in one program.
+function(tarnex_test folder)
+    string(REPLACE "/" "_" name ${folder})
+    file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/${folder}/*_test.cpp)
+    if(sources)
+        add_executable(test_${name} ${sources})
+        target_include_directories(test_${name} PRIVATE ${PROJECT_SOURCE_DIR})
+        target_link_libraries(test_${name} PRIVATE ${ARGN} GTest::gtest_main)
+        set_target_properties(test_${name} PROPERTIES
+            RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+        gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+    endif()
+endfunction()
