@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace tarnex {
+
+// Tells one state of the settings file from another.
+struct FileStamp {
+    std::uint64_t file = 0;   // which file it is (an atomic replacement makes a new one)
+    std::uint64_t size = 0;   // bytes
+    std::int64_t changed = 0; // time of the last change, ns
+    bool settled = false;     // old enough that a further change cannot bear the same stamp
+    friend bool operator==(const FileStamp&, const FileStamp&) = default;
+};
+
+// The settings file as a whole.
+class SettingsStore {
+  public:
+    virtual ~SettingsStore() = default;
+
+    // The file's name for people.
+    virtual std::string Name() const = 0;
+    // Nothing when there is no readable file.
+    virtual std::optional<FileStamp> Stamp() const = 0;
+    // The whole content from one moment: read again when the file changed meanwhile. Nothing when
+    // there is no readable file. Content beyond 1 MiB is not read.
+    virtual std::optional<std::string> Read() const = 0;
+    // Replaces the content by edit(present content) in one atomic step, under the lock that all
+    // programs of this system use; a file that another program changes meanwhile is read and
+    // edited again. No file counts as empty content. Owner and mode stay. edit may run more than
+    // once; when it returns nothing, nothing is written. False when the file cannot be written.
+    virtual bool
+    Update(const std::function<std::optional<std::string>(const std::string&)>& edit) = 0;
+};
+
+} // namespace tarnex

@@ -1,0 +1,105 @@
+#pragma once
+
+#include "platform/log_table.h"
+#include "platform/service_controller.h"
+#include "platform/settings_store.h"
+
+#include <string>
+#include <vector>
+
+namespace tarnex {
+
+// A settings file in memory.
+class SimulatedSettingsStore : public SettingsStore {
+  public:
+    std::string Name() const override { return "Tarnex.ini"; }
+    std::optional<FileStamp> Stamp() const override {
+        if (!content_)
+            return std::nullopt;
+        return FileStamp{.file = 1, .size = content_->size(), .changed = version_, .settled = true};
+    }
+    std::optional<std::string> Read() const override { return content_; }
+    bool
+    Update(const std::function<std::optional<std::string>(const std::string&)>& edit) override {
+        if (!Writable)
+            return false;
+        if (auto content = edit(content_.value_or("")))
+            SetContent(std::move(*content));
+        return true;
+    }
+
+    // What another program does to the file.
+    void SetContent(std::string content) {
+        content_ = std::move(content);
+        ++version_;
+    }
+    void Delete() { content_.reset(); }
+    bool Writable = true;
+
+  private:
+    std::optional<std::string> content_;
+    std::int64_t version_ = 0;
+};
+
+// A log table in memory.
+class SimulatedLogTable : public LogTable {
+  public:
+    std::string Open(const Text& path) override {
+        ++Opened;
+        open_ = open_ || (Problem.empty() && !path.empty());
+        return Problem;
+    }
+    std::string Append(const LogRow& row) override {
+        if (!Problem.empty() || !open_)
+            return Problem.empty() ? "no log database is open" : Problem;
+        Rows.push_back(row);
+        return "";
+    }
+
+    std::string Problem; // not "": every call fails with it
+    std::vector<LogRow> Rows;
+    int Opened = 0;
+
+  private:
+    bool open_ = false;
+};
+
+// A service manager that a test plays.
+class SimulatedServiceController : public ServiceController {
+  public:
+    bool Install(bool interactive) override {
+        Log.push_back(interactive ? "install interactive" : "install");
+        return InstallSucceeds;
+    }
+    bool Uninstall() override {
+        Log.push_back("uninstall");
+        return true;
+    }
+    void SaveParameter(std::string_view name, std::string_view value) override {
+        Log.push_back("parameter " + std::string(name) + "=" + std::string(value));
+    }
+    void StartService(int controls_accepted, ServiceEvents events) override {
+        Log.push_back("start " + std::to_string(controls_accepted));
+        Events = std::move(events);
+    }
+    void ReportReady() override { Log.push_back("ready"); }
+    void LogEvent(EventType type, int number, std::string_view text) override {
+        Log.push_back("event " + std::to_string(int(type)) + " " + std::to_string(number) + " " +
+                      std::string(text));
+    }
+
+    bool InstallSucceeds = true;
+    ServiceEvents Events;         // call these to play the service manager
+    std::vector<std::string> Log; // what it was asked, in order
+};
+
+class SimulatedInstanceLock : public InstanceLock {
+  public:
+    bool Acquire() override { return !HeldByAnother; }
+    void KillLeftOver() override { ++Kills; }
+
+    bool HeldByAnother = false;
+    int Kills = 0;
+};
+
+} // namespace tarnex

@@ -1,0 +1,36 @@
+#include "platform/text.h"
+
+#include <gtest/gtest.h>
+
+namespace tarnex {
+namespace {
+
+TEST(Text, LeadingNumber) {
+    EXPECT_EQ(LeadingNumber(u"7a"), 7);
+    EXPECT_EQ(LeadingNumber(u"  -12x"), -12);
+    EXPECT_EQ(LeadingNumber(u"2.5"), 2.5);
+    EXPECT_EQ(LeadingNumber(u""), 0);
+    EXPECT_EQ(LeadingNumber(u"abc"), 0);
+    EXPECT_EQ(LeadingNumber(u"-"), 0);
+    EXPECT_EQ(LeadingInt16(u"32767"), 32767);
+    EXPECT_EQ(LeadingInt16(u"32768"), std::nullopt);
+    EXPECT_EQ(LeadingInt16(u"99999999999999999999"), std::nullopt);
+    EXPECT_EQ(LeadingInt16(u"2.5"), 2); // halves go to the even neighbour
+}
+
+TEST(Text, TrimTakesBlanksOnly) {
+    EXPECT_EQ(Trim(u"  a b\t "), u"a b\t");
+    EXPECT_EQ(Trim(u"   "), u"");
+    EXPECT_EQ(Trim(u"\u3000x"), u"\u3000x");
+}
+
+TEST(Text, Utf8BothWays) {
+    for (const Text& text : {Text(u"设备1的CPU"), Text(u"\U0001F600é"), Text(u"\0x", 2)})
+        EXPECT_EQ(FromUtf8(ToUtf8(text)), text);
+    EXPECT_EQ(ToUtf8(Text(1, char16_t(0xD800))), "\xEF\xBF\xBD");
+    EXPECT_EQ(FromUtf8("a\xFF\xE4\xB8z"), u"a\uFFFD\uFFFDz");
+    EXPECT_EQ(FromUtf8("\xC0\x80"), u"\uFFFD\uFFFD"); // overlong
+}
+
+} // namespace
+} // namespace tarnex
