@@ -1,0 +1,89 @@
+#include "ui/form.h"
+
+namespace tarnex {
+
+Control::Control(Form& form, std::string name) : form_(form), name_(std::move(name)) {
+    form.controls_.push_back(this);
+}
+
+void Control::Changed() {
+    if (form_.observer_)
+        form_.observer_->ControlChanged(*this);
+}
+
+void Control::SetEnabled(bool enabled) {
+    enabled_ = enabled;
+    Changed();
+}
+
+void Control::SetVisible(bool visible) {
+    visible_ = visible;
+    Changed();
+}
+
+void Control::SetWidth(int twips) {
+    width_ = twips;
+    Changed();
+}
+
+void Label::SetCaption(Text caption) {
+    caption_ = std::move(caption);
+    Changed();
+}
+
+Button::Button(Form& form, std::string name, Text caption)
+    : Control(form, std::move(name)), caption_(std::move(caption)) {}
+
+void Button::SetCaption(Text caption) {
+    caption_ = std::move(caption);
+    Changed();
+}
+
+void Button::Click() {
+    if (Enabled() && on_click_)
+        on_click_();
+}
+
+void TextBox::SetValue(Text value) {
+    value_ = std::move(value);
+    Changed();
+}
+
+CheckBox::CheckBox(Form& form, std::string name, Text caption, bool checked)
+    : Control(form, std::move(name)), caption_(std::move(caption)), checked_(checked) {}
+
+void CheckBox::SetChecked(bool checked) {
+    checked_ = checked;
+    Changed();
+}
+
+void ListBox::Add(Text line) {
+    lines_.push_back(std::move(line));
+    selected_ = int(lines_.size()) - 1;
+    Changed();
+}
+
+void ListBox::Clear() {
+    lines_.clear();
+    selected_ = -1;
+    Changed();
+}
+
+void Form::SetCaption(Text caption) {
+    caption_ = std::move(caption);
+    if (observer_)
+        observer_->FormChanged();
+}
+
+void Form::SetVisible(bool visible) {
+    visible_ = visible;
+    if (observer_)
+        observer_->FormChanged();
+}
+
+void Form::Close() {
+    if (on_close_)
+        on_close_();
+}
+
+} // namespace tarnex
