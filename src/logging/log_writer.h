@@ -1,0 +1,40 @@
+#pragma once
+
+#include "logging/event_record.h"
+#include "logging/operator_notices.h"
+#include "platform/clock.h"
+#include "platform/log_table.h"
+
+namespace tarnex {
+
+// Writes the lasting log: one row for each notification, command and response. Every writer tells
+// by its result whether the row was stored; a row that was not is counted and stays lost.
+class LogWriter {
+  public:
+    LogWriter(Clock& clock, LogTable& table, OperatorNotices& notices);
+
+    // (Re)opens the database; an empty path leaves it as it is.
+    void Open(const Text& path);
+
+    // A notification that tells of event.
+    bool WriteLog(const Text& message, const EventRecord& event);
+    // A command received: machine digit, two-digit service number, action digit.
+    bool WriteCtrlLog(const Text& command);
+    // A response sent.
+    bool WriteResponseLog(const Text& message);
+
+    // Rows lost since start.
+    unsigned long LostRows() const { return lost_rows_; }
+
+  private:
+    bool Store(const LogRow& row);
+    LogRow NewRow(TextView direction) const;
+
+    Clock& clock_;
+    LogTable& table_;
+    OperatorNotices& notices_;
+    int ControlTarget = 0; // column 12 of the last command
+    unsigned long lost_rows_ = 0;
+};
+
+} // namespace tarnex
