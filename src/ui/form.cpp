@@ -1,5 +1,8 @@
 #include "ui/form.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace tarnex {
 
 Control::Control(Form& form, std::string name) : form_(form), name_(std::move(name)) {
@@ -47,6 +50,13 @@ void Button::Click() {
 void TextBox::SetValue(Text value) {
     value_ = std::move(value);
     Changed();
+}
+
+void CountUp(TextBox& box) {
+    // An operator may have typed anything; beyond this bound a count means nothing anyway.
+    constexpr double kHighest = 1e15;
+    box.SetValue(
+        ToText(std::llround(std::clamp(LeadingNumber(box.Value()), -kHighest, kHighest)) + 1));
 }
 
 CheckBox::CheckBox(Form& form, std::string name, Text caption, bool checked)

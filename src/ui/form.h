@@ -83,6 +83,9 @@ class TextBox : public Control {
     Text value_;
 };
 
+// Adds one to the number with which the box's text begins.
+void CountUp(TextBox& box);
+
 class CheckBox : public Control {
   public:
     CheckBox(Form& form, std::string name, Text caption, bool checked);
