@@ -1,0 +1,23 @@
+#pragma once
+
+#include "platform/clock.h"
+#include "platform/text.h"
+
+namespace tarnex {
+
+// The first four characters of the answer to a message that is no command.
+inline constexpr TextView kStrangerAnswer = u"ETel";
+inline constexpr TextView kBadCommandAnswer = u"ECmd";
+
+// The numbers whose messages are commands. One that is empty admits every sender.
+struct AlarmNumbers {
+    Text First;
+    Text Second;
+};
+
+// The answer to a received SMS: the four-digit command, kBadCommandAnswer or kStrangerAnswer; then,
+// unless it is a stranger's, the recipient selector of the sender ("1" or "2") and the reply SMS.
+Text CommandAnswer(const AlarmNumbers& numbers, TextView sender, TextView text,
+                   const CalendarTime& now);
+
+} // namespace tarnex
