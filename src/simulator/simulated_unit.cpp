@@ -1,0 +1,224 @@
+#include "simulator/simulated_unit.h"
+
+#include "simulator/unit_command_table.h"
+#include "simulator/unit_text.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+namespace tarnex {
+
+namespace {
+
+constexpr std::string_view kLineEnd = "\r\n";
+constexpr std::string_view kFrameStart = "~TX:";
+constexpr std::string_view kNoise = "\x81#~x\xFE?&\x07";
+constexpr std::size_t kLongestLine = 4096;
+constexpr std::size_t kSentKept = 1000;
+constexpr Duration kHalfGap = 100ms; // well beyond the 20 ms after which the PC reads a line
+constexpr Duration kGsmStart = 1s;
+
+const UnitCommand* FindCommand(std::string_view name, bool with_argument) {
+    for (const UnitCommand& command : UnitCommands())
+        if (command.name == name && command.takes_argument == with_argument)
+            return &command;
+    return nullptr;
+}
+
+std::size_t IndexOf(const UnitCommand& command) {
+    return std::size_t(&command - UnitCommands().data());
+}
+
+} // namespace
+
+SimulatedUnit::SimulatedUnit(Clock& clock)
+    : calls_(clock), signal_timer_(clock, "signal", 0ms, [this] { ReportSignal(); }),
+      counts_(UnitCommands().size()) {}
+
+void SimulatedUnit::Opened(const LineSettings& settings) {
+    listening_ = settings.baud == 19200 && settings.parity == 'N';
+    input_.clear();
+}
+
+void SimulatedUnit::Received(std::string_view bytes) {
+    if (!listening_)
+        return;
+    input_ += bytes;
+    std::size_t end;
+    while ((end = input_.find(kLineEnd)) != std::string::npos) {
+        const std::string line = input_.substr(0, end);
+        input_.erase(0, end + kLineEnd.size());
+        Hear(line);
+    }
+    if (input_.size() > kLongestLine)
+        input_.clear();
+}
+
+void SimulatedUnit::Hear(std::string_view line) {
+    if (!line.starts_with(kFrameStart))
+        return;
+    if (Faults.Echo)
+        calls_.After(0ms, [this, echo = std::string(line) + std::string(kLineEnd)] { Emit(echo); });
+    line.remove_prefix(kFrameStart.size());
+    on_command_(line);
+
+    const std::size_t open = line.find('(');
+    const bool with_argument = open != line.npos && line.ends_with(')');
+    const std::string_view name = with_argument ? line.substr(0, open) : line;
+    const UnitCommand* command = FindCommand(name, with_argument);
+    if (command)
+        ++counts_[IndexOf(*command)];
+    if (Faults.Silent)
+        return;
+    if (const auto instead = Faults.Instead.find(name); instead != Faults.Instead.end()) {
+        if (!instead->second.empty())
+            Answer(instead->second);
+    } else if (booting_) {
+        if (command && command->action == UnitAction::kGreet)
+            Answer("Init");
+    } else if (command) {
+        Obey(*command, with_argument ? line.substr(open + 1, line.size() - open - 2) : "");
+    } else {
+        Answer("ERROR");
+    }
+}
+
+void SimulatedUnit::Obey(const UnitCommand& command, std::string_view argument) {
+    switch (command.action) {
+    case UnitAction::kGreet:
+        return Answer("Hello,sever");
+    case UnitAction::kReportSignal:
+        return calls_.After(Times.Signal, [this] { ReportSignal(); });
+    case UnitAction::kStore:
+        Memory.*command.field = argument;
+        return Answer("OK");
+    case UnitAction::kSet:
+        Memory.*command.field = command.text;
+        return Answer("OK");
+    case UnitAction::kTell:
+        return Answer(std::string(command.text) + Memory.*command.field +
+                      (command.text.empty() ? "" : ")"));
+    case UnitAction::kFreeDisplay:
+        Memory.Lcd1.clear();
+        Memory.Lcd2.clear();
+        return Answer("OK");
+    case UnitAction::kSendSms:
+        return SendSms(command, argument);
+    case UnitAction::kReset:
+        Answer("RESET OK");
+        return calls_.After(Times.Answer, [this] { Boot(); });
+    }
+}
+
+void SimulatedUnit::SendSms(const UnitCommand& command, std::string_view hex) {
+    const SentSms sms{.number_index = command.name.back() - '0',
+                      .telephone_number = Memory.*command.field,
+                      .text = FromHexText(hex)};
+    sent_.push_back(sms);
+    if (sent_.size() > kSentKept)
+        sent_.pop_front();
+    Answer("OK");
+    const SmsOutcome outcome = sms.telephone_number.empty() ? SmsOutcome::kFailed : Outcome;
+    calls_.After(Times.Sms, [this, outcome] { ReportOutcome(outcome); });
+    on_sent_(sms);
+}
+
+void SimulatedUnit::ReportOutcome(SmsOutcome outcome) {
+    switch (outcome) {
+    case SmsOutcome::kSent:
+        return Say("TX:SENDOK");
+    case SmsOutcome::kFailed:
+        return Say("TX:SENDFAIL");
+    case SmsOutcome::kLost:
+        return;
+    }
+}
+
+void SimulatedUnit::Answer(std::string_view text) {
+    std::string chunk;
+    for (const std::string& line : Faults.LinesBefore)
+        chunk.append(line).append(kLineEnd);
+    if (Faults.Noise)
+        chunk.append(kNoise);
+    else
+        chunk.append("TX:").append(text);
+    if (!Faults.NoLineEnd)
+        chunk.append(kLineEnd);
+    for (const std::string& line : Faults.LinesBehind)
+        chunk.append(line).append(kLineEnd);
+
+    if (Faults.TwoChunks) {
+        const std::size_t half = chunk.size() / 2;
+        calls_.After(Times.Answer + kHalfGap, [this, rest = chunk.substr(half)] { Emit(rest); });
+        chunk.resize(half);
+    }
+    calls_.After(Times.Answer, [this, chunk] { Emit(chunk); });
+}
+
+void SimulatedUnit::Emit(std::string_view bytes) {
+    if (line_ && !Faults.Silent)
+        line_->Send(bytes);
+}
+
+void SimulatedUnit::Say(std::string_view line) {
+    Emit(std::string(line) + std::string(kLineEnd));
+}
+
+void SimulatedUnit::Boot() {
+    calls_.CancelAll();
+    input_.clear();
+    Memory.Lcd1.clear();
+    Memory.Lcd2.clear();
+    Memory.PcAlarm.clear();
+    booting_ = true;
+    calls_.After(Times.Boot - kGsmStart, [this] { Say("TX:InitSysOk"); });
+    calls_.After(Times.Boot, [this] {
+        booting_ = false;
+        Say("TX:InitGsmOk");
+    });
+}
+
+bool SimulatedUnit::ReceiveSms(TextView number, TextView text) {
+    if (Faults.Silent || booting_)
+        return false;
+    Say(MakeReceivedRecord(number, calls_.clock().Calendar(), text));
+    return true;
+}
+
+void SimulatedUnit::LosePower() {
+    Memory.AlarmState = "1";
+    Say("TX:Alarm(AC)");
+}
+
+void SimulatedUnit::RegainPower() {
+    Memory.AlarmState = "0";
+    Say("TX:Alarm(ACOK)");
+}
+
+void SimulatedUnit::LoseConnection() {
+    Say("TX:Alarm(CON)");
+}
+
+void SimulatedUnit::LoseCard() {
+    Say("TX:NOSimCard");
+}
+
+void SimulatedUnit::ReportSignal() {
+    if (!booting_)
+        Say("TX:TXCSQ(" + std::to_string(Signal) + ",0)");
+}
+
+void SimulatedUnit::SetSignalPeriod(Duration period) {
+    signal_timer_.SetInterval(period);
+    signal_timer_.Enable();
+}
+
+long SimulatedUnit::Count(std::string_view name) const {
+    for (const UnitCommand& command : UnitCommands())
+        if (command.name == name)
+            return counts_[IndexOf(command)];
+    throw std::out_of_range("the unit has no command " + std::string(name));
+}
+
+} // namespace tarnex
