@@ -10,22 +10,38 @@ namespace tarnex {
 // The longest value a setting can have, in characters; the rest is cut off.
 inline constexpr std::size_t kLongestValue = 128;
 
-// One state of the settings file, parsed.
+// One state of the settings file, parsed: "[section]" lines, "key=value" lines, ";" lines as
+// comments; anything else means nothing. Section and key names compare without case and without
+// the blanks around them; a value is everything behind "=". The first section of a name and the
+// first key of a name in it count, later ones are never seen.
 class IniDocument {
   public:
-    IniDocument(std::string_view bytes, const CodePage& code_page);
+    IniDocument() = default;
+    IniDocument(std::string_view content, const CodePage& code_page);
 
-    // The value of the first matching key of the first matching section, cut to kLongestValue
-    // characters, without NUL characters; "" when there is none.
+    // The value, cut to kLongestValue characters and without its NUL characters; "" when there is
+    // none. Valid as long as the document.
     TextView Get(TextView section, TextView key) const;
 
-    // content with the value of that key replaced, or the key, or the section and the key, added.
-    // Everything else, byte for byte, stays: comments, order, line ends.
-    static std::string Set(const std::string& content, const CodePage& code_page, TextView section,
-                           TextView key, TextView value);
+    // content with the value of that key replaced, or the key, or the section and the key, added:
+    // what Get then finds. Everything else, byte for byte, stays: comments, order, line ends.
+    // Nothing when no file can hold that name or value, as when it contains a line end.
+    static std::optional<std::string> Set(const std::string& content, const CodePage& code_page,
+                                          TextView section, TextView key, TextView value);
 
   private:
-    std::unordered_map<Text, Text> values_;
+    struct NameHash {
+        using is_transparent = void;
+        std::size_t operator()(TextView name) const;
+    };
+    struct NameEqual {
+        using is_transparent = void;
+        bool operator()(TextView a, TextView b) const { return EqualIgnoringCase(a, b); }
+    };
+    template <typename Value>
+    using ByName = std::unordered_map<Text, Value, NameHash, NameEqual>;
+
+    ByName<ByName<Text>> sections_;
 };
 
 } // namespace tarnex

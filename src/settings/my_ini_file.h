@@ -5,6 +5,7 @@
 #include "settings/ini_document.h"
 
 #include <memory>
+#include <span>
 
 namespace tarnex {
 
@@ -12,6 +13,7 @@ namespace tarnex {
 // compare without case; a value is everything behind "=", cut to its first 128 characters.
 class MyIniFile {
   public:
+    // Both must outlive the object.
     MyIniFile(SettingsStore& store, const CodePage& code_page);
 
     // True only if the key's value in section "Setting" is exactly "1".
@@ -20,15 +22,25 @@ class MyIniFile {
     bool WriteIniTF(TextView key, bool value);
     // The value, or "" when there is none, or when the key is blank.
     Text GetIniStr(TextView section, TextView key) const;
-    // False, and nothing is written, when section, key or value is blank.
+    // False, and nothing is written, when section, key or value is blank, or when no settings file
+    // can hold it (a line end inside). True says nothing about the disk: see LastWriteFailed.
     bool WriteIniStr(TextView section, TextView key, TextView value);
+    // The same value under several keys in their order, all in one step or none.
+    bool WriteIniStr(TextView section, std::span<const TextView> keys, TextView value);
+
+    // The last value that was to be written is not in the file: it cannot be written.
+    bool LastWriteFailed() const { return last_write_failed_; }
 
     // The whole file as it is now, for readers that want many values of one moment.
     std::shared_ptr<const IniDocument> Snapshot() const;
 
   private:
+    // False when the file cannot hold it.
+    bool Write(TextView section, std::span<const TextView> keys, TextView value);
+
     SettingsStore& store_;
     const CodePage& code_page_;
+    bool last_write_failed_ = false;
     // The parsed file of stamp_; reused only while the stamp is settled and still the same.
     mutable std::optional<FileStamp> stamp_;
     mutable std::shared_ptr<const IniDocument> parsed_;

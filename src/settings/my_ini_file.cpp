@@ -1,0 +1,71 @@
+#include "settings/my_ini_file.h"
+
+#include <algorithm>
+
+namespace tarnex {
+
+namespace {
+
+constexpr TextView kFlagSection = u"Setting";
+
+bool IsBlank(TextView text) {
+    return Trim(text).empty();
+}
+
+} // namespace
+
+MyIniFile::MyIniFile(SettingsStore& store, const CodePage& code_page)
+    : store_(store), code_page_(code_page) {}
+
+bool MyIniFile::GetIniTF(TextView key) const {
+    return GetIniStr(kFlagSection, key) == u"1";
+}
+
+bool MyIniFile::WriteIniTF(TextView key, bool value) {
+    Write(kFlagSection, {&key, 1}, value ? u"1" : u"0");
+    return true;
+}
+
+Text MyIniFile::GetIniStr(TextView section, TextView key) const {
+    return IsBlank(key) ? Text() : Text(Snapshot()->Get(section, key));
+}
+
+bool MyIniFile::WriteIniStr(TextView section, TextView key, TextView value) {
+    return WriteIniStr(section, {&key, 1}, value);
+}
+
+bool MyIniFile::WriteIniStr(TextView section, std::span<const TextView> keys, TextView value) {
+    if (IsBlank(section) || IsBlank(value) || std::ranges::any_of(keys, IsBlank))
+        return false;
+    return Write(section, keys, value);
+}
+
+bool MyIniFile::Write(TextView section, std::span<const TextView> keys, TextView value) {
+    bool possible = true;
+    const auto edit = [&](const std::string& present) -> std::optional<std::string> {
+        std::optional<std::string> content = present;
+        for (const TextView key : keys)
+            if (content)
+                content = IniDocument::Set(*content, code_page_, section, key, value);
+        possible = content.has_value();
+        return content == present ? std::nullopt : content;
+    };
+    const bool written = store_.Update(edit);
+    if (possible)
+        last_write_failed_ = !written;
+    return possible;
+}
+
+std::shared_ptr<const IniDocument> MyIniFile::Snapshot() const {
+    // Before reading: a change in between then shows as another stamp at the next look.
+    const std::optional<FileStamp> stamp = store_.Stamp();
+    if (parsed_ && stamp && stamp->settled && stamp == stamp_)
+        return parsed_;
+    const std::optional<std::string> content = store_.Read();
+    parsed_ = content ? std::make_shared<const IniDocument>(*content, code_page_)
+                      : std::make_shared<const IniDocument>();
+    stamp_ = content ? stamp : std::nullopt;
+    return parsed_;
+}
+
+} // namespace tarnex

@@ -1,0 +1,102 @@
+#include "platform/linux/iconv_code_page.h"
+#include "settings/ini_document.h"
+
+#include <gtest/gtest.h>
+
+namespace tarnex {
+namespace {
+
+const IconvCodePage kGbk("GBK");
+
+Text Read(const std::string& content, TextView section, TextView key) {
+    return Text(IniDocument(content, kGbk).Get(section, key));
+}
+
+struct ReadRow {
+    std::string content;
+    Text value; // of [Text] Text1(33)
+};
+
+TEST(IniDocument, FindsTheFirstKeyOfTheFirstSection) {
+    const ReadRow rows[] = {
+        {"[Text]\r\nText1(33)=Com3\r\n", u"Com3"},
+        {"[tEXT]\n  tExT1(33)  = \"Com 3\" ", u" \"Com 3\" "},
+        {"\xEF\xBB\xBF[Text]\nText1(33)=first line marked", u"first line marked"},
+        {"[Text]\nText1(33)=1\nText1(33)=2", u"1"},
+        {"[Text]\nA=1\n[B]\nText1(33)=2\n[Text]\nText1(33)=3", u""},
+        {"Text1(33)=0\n[Text] ; our own\n;Text1(33)=1\n ; Text1(33)=2\nText1(33)=3;4=5", u"3;4=5"},
+        {"[Other\nText1(33)=1\n[Text]\nText1(33)\n=2\nText1(33)=", u""},
+        {"[Text]\nText1(33)=a\rb\r\n", u"a\rb"},
+        {"", u""},
+        {std::string("[Text]\nText1(33)=a\0b\n", 21), u"ab"},
+        {"[Text]\nText1(33)=" + std::string(127, 'x') + "yz", Text(127, u'x') + u"y"},
+    };
+    for (const ReadRow& row : rows)
+        EXPECT_EQ(Read(row.content, u"Text", u"Text1(33)"), row.value) << row.content;
+}
+
+// The second bytes of these characters are "[", "]", "\" and a letter.
+const std::string kTricky = "\x81\x5B\x81\x5D\x81\x5C\x81\x41";
+
+TEST(IniDocument, SecondHalvesOfCharactersAreNoSyntax) {
+    const std::string content = "[" + kTricky + "]\r\n" + kTricky + "=" + kTricky + "\r\n";
+    const Text name = kGbk.Decode(kTricky);
+    ASSERT_EQ(name.size(), 4u);
+    EXPECT_EQ(Read(content, name, name), name);
+    EXPECT_EQ(Read("[" + kTricky + "]\nk=\x81\n", name, u"k"), u"?");
+    // "\x81\x41" and "\x81\x61" differ by the case of a byte only, and are two characters.
+    EXPECT_EQ(Read("[S]\n\x81\x61=1\n\x81\x41=2\n", u"S", kGbk.Decode("\x81\x41")), u"2");
+    EXPECT_EQ(IniDocument::Set(content, kGbk, name, name, u"设"),
+              "[" + kTricky + "]\r\n" + kTricky + "=\xC9\xE8\r\n");
+}
+
+struct SetRow {
+    const char* before;
+    const char* after; // [S] K set to "v"
+};
+
+TEST(IniDocument, ChangesNothingButTheOneValue) {
+    const SetRow rows[] = {
+        {"", "[S]\r\nK=v\r\n"},
+        {"[S]\nK=old", "[S]\nK=v"},
+        {"; \xFF\n[s] x\r\n  k  = old \r\nK=2\r\n", "; \xFF\n[s] x\r\n  k  =v\r\nK=2\r\n"},
+        {"[S]\n;K=1\nA=\xFF\x81\n\n; about T\n[T]\nK=1\n",
+         "[S]\n;K=1\nA=\xFF\x81\nK=v\n\n; about T\n[T]\nK=1\n"},
+        {"[S]\r\n\r\n[S]\r\nK=1\r\n", "[S]\r\nK=v\r\n\r\n[S]\r\nK=1\r\n"},
+        {"[S]\r\nA=1", "[S]\r\nA=1\r\nK=v"},
+        {"[T]\nK=1", "[T]\nK=1\n[S]\nK=v"},
+        {"[T]\nK=1\n", "[T]\nK=1\n[S]\nK=v\n"},
+        {"K=1\nrubbish \x81\n", "K=1\nrubbish \x81\n[S]\nK=v\n"},
+    };
+    for (const SetRow& row : rows) {
+        const auto result = IniDocument::Set(row.before, kGbk, u"S", u" K ", u"v");
+        ASSERT_TRUE(result);
+        EXPECT_EQ(*result, row.after);
+        EXPECT_EQ(Read(*result, u"S", u"K"), u"v") << row.before;
+    }
+}
+
+TEST(IniDocument, RefusesWhatAReaderWouldNotFindAgain) {
+    struct {
+        Text section, key, value;
+    } const rows[] = {
+        {u"S\n[T", u"K", u"v"},
+        {u"S]", u"K", u"v"},
+        {u"S", u"K=", u"v"},
+        {u"S", u";K", u"v"},
+        {u"S", u"[K", u"v"},
+        {u"S", u"K\r", u"v"},
+        {u"S", u"K\u0E01", u"v"},
+        {u"S", u"", u"v"},
+        {u"S", u"K", u"v\nCheck1(13)=0"},
+        {u"S", u"K", u"v\r"},
+        {u"S", Text(1, u'\0'), u"v"},
+    };
+    for (const auto& row : rows)
+        EXPECT_FALSE(IniDocument::Set("[S]\nK=1\n", kGbk, row.section, row.key, row.value));
+    // A value may be changed by the code page; it cannot break the file.
+    EXPECT_EQ(IniDocument::Set("[S]\nK=1\n", kGbk, u"S", u"K", u"\u0E01]=[;"), "[S]\nK=?]=[;\n");
+}
+
+} // namespace
+} // namespace tarnex

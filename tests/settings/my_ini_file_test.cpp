@@ -1,0 +1,87 @@
+#include "platform/linux/iconv_code_page.h"
+#include "settings/my_ini_file.h"
+#include "simulator/simulated_stores.h"
+
+#include <gtest/gtest.h>
+
+namespace tarnex {
+namespace {
+
+// Counts the readings and lets a test decide whether the stamp can be trusted.
+class CountingStore : public SimulatedSettingsStore {
+  public:
+    std::optional<FileStamp> Stamp() const override {
+        auto stamp = SimulatedSettingsStore::Stamp();
+        if (stamp)
+            stamp->settled = Settled;
+        return stamp;
+    }
+    std::optional<std::string> Read() const override {
+        ++Readings;
+        return SimulatedSettingsStore::Read();
+    }
+    bool Settled = true;
+    mutable int Readings = 0;
+};
+
+struct MyIniFileTest : testing::Test {
+    const IconvCodePage gbk{"GBK"};
+    CountingStore store;
+    MyIniFile file{store, gbk};
+};
+
+TEST_F(MyIniFileTest, OnlyAnExactOneIsTrue) {
+    store.SetContent("[Setting]\na=1\nb=0\nc= 1\nd=01\ne=\n");
+    EXPECT_TRUE(file.GetIniTF(u"A"));
+    for (const TextView key : {u"b", u"c", u"d", u"e", u"f", u" "})
+        EXPECT_FALSE(file.GetIniTF(key));
+    EXPECT_TRUE(file.WriteIniTF(u"a", false));
+    EXPECT_TRUE(file.WriteIniTF(u"b", true));
+    EXPECT_EQ(store.Read(), "[Setting]\na=0\nb=1\nc= 1\nd=01\ne=\n");
+}
+
+TEST_F(MyIniFileTest, BlankNamesAndValuesAreRefused) {
+    store.SetContent("[S]\nk=1\n");
+    EXPECT_FALSE(file.WriteIniStr(u" ", u"k", u"v"));
+    EXPECT_FALSE(file.WriteIniStr(u"S", u"  ", u"v"));
+    EXPECT_FALSE(file.WriteIniStr(u"S", u"k", u"   "));
+    EXPECT_FALSE(file.WriteIniStr(u"S", u"k", u"a\nb"));
+    const TextView one_is_bad[] = {u"k", u"x=y"};
+    EXPECT_FALSE(file.WriteIniStr(u"S", one_is_bad, u"v"));
+    EXPECT_FALSE(file.LastWriteFailed());
+    EXPECT_EQ(store.Read(), "[S]\nk=1\n");
+    EXPECT_EQ(file.GetIniStr(u"S", u"  "), u"");
+}
+
+TEST_F(MyIniFileTest, AFileThatCannotBeWrittenIsTold) {
+    store.Writable = false;
+    EXPECT_TRUE(file.WriteIniStr(u"S", u"k", u" v "));
+    EXPECT_TRUE(file.LastWriteFailed());
+    EXPECT_EQ(file.GetIniStr(u"S", u"k"), u"");
+    store.Writable = true;
+    EXPECT_TRUE(file.WriteIniStr(u"S", u"k", u" v "));
+    EXPECT_FALSE(file.LastWriteFailed());
+    EXPECT_EQ(file.GetIniStr(u"S", u"k"), u" v ");
+}
+
+TEST_F(MyIniFileTest, ReadsTheFileAgainWheneverItCanHaveChanged) {
+    store.SetContent("[S]\nk=1\n");
+    store.Settled = false;
+    EXPECT_EQ(file.GetIniStr(u"S", u"k"), u"1");
+    EXPECT_EQ(file.GetIniStr(u"S", u"k"), u"1");
+    EXPECT_EQ(store.Readings, 2); // a change within the clock's grain would bear the same stamp
+    store.Settled = true;
+    EXPECT_EQ(file.GetIniStr(u"S", u"k"), u"1");
+    EXPECT_EQ(store.Readings, 3);
+    const auto snapshot = file.Snapshot();
+    EXPECT_EQ(file.GetIniStr(u"S", u"k"), u"1");
+    EXPECT_EQ(store.Readings, 3);
+    store.SetContent("[S]\nk=2\n");
+    EXPECT_EQ(file.GetIniStr(u"S", u"k"), u"2");
+    EXPECT_EQ(snapshot->Get(u"S", u"k"), u"1");
+    store.Delete();
+    EXPECT_EQ(file.GetIniStr(u"S", u"k"), u"");
+}
+
+} // namespace
+} // namespace tarnex
