@@ -1,0 +1,14 @@
+#pragma once
+
+#include "settings/my_ini_file.h"
+
+namespace tarnex {
+
+// The device record: the values that were last written into the unit, under the keys of this
+// section.
+inline constexpr TextView kDeviceRecord = u"TarnexComm";
+
+// Marks every value of the device record as unknown, so that the unit gets each one again.
+void InvalidateUnitSettings(MyIniFile& file);
+
+} // namespace tarnex
