@@ -1,0 +1,154 @@
+#include "notify/sms_queue.h"
+
+namespace tarnex {
+
+namespace {
+
+constexpr Duration kSendPeriod = 8s;
+constexpr Duration kFirstSendDelay = 3s;
+constexpr Duration kCheckPeriod = 3s;
+constexpr int kSMSLostTime = 35; // s
+constexpr int kSendErrorLimit = 4;
+
+constexpr TextView kTestText = u"这是一条测试短信，用来检查短信能否正常发送，如果您收到了这条短信，"
+                               u"说明短信发送一切正常，请勿回复。";
+
+} // namespace
+
+SMSQueue::SMSQueue(Parts parts)
+    : mSMSSendTimer(parts.clock, "mSMSSendTimer", kSendPeriod,
+                    [this] { return mSMSSendTimer_Timer(); }),
+      mSMSSendChkTimer(parts.clock, "mSMSSendChkTimer", kCheckPeriod,
+                       [this] { mSMSSendChkTimer_Timer(); }),
+      parts_(std::move(parts)) {}
+
+void SMSQueue::Reset() {
+    mSMSSendTimer.Reset(kFirstSendDelay);
+    mSMSSendChkTimer.Reset(kCheckPeriod);
+    ClearSMSFifo();
+}
+
+void SMSQueue::ClearSMSFifo() {
+    totals_.DroppedByReset += SMSFifo_.Size() + (SMSHeldEntry_.empty() ? 0 : 1);
+    SMSFifo_.Clear();
+    SMSHeldEntry_.clear();
+    SendErrorCount_ = 0;
+}
+
+void SMSQueue::QueueSMS(Text entry) {
+    if (!SMSFifo_.Push(std::move(entry)))
+        ++totals_.PushedOut;
+}
+
+Text SMSQueue::mGetSMSFifo() {
+    return SMSFifo_.Empty() ? Text(kNoSMS) : SMSFifo_.Pop();
+}
+
+void SMSQueue::mCmdSend_Click() {
+    QueueSMS(u"1" + Text(kTestText));
+}
+
+Task<> SMSQueue::mSMSSendTimer_Timer() {
+    UnitState& unit = parts_.unit;
+    if (!unit.UnitConnected || !parts_.controls.mChkSMSSendEnable.Checked() || unit.UnitBusy)
+        co_return;
+    unit.UnitBusy = true;
+    mSMSSendTimer.Disable();
+    if (SendErrorCount_ == 0)
+        TakeNextEntry();
+    if (SMSHeldEntry_.empty()) {
+        mSMSSendTimer.Enable();
+        unit.UnitBusy = false;
+        co_return;
+    }
+
+    const int recipient = LeadingInt16(SMSHeldEntry_.substr(0, 1)).value_or(0);
+    const Text text = SMSHeldEntry_.substr(1);
+    const unsigned losses = unit.Losses;
+    parts_.sender.SetSMSLostTime(kSMSLostTime);
+    const Text answer = co_await parts_.sender.SendSMS(text, recipient);
+    if (unit.Losses != losses)
+        co_return;
+    if (answer == u"OK")
+        HandedOver();
+    else
+        NotTaken(answer);
+    unit.UnitBusy = false;
+}
+
+void SMSQueue::TakeNextEntry() {
+    SMSHeldEntry_ = mGetSMSFifo();
+    if (SMSHeldEntry_ == kNoSMS)
+        SMSHeldEntry_.clear();
+}
+
+void SMSQueue::HandedOver() {
+    Log(u"发送到 Tarnex,等待返回");
+    mSMSSendChkTimer.Enable();
+}
+
+void SMSQueue::NotTaken(const Text& answer) {
+    last_result_ = answer;
+    ++totals_.Refused;
+    Log(u"发送到 Tarnex失败");
+    Log(u"系统返回:" + answer);
+    CountSendError(false);
+    mSMSSendChkTimer.Disable();
+    mSMSSendTimer.Enable();
+}
+
+void SMSQueue::mSMSSendChkTimer_Timer() {
+    if (!parts_.unit.UnitConnected || parts_.unit.UnitBusy)
+        return;
+    mSMSSendChkTimer.Disable();
+    const Text answer = parts_.sender.SMSSendChk();
+    if (answer == u"Busy") {
+        Log(u"Tarnex 在发送中");
+        mSMSSendChkTimer.Enable();
+        return;
+    }
+    last_result_ = answer;
+    if (answer == u"SendOK")
+        Sent();
+    else if (answer == u"SendFail" || answer == u"SendLost")
+        NotSent(answer);
+    else
+        parts_.reset_unit_state(); // the unit forgot what it was given: nothing else can be trusted
+}
+
+void SMSQueue::Sent() {
+    ++totals_.Sent;
+    if (parts_.lists.DebugOn)
+        CountUp(parts_.controls.mText5);
+    Log(u"发送成功");
+    CountSendError(true);
+    mSMSSendTimer.Enable();
+}
+
+void SMSQueue::NotSent(const Text& answer) {
+    const bool failed = answer == u"SendFail";
+    ++(failed ? totals_.Failed : totals_.Lost);
+    Log(u"错误原因　　:" + answer);
+    if (parts_.lists.DebugOn)
+        CountUp(failed ? parts_.controls.mText3 : parts_.controls.mText2);
+    CountSendError(false);
+    mSMSSendTimer.Enable();
+}
+
+void SMSQueue::CountSendError(bool succeeded) {
+    if (succeeded) {
+        SendErrorCount_ = 0;
+        SMSHeldEntry_.clear();
+        return;
+    }
+    ++SendErrorCount_;
+    Log(u"发送错误次数:" + ToText(SendErrorCount_));
+    if (SendErrorCount_ == kSendErrorLimit) {
+        SendErrorCount_ = 0;
+        SMSHeldEntry_.clear();
+        ++totals_.GivenUp;
+        Log(u"已达到最大发送错误次数，算了吧");
+    }
+}
+
+} // namespace tarnex

@@ -1,0 +1,101 @@
+#pragma once
+
+#include "device/unit_state.h"
+#include "logging/debug_lists.h"
+#include "notify/sms_sender.h"
+#include "platform/ring_fifo.h"
+#include "platform/timer.h"
+
+#include <functional>
+
+namespace tarnex {
+
+// The most entries that wait; a further one pushes the oldest out.
+inline constexpr std::size_t kSMSFifoSize = 200;
+// What mGetSMSFifo returns from an empty queue.
+inline constexpr TextView kNoSMS = u"NoData";
+
+// Every SMS leaves through this queue: one at a time is handed to the unit, asked after until the
+// unit knows its fate, and tried again until it was sent or has failed too often.
+//
+//   mSMSSendTimer --taken by the unit--> mSMSSendChkTimer --sent, failed or lost--> mSMSSendTimer
+//        ^--queue empty, or refused--'        ^--still under way--'
+//
+// An entry is one recipient character, "1" or "2" for the first or second configured number, and
+// the text.
+class SMSQueue {
+  public:
+    struct Controls {
+        CheckBox& mChkSMSSendEnable; // unchecked: entries wait
+        TextBox& mText2;             // lost, counted in debug mode
+        TextBox& mText3;             // failed, counted in debug mode
+        TextBox& mText5;             // sent, counted in debug mode
+    };
+    struct Parts {
+        Clock& clock;
+        UnitState& unit;
+        SMSSender& sender;
+        DebugLists& lists;
+        Controls controls;
+        // Starts the whole service over with the unit; calls Reset().
+        std::function<void()> reset_unit_state;
+    };
+    // Since the start of the program.
+    struct Counts {
+        unsigned long Sent = 0;
+        unsigned long Refused = 0;        // attempts that the unit did not take
+        unsigned long Failed = 0;         // attempts that the unit reported as failed
+        unsigned long Lost = 0;           // attempts that the unit never reported on
+        unsigned long GivenUp = 0;        // entries dropped after too many attempts
+        unsigned long PushedOut = 0;      // entries dropped by a full queue
+        unsigned long DroppedByReset = 0; // entries that waited, or were being sent, at a reset
+    };
+
+    // The parts must outlive the queue.
+    explicit SMSQueue(Parts parts);
+
+    // What starting over with the unit does: empties the queue, and stops both timers until the
+    // unit is ready.
+    void Reset();
+    void QueueSMS(Text entry);
+    // Takes the oldest entry out, or returns kNoSMS.
+    Text mGetSMSFifo();
+    // Queues a fixed text for the first number, to try the way out.
+    void mCmdSend_Click();
+
+    // Entries that wait, without the held one.
+    std::size_t Length() const { return SMSFifo_.Size(); }
+    // The entry that is being sent or will be tried again; empty when there is none.
+    const Text& HeldEntry() const { return SMSHeldEntry_; }
+    // Which attempt the held entry is at, from 1.
+    int Attempt() const { return SendErrorCount_ + 1; }
+    // What the unit said last about an SMS, other than that it is under way; empty before.
+    const Text& LastResult() const { return last_result_; }
+    const Counts& Totals() const { return totals_; }
+
+    // 8 s; the first tick after a reset comes 3 s after it is enabled, when the unit is ready.
+    Timer mSMSSendTimer;
+    // 3 s; runs while the unit has an SMS under way.
+    Timer mSMSSendChkTimer;
+
+  private:
+    Task<> mSMSSendTimer_Timer();
+    void mSMSSendChkTimer_Timer();
+    void ClearSMSFifo();
+    void TakeNextEntry();
+    void HandedOver();
+    void NotTaken(const Text& answer);
+    void Sent();
+    void NotSent(const Text& answer);
+    void CountSendError(bool succeeded);
+    void Log(const Text& line) { parts_.lists.mList4Additem(line); }
+
+    Parts parts_;
+    RingFifo<kSMSFifoSize + 1> SMSFifo_;
+    Text SMSHeldEntry_;
+    int SendErrorCount_ = 0; // of the held entry
+    Text last_result_;
+    Counts totals_;
+};
+
+} // namespace tarnex
