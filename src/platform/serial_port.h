@@ -42,7 +42,8 @@ class SerialPort {
     virtual void DiscardOutput() = 0;
 };
 
-// What an open port tells its user. Called from the loop, never from within a call on the port.
+// What an open port tells its user. Called from the loop, never from within a call on the port;
+// the user may destroy the port there.
 struct SerialEvents {
     std::function<void()> received; // further bytes wait
     std::function<void()> lost;     // once: the hardware went away; the port is of no more use
@@ -57,7 +58,7 @@ class SerialPorts {
   public:
     virtual ~SerialPorts() = default;
 
-    // Opens COM<number> exclusively, raw, with empty buffers. number is 1 to 20.
+    // Opens COM<number> exclusively, raw, with empty buffers. A number outside 1 to 20 is absent.
     virtual OpenedPort Open(int number, const LineSettings& settings, SerialEvents events) = 0;
     // The system's name of COM<number> for people ("/dev/ttyUSB0"); "" when it has none.
     virtual std::string DeviceName(int number) const = 0;
