@@ -1,0 +1,53 @@
+#include "device/unit_events.h"
+
+#include "device/answer_rules.h"
+
+namespace tarnex {
+
+namespace {
+
+constexpr TextView kSignalPrefix = u"TX:TXCSQ(";
+
+enum class Where { kAnywhere, kAtStart };
+
+struct EventTest {
+    TextView text;
+    Where where;
+    UnitEvent event;
+    TextView state_word;
+};
+
+// clang-format off
+constexpr EventTest kEventTests[] = {
+    {kSignalPrefix,      Where::kAnywhere, UnitEvent::kSignal,      u""},
+    {u"TX:SENDOK",       Where::kAnywhere, UnitEvent::kSendOK,      u""},
+    {u"TX:SENDFAIL",     Where::kAnywhere, UnitEvent::kSendFail,    u""},
+    {u"TX:NOSimCard",    Where::kAnywhere, UnitEvent::kState,       u"NoCard"},
+    {u"TX:InitSysOk",    Where::kAnywhere, UnitEvent::kState,       u"SYSOk"},
+    {u"TX:InitGsmOk",    Where::kAnywhere, UnitEvent::kState,       u"GSMOk"},
+    {u"TX:Alarm(AC)",    Where::kAnywhere, UnitEvent::kState,       u"ACLost"},  // mains lost
+    {u"TX:Alarm(CON)",   Where::kAnywhere, UnitEvent::kState,       u"CONLost"}, // connection alarm
+    {u"TX:Alarm(ACOK)",  Where::kAnywhere, UnitEvent::kState,       u"ACOk"},    // mains back
+    {u"TX:SMRCV(",       Where::kAtStart,  UnitEvent::kReceivedSMS, u""},
+};
+// clang-format on
+
+} // namespace
+
+ClassifiedLine ClassifyLine(TextView line) {
+    for (const EventTest& test : kEventTests)
+        if (test.where == Where::kAtStart ? StartsWith(line, test.text) : Contains(line, test.text))
+            return {test.event, test.state_word};
+    return {};
+}
+
+std::optional<std::int16_t> SignalQuality(TextView line) {
+    const Text cut = CutAnswer(line, kSignalPrefix);
+    const TextView values = Trim(cut);
+    const auto comma = values.find(u',');
+    if (values.size() <= 2 || comma == TextView::npos || comma == 0)
+        return std::nullopt;
+    return LeadingInt16(values.substr(0, comma));
+}
+
+} // namespace tarnex

@@ -1,0 +1,104 @@
+#include "device/answer_rules.h"
+#include "device/line_buffer.h"
+#include "device/sms_record.h"
+#include "device/unit_events.h"
+
+#include <gtest/gtest.h>
+
+namespace tarnex {
+namespace {
+
+TEST(AnswerRules, CheckAndCut) {
+    EXPECT_EQ(CheckOK(u"OK,1"), kOk);
+    EXPECT_EQ(CheckOK(u"O"), kFailed);
+    EXPECT_EQ(CheckOK(u"ERROR OK"), kFailed);
+    EXPECT_EQ(CutAnswer(u"NO1(12345)", u"NO1("), u"12345");
+    EXPECT_EQ(CutAnswer(u"NO1()", u"NO1("), u"");
+    EXPECT_EQ(CutAnswer(u"NO1(", u"NO1("), kFailed);
+    EXPECT_EQ(CutAnswer(u"NO2(12345)", u"NO1("), kFailed);
+}
+
+TEST(AnswerRules, HexText) {
+    EXPECT_EQ(HexEncode(u"中A"), u"4E2D0041");
+    EXPECT_EQ(HexEncode(u"\t"), u"9"); // only two digits are padded
+    EXPECT_EQ(HexEncode(u"\u0123"), u"123");
+    EXPECT_EQ(HexDecode(u"00410042"), u"AB");
+    EXPECT_EQ(HexDecode(u"4e2D"), u"中");
+    EXPECT_EQ(HexDecode(u"004"), u"\u0004");
+    EXPECT_EQ(HexDecode(u"0041xxxx0042"), u"AB"); // a bad group adds nothing
+}
+
+struct LineRow {
+    TextView line;
+    UnitEvent event;
+    TextView word;
+};
+
+TEST(UnitEvents, FirstMatchDecides) {
+    const LineRow rows[] = {
+        {u"TX:TXCSQ(23,0)", UnitEvent::kSignal, u""},
+        {u"noise TX:SENDOK", UnitEvent::kSendOK, u""},
+        {u"TX:SENDFAIL", UnitEvent::kSendFail, u""},
+        {u"TX:NOSimCard", UnitEvent::kState, u"NoCard"},
+        {u"TX:InitSysOk", UnitEvent::kState, u"SYSOk"},
+        {u"TX:InitGsmOk", UnitEvent::kState, u"GSMOk"},
+        {u"TX:Alarm(AC)", UnitEvent::kState, u"ACLost"},
+        {u"TX:Alarm(CON)", UnitEvent::kState, u"CONLost"},
+        {u"TX:Alarm(ACOK)", UnitEvent::kState, u"ACOk"},
+        {u"TX:SMRCV(x)", UnitEvent::kReceivedSMS, u""},
+        {u" TX:SMRCV(x)", UnitEvent::kNone, u""},
+        {u"TX:OK", UnitEvent::kNone, u""},
+        {u"", UnitEvent::kNone, u""},
+    };
+    for (const LineRow& row : rows) {
+        EXPECT_EQ(ClassifyLine(row.line).event, row.event) << ToUtf8(row.line);
+        EXPECT_EQ(ClassifyLine(row.line).state_word, row.word) << ToUtf8(row.line);
+    }
+}
+
+TEST(UnitEvents, SignalQuality) {
+    EXPECT_EQ(SignalQuality(u"TX:TXCSQ(23,0)"), 23);
+    EXPECT_EQ(SignalQuality(u"TX:TXCSQ( 7.6,0)"), 8);
+    EXPECT_EQ(SignalQuality(u"TX:TXCSQ(,55)"), std::nullopt);
+    EXPECT_EQ(SignalQuality(u"TX:TXCSQ(5,)"), std::nullopt); // two characters are too few
+    EXPECT_EQ(SignalQuality(u"TX:TXCSQ(2345)"), std::nullopt);
+    EXPECT_EQ(SignalQuality(u"TX:TXCSQ(99999,0)"), std::nullopt);
+    EXPECT_EQ(SignalQuality(u"xTX:TXCSQ(23,0)"), std::nullopt);
+}
+
+TEST(SMSRecord, IsCutByItsSeparators) {
+    ReceivedSMS sms;
+    CutSMSRecord(
+        u"TX:SMRCV(\"REC UNREAD\",\"002B00380036\",,\"24/05/06,08:09:10+32\",4F60597D0020\r01OK)",
+        sms);
+    EXPECT_EQ(sms.TelNo, u"+86");
+    EXPECT_EQ(sms.Date, u"24/05/06");
+    EXPECT_EQ(sms.Time, u"08:09:10");
+    EXPECT_EQ(sms.Msg, u"你好");
+}
+
+TEST(SMSRecord, MissingSeparatorsLeaveTheirFieldsAsTheyWere) {
+    ReceivedSMS sms{.TelNo = u"1", .Date = u"2", .Time = u"3", .Msg = u"4"};
+    CutSMSRecord(u"TX:SMRCV(no separator at all", sms);
+    CutSMSRecord(u"TX:SMRCV(,,,,\"OK", sms); // too close: less than nothing between them
+    EXPECT_EQ(sms.TelNo, u"1");
+    EXPECT_EQ(sms.Date, u"2");
+    EXPECT_EQ(sms.Time, u"3");
+    EXPECT_EQ(sms.Msg, u"4");
+    CutSMSRecord(u"TX:SMRCV(x,\"0041\",,\"d", sms); // cut off: what can be had is taken
+    EXPECT_EQ(sms.TelNo, u"A");
+    EXPECT_EQ(sms.Date, u"2");
+}
+
+TEST(LineBuffer, NoiseWithoutLineEndIsBounded) {
+    LineBuffer buffer;
+    const Text noise(LineBuffer::kLimit, u'x');
+    EXPECT_TRUE(buffer.Append(noise));
+    EXPECT_FALSE(buffer.Append(u"y"));
+    EXPECT_TRUE(buffer.Append(u"TX:OK\r\nTX:"));
+    EXPECT_EQ(buffer.TakeLine(), u"TX:OK");
+    EXPECT_EQ(buffer.Waiting(), u"TX:");
+}
+
+} // namespace
+} // namespace tarnex
