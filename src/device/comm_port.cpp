@@ -1,0 +1,64 @@
+#include "device/comm_port.h"
+
+#include <limits>
+#include <utility>
+
+namespace tarnex {
+
+CommPort::CommPort(Clock& clock, SerialPorts& ports, const CodePage& code_page, Events events)
+    : clock_(clock), ports_(ports), code_page_(code_page), events_(std::move(events)) {}
+
+PortStatus CommPort::Open(int number, const LineSettings& settings) {
+    Close();
+    SerialEvents events{.received = [this] { RaiseIfWaiting(); }, .lost = events_.lost};
+    OpenedPort opened = ports_.Open(number, settings, std::move(events));
+    port_ = std::move(opened.port);
+    threshold_ = 1;
+    return opened.status;
+}
+
+void CommPort::Close() {
+    port_.reset();
+    half_character_.clear();
+    clock_.Cancel(event_);
+}
+
+PortStatus CommPort::Output(TextView text) {
+    return port_ ? port_->Write(code_page_.Encode(text)) : PortStatus::kClosed;
+}
+
+std::size_t CommPort::OutBufferCount() const {
+    return port_ ? port_->OutBufferCount() : 0;
+}
+
+std::size_t CommPort::InBufferCount() const {
+    return port_ ? port_->InBufferCount() : 0;
+}
+
+Text CommPort::Input() {
+    if (!port_)
+        return {};
+    std::string bytes = std::exchange(half_character_, {});
+    bytes += port_->Read(std::numeric_limits<std::size_t>::max());
+    const std::size_t whole = code_page_.WholeLength(bytes);
+    half_character_ = bytes.substr(whole);
+    bytes.resize(whole);
+    return code_page_.Decode(bytes);
+}
+
+void CommPort::SetRThreshold(int threshold) {
+    threshold_ = threshold;
+    RaiseIfWaiting();
+}
+
+void CommPort::RaiseIfWaiting() {
+    if (threshold_ == 0 || InBufferCount() == 0)
+        return;
+    clock_.Cancel(event_);
+    event_ = clock_.CallAfter(0ms, [this] {
+        if (threshold_ != 0)
+            events_.receive();
+    });
+}
+
+} // namespace tarnex

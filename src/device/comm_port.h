@@ -1,0 +1,55 @@
+#pragma once
+
+#include "platform/clock.h"
+#include "platform/code_page.h"
+#include "platform/serial_port.h"
+
+namespace tarnex {
+
+// The serial port of the device link: one port at a time, text in and text out, and a threshold
+// that holds the receive event back.
+class CommPort {
+  public:
+    struct Events {
+        std::function<void()> receive; // characters wait, and RThreshold is 1
+        std::function<void()> lost;    // the hardware behind the open port went away
+    };
+    // The references must outlive the port.
+    CommPort(Clock& clock, SerialPorts& ports, const CodePage& code_page, Events events);
+    ~CommPort() { clock_.Cancel(event_); }
+    CommPort(const CommPort&) = delete;
+    CommPort& operator=(const CommPort&) = delete;
+
+    // Opens COM<number>, closing the port that was open; RThreshold becomes 1.
+    PortStatus Open(int number, const LineSettings& settings);
+    // No event comes from the port any more.
+    void Close();
+    bool IsOpen() const { return port_ != nullptr; }
+
+    // kOk, kClosed or kLost.
+    PortStatus Output(TextView text);
+    // Written bytes that have not left yet; 0 on a closed port.
+    std::size_t OutBufferCount() const;
+    // Received bytes that wait; 0 on a closed port.
+    std::size_t InBufferCount() const;
+    // Everything that waits. The first half of a character stays until its other half comes.
+    Text Input();
+
+    // 0 holds the receive event back, 1 raises it, at once when characters wait already.
+    void SetRThreshold(int threshold);
+    // Raises the receive event when characters wait and the threshold allows it: for a handler
+    // that turned an event away while it was busy.
+    void RaiseIfWaiting();
+
+  private:
+    Clock& clock_;
+    SerialPorts& ports_;
+    const CodePage& code_page_;
+    Events events_;
+    std::unique_ptr<SerialPort> port_;
+    int threshold_ = 1;
+    std::string half_character_;
+    CallId event_;
+};
+
+} // namespace tarnex

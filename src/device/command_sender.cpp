@@ -1,0 +1,52 @@
+#include "device/command_sender.h"
+
+#include "device/answer_rules.h"
+
+namespace tarnex {
+
+namespace {
+
+constexpr Duration kPauseBeforeCommand = 10ms;
+constexpr Duration kDrainPoll = 10ms;
+constexpr Duration kDrainLimit = 2s;     // 1024 bytes at 19200 baud leave in 0.6 s
+constexpr std::size_t kAnswerPrefix = 3; // "TX:"
+
+Text Frame(TextView command) {
+    return Text(u"~TX:").append(command).append(u"\r\n");
+}
+
+} // namespace
+
+Task<Text> CommandSender::SendCommand(Text command) {
+    co_await Sleep(parts_.clock, kPauseBeforeCommand);
+    parts_.answer.SetAnswer(u"");
+    parts_.rx_buffer.Clear();
+    const Text frame = Frame(command);
+    parts_.trace.DebugAdd(u"********************");
+    parts_.trace.DebugAdd(u"发送:", frame);
+    const PortStatus written = parts_.port.Output(frame);
+    if (written == PortStatus::kLost) {
+        parts_.trace.DebugAdd(u"sendtocom8021错误导致硬件丢失");
+        parts_.hardware_lost();
+        co_return Text(kFailed);
+    }
+    if (written != PortStatus::kOk)
+        co_return Text();
+    parts_.lists.List2Additem(u"Send:" + frame);
+    Text answer = co_await parts_.answer.Wait(AnswerWaitTime);
+    if (answer.size() < kAnswerPrefix)
+        co_return Text(kFailed);
+    co_return answer.substr(kAnswerPrefix);
+}
+
+Task<bool> CommandSender::SendRaw(Text command) {
+    const Duration limit = parts_.clock.Now() + kDrainLimit;
+    while (parts_.port.OutBufferCount() > 0) {
+        if (parts_.clock.Now() >= limit)
+            co_return false;
+        co_await Sleep(parts_.clock, kDrainPoll);
+    }
+    co_return parts_.port.Output(Frame(command)) == PortStatus::kOk;
+}
+
+} // namespace tarnex

@@ -1,0 +1,95 @@
+#include "device/discovery.h"
+
+#include "device/answer_rules.h"
+
+namespace tarnex {
+
+namespace {
+
+constexpr int kFirstPort = 1;
+constexpr int kLastPort = 20;
+constexpr TextView kGreeting = u"Hello,sever"; // the unit's own spelling
+constexpr std::size_t kShortestGreeting = 10;
+
+// Holds also for a scan that is cancelled half-way.
+class ScanMark {
+  public:
+    explicit ScanMark(bool& scanning) : scanning_(scanning) { scanning_ = true; }
+    ScanMark(const ScanMark&) = delete;
+    ~ScanMark() { scanning_ = false; }
+
+  private:
+    bool& scanning_;
+};
+
+} // namespace
+
+Task<int> Discovery::Connect(Ports which) {
+    if (port_no_ != 0)
+        co_return port_no_;
+    int first = kFirstPort;
+    int last = kLastPort;
+    if (which == Ports::kLast) {
+        const Text stored = parts_.ini.GetIniStr(u"TarnexComm", u"LastCom");
+        if (const int number = LeadingInt16(stored).value_or(0); number != 0)
+            first = last = number;
+    }
+    const ScanMark mark(scanning_);
+    for (int number = first; number <= last; ++number) {
+        const bool found = co_await Try(number);
+        if (found) {
+            port_no_ = number;
+            break;
+        }
+        parts_.port.Close();
+    }
+    co_return port_no_;
+}
+
+Task<bool> Discovery::Try(int number) {
+    parts_.trace.DebugAdd(u"正在查询com:", ToText(number));
+    const LineSettings settings;
+    TellOperator(number, parts_.port.Open(number, settings));
+    parts_.init();
+    const Text reply = co_await HelloTarnex();
+    parts_.sender.AnswerWaitTime = CommandSender::kCommandWait;
+    co_return reply == kOk || reply == u"INIT";
+}
+
+void Discovery::TellOperator(int number, PortStatus status) {
+    const std::string port =
+        "COM" + std::to_string(number) + " (" + parts_.ports.DeviceName(number) + ")";
+    std::string trouble;
+    if (status == PortStatus::kForbidden)
+        trouble = port + " may not be opened: add the service's user to the group that owns the "
+                         "device (dialout), then restart the service";
+    else if (status == PortStatus::kBusy)
+        trouble = port + " is held by another program: end that program, or name another device "
+                         "for it in the settings, section [SerialPorts]";
+    parts_.notices.Report(port, trouble, port + " can be opened now");
+}
+
+int Discovery::ConnectClose() {
+    const int closed = port_no_;
+    if (closed != 0) {
+        parts_.port.Close();
+        parts_.answer.EndWaits();
+    }
+    port_no_ = 0;
+    return closed;
+}
+
+Task<Text> Discovery::HelloTarnex() {
+    const Text reply = co_await parts_.sender.SendCommand(u"Hello,tarnex");
+    if (Contains(reply, u"Init")) {
+        hello_done_ = false;
+        co_return u"INIT";
+    }
+    if (reply.size() >= kShortestGreeting && Contains(reply, kGreeting)) {
+        hello_done_ = true;
+        co_return Text(kOk);
+    }
+    co_return Text(kFailed);
+}
+
+} // namespace tarnex

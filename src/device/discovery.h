@@ -1,0 +1,59 @@
+#pragma once
+
+#include "device/command_sender.h"
+#include "logging/operator_notices.h"
+#include "settings/my_ini_file.h"
+
+namespace tarnex {
+
+// Finds the unit among COM1 to COM20, and opens and closes its port.
+class Discovery {
+  public:
+    struct Parts {
+        CommPort& port;
+        CommandSender& sender;
+        AnswerWait& answer;
+        DeviceTrace& trace;
+        SerialPorts& ports;
+        const MyIniFile& ini;
+        OperatorNotices& notices;
+        std::function<void()> init; // resets the device link
+    };
+    // The parts must outlive the discovery.
+    explicit Discovery(Parts parts) : parts_(std::move(parts)) {}
+
+    enum class Ports {
+        kAll,  // COM1 to COM20 ("Open")
+        kLast, // the port that LastCom names, or all when it names none ("Last")
+    };
+    // Opens the first port on which a unit answers the greeting and returns its number; 0 when
+    // there is none. The number of the open port at once when one is open.
+    Task<int> Connect(Ports which);
+    // Closes the open port; the number that it had, 0 when none was open ("Close").
+    int ConnectClose();
+    // The number of the open port, 0 for none ("Status").
+    int ConnectStatus() const { return port_no_; }
+    // Ports are being tried: a loss of hardware only fails the port at hand.
+    bool Scanning() const { return scanning_; }
+
+    // Greets the unit: "OK", "INIT" when it is still starting up, or kFailed.
+    Task<Text> HelloTarnex();
+    // The last greeting was answered "OK".
+    bool HelloDone() const { return hello_done_; }
+
+    void Init() {
+        port_no_ = 0;
+        hello_done_ = false;
+    }
+
+  private:
+    Task<bool> Try(int number);
+    void TellOperator(int number, PortStatus status);
+
+    Parts parts_;
+    int port_no_ = 0;
+    bool hello_done_ = false;
+    bool scanning_ = false;
+};
+
+} // namespace tarnex

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "device/command_set.h"
+#include "device/sms_record.h"
+
+namespace tarnex {
+
+// Sends SMS through the unit, one at a time, and takes received ones out of the inbox.
+class SMSModem {
+  public:
+    // The parts must outlive the modem.
+    SMSModem(Clock& clock, CommandSet& commands, ResponseReader& reader, DeviceTrace& trace);
+
+    // Hands a text to the unit for its stored number target (1, else the second): "OK" when the
+    // unit accepted it, "Busy" while an earlier one is open, else kFailed.
+    Task<Text> SendSMS(Text text, int target);
+    // "Free", "Busy", or the outcome of the open send, once: "SendOK", "SendFail" or "SendLost".
+    Text SMSSendChk();
+    // How long later sends wait for the unit's report, in seconds.
+    void SetSMSLostTime(int seconds) { SMSLostTime = seconds; }
+    // The unit reported the outcome of the open send.
+    void ReportResult(TextView result);
+
+    // Takes the oldest received SMS: "NewMsg" and the fields below hold it, or kNoData.
+    Text GetSMS();
+    const Text& GetSMSTelNo() const { return received_.TelNo; }
+    const Text& GetSMSDate() const { return received_.Date; }
+    const Text& GetSMSTime() const { return received_.Time; }
+    const Text& GetSMSMsg() const { return received_.Msg; }
+
+    void Init();
+
+    Timer SMSTimer;
+
+  private:
+    void CountDown();
+
+    CommandSet& commands_;
+    ResponseReader& reader_;
+    DeviceTrace& trace_;
+    bool SMSBusy = false;
+    Text SMSResult;
+    int SMSLostTime = 60; // s
+    int SMSCount = 0;     // s
+    ReceivedSMS received_;
+};
+
+} // namespace tarnex

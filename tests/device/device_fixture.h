@@ -1,0 +1,111 @@
+#pragma once
+
+#include "device/tarnex_core.h"
+#include "platform/linux/iconv_code_page.h"
+#include "simulator/simulated_clock.h"
+#include "simulator/simulated_serial.h"
+#include "simulator/simulated_stores.h"
+
+#include <map>
+
+#include <gtest/gtest.h>
+
+namespace tarnex {
+
+// A device that answers fixed lines by fixed lines, so that tests own every instant.
+class ScriptedDevice : public SerialDevice {
+  public:
+    explicit ScriptedDevice(Clock& clock) : clock_(clock) {}
+    void Plugged(SerialLine& line) override { line_ = &line; }
+    void Unplugged() override { line_ = nullptr; }
+    void Received(std::string_view bytes) override {
+        Heard.emplace_back(bytes);
+        const auto reply = Replies.find(std::string(bytes));
+        if (reply != Replies.end())
+            SendAfter(Delay, reply->second);
+    }
+    void SendAfter(Duration delay, std::string bytes) {
+        clock_.CallAfter(delay, [this, bytes] {
+            if (line_)
+                line_->Send(bytes);
+        });
+    }
+
+    std::map<std::string, std::string> Replies; // whole frames to whole answers
+    Duration Delay{};
+    std::vector<std::string> Heard;
+
+  private:
+    Clock& clock_;
+    SerialLine* line_ = nullptr;
+};
+
+struct ListForm : Form {
+    ListForm() : Form("lists", u"") {}
+    ListBox List1{*this, "List1"}, List2{*this, "List2"}, mList1{*this, "mList1"},
+        mList2{*this, "mList2"}, mList3{*this, "mList3"}, mList4{*this, "mList4"},
+        mList5{*this, "mList5"};
+};
+
+// A running procedure: its result and the instant at which it ended.
+template <class T>
+class Running {
+  public:
+    Running(Clock& clock, Task<T> task) : clock_(clock), task_(Drive(std::move(task))) {
+        task_.Start();
+    }
+    Running(const Running&) = delete;
+
+    std::optional<T> result;
+    Duration ended{};
+
+  private:
+    Task<> Drive(Task<T> task) {
+        T value = co_await task;
+        result = std::move(value);
+        ended = clock_.Now();
+    }
+    Clock& clock_;
+    Task<> task_;
+};
+
+class DeviceTest : public testing::Test {
+  protected:
+    // The device's port is open and answers the greeting.
+    void Open(int number = 7) {
+        ports.Plug(number, device);
+        device.Replies["~TX:Hello,tarnex\r\n"] = "TX:Hello,sever\r\n";
+        Running<int> connect(clock, core.discovery.Connect(Discovery::Ports::kAll));
+        clock.RunFor(10s);
+        ASSERT_EQ(connect.result, number);
+        device.Heard.clear();
+        start = clock.Now();
+    }
+    Duration SinceStart(Duration instant) const { return instant - start; }
+
+    SimulatedClock clock;
+    SimulatedSerialPorts ports{clock};
+    ScriptedDevice device{clock};
+    IconvCodePage gbk{"GBK"};
+    SimulatedSettingsStore store;
+    MyIniFile ini{store, gbk};
+    std::vector<std::string> said;
+    OperatorNotices notices{[this](const std::string& line) { said.push_back(line); }};
+    ListForm form;
+    DebugLists lists{
+        {form.List1, form.List2, form.mList1, form.mList2, form.mList3, form.mList4, form.mList5}};
+    int losses = 0;
+    TarnexCore core{{.clock = clock,
+                     .ports = ports,
+                     .code_page = gbk,
+                     .ini = ini,
+                     .lists = lists,
+                     .notices = notices,
+                     .hardware_lost = [this] {
+                         ++losses;
+                         core.discovery.ConnectClose();
+                     }}};
+    Duration start{};
+};
+
+} // namespace tarnex

@@ -1,0 +1,113 @@
+#include "device/answer_rules.h"
+#include "tests/device/device_fixture.h"
+
+namespace tarnex {
+namespace {
+
+class ReaderTest : public DeviceTest {
+  protected:
+    std::vector<Text> Words() {
+        std::vector<Text> words;
+        for (Text word = core.GetComFifo(); word != kNoData; word = core.GetComFifo())
+            words.push_back(word);
+        return words;
+    }
+};
+
+TEST_F(ReaderTest, LinesThatCameTogetherAreTakenOneEach200Milliseconds) {
+    Open();
+    device.SendAfter(0ms, "TX:Alarm(AC)\r\nTX:Alarm(CON)\r\nTX:Alarm(ACOK)\r\n");
+    clock.RunFor(19ms);
+    EXPECT_EQ(Words(), std::vector<Text>{});
+    clock.RunFor(1ms);
+    EXPECT_EQ(Words(), std::vector<Text>{u"ACLost"});
+    clock.RunFor(199ms);
+    EXPECT_EQ(Words(), std::vector<Text>{});
+    clock.RunFor(1ms);
+    EXPECT_EQ(Words(), std::vector<Text>{u"CONLost"});
+    clock.RunFor(200ms);
+    EXPECT_EQ(Words(), std::vector<Text>{u"ACOk"});
+}
+
+TEST_F(ReaderTest, WhatComesDuringABacklogIsNotLost) {
+    Open();
+    device.SendAfter(0ms, "TX:Alarm(AC)\r\nTX:Alarm(CON)\r\n");
+    device.SendAfter(100ms, "TX:Alarm(ACOK)\r\n"); // the threshold holds it back until 220 ms
+    clock.RunFor(220ms);
+    EXPECT_EQ(Words(), (std::vector<Text>{u"ACLost", u"CONLost"}));
+    clock.RunFor(20ms);
+    EXPECT_EQ(Words(), std::vector<Text>{u"ACOk"});
+}
+
+TEST_F(ReaderTest, ALineInPiecesAndAHalvedCharacterAreJoined) {
+    Open();
+    lists.DebugOn = true;
+    const std::string line = gbk.Encode(u"TX:AT(中)\r\n");
+    Running<Text> command(clock, core.commands.RDAT());
+    device.SendAfter(100ms, line.substr(0, 7)); // cuts the character in two
+    device.SendAfter(150ms, line.substr(7));
+    clock.RunFor(1s);
+    EXPECT_EQ(command.result, u"中");
+    EXPECT_EQ(SinceStart(command.ended), 170ms);
+    EXPECT_EQ(form.List2.Lines()[1], u"Get :TX:AT(");
+    EXPECT_EQ(form.List2.Lines()[2], u"Get :中)\r\n");
+}
+
+TEST_F(ReaderTest, ACommandDiscardsAHalfReceivedLine) {
+    Open();
+    device.SendAfter(0ms, "TX:OK,old");
+    clock.RunFor(100ms);
+    Running<Text> command(clock, core.commands.ChkVer());
+    device.SendAfter(500ms, "TX:Ver 1.0.0\r\n");
+    clock.RunFor(1s);
+    EXPECT_EQ(command.result, u"Ver 1.0.0");
+}
+
+TEST_F(ReaderTest, EndlessNoiseNeitherBlocksNorGrows) {
+    Open();
+    for (int i = 0; i < 100; ++i)
+        device.SendAfter(Duration(i * 20), std::string(900, '\x81'));
+    device.SendAfter(5s, "\r\nTX:Alarm(AC)\r\n");
+    clock.RunFor(6s);
+    EXPECT_EQ(Words(), std::vector<Text>{u"ACLost"});
+}
+
+TEST_F(ReaderTest, StateWordsKeepTheNewestThirtyAndOneNoCard) {
+    Open();
+    const auto send = [&](const char* line) {
+        device.SendAfter(0ms, line);
+        clock.RunFor(20ms);
+    };
+    send("TX:NOSimCard\r\n");
+    send("TX:NOSimCard\r\n");
+    EXPECT_EQ(Words(), std::vector<Text>{u"NoCard"});
+    send("TX:NOSimCard\r\n"); // the one before was read
+    send("TX:InitSysOk\r\n");
+    send("TX:NOSimCard\r\n");
+    EXPECT_EQ(Words(), (std::vector<Text>{u"NoCard", u"SYSOk", u"NoCard"}));
+    send("TX:Alarm(AC)\r\n");
+    for (int i = 0; i < 30; ++i)
+        send("TX:Alarm(CON)\r\n");
+    EXPECT_EQ(Words(), std::vector<Text>(30, u"CONLost"));
+}
+
+TEST_F(ReaderTest, InboxKeepsTheNewestTenAndTheFieldsOfTheLastTaken) {
+    Open();
+    EXPECT_EQ(core.sms.GetSMS(), kNoData);
+    for (int i = 0; i < 11; ++i) {
+        const std::string digit = ToUtf8(HexEncode(ToText(i)));
+        device.SendAfter(0ms, "TX:SMRCV(\"0\",\"0031\",,\"24/05/06,08:00:00+32\"," + digit +
+                                  ",01OK)\r\n");
+        clock.RunFor(20ms);
+    }
+    for (int i = 1; i < 11; ++i) {
+        EXPECT_EQ(core.sms.GetSMS(), u"NewMsg");
+        EXPECT_EQ(core.sms.GetSMSMsg(), ToText(i));
+    }
+    EXPECT_EQ(core.sms.GetSMS(), kNoData);
+    EXPECT_EQ(core.sms.GetSMSTelNo(), u"1");
+    EXPECT_EQ(core.sms.GetSMSMsg(), u"10");
+}
+
+} // namespace
+} // namespace tarnex
