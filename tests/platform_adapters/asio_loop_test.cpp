@@ -1,0 +1,87 @@
+#include "platform/asio/asio_loop.h"
+#include "tests/platform_adapters/run_until.h"
+
+#include <csignal>
+#include <ctime>
+
+#include <gtest/gtest.h>
+
+namespace tarnex {
+namespace {
+
+TEST(AsioLoop, CallsRunInTheOrderOfTheirDueTimes) {
+    AsioLoop loop;
+    std::string order;
+    loop.CallAfter(30ms, [&] { order += 'd'; });
+    const CallId cancelled = loop.CallAfter(10ms, [&] { order += 'x'; });
+    loop.CallAfter(10ms, [&] {
+        order += 'b';
+        loop.CallAfter(-5ms, [&] { order += 'c'; });
+        loop.Cancel(cancelled);
+    });
+    loop.CallAfter(0ms, [&] { order += 'a'; });
+    loop.Cancel(cancelled);
+    EXPECT_EQ(order, "");
+    ASSERT_TRUE(RunUntil(loop, [&] { return order.size() == 4; }));
+    EXPECT_EQ(order, "abcd");
+}
+
+TEST(AsioLoop, TimeStandsStillInAHandlerAndIsNeverBeforeTheDueTime) {
+    AsioLoop loop;
+    const Duration due = loop.Now() + 20ms;
+    loop.CallAfter(20ms, [&] {
+        const Duration seen = loop.Now();
+        EXPECT_GE(seen, due);
+        timespec pause{.tv_sec = 0, .tv_nsec = 5'000'000};
+        nanosleep(&pause, nullptr);
+        EXPECT_EQ(loop.Now(), seen);
+        loop.CallAfter(0ms, [&loop, seen] {
+            EXPECT_GE(loop.Now(), seen + 5ms);
+            loop.Stop();
+        });
+    });
+    loop.Run();
+}
+
+TEST(AsioLoop, StopLeavesWhatIsOwed) {
+    AsioLoop loop;
+    int runs = 0;
+    loop.CallAfter(0ms, [&] { loop.Stop(); });
+    loop.CallAfter(0ms, [&] { ++runs; });
+    loop.Run();
+    EXPECT_EQ(runs, 0);
+    EXPECT_TRUE(RunUntil(loop, [&] { return runs == 1; }));
+}
+
+TEST(AsioLoop, TheCalendarIsLocalTime) {
+    setenv("TZ", "XST-9:30", 1); // east of Greenwich by 9:30 hours
+    tzset();
+    const auto seconds = [](const CalendarTime& t) {
+        return (t.hour * 60 + t.minute) * 60 + t.second;
+    };
+    AsioLoop loop;
+    const long before = (std::time(nullptr) + 34'200) % 86'400;
+    const CalendarTime now = loop.Calendar();
+    const long passed = (seconds(now) - before + 86'400) % 86'400;
+    EXPECT_LT(passed, 3600);
+    EXPECT_EQ(now.weekday, ((std::time(nullptr) + 34'200) / 86'400 + 4) % 7);
+    unsetenv("TZ");
+    tzset();
+}
+
+TEST(AsioLoop, EverySignalHandlerRunsInTheLoop) {
+    AsioLoop loop;
+    int paused = 0;
+    int resumed = 0;
+    loop.OnSignal(SIGUSR1, [&] { ++paused; });
+    loop.OnSignal(SIGUSR2, [&] { ++resumed; });
+    raise(SIGUSR1);
+    EXPECT_EQ(paused, 0);
+    ASSERT_TRUE(RunUntil(loop, [&] { return paused == 1; }));
+    raise(SIGUSR1);
+    raise(SIGUSR2);
+    EXPECT_TRUE(RunUntil(loop, [&] { return paused == 2 && resumed == 1; }));
+}
+
+} // namespace
+} // namespace tarnex
