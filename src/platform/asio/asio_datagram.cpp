@@ -1,0 +1,195 @@
+#include "platform/asio/asio_datagram.h"
+
+#include "platform/asio/error_words.h"
+#include "platform/asio/loop_core.h"
+
+#include <deque>
+
+#include <asio/ip/udp.hpp>
+
+namespace tarnex {
+
+namespace {
+
+using asio::ip::udp;
+
+constexpr std::size_t kLargestDatagram = 65'535;
+constexpr int kKernelBuffer = 4 << 20; // bytes; a burst of some thousand datagrams fits
+
+// What is taken from the kernel ahead of its handling; the rest waits in the kernel.
+constexpr std::size_t kMostWaiting = 4096;
+constexpr std::size_t kMostWaitingBytes = 1 << 20;
+
+using OnDatagram = std::function<void(const Datagram&)>;
+
+void EnlargeReceiveBuffer(udp::socket& socket) {
+#ifdef SO_RCVBUFFORCE
+    if (setsockopt(socket.native_handle(), SOL_SOCKET, SO_RCVBUFFORCE, &kKernelBuffer,
+                   sizeof kKernelBuffer) == 0)
+        return;
+#endif
+    asio::error_code ignored; // as large as the system allows
+    socket.set_option(udp::socket::receive_buffer_size(kKernelBuffer), ignored);
+}
+
+// One bound socket, from Bind() to Close(). The socket's handlers hold it weakly: they do nothing
+// once it is gone.
+class Binding : public std::enable_shared_from_this<Binding> {
+  public:
+    Binding(AsioLoop& loop, std::shared_ptr<char[]> receive_buffer,
+            std::shared_ptr<const OnDatagram> on_datagram)
+        : loop_(loop), socket_(loop.core().io), receive_buffer_(std::move(receive_buffer)),
+          on_datagram_(std::move(on_datagram)) {}
+
+    // "", or what stands in the way.
+    std::string Open(const std::string& address, std::uint16_t port) {
+        asio::error_code error;
+        const auto ip = asio::ip::make_address_v4(address, error);
+        if (error)
+            return "\"" + address + "\" is not an IPv4 address";
+        socket_.open(udp::v4(), error);
+        if (!error)
+            socket_.non_blocking(true, error);
+        if (!error)
+            socket_.bind({ip, port}, error);
+        if (error)
+            return ErrorWords(error);
+        EnlargeReceiveBuffer(socket_);
+        AwaitArrival();
+        return "";
+    }
+
+    void Close() {
+        asio::error_code ignored;
+        socket_.close(ignored);
+    }
+
+    void Send(const Endpoint& to, std::string_view bytes) {
+        asio::error_code ignored; // a datagram may be lost anywhere on its way
+        const auto ip = asio::ip::make_address_v4(to.address, ignored);
+        if (!ignored)
+            socket_.send_to(asio::buffer(bytes), {ip, to.port}, 0, ignored);
+    }
+
+  private:
+    bool Full() const {
+        return waiting_.size() >= kMostWaiting || waiting_bytes_ >= kMostWaitingBytes;
+    }
+
+    void AwaitArrival() {
+        awaiting_arrival_ = true;
+        socket_.async_wait(udp::socket::wait_read,
+                           [weak = weak_from_this()](const asio::error_code& error) {
+                               if (const auto self = weak.lock(); self && !error)
+                                   self->TakeArrivals();
+                           });
+    }
+
+    void TakeArrivals() {
+        awaiting_arrival_ = false;
+        const bool was_empty = waiting_.empty();
+        while (!Full() && TakeOne()) {
+        }
+        if (was_empty && !waiting_.empty())
+            DeliverLater();
+        if (!Full())
+            AwaitArrival();
+    }
+
+    // False when nothing more waits in the kernel.
+    bool TakeOne() {
+        udp::endpoint from;
+        asio::error_code error;
+        const std::size_t size = socket_.receive_from(
+            asio::buffer(receive_buffer_.get(), kLargestDatagram), from, 0, error);
+        if (error == asio::error::connection_refused || error == asio::error::connection_reset)
+            return true; // the fate of an earlier datagram that was sent
+        if (error)
+            return false;
+        waiting_bytes_ += size;
+        waiting_.push_back({.from = {from.address().to_string(), from.port()},
+                            .bytes = {receive_buffer_.get(), size}});
+        return true;
+    }
+
+    void DeliverLater() {
+        loop_.CallAfter(Duration::zero(), [weak = weak_from_this()] {
+            if (const auto self = weak.lock())
+                self->Deliver();
+        });
+    }
+
+    // The handler comes last: it may close or destroy the socket.
+    void Deliver() {
+        const Datagram datagram = std::move(waiting_.front());
+        waiting_.pop_front();
+        waiting_bytes_ -= datagram.bytes.size();
+        if (!waiting_.empty())
+            DeliverLater();
+        if (!awaiting_arrival_)
+            AwaitArrival();
+        (*on_datagram_)(datagram);
+    }
+
+    AsioLoop& loop_;
+    udp::socket socket_;
+    std::shared_ptr<char[]> receive_buffer_;
+    std::shared_ptr<const OnDatagram> on_datagram_;
+    bool awaiting_arrival_ = false;
+    std::deque<Datagram> waiting_;
+    std::size_t waiting_bytes_ = 0;
+};
+
+class AsioDatagramSocket : public DatagramSocket {
+  public:
+    AsioDatagramSocket(AsioLoop& loop, std::string bind_address,
+                       std::shared_ptr<char[]> receive_buffer, OnDatagram on_datagram)
+        : loop_(loop), bind_address_(std::move(bind_address)),
+          receive_buffer_(std::move(receive_buffer)),
+          on_datagram_(std::make_shared<const OnDatagram>(std::move(on_datagram))) {}
+    ~AsioDatagramSocket() override { Close(); }
+
+    std::string Bind(std::uint16_t port) override {
+        if (binding_ && port == port_)
+            return "";
+        Close();
+        auto binding = std::make_shared<Binding>(loop_, receive_buffer_, on_datagram_);
+        if (const std::string obstacle = binding->Open(bind_address_, port); !obstacle.empty())
+            return obstacle;
+        binding_ = std::move(binding);
+        port_ = port;
+        return "";
+    }
+    bool Bound() const override { return binding_ != nullptr; }
+    void Close() override {
+        if (binding_)
+            binding_->Close();
+        binding_.reset();
+    }
+    void Send(const Endpoint& to, std::string_view bytes) override {
+        if (binding_)
+            binding_->Send(to, bytes);
+    }
+
+  private:
+    AsioLoop& loop_;
+    std::string bind_address_;
+    std::shared_ptr<char[]> receive_buffer_;
+    std::shared_ptr<const OnDatagram> on_datagram_;
+    std::shared_ptr<Binding> binding_;
+    std::uint16_t port_ = 0; // as it was asked for
+};
+
+} // namespace
+
+AsioDatagramSockets::AsioDatagramSockets(AsioLoop& loop, std::string bind_address)
+    : loop_(loop), bind_address_(std::move(bind_address)),
+      receive_buffer_(std::make_shared_for_overwrite<char[]>(kLargestDatagram)) {}
+
+std::unique_ptr<DatagramSocket>
+AsioDatagramSockets::Create(std::function<void(const Datagram&)> on_datagram) {
+    return std::make_unique<AsioDatagramSocket>(loop_, bind_address_, receive_buffer_,
+                                                std::move(on_datagram));
+}
+
+} // namespace tarnex
