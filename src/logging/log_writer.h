@@ -8,9 +8,11 @@
 namespace tarnex {
 
 // Writes the lasting log: one row for each notification, command and response. Every writer tells
-// by its result whether the row was stored; a row that was not is counted and stays lost.
+// by its result whether the row was stored; a row that was not is counted and stays lost. An
+// operator is told of a database that fails, and of its recovery, under the topic "log".
 class LogWriter {
   public:
+    // All three must outlive the writer.
     LogWriter(Clock& clock, LogTable& table, OperatorNotices& notices);
 
     // (Re)opens the database; an empty path leaves it as it is.
@@ -27,13 +29,18 @@ class LogWriter {
     unsigned long LostRows() const { return lost_rows_; }
 
   private:
-    bool Store(const LogRow& row);
     LogRow NewRow(TextView direction) const;
+    bool Store(const LogRow& row);
+    bool Lose();
+    void ReportTrouble();
 
     Clock& clock_;
     LogTable& table_;
     OperatorNotices& notices_;
     int ControlTarget = 0; // column 12 of the last command
+    bool configured_ = false;
+    std::string open_problem_; // of the last opening
+    std::string row_problem_;  // of the last row
     unsigned long lost_rows_ = 0;
 };
 

@@ -1,0 +1,138 @@
+#include "logging/log_writer.h"
+
+#include "logging/event_names.h"
+#include "platform/calendar_text.h"
+
+namespace tarnex {
+
+namespace {
+
+constexpr const char* kNotConfigured =
+    "No log database is configured, so log rows are lost: set Text1(37) in section [Text] of the "
+    "settings file to the path of an SQLite file that was made with log-schema.sql.";
+
+enum Column {
+    kDate = 1,
+    kTime,
+    kDirection,
+    kSource,
+    kMessage,
+    kEventName,
+    kState,
+    kAction,
+    kBySMS,
+    kByEmail,
+    kMachineName,
+    kMemoOrTarget,
+};
+
+Text YesOrNo(const Text& flag) {
+    return flag == u"1" ? u"Yes" : u"No";
+}
+
+// The characters from a position on, fewer or none where the text ends before.
+TextView Part(TextView text, std::size_t at, std::size_t count) {
+    return at < text.size() ? text.substr(at, count) : TextView();
+}
+
+// A number out of range is in no table's range either.
+int Index(TextView text) {
+    return LeadingInt16(text).value_or(-1);
+}
+
+} // namespace
+
+LogWriter::LogWriter(Clock& clock, LogTable& table, OperatorNotices& notices)
+    : clock_(clock), table_(table), notices_(notices) {}
+
+void LogWriter::Open(const Text& path) {
+    if (path.empty())
+        return;
+    const bool was_open = configured_ && open_problem_.empty();
+    configured_ = true;
+    open_problem_ = table_.Open(path);
+    // While the database stays open, only a stored row shows that rows can be stored again.
+    if (!was_open && open_problem_.empty())
+        row_problem_.clear();
+    ReportTrouble();
+}
+
+bool LogWriter::WriteLog(const Text& message, const EventRecord& event) {
+    const auto service = ServiceName(event.ServiceNo);
+    const auto state = StateName(Index(event.StatusNo));
+    const auto action = ActionName(event.AutoNo);
+    if (!service || !state || !action)
+        return Lose();
+    LogRow row = NewRow(u"Out");
+    row[kSource] = ToText(event.MachineNo) + u"Nex";
+    row[kMessage] = message;
+    row[kEventName] = Text(*service);
+    row[kState] = Text(*state);
+    row[kAction] = Text(*action);
+    row[kBySMS] = YesOrNo(event.SMSableNo);
+    row[kByEmail] = YesOrNo(event.EmailableNo);
+    row[kMachineName] = event.MachineName;
+    row[kMemoOrTarget] = event.Memo;
+    return Store(row);
+}
+
+bool LogWriter::WriteCtrlLog(const Text& command) {
+    const TextView machine = Part(command, 0, 1);
+    ControlTarget = Index(machine) - 1;
+    const auto service = ServiceName(Index(Part(command, 1, 2)));
+    const auto action = CommandName(Index(Part(command, command.size() - 1, 1)));
+    if (!service || !action)
+        return Lose();
+    LogRow row = NewRow(u"In");
+    row[kSource] = Text(machine) + u"Nex";
+    row[kMessage] = command;
+    row[kEventName] = Text(*service);
+    row[kState] = Text();
+    row[kAction] = Text(*action);
+    row[kMachineName] = Text();
+    row[kMemoOrTarget] = ControlTarget;
+    return Store(row);
+}
+
+bool LogWriter::WriteResponseLog(const Text& message) {
+    LogRow row = NewRow(u"Out");
+    row[kSource] = u"Nex1";
+    row[kMessage] = message;
+    row[kEventName] = Text();
+    row[kState] = Text();
+    row[kAction] = Text();
+    row[kMachineName] = Text();
+    row[kMemoOrTarget] = ControlTarget;
+    return Store(row);
+}
+
+LogRow LogWriter::NewRow(TextView direction) const {
+    LogRow row;
+    row[kDate] = DateText(clock_.Calendar());
+    row[kTime] = TimeText(clock_.Calendar());
+    row[kDirection] = Text(direction);
+    return row;
+}
+
+bool LogWriter::Store(const LogRow& row) {
+    row_problem_ = configured_ ? table_.Append(row) : kNotConfigured;
+    const bool stored = row_problem_.empty();
+    if (!stored)
+        Lose();
+    ReportTrouble();
+    return stored;
+}
+
+bool LogWriter::Lose() {
+    ++lost_rows_;
+    return false;
+}
+
+// A database that cannot be opened is the reason why its rows fail, so it is what is told.
+void LogWriter::ReportTrouble() {
+    notices_.Report(
+        "log", open_problem_.empty() ? row_problem_ : open_problem_,
+        "The log works again; rows lost since the start: " + std::to_string(lost_rows_) + ".");
+}
+
+} // namespace tarnex

@@ -1,0 +1,48 @@
+#include "logging/debug_lists.h"
+
+#include <gtest/gtest.h>
+
+namespace tarnex {
+namespace {
+
+struct Window : Form {
+    Window() : Form("TarnexComm", u"") {}
+    ListBox List1{*this, "List1"};
+    ListBox List2{*this, "List2"};
+    ListBox mList1{*this, "mList1"};
+    ListBox mList2{*this, "mList2"};
+    ListBox mList3{*this, "mList3"};
+    ListBox mList4{*this, "mList4"};
+    ListBox mList5{*this, "mList5"};
+};
+
+TEST(DebugLists, EachLineGoesToItsOwnListWhileDebugModeIsOn) {
+    Window window;
+    std::string echoed;
+    DebugLists lists({window.List1, window.List2, window.mList1, window.mList2, window.mList3,
+                      window.mList4, window.mList5},
+                     [&](const std::string& list, const Text& line) {
+                         echoed += list + ":" + ToUtf8(line) + " ";
+                     });
+    const auto add_all = [&] {
+        lists.List1Additem(u"a");
+        lists.List2Additem(u"b");
+        lists.mList1Additem(u"c");
+        lists.mList2Additem(u"d");
+        lists.mList3Additem(u"e");
+        lists.mList4Additem(u"f");
+        lists.mList5Additem(u"g");
+    };
+    add_all();
+    EXPECT_EQ(echoed, "");
+    EXPECT_TRUE(window.mList1.Lines().empty());
+    lists.DebugOn = true;
+    add_all();
+    EXPECT_EQ(echoed, "List1:a List2:b mList1:c mList2:d mList3:e mList4:f mList5:g ");
+    lists.mList3Additem(u"h");
+    EXPECT_EQ(window.mList3.Lines(), (std::vector<Text>{u"e", u"h"}));
+    EXPECT_EQ(window.mList3.Selected(), 1);
+}
+
+} // namespace
+} // namespace tarnex
