@@ -25,9 +25,9 @@ class DatagramSocket {
   public:
     virtual ~DatagramSocket() = default;
 
-    // Binds to the port on the address of the settings. A socket that is bound to that port
-    // already stays as it is and loses nothing. "" when bound, else what stands in the way, in
-    // words for an operator ("address already in use").
+    // Binds to the port on the address of the settings; 0: one that the system chooses. A socket
+    // that is bound to that port already stays as it is and loses nothing. "" when bound, else
+    // what stands in the way, in words for an operator ("address already in use").
     virtual std::string Bind(std::uint16_t port) = 0;
     virtual bool Bound() const = 0;
     virtual void Close() = 0;
