@@ -1,0 +1,69 @@
+#include "simulator/simulated_monitor.h"
+
+#include <algorithm>
+
+namespace tarnex {
+
+namespace {
+
+constexpr std::uint16_t kFirstServicePort = 7840;
+constexpr std::size_t kMessagesKept = 1000;
+
+} // namespace
+
+Monitor::Monitor(Clock& clock, DatagramSockets& sockets, const CodePage& code_page,
+                 MonitorOptions options)
+    : clock_(clock), code_page_(code_page), options_(std::move(options)),
+      socket_(sockets.Create(
+          [this](const Datagram& datagram) { Hear(code_page_.Decode(datagram.bytes)); })),
+      heartbeat_timer_(clock, "heartbeat", options_.heartbeat, [this] { SendHeartbeat(); }),
+      greet_timer_(clock, "greet", options_.greet_again, [this] { Greet(); }) {}
+
+std::string Monitor::Start() {
+    if (const std::string obstacle = socket_->Bind(0); !obstacle.empty())
+        return obstacle;
+    heartbeat_timer_.Enable();
+    greet_timer_.Enable();
+    Greet();
+    return "";
+}
+
+void Monitor::Stop() {
+    heartbeat_timer_.Disable();
+    greet_timer_.Disable();
+    socket_->Close();
+}
+
+void Monitor::Greet() {
+    Send(u"txHelloNx" + options_.name);
+}
+
+void Monitor::Send(const Text& message) {
+    const Endpoint service{options_.address, std::uint16_t(kFirstServicePort + options_.link - 1)};
+    socket_->Send(service, code_page_.Encode(message));
+}
+
+void Monitor::Hear(const Text& message) {
+    greet_timer_.Disable(); // counts anew from here
+    greet_timer_.Enable();
+    messages_.push_back({clock_.Now(), message});
+    if (messages_.size() > kMessagesKept)
+        messages_.pop_front();
+    if (ForgottenBy(message))
+        Greet();
+    on_message_(message);
+}
+
+// The state message of the service shows this link as one that nobody has greeted.
+bool Monitor::ForgottenBy(TextView message) const {
+    constexpr TextView kStates = u"tx-States";
+    const std::size_t own = kStates.size() + 2 + std::size_t(options_.link - 1);
+    return StartsWith(message, kStates) && own < message.size() && message[own] == u'0';
+}
+
+bool Monitor::Received(TextView prefix) const {
+    return std::ranges::any_of(
+        messages_, [&](const MonitorMessage& message) { return StartsWith(message.text, prefix); });
+}
+
+} // namespace tarnex
