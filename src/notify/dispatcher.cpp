@@ -1,0 +1,68 @@
+#include "notify/dispatcher.h"
+
+#include "notify/quiet_time.h"
+#include "notify/sms_pieces.h"
+#include "platform/calendar_text.h"
+
+namespace tarnex {
+
+Text NotifyChannels(const Settings& settings) {
+    const auto wanted = [&settings](bool on, TextView mode) {
+        return on && (settings.NotifyMode == mode || settings.NotifyMode == u"S+E") ? u'1' : u'0';
+    };
+    return {wanted(settings.SMSNotifyOn, u"SMS"), wanted(settings.EmailNotifyOn, u"Email")};
+}
+
+void Dispatcher::DispatchEvent(TextView record) {
+    parts_.lists.mList1Additem(u"");
+    parts_.codec.ParseEventRecord(record);
+    const Text notification = parts_.codec.ComposeNotification();
+    const bool sms_ok = notification[0] == u'1' && SMSTimeAllowed();
+    const bool mail_ok = notification[1] == u'1';
+    const Text text = notification.substr(2);
+    if (mail_ok)
+        QueueMail(text);
+    parts_.lists.mList1Additem(u"Log:" + text);
+    parts_.log.WriteLog(text, parts_.codec.Current()); // a lost row is counted there
+    if (sms_ok)
+        QueuePieces(text);
+}
+
+bool Dispatcher::SMSTimeAllowed() const {
+    return !InQuietTime(parts_.settings, parts_.clock.Calendar());
+}
+
+void Dispatcher::QueueMail(const Text& text) {
+    parts_.mail.dSetEmailFifo(DateText(parts_.clock.Calendar()) + u" " + text);
+    parts_.lists.mList1Additem(u"Email:" + text);
+}
+
+void Dispatcher::QueuePieces(const Text& text) {
+    const Text recipients = Recipients();
+    if (recipients.empty())
+        return;
+    const std::vector<Text> pieces = CutIntoPieces(text);
+    // Once the pieces fill the queue, repeating them would only push the same ones out again.
+    std::size_t queued = 0;
+    for (int rep = 0; rep < parts_.settings.SendCount && queued < kSMSFifoSize; ++rep) {
+        for (const Text& piece : pieces) {
+            for (const char16_t recipient : recipients) {
+                parts_.queue.QueueSMS(recipient + piece);
+                parts_.lists.mList1Additem(Text(u"SMS") + recipient + u":" + piece);
+            }
+        }
+        queued += pieces.size() * recipients.size();
+    }
+}
+
+Text Dispatcher::Recipients() const {
+    const Settings& settings = parts_.settings;
+    Text recipients;
+    if (settings.SwitchCheck42)
+        recipients += u'1';
+    if (settings.SwitchCheck43)
+        recipients += u'2';
+    return settings.AutoSearchOff ? Text() : recipients;
+}
+
+} // namespace tarnex

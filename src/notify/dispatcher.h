@@ -1,0 +1,43 @@
+#pragma once
+
+#include "logging/debug_lists.h"
+#include "logging/log_writer.h"
+#include "notify/email_fifo.h"
+#include "notify/sms_msg_codec.h"
+#include "notify/sms_queue.h"
+#include "settings/settings.h"
+
+namespace tarnex {
+
+// Whether link events go out by SMS, and by mail: "1" or "0" for each.
+Text NotifyChannels(const Settings& settings);
+
+// Sends each event on the ways that its record and the settings ask for.
+class Dispatcher {
+  public:
+    struct Parts {
+        Clock& clock;
+        const Settings& settings;
+        SMSMsgCodec& codec;
+        SMSQueue& queue;
+        EmailFifo& mail;
+        LogWriter& log;
+        DebugLists& lists;
+    };
+    // The parts must outlive the dispatcher.
+    explicit Dispatcher(Parts parts) : parts_(parts) {}
+
+    // Logs the event of the record, and queues it for mail and SMS. Never waits.
+    void DispatchEvent(TextView record);
+    // False during the weekly quiet time.
+    bool SMSTimeAllowed() const;
+
+  private:
+    void QueueMail(const Text& text);
+    void QueuePieces(const Text& text);
+    Text Recipients() const;
+
+    Parts parts_;
+};
+
+} // namespace tarnex
