@@ -154,7 +154,7 @@ class AsioDatagramSocket : public DatagramSocket {
             return "";
         Close();
         auto binding = std::make_shared<Binding>(loop_, receive_buffer_, on_datagram_);
-        if (const std::string obstacle = binding->Open(bind_address_, port); !obstacle.empty())
+        if (std::string obstacle = binding->Open(bind_address_, port); !obstacle.empty())
             return obstacle;
         binding_ = std::move(binding);
         port_ = port;

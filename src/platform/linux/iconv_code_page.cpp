@@ -63,16 +63,15 @@ class IconvCodePage::Converter {
     Converter(const Converter&) = delete;
     Converter& operator=(const Converter&) = delete;
     ~Converter() {
-        if (opened_ && handle_ != kNone)
+        if (Usable())
             iconv_close(handle_);
     }
 
     // Converts one character. Gives the length of what stands in output; 0 when it has none.
     std::size_t Convert(const void* input, std::size_t length, char (&output)[8]) {
-        if (!opened_)
+        if (!handle_)
             handle_ = iconv_open(to_.c_str(), from_.c_str());
-        opened_ = true;
-        if (handle_ == kNone)
+        if (!Usable())
             return 0;
         iconv(handle_, nullptr, nullptr, nullptr, nullptr);
         char* in = const_cast<char*>(static_cast<const char*>(input)); // iconv only reads it
@@ -83,12 +82,12 @@ class IconvCodePage::Converter {
     }
 
   private:
-    static inline const iconv_t kNone = reinterpret_cast<iconv_t>(-1);
+    // iconv_open() reports failure as the pointer -1.
+    bool Usable() const { return handle_ && reinterpret_cast<std::intptr_t>(handle_) != -1; }
 
     std::string to_;
     std::string from_;
-    bool opened_ = false;
-    iconv_t handle_ = kNone;
+    iconv_t handle_ = nullptr;
 };
 
 bool IconvCodePage::Supported(std::string_view name) {
