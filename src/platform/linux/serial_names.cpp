@@ -1,0 +1,21 @@
+#include "platform/linux/serial_names.h"
+
+namespace tarnex {
+
+SerialPaths SerialDevicePaths(const SerialPaths& configured) {
+    struct Family {
+        const char* prefix;
+        int count;
+    };
+    constexpr Family kFamilies[] = {{"/dev/ttyS", 4}, {"/dev/ttyUSB", 8}, {"/dev/ttyACM", 8}};
+
+    SerialPaths paths = configured;
+    auto path = paths.begin();
+    for (const Family& family : kFamilies)
+        for (int i = 0; i < family.count; ++i, ++path)
+            if (path->empty())
+                *path = family.prefix + std::to_string(i);
+    return paths;
+}
+
+} // namespace tarnex
