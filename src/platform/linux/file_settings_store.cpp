@@ -1,0 +1,227 @@
+#include "platform/linux/file_settings_store.h"
+
+#include "platform/linux/unique_fd.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <thread>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+namespace tarnex {
+
+namespace {
+
+constexpr std::size_t kLongestContent = 1 << 20;
+constexpr mode_t kNewFileMode = 0640;
+constexpr mode_t kLockMode = 0644; // whoever may enter the folder may take part
+constexpr int kMostLinks = 40;
+
+// File times may be several milliseconds coarse, and a second on old file systems.
+constexpr auto kStampGrain = 1s;
+// A file that changed this recently may still be in the middle of being written.
+constexpr auto kWriteTime = 20ms;
+
+constexpr int kReadAttempts = 4;
+constexpr auto kReadPause = 5ms;
+constexpr int kUpdateAttempts = 3;
+constexpr int kLockAttempts = 10;
+constexpr auto kLockPause = 10ms;
+
+// One state of the file.
+struct Image {
+    enum class Kind { kFile, kMissing, kUnusable };
+    Kind kind = Kind::kUnusable;
+    FileStamp stamp;
+    uid_t owner = 0;
+    gid_t group = 0;
+    mode_t mode = 0;
+    std::string content; // at most one byte more than kLongestContent
+};
+
+std::chrono::nanoseconds Age(const FileStamp& stamp) {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return now - std::chrono::nanoseconds(stamp.changed);
+}
+
+// The time of the last change of state is used: unlike that of the content, nobody can set it.
+FileStamp StampOf(const struct stat& status) {
+    FileStamp stamp;
+    stamp.file = status.st_ino;
+    stamp.size = static_cast<std::uint64_t>(status.st_size);
+    stamp.changed = status.st_ctim.tv_sec * 1'000'000'000LL + status.st_ctim.tv_nsec;
+    stamp.settled = Age(stamp) >= kStampGrain;
+    return stamp;
+}
+
+bool SameState(const FileStamp& a, const FileStamp& b) {
+    return a.file == b.file && a.size == b.size && a.changed == b.changed;
+}
+
+// The file that path leads to, there or not.
+std::string FollowLinks(std::filesystem::path path) {
+    std::error_code error;
+    for (int i = 0; i < kMostLinks && std::filesystem::is_symlink(path, error); ++i)
+        path = path.parent_path() / std::filesystem::read_symlink(path, error);
+    return path.string();
+}
+
+std::string ReadUpTo(int fd, std::size_t most) {
+    std::string content;
+    while (content.size() < most) {
+        char block[16384];
+        const ssize_t got = read(fd, block, std::min(sizeof block, most - content.size()));
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0)
+            break;
+        content.append(block, static_cast<std::size_t>(got));
+    }
+    return content;
+}
+
+// Reads the file as it is. changing: another program is at it.
+Image ReadOnce(const std::string& path, bool& changing) {
+    Image image;
+    changing = false;
+    // Never waits, whatever stands in the file's place.
+    const UniqueFd file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (!file) {
+        image.kind = errno == ENOENT ? Image::Kind::kMissing : Image::Kind::kUnusable;
+        return image;
+    }
+    struct stat before, after;
+    if (fstat(file.Get(), &before) != 0 || !S_ISREG(before.st_mode))
+        return image;
+    image.content = ReadUpTo(file.Get(), kLongestContent + 1);
+    if (fstat(file.Get(), &after) != 0)
+        return image;
+    image.kind = Image::Kind::kFile;
+    image.stamp = StampOf(after);
+    image.owner = after.st_uid;
+    image.group = after.st_gid;
+    image.mode = after.st_mode & 07777;
+    // Programs that write in place empty the file first.
+    const bool emptied = image.content.empty() && Age(image.stamp) < kWriteTime;
+    changing = !SameState(StampOf(before), image.stamp) || emptied;
+    return image;
+}
+
+Image ReadWhole(const std::string& path, const FileSettingsStore::Pause& pause) {
+    bool changing = false;
+    Image image = ReadOnce(path, changing);
+    for (int i = 1; i < kReadAttempts && changing; ++i) {
+        pause(kReadPause);
+        image = ReadOnce(path, changing);
+    }
+    return image;
+}
+
+bool WriteAll(int fd, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = write(fd, bytes.data(), bytes.size());
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return false;
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+// A new file with that content on the disk, to take the place of the present one.
+UniqueFd WriteSuccessor(const std::string& path, const std::string& content, const Image& present) {
+    unlink(path.c_str());
+    UniqueFd file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    struct stat made;
+    if (!file || fstat(file.Get(), &made) != 0)
+        return {};
+    bool good = WriteAll(file.Get(), content);
+    mode_t mode = kNewFileMode;
+    if (present.kind == Image::Kind::kFile) {
+        mode = present.mode;
+        if (made.st_uid != present.owner || made.st_gid != present.group)
+            good = good && fchown(file.Get(), present.owner, present.group) == 0;
+    }
+    good = good && fchmod(file.Get(), mode) == 0 && fsync(file.Get()) == 0;
+    if (good)
+        return file;
+    unlink(path.c_str());
+    return {};
+}
+
+// Held as long as the descriptor is open; nothing when another program keeps it.
+UniqueFd TakeLock(const std::string& path, const FileSettingsStore::Pause& pause) {
+    UniqueFd lock(open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK, kLockMode));
+    for (int i = 0; lock && i < kLockAttempts; ++i) {
+        if (flock(lock.Get(), LOCK_EX | LOCK_NB) == 0)
+            return lock;
+        pause(kLockPause);
+    }
+    return {};
+}
+
+} // namespace
+
+FileSettingsStore::FileSettingsStore(std::string path, Pause pause)
+    : path_(std::move(path)), pause_(std::move(pause)) {}
+
+void FileSettingsStore::Sleep(Duration duration) {
+    std::this_thread::sleep_for(duration);
+}
+
+std::optional<FileStamp> FileSettingsStore::Stamp() const {
+    struct stat status;
+    if (stat(path_.c_str(), &status) != 0 || !S_ISREG(status.st_mode) ||
+        access(path_.c_str(), R_OK) != 0)
+        return std::nullopt;
+    return StampOf(status);
+}
+
+std::optional<std::string> FileSettingsStore::Read() const {
+    Image image = ReadWhole(path_, pause_);
+    if (image.kind != Image::Kind::kFile)
+        return std::nullopt;
+    image.content.resize(std::min(image.content.size(), kLongestContent));
+    return std::move(image.content);
+}
+
+bool FileSettingsStore::Update(
+    const std::function<std::optional<std::string>(const std::string&)>& edit) {
+    const std::string target = FollowLinks(path_);
+    const std::string successor = target + ".new";
+    const UniqueFd lock = TakeLock(target + ".lock", pause_);
+    if (!lock)
+        return false;
+    for (int i = 0; i < kUpdateAttempts; ++i) {
+        const Image present = ReadWhole(target, pause_);
+        if (present.kind == Image::Kind::kUnusable || present.content.size() > kLongestContent)
+            return false;
+        // A program that writes in place would lose its second half with the file it writes to.
+        const bool own = own_write_ && SameState(*own_write_, present.stamp);
+        if (present.kind == Image::Kind::kFile && !own && Age(present.stamp) < kWriteTime)
+            pause_(kWriteTime);
+        const std::optional<std::string> content = edit(present.content);
+        if (!content)
+            return true;
+        const UniqueFd file = WriteSuccessor(successor, *content, present);
+        if (!file)
+            return false;
+        const Image now = ReadWhole(target, pause_);
+        if (now.kind != present.kind || now.content != present.content)
+            continue;
+        // The folder is not flushed: a power failure now brings back the old file, whole.
+        if (rename(successor.c_str(), target.c_str()) != 0)
+            break;
+        struct stat status;
+        if (fstat(file.Get(), &status) == 0)
+            own_write_ = StampOf(status);
+        return true;
+    }
+    unlink(successor.c_str());
+    return false;
+}
+
+} // namespace tarnex
