@@ -1,7 +1,6 @@
 #include "simulator/event_words.h"
 
-#include <algorithm>
-#include <charconv>
+#include "simulator/command_words.h"
 
 namespace tarnex {
 
@@ -60,9 +59,8 @@ std::optional<int> NumberOf(std::span<const EventWord> words, std::string_view t
     if (found != words.end())
         return found->number;
     int number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    const bool whole = error == std::errc() && end == text.data() + text.size();
-    return whole && number >= 0 && number <= 99 ? std::optional(number) : std::nullopt;
+    const bool good = ReadNumber(text, number) && number >= 0 && number <= 99;
+    return good ? std::optional(number) : std::nullopt;
 }
 
 Text MakeEventRecord(const MonitorEvent& event) {

@@ -1,6 +1,6 @@
 #include "simulator/simulated_unit.h"
 
-#include "simulator/unit_command_table.h"
+#include "simulator/unit_protocol.h"
 #include "simulator/unit_text.h"
 
 #include <algorithm>
@@ -19,22 +19,15 @@ constexpr std::size_t kSentKept = 1000;
 constexpr Duration kHalfGap = 100ms; // well beyond the 20 ms after which the PC reads a line
 constexpr Duration kGsmStart = 1s;
 
-const UnitCommand* FindCommand(std::string_view name, bool with_argument) {
-    for (const UnitCommand& command : UnitCommands())
-        if (command.name == name && command.takes_argument == with_argument)
-            return &command;
-    return nullptr;
-}
-
-std::size_t IndexOf(const UnitCommand& command) {
-    return std::size_t(&command - UnitCommands().data());
+std::size_t IndexOf(const ProtocolCommand& command) {
+    return std::size_t(&command - ProtocolCommands().data());
 }
 
 } // namespace
 
 SimulatedUnit::SimulatedUnit(Clock& clock)
     : calls_(clock), signal_timer_(clock, "signal", 0ms, [this] { ReportSignal(); }),
-      counts_(UnitCommands().size()) {}
+      counts_(ProtocolCommands().size()) {}
 
 void SimulatedUnit::Opened(const LineSettings& settings) {
     listening_ = settings.baud == 19200 && settings.parity == 'N';
@@ -63,10 +56,7 @@ void SimulatedUnit::Hear(std::string_view line) {
     line.remove_prefix(kFrameStart.size());
     on_command_(line);
 
-    const std::size_t open = line.find('(');
-    const bool with_argument = open != line.npos && line.ends_with(')');
-    const std::string_view name = with_argument ? line.substr(0, open) : line;
-    const UnitCommand* command = FindCommand(name, with_argument);
+    const auto [command, name, argument] = ParseProtocolLine(line);
     if (command)
         ++counts_[IndexOf(*command)];
     if (Faults.Silent)
@@ -75,43 +65,43 @@ void SimulatedUnit::Hear(std::string_view line) {
         if (!instead->second.empty())
             Answer(instead->second);
     } else if (booting_) {
-        if (command && command->action == UnitAction::kGreet)
+        if (command && command->action == ProtocolAction::kGreet)
             Answer("Init");
     } else if (command) {
-        Obey(*command, with_argument ? line.substr(open + 1, line.size() - open - 2) : "");
+        Obey(*command, argument);
     } else {
         Answer("ERROR");
     }
 }
 
-void SimulatedUnit::Obey(const UnitCommand& command, std::string_view argument) {
+void SimulatedUnit::Obey(const ProtocolCommand& command, std::string_view argument) {
     switch (command.action) {
-    case UnitAction::kGreet:
+    case ProtocolAction::kGreet:
         return Answer("Hello,sever");
-    case UnitAction::kReportSignal:
+    case ProtocolAction::kReportSignal:
         return calls_.After(Times.Signal, [this] { ReportSignal(); });
-    case UnitAction::kStore:
+    case ProtocolAction::kStore:
         Memory.*command.field = argument;
         return Answer("OK");
-    case UnitAction::kSet:
+    case ProtocolAction::kSet:
         Memory.*command.field = command.text;
         return Answer("OK");
-    case UnitAction::kTell:
+    case ProtocolAction::kTell:
         return Answer(std::string(command.text) + Memory.*command.field +
                       (command.text.empty() ? "" : ")"));
-    case UnitAction::kFreeDisplay:
+    case ProtocolAction::kFreeDisplay:
         Memory.Lcd1.clear();
         Memory.Lcd2.clear();
         return Answer("OK");
-    case UnitAction::kSendSms:
+    case ProtocolAction::kSendSms:
         return SendSms(command, argument);
-    case UnitAction::kReset:
+    case ProtocolAction::kReset:
         Answer("RESET OK");
         return calls_.After(Times.Answer, [this] { Boot(); });
     }
 }
 
-void SimulatedUnit::SendSms(const UnitCommand& command, std::string_view hex) {
+void SimulatedUnit::SendSms(const ProtocolCommand& command, std::string_view hex) {
     const SentSms sms{.number_index = command.name.back() - '0',
                       .telephone_number = Memory.*command.field,
                       .text = FromHexText(hex)};
@@ -186,6 +176,10 @@ bool SimulatedUnit::ReceiveSms(TextView number, TextView text) {
     return true;
 }
 
+void SimulatedUnit::SendNoise() {
+    Say(kNoise);
+}
+
 void SimulatedUnit::LosePower() {
     Memory.AlarmState = "1";
     Say("TX:Alarm(AC)");
@@ -215,7 +209,7 @@ void SimulatedUnit::SetSignalPeriod(Duration period) {
 }
 
 long SimulatedUnit::Count(std::string_view name) const {
-    for (const UnitCommand& command : UnitCommands())
+    for (const ProtocolCommand& command : ProtocolCommands())
         if (command.name == name)
             return counts_[IndexOf(command)];
     throw std::out_of_range("the unit has no command " + std::string(name));

@@ -13,7 +13,7 @@
 
 namespace tarnex {
 
-struct UnitCommand;
+struct ProtocolCommand;
 
 // What is wrong with a unit. Nothing is, by default.
 struct UnitFaults {
@@ -85,6 +85,7 @@ class SimulatedUnit : public SerialDevice {
     void ReportSignal();
     // Reports the signal every period from now on; 0 stops it.
     void SetSignalPeriod(Duration period);
+    void SendNoise(); // a line of garbage
     // Sends any one line as its own report, at once; the line end is added.
     void Say(std::string_view line);
 
@@ -101,8 +102,8 @@ class SimulatedUnit : public SerialDevice {
 
   private:
     void Hear(std::string_view line);
-    void Obey(const UnitCommand& command, std::string_view argument);
-    void SendSms(const UnitCommand& command, std::string_view hex);
+    void Obey(const ProtocolCommand& command, std::string_view argument);
+    void SendSms(const ProtocolCommand& command, std::string_view hex);
     void ReportOutcome(SmsOutcome outcome);
     void Answer(std::string_view text);
     void Emit(std::string_view bytes);
