@@ -1,0 +1,92 @@
+#include "supervision/connection_supervision.h"
+
+#include "device/answer_rules.h"
+#include "settings/device_record.h"
+
+namespace tarnex {
+
+namespace {
+
+constexpr Duration kSearchPeriod = 5s;
+
+} // namespace
+
+ConnectionSupervision::ConnectionSupervision(Parts parts)
+    : mAutoConnect(parts.clock, "mAutoConnect", kSearchPeriod,
+                   [this] { return mAutoConnect_Timer(); }),
+      parts_(std::move(parts)) {}
+
+Task<> ConnectionSupervision::mAutoConnect_Timer() {
+    if (parts_.unit.UnitBusy || parts_.settings.AutoSearchOff)
+        co_return;
+    parts_.unit.UnitBusy = true;
+    mAutoConnect.Disable();
+    if (parts_.core.discovery.ConnectStatus() != 0)
+        co_await Greet();
+    else
+        co_await Search();
+}
+
+Task<> ConnectionSupervision::Greet() {
+    const unsigned losses = parts_.unit.Losses;
+    const Text reply = co_await parts_.core.discovery.HelloTarnex();
+    if (losses != parts_.unit.Losses)
+        co_return;
+    if (reply == kOk) {
+        InvalidateUnitSettings(parts_.ini);
+        parts_.unit.UnitConnected = true;
+        parts_.unit.UnitBusy = false;
+        parts_.mCheckTimer.Enable();
+        co_return;
+    }
+    if (reply == u"INIT") {
+        parts_.mLblTarnexStatus.SetCaption(u"硬件状态:启动中");
+        parts_.link.SendToMonitors(u"txBooting");
+        parts_.mCheckTimer.Disable();
+    } else {
+        parts_.core.discovery.ConnectClose();
+    }
+    TryAgain();
+}
+
+Task<> ConnectionSupervision::Search() {
+    parts_.link.SendToMonitors(u"tx-NoConn");
+    parts_.lists.mList1Additem(u"开始寻找 Tarnex");
+    parts_.ini.WriteIniStr(u"Text", u"Text1(33)", u"*");
+    int port = co_await parts_.core.discovery.Connect(Discovery::Ports::kLast);
+    if (port == 0)
+        port = co_await parts_.core.discovery.Connect(Discovery::Ports::kAll);
+    if (port != 0) {
+        const Text number = ToText(port);
+        parts_.lists.mList1Additem(u"在 com" + number + u" 找到 Tarnex");
+        parts_.ini.WriteIniStr(u"Text", u"Text1(33)", u"Com" + number);
+        parts_.ini.WriteIniStr(u"TarnexComm", u"LastCom", number);
+    } else {
+        parts_.lists.mList1Additem(u"没找到 Tarnex");
+    }
+    TryAgain();
+}
+
+void ConnectionSupervision::TryAgain() {
+    parts_.unit.UnitConnected = false;
+    mAutoConnect.Enable();
+    parts_.unit.UnitBusy = false;
+}
+
+void ConnectionSupervision::SetToResearch() {
+    parts_.mCheckTimer.Disable();
+    parts_.unit.UnitReady = false;
+    parts_.unit.UnitOnline = false;
+    parts_.mLblTarnexStatus.SetCaption(u"硬件状态:丢失");
+    parts_.link.SendToMonitors(u"txNexLost");
+    parts_.lists.mList1Additem(u"Tarnex硬件丢失,重新开始寻找!");
+    if (parts_.lists.DebugOn)
+        CountUp(parts_.mText1);
+    parts_.unit.UnitConnected = false;
+    parts_.reset_unit_state();
+    mAutoConnect.Enable();
+    parts_.unit.UnitBusy = false;
+    parts_.core.discovery.ConnectClose();
+}
+
+} // namespace tarnex

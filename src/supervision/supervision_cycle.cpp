@@ -1,0 +1,258 @@
+#include "supervision/supervision_cycle.h"
+
+#include "device/answer_rules.h"
+#include "platform/calendar_text.h"
+
+namespace tarnex {
+
+namespace {
+
+constexpr Duration kCheckPeriod = 5s;
+constexpr Duration kFirstCheck = 10s;
+constexpr int kSignalFailLimit = 6;
+constexpr std::int16_t kUnitGone = -2;
+
+constexpr std::size_t kVersionStep = 9; // index into UnitInitFlags
+constexpr std::size_t kSerialStep = 10;
+constexpr TextView kSettingsWritten = u"11111111100";
+constexpr TextView kVersionRead = u"11111111110";
+constexpr TextView kAllStepsDone = u"11111111111";
+
+// The words that have a code of their own; others are passed on as they are.
+struct StateCode {
+    TextView word;
+    TextView code;
+};
+// clang-format off
+constexpr StateCode kStateCodes[] = {
+    {u"NoCard",  u"tx-NoCard"},
+    {u"ACLost",  u"tx-ACLost"},
+    {u"ACOK",    u"tx---ACOk"}, // the unit's word is "ACOk", which is passed on bare
+    {u"CONLost", u"txConLost"},
+};
+// clang-format on
+
+Text OnOff(const Text& value) {
+    return value == u"1" ? u"On" : u"Off";
+}
+
+// A setting that is kept in the unit: where the wanted value stands, under which key of section
+// "TarnexComm" the value last written is recorded, and the command that writes it.
+struct UnitSetting {
+    TextView section;
+    TextView key;
+    TextView record_key;
+    Task<Text> (*write)(CommandSet& unit, const Text& value);
+};
+using Unit = CommandSet;
+// clang-format off
+constexpr UnitSetting kUnitSettings[] = {
+    {u"Text",  u"Text1(34)",  u"TelNo1",          [](Unit& u, const Text& v) { return u.WRNO(v, u"1"); }},
+    {u"Text",  u"Text1(35)",  u"TelNo2",          [](Unit& u, const Text& v) { return u.WRNO(v, u"2"); }},
+    {u"Text",  u"Text1(36)",  u"SMSCenter",       [](Unit& u, const Text& v) { return u.WRCSCA(v); }},
+    {u"combo", u"combo1(5)",  u"CommAlarmTime",   [](Unit& u, const Text& v) { return u.WRDT(v); }},
+    {u"Combo", u"Combo1(6)",  u"SendTimes",       [](Unit& u, const Text& v) { return u.WRAT(ToText(LeadingInt16(v).value_or(0))); }},
+    {u"Check", u"Check1(45)", u"CommAlarmEnable", [](Unit& u, const Text& v) { return u.TXCON(OnOff(v)); }},
+    {u"Check", u"Check1(44)", u"PowrAlarmEnable", [](Unit& u, const Text& v) { return u.TXPWR(OnOff(v)); }},
+    {u"Text",  u"Text1(32)",  u"TarnexName",      [](Unit& u, const Text& v) { return u.WRName(v); }},
+    {u"Check", u"Check1(57)", u"NameEnable",      [](Unit& u, const Text& v) { return u.NameMode(OnOff(v)); }},
+};
+// clang-format on
+
+// The upper bound of each signal level but the last.
+constexpr std::int16_t kLevelBounds[] = {4, 10, 14, 19};
+
+Text SignalLevel(std::int16_t value) {
+    int level = 1;
+    for (const std::int16_t bound : kLevelBounds)
+        level += value > bound;
+    return ToText(level);
+}
+
+} // namespace
+
+SupervisionCycle::SupervisionCycle(Parts parts)
+    : mCheckTimer(parts.clock, "mCheckTimer", kCheckPeriod, [this] { return mCheckTimer_Timer(); }),
+      parts_(std::move(parts)) {}
+
+void SupervisionCycle::Reset() {
+    mCheckTimer.Reset(kFirstCheck);
+    parts_.unit.UnitSignalLevel = u"1";
+    parts_.unit.UnitSignalValue = 0;
+    SignalFailLimit = kSignalFailLimit;
+    SignalFailCount = 1;
+}
+
+Task<> SupervisionCycle::mCheckTimer_Timer() {
+    if (!parts_.unit.UnitConnected || parts_.unit.UnitBusy)
+        co_return;
+    parts_.unit.UnitBusy = true;
+    mCheckTimer.Disable();
+    const Outcome outcome = co_await RunSteps();
+    if (outcome == Outcome::kLost)
+        co_return;
+    parts_.unit.UnitBusy = false;
+    mCheckTimer.Enable();
+}
+
+Task<SupervisionCycle::Outcome> SupervisionCycle::RunSteps() {
+    if (PassStateWord() == Outcome::kLost)
+        co_return Outcome::kLost;
+    TakeReceivedSMS();
+    parts_.settings.SwitchCheck42 = parts_.ini.GetIniStr(u"Check", u"Check1(42)") == u"1";
+    parts_.settings.SwitchCheck43 = parts_.ini.GetIniStr(u"Check", u"Check1(43)") == u"1";
+    Outcome outcome = co_await WriteSettings();
+    if (outcome != Outcome::kGoOn)
+        co_return outcome;
+    outcome = co_await ReadIdentity();
+    if (outcome != Outcome::kGoOn)
+        co_return outcome;
+    if (parts_.unit.UnitInitFlags == kAllStepsDone)
+        DeclareReady();
+    if (parts_.lists.DebugOn)
+        CountUp(parts_.mText4);
+    co_return co_await ReadSignal();
+}
+
+SupervisionCycle::Outcome SupervisionCycle::PassStateWord() {
+    Text word = parts_.core.GetComFifo();
+    if (word == kNoData)
+        return Outcome::kGoOn;
+    if (word == u"SYSOk" || word == u"GSMOk") { // the unit has restarted
+        parts_.set_to_research();
+        return Outcome::kLost;
+    }
+    for (const StateCode& row : kStateCodes)
+        if (word == row.word) {
+            word = row.code;
+            break;
+        }
+    parts_.link.SendToMonitors(word);
+    parts_.lists.mList3Additem(word);
+    return Outcome::kGoOn;
+}
+
+void SupervisionCycle::TakeReceivedSMS() {
+    SMSModem& sms = parts_.core.sms;
+    if (sms.GetSMS() != u"NewMsg")
+        return;
+    const Text sender = sms.GetSMSTelNo();
+    const Text text = sms.GetSMSMsg();
+    parts_.lists.mList2Additem(u"查询时间:" + TimeText(parts_.clock.Calendar()));
+    parts_.lists.mList2Additem(u"号码:" + sender);
+    parts_.lists.mList2Additem(u"日期:" + sms.GetSMSDate());
+    parts_.lists.mList2Additem(u"时间:" + sms.GetSMSTime());
+    parts_.lists.mList2Additem(u"内容:" + text);
+    parts_.lists.mList2Additem(u"");
+    const Text answer = parts_.codec.DecodeSMSCommand(sender, text);
+    parts_.lists.mList1Additem(u"确认消息:" + answer);
+    if (!StartsWith(answer, u"ETel"))
+        AnswerCommand(answer);
+    else if ((Contains(text, u"费") && parts_.settings.ForwardFeeSMS) || Contains(text, u"额"))
+        ForwardFee(sender, text);
+}
+
+// answer: a four-character code, the recipient and the reply's text.
+void SupervisionCycle::AnswerCommand(const Text& answer) {
+    const Text code = answer.substr(0, 4);
+    parts_.queue.QueueSMS(answer.substr(4));
+    parts_.log.WriteCtrlLog(code);
+    parts_.log.WriteResponseLog(answer.substr(5));
+    if (code != u"ECmd")
+        parts_.link.SendToMonitors(u"txControl" + code);
+}
+
+void SupervisionCycle::ForwardFee(const Text& sender, const Text& text) {
+    const Text header = u"Tarnex转发来自号码" + sender + u"的短消息，该条信息可能涉及缴费等信息。";
+    for (const TextView recipient : {u"1", u"2"})
+        for (const Text& part : {header, text}) {
+            parts_.queue.QueueSMS(Text(recipient) + part);
+            parts_.log.WriteResponseLog(part);
+        }
+}
+
+Task<SupervisionCycle::Outcome> SupervisionCycle::WriteSettings() {
+    const unsigned losses = parts_.unit.Losses;
+    for (std::size_t step = 0; step < std::size(kUnitSettings); ++step) {
+        const UnitSetting& setting = kUnitSettings[step];
+        const Text wanted = parts_.ini.GetIniStr(setting.section, setting.key);
+        if (wanted == parts_.ini.GetIniStr(u"TarnexComm", setting.record_key))
+            continue;
+        const Text reply = co_await setting.write(parts_.core.commands, wanted);
+        if (losses != parts_.unit.Losses)
+            co_return Outcome::kLost;
+        if (reply != kOk)
+            co_return Outcome::kEndTick;
+        parts_.ini.WriteIniStr(u"TarnexComm", setting.record_key, wanted);
+        parts_.unit.UnitInitFlags[step] = u'1';
+    }
+    co_return Outcome::kGoOn;
+}
+
+Task<SupervisionCycle::Outcome> SupervisionCycle::ReadIdentity() {
+    const unsigned losses = parts_.unit.Losses;
+    UnitState& unit = parts_.unit;
+    if (unit.UnitInitFlags == kSettingsWritten) {
+        const Text version = co_await parts_.core.commands.ChkVer();
+        if (losses != unit.Losses)
+            co_return Outcome::kLost;
+        if (version != kFailed) {
+            unit.UnitVersion = version;
+            parts_.link.SendToMonitors(u"txVersion" + version);
+            unit.UnitInitFlags[kVersionStep] = u'1';
+        }
+    }
+    if (unit.UnitInitFlags == kVersionRead) {
+        const Text serial = co_await parts_.core.commands.RDSerial();
+        if (losses != unit.Losses)
+            co_return Outcome::kLost;
+        if (serial != kFailed) {
+            unit.UnitSerial = serial;
+            parts_.link.SendToMonitors(u"tx-Serial" + serial);
+            unit.UnitInitFlags[kSerialStep] = u'1';
+        }
+    }
+    co_return Outcome::kGoOn;
+}
+
+void SupervisionCycle::DeclareReady() {
+    parts_.queue.mSMSSendTimer.Enable();
+    parts_.lists.mList1Additem(u"Tarnex就绪");
+    parts_.unit.UnitReady = true;
+    parts_.mLblTarnexStatus.SetCaption(u"硬件状态:就绪");
+    parts_.link.SendToMonitors(u"tx--Ready");
+    parts_.unit.UnitOnline = true;
+    parts_.unit.UnitInitFlags += u'*'; // so that this step runs once
+}
+
+Task<SupervisionCycle::Outcome> SupervisionCycle::ReadSignal() {
+    const unsigned losses = parts_.unit.Losses;
+    const Text reading = co_await parts_.core.commands.RDCSQ();
+    if (losses != parts_.unit.Losses)
+        co_return Outcome::kLost;
+    JudgeReading(LeadingInt16(reading).value_or(0));
+    if (parts_.unit.UnitSignalValue != -1) {
+        parts_.unit.UnitSignalLevel = SignalLevel(parts_.unit.UnitSignalValue);
+        parts_.mTxtTarnexCSQ.SetValue(ToText(parts_.unit.UnitSignalValue));
+        co_return Outcome::kGoOn;
+    }
+    parts_.unit.UnitSignalLevel = u"1";
+    parts_.lists.mList1Additem(u"开始丢失拉");
+    parts_.set_to_research();
+    co_return Outcome::kLost;
+}
+
+void SupervisionCycle::JudgeReading(std::int16_t reading) {
+    if (reading >= 0) {
+        SignalFailCount = 1;
+        parts_.unit.UnitSignalValue = reading;
+    } else {
+        SignalFailCount = reading == kUnitGone ? SignalFailLimit + 1 : SignalFailCount + 1;
+    }
+    if (SignalFailCount >= SignalFailLimit) {
+        SignalFailCount = 1;
+        parts_.unit.UnitSignalValue = -1;
+    }
+}
+
+} // namespace tarnex

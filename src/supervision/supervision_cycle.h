@@ -1,0 +1,68 @@
+#pragma once
+
+#include "device/tarnex_core.h"
+#include "device/unit_state.h"
+#include "logging/log_writer.h"
+#include "notify/control_link.h"
+#include "notify/sms_msg_codec.h"
+#include "notify/sms_queue.h"
+#include "settings/settings.h"
+
+namespace tarnex {
+
+// What is done with a connected unit every 5 s: passes on what it reports, answers received SMS,
+// keeps the configured settings in it, declares it ready, and watches its signal.
+class SupervisionCycle {
+  public:
+    struct Parts {
+        Clock& clock;
+        TarnexCore& core;
+        MyIniFile& ini;
+        Settings& settings;
+        UnitState& unit;
+        DebugLists& lists;
+        LogWriter& log;
+        ControlLink& link;
+        SMSMsgCodec& codec;
+        SMSQueue& queue;
+        Label& mLblTarnexStatus;
+        TextBox& mText4;        // ticks, counted in debug mode
+        TextBox& mTxtTarnexCSQ; // last valid signal reading
+        std::function<void()> set_to_research;
+    };
+    // The parts must outlive the cycle.
+    explicit SupervisionCycle(Parts parts);
+
+    // The state after ResetUnitState: mCheckTimer off, its next first tick 10 s after it is
+    // enabled, nothing known of the signal.
+    void Reset();
+
+    // 5 s; enabled when the unit was greeted.
+    Timer mCheckTimer;
+
+  private:
+    enum class Outcome {
+        kGoOn,    // with the next step of the tick
+        kEndTick, // the rest waits for the next tick
+        kLost,    // the unit was lost meanwhile: nothing may be touched any more
+    };
+
+    Task<> mCheckTimer_Timer();
+    Task<Outcome> RunSteps();
+    Outcome PassStateWord();
+    void TakeReceivedSMS();
+    void AnswerCommand(const Text& answer);
+    void ForwardFee(const Text& sender, const Text& text);
+    Task<Outcome> WriteSettings();
+    Task<Outcome> ReadIdentity();
+    void DeclareReady();
+    Task<Outcome> ReadSignal();
+    // Counts a failed reading; true when it was one too many.
+    void JudgeReading(std::int16_t reading);
+
+    Parts parts_;
+    int SignalFailCount = 1;
+    int SignalFailLimit = 6;
+};
+
+} // namespace tarnex
