@@ -1,0 +1,217 @@
+#include "mail/mail_sender.h"
+
+#include "mail/server_address.h"
+#include "platform/calendar_text.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tarnex {
+
+namespace {
+
+constexpr Duration kTick = 5000ms;
+constexpr int kPatience = 3; // ticks without an accepted reply; one more and the mail gives up
+constexpr TextView kNoData = u"NoData";
+constexpr TextView kSubjectStart = u"Tarnex K Serial : ";
+constexpr std::string_view kCheckNetwork = "check the server's name and the network";
+constexpr std::size_t kLongestQuote = 80; // characters of others' words in a line for operators
+
+// The first line of text, without control characters.
+std::string Quote(TextView text) {
+    Text line(text.substr(0, text.find_first_of(u"\r\n")).substr(0, kLongestQuote));
+    std::ranges::replace_if(
+        line, [](char16_t c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); }, u' ');
+    return '"' + ToUtf8(Trim(line)) + '"';
+}
+
+} // namespace
+
+MailSender::MailSender(Clock& clock, TcpClients& tcp, const MyIniFile& ini,
+                       const CodePage& code_page, OperatorNotices& notices)
+    : clock_(clock), ini_(ini), code_page_(code_page), notices_(notices),
+      Winsock1_(tcp.Create({.connected = [] {}, // the server speaks first
+                            .received = [this](std::string_view bytes) { OnReply(bytes); },
+                            .ended = [this](const std::string& why) { OnEnded(why); }})),
+      MailSenderTimer_(clock, "MailSenderTimer", kTick, [this] { MailSenderTimer_Timer(); }) {
+    timers_.Add(MailSenderTimer_);
+    form_.CmdSend.OnClick([this] { CmdSend_Click(); });
+    form_.Command1.OnClick([this] { dSetEmailFifo(u"Test msg." + TimeText(clock_.Calendar())); });
+    form_.cmdExit.OnClick([this] { Unload(); });
+    form_.OnClose([this] { form_.SetVisible(false); }); // mails go on without their window
+    Load();
+}
+
+void MailSender::Load() {
+    loaded_ = true;
+    InitEmailFifo();
+    MailSenderTimer_.Enable();
+}
+
+// What is still queued is gone with the form; the next text to be queued loads it again.
+void MailSender::Unload() {
+    loaded_ = false;
+    MailSenderTimer_.Disable();
+    Winsock1_->Close();
+    form_.SetVisible(false);
+}
+
+void MailSender::InitEmailFifo() {
+    fifo_.Clear();
+    BusyTicks_ = -1;
+    ReadyForNext_ = true;
+}
+
+void MailSender::dSetEmailFifo(const Text& text) {
+    if (!loaded_)
+        Load();
+    if (!fifo_.Push(text))
+        ++dropped_;
+}
+
+Text MailSender::GetEmailFifo() {
+    return fifo_.Empty() ? Text(kNoData) : fifo_.Pop();
+}
+
+void MailSender::MailSenderTimer_Timer() {
+    form_.Text1.SetValue(ToText(BusyTicks_));
+    if (BusyTicks_ > -1 && ++BusyTicks_ > kPatience)
+        GiveUpForNow();
+    if (!ReadyForNext_)
+        return;
+    const Text text = GetEmailFifo();
+    if (text == kNoData) {
+        BusyTicks_ = -1;
+        return;
+    }
+    ReadyForNext_ = false;
+    CurrentMail_ = text;
+    SendOut(CurrentMail_);
+    BusyTicks_ = 0;
+}
+
+void MailSender::GiveUpForNow() {
+    Fail("no answer in time to " + std::string(RuleOf(SendStep_).waits_for), kCheckNetwork);
+    dSetEmailFifo(CurrentMail_);
+    BusyTicks_ = 0;
+    ReadyForNext_ = true;
+}
+
+void MailSender::LoadMailSettings() {
+    const MailSettings before = std::exchange(settings_, ReadMailSettings(ini_));
+    if (settings_ != before)
+        failing_ = false; // what fails with the new settings is worth a new line
+}
+
+void MailSender::SendOut(const Text& text) {
+    LoadMailSettings();
+    form_.TxtMessage1.SetValue(text);
+    form_.subject.SetValue(Text(kSubjectStart) + text);
+    SendEmail(settings_.SmtpServer, settings_.MailFrom, settings_.MailTo,
+              settings_.MailAuth ? settings_.SmtpUser : Text(), settings_.SmtpPassword);
+}
+
+void MailSender::SendEmail(const Text& server, const Text& from, const Text& to,
+                           const Text& userName, const Text& password) {
+    form_.txtserver.SetValue(server);
+    form_.txtfrom.SetValue(from);
+    form_.getaddress.SetValue(to);
+    form_.user.SetValue(userName);
+    form_.txtpwa.SetValue(password);
+    CmdSend_Click();
+}
+
+void MailSender::CmdSend_Click() {
+    Winsock1_->Close();
+    attempt_failed_ = false;
+    const auto server = ParseServerAddress(form_.txtserver.Value());
+    if (!server)
+        return Fail("it names no host, or a port that is not a number from 1 to 65535",
+                    "set the mail server as host or host:port");
+    Winsock1_->Connect(code_page_.Encode(server->host), server->port);
+    SendStep_ = SmtpStep::kGreeting;
+    form_.StatusTxt.SetCaption(u"试图与服务器连接");
+}
+
+// One packet is one reply: what arrives is never put together, so a server that talks without end
+// costs no memory.
+void MailSender::OnReply(std::string_view reply) {
+    const SmtpRule& rule = RuleOf(SendStep_);
+    if (AcceptedReply(reply))
+        return TakeStep(rule);
+    Winsock1_->Close();
+    if (SendStep_ == SmtpStep::kQuit)
+        return; // the usual 221
+    Fail("it answered " + Quote(code_page_.Decode(reply)) + " to " + std::string(rule.waits_for),
+         "check the account and the addresses");
+}
+
+void MailSender::TakeStep(const SmtpRule& rule) {
+    const SmtpSends sends = rule.compose(Parts(), code_page_);
+    if (!sends) {
+        Winsock1_->Close();
+        return Fail("the user name or password holds characters that cannot be sent",
+                    "correct the account");
+    }
+    for (const std::string& bytes : *sends)
+        Winsock1_->Send(bytes);
+    if (rule.closes)
+        Winsock1_->Close();
+    else
+        BusyTicks_ = 0;
+    if (rule.done)
+        ReadyForNext_ = true;
+    if (SendStep_ == SmtpStep::kData)
+        ++sent_;
+    if (SendStep_ == SmtpStep::kContent)
+        Confirmed();
+    SendStep_ = form_.user.Value().empty() ? rule.next_without_user : rule.next;
+    form_.StatusTxt.SetCaption(Text(rule.status));
+}
+
+MailParts MailSender::Parts() const {
+    return {.from = form_.txtfrom.Value(),
+            .to = form_.getaddress.Value(),
+            .user = form_.user.Value(),
+            .password = form_.txtpwa.Value(),
+            .subject = form_.subject.Value(),
+            .body = form_.TxtMessage1.Value()};
+}
+
+void MailSender::OnEnded(const std::string& why) {
+    if (SendStep_ != SmtpStep::kQuit)
+        Fail(why + ", before the answer to " + std::string(RuleOf(SendStep_).waits_for),
+             kCheckNetwork);
+}
+
+void MailSender::Confirmed() {
+    failing_ = false;
+    notices_.Report("mail", "", "mail: works again");
+}
+
+void MailSender::Fail(const std::string& why, std::string_view advice) {
+    if (attempt_failed_)
+        return;
+    attempt_failed_ = true;
+    ++failed_attempts_;
+    last_problem_ = "server " + Quote(form_.txtserver.Value()) + ": " + why;
+    // Later attempts may fail in changing words; one line is enough until mails work again.
+    if (!failing_)
+        notices_.Report("mail",
+                        "mail: cannot be sent: " + last_problem_ + "; " + std::string(advice) +
+                            "; a mail is tried again until its content was handed over",
+                        "");
+    failing_ = true;
+}
+
+MailStatus MailSender::Status() const {
+    return {.queued = fifo_.Size(),
+            .step = static_cast<int>(SendStep_),
+            .sent = sent_,
+            .failed_attempts = failed_attempts_,
+            .dropped = dropped_,
+            .failing = failing_,
+            .last_problem = last_problem_};
+}
+
+} // namespace tarnex

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "logging/operator_notices.h"
+#include "mail/mail_form.h"
+#include "mail/mail_settings.h"
+#include "mail/smtp_dialogue.h"
+#include "notify/email_fifo.h"
+#include "platform/ring_fifo.h"
+#include "platform/tcp_client.h"
+#include "platform/timer.h"
+
+namespace tarnex {
+
+// What a status display shows of the mails.
+struct MailStatus {
+    std::size_t queued = 0; // without the one in flight
+    int step = 0;           // of the dialogue, as in SmtpStep
+    unsigned long sent = 0; // mails whose content the server was given
+    unsigned long failed_attempts = 0;
+    unsigned long dropped = 0; // by a full queue
+    bool failing = false;      // since the last attempt that failed no mail was confirmed
+    std::string last_problem;  // UTF-8, one line; "" while there was none
+};
+
+// Mails queued texts, one at a time, through the SMTP server of the settings. A mail that the
+// server does not take is queued again behind the others and tried again without limit.
+class MailSender : public EmailFifo {
+  public:
+    // Everything handed in must outlive it. It works from now on, shown or not.
+    MailSender(Clock& clock, TcpClients& tcp, const MyIniFile& ini, const CodePage& code_page,
+               OperatorNotices& notices);
+
+    // The text becomes the body and the end of the subject. At most 400 texts wait.
+    void dSetEmailFifo(const Text& text) override;
+    // Sends one text now, instead of what is being sent, by the settings as they are now.
+    void SendOut(const Text& text);
+    // Sends what the window's subject and body hold. server: a host, or host ":" port; an empty
+    // userName logs in nowhere.
+    void SendEmail(const Text& server, const Text& from, const Text& to, const Text& userName,
+                   const Text& password);
+
+    MailForm& Window() { return form_; }
+    TimerList& Timers() { return timers_; }
+    MailStatus Status() const;
+
+  private:
+    void Load();
+    void Unload();
+    void InitEmailFifo();
+    Text GetEmailFifo();
+    void LoadMailSettings();
+    void MailSenderTimer_Timer();
+    void GiveUpForNow();
+    void CmdSend_Click();
+    void OnReply(std::string_view reply);
+    void OnEnded(const std::string& why);
+    void TakeStep(const SmtpRule& rule);
+    MailParts Parts() const;
+    void Confirmed();
+    void Fail(const std::string& why, std::string_view advice);
+
+    Clock& clock_;
+    const MyIniFile& ini_;
+    const CodePage& code_page_;
+    OperatorNotices& notices_;
+    MailForm form_;
+    std::unique_ptr<TcpClient> Winsock1_;
+    Timer MailSenderTimer_;
+    TimerList timers_;
+    bool loaded_ = false;
+
+    RingFifo<401> fifo_;
+    int BusyTicks_ = -1;       // ticks since the last accepted reply; -1: no mail in flight
+    bool ReadyForNext_ = true; // the timer may take the next text
+    Text CurrentMail_;         // the text in flight
+    SmtpStep SendStep_ = SmtpStep::kGreeting;
+    MailSettings settings_;
+
+    unsigned long sent_ = 0;
+    unsigned long failed_attempts_ = 0;
+    unsigned long dropped_ = 0;
+    bool attempt_failed_ = false; // counted already
+    bool failing_ = false;        // and the operator has been told
+    std::string last_problem_;
+};
+
+} // namespace tarnex

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "platform/code_page.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tarnex {
+
+// What one mail is made of.
+struct MailParts {
+    Text from; // address
+    Text to;   // address
+    Text user; // empty: no log-in
+    Text password;
+    Text subject;
+    Text body;
+};
+
+// The steps of the dialogue, each named for the reply that it waits for. A status display shows
+// the numbers.
+enum class SmtpStep {
+    kGreeting = 0,
+    kHelo = 1,
+    kMailFrom = 2,
+    kRcptTo = 3,
+    kData = 4,
+    kContent = 5,
+    kQuit = 6,
+    kAuth = 7,
+    kUser = 8,
+    kReady = 9, // the reply to the password, or to HELO where there is no log-in
+};
+
+// What is sent to the server, each string by itself; nothing when the mail holds characters that
+// cannot be sent.
+using SmtpSends = std::optional<std::vector<std::string>>;
+
+// What happens when the awaited reply has come.
+struct SmtpRule {
+    std::string_view waits_for; // the reply to what, for operators
+    SmtpSends (*compose)(const MailParts& mail, const CodePage& code_page);
+    SmtpStep next;
+    SmtpStep next_without_user; // instead of next, when the mail has no user
+    bool done;                  // the mail counts as done: the next one may start
+    bool closes;                // the dialogue is over
+    TextView status;            // of the window, after sending
+};
+
+const SmtpRule& RuleOf(SmtpStep step);
+
+// A reply with one of these codes carries any step forward; a reply begins with its code.
+bool AcceptedReply(std::string_view reply);
+
+} // namespace tarnex

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "mail/mail_sender.h"
+#include "platform/linux/iconv_code_page.h"
+#include "simulator/simulated_clock.h"
+#include "simulator/simulated_mail_server.h"
+#include "simulator/simulated_stores.h"
+
+#include <gtest/gtest.h>
+
+namespace tarnex {
+
+// A mail sender whose settings name the server smtp.example, where a sink listens.
+class MailFixture : public testing::Test, protected FormObserver {
+  protected:
+    MailFixture() {
+        network.Serve("smtp.example", 25, sink);
+        Set(u"smtp.example");
+        mail.Window().Observe(this);
+    }
+
+    // Settings with that server; user and password are there, used only when auth is "1".
+    void Set(TextView server, TextView auth = u"0", TextView user = u" alarm ",
+             TextView password = u" pass ") {
+        store.SetContent(code_page.Encode(
+            Text(u"[Check]\r\nCheck1(39)=1\r\nCheck1(40)=").append(auth) +
+            u"\r\n[Text]\r\nText1(29)=" + Text(server) + u"\r\nText1(30)=" + Text(user) +
+            u"\r\nText1(31)=" + Text(password) +
+            u"\r\nText1(58)=unit@site.example\r\nText1(59)=staff@site.example\r\n"));
+    }
+    // Every send since the start as "instant in ms:bytes".
+    std::vector<std::string> Sent() const {
+        std::vector<std::string> all;
+        for (const auto& send : network.Sent)
+            all.push_back(std::to_string(send.at.count()) + ":" + send.bytes);
+        return all;
+    }
+    // The bodies of the mails that arrived, in order, up to their first line end.
+    std::vector<std::string> Arrived() const {
+        std::vector<std::string> all;
+        for (const ReceivedMail& received : sink.Mails) {
+            const auto body = received.content.find("\r\n\r\n") + 4;
+            all.push_back(
+                received.content.substr(body, received.content.find("\r\n", body) - body));
+        }
+        return all;
+    }
+    void ControlChanged(Control& control) override {
+        if (&control == &mail.Window().StatusTxt)
+            statuses.push_back(mail.Window().StatusTxt.Caption());
+    }
+    void FormChanged() override {}
+
+    SimulatedClock clock;
+    SimulatedSettingsStore store;
+    IconvCodePage code_page{"GBK"};
+    MyIniFile ini{store, code_page};
+    std::vector<std::string> lines; // what operators were told
+    OperatorNotices notices{[this](const std::string& line) { lines.push_back(line); }};
+    SimulatedTcpNetwork network{clock};
+    MailSink sink;
+    MailSender mail{clock, network, ini, code_page, notices};
+    std::vector<Text> statuses; // every text of StatusTxt
+};
+
+} // namespace tarnex

@@ -1,0 +1,206 @@
+#include "tests/mail/mail_fixture.h"
+
+#include <algorithm>
+
+namespace tarnex {
+namespace {
+
+using MailRetry = MailFixture;
+
+struct FaultRow {
+    const char* name;
+    MailFault fault;
+    bool closes; // the sender leaves, or is left, at once
+};
+
+const FaultRow kFaultRows[] = {
+    {"refusal", MailFault::Refuse("550 no"), true},
+    {"close", MailFault::Close(), true},
+    {"silence", MailFault::Silence(), false},
+    {"empty line", MailFault::AcceptIn({"\r\n"}), true},
+    {"one character", MailFault::AcceptIn({"2"}), true},
+    {"two characters", MailFault::AcceptIn({"25"}), true},
+    {"NUL bytes", MailFault::AcceptIn({std::string("250\0", 4).insert(0, 1, '\0')}), true},
+    {"endless noise", MailFault::TalkEndlessly(std::string(10000, 'x')), true},
+};
+
+TEST_F(MailRetry, EveryFaultBeforeTheContentIsAskedForEndsInANewAttempt) {
+    sink.Account = {"alarm", " pass "};
+    for (int step = 0; step <= int(MailStep::kData); ++step) {
+        for (const FaultRow& row : kFaultRows) {
+            SCOPED_TRACE(testing::Message() << "step " << step << ", " << row.name);
+            Set(u"smtp.example", u"1");
+            clock.RunFor(20s - clock.Now() % 20s); // the last dialogue is long over
+            const Duration start = clock.Now();
+            network.Connections.clear();
+            sink.Mails.clear();
+            lines.clear();
+            const auto failed = mail.Status().failed_attempts;
+
+            sink.Faults = {{MailStep(step), row.fault}};
+            mail.dSetEmailFifo(u"x");
+            clock.RunTo(start + 6s);
+            EXPECT_EQ(network.Open, row.closes ? 0 : 1);
+            sink.Faults.clear();
+            clock.RunTo(start + 25s - 1ms);
+            EXPECT_EQ(network.Connections.size(), 1u);
+            clock.RunTo(start + 30s);
+            ASSERT_EQ(network.Connections.size(), 2u);
+            EXPECT_EQ(network.Connections[1].at, start + 25s);
+            EXPECT_EQ(Arrived(), std::vector<std::string>{"x"});
+            EXPECT_EQ(mail.Status().failed_attempts, failed + 1);
+            EXPECT_EQ(lines.size(), 2u) << "one line when it fails, one when it works again";
+        }
+    }
+}
+
+TEST_F(MailRetry, AMailIsDoneOnceItsContentIsSentWhateverTheServerSays) {
+    for (const FaultRow& row : kFaultRows) {
+        SCOPED_TRACE(row.name);
+        const auto before = mail.Status();
+        sink.Faults = {{MailStep::kContent, row.fault}};
+        mail.dSetEmailFifo(u"x");
+        clock.RunFor(2min);
+        EXPECT_EQ(mail.Status().sent, before.sent + 1);
+        EXPECT_EQ(mail.Status().failed_attempts, before.failed_attempts + (row.closes ? 1 : 0));
+    }
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_NE(lines[0].find("\"550 no\" to the content"), std::string::npos) << lines[0];
+
+    sink.Faults = {{MailStep::kQuit, MailFault::Refuse("500 what?")}};
+    mail.dSetEmailFifo(u"x");
+    clock.RunFor(2min);
+    EXPECT_EQ(lines.size(), 2u) << "QUIT may be answered in any way";
+    EXPECT_FALSE(mail.Status().failing);
+}
+
+TEST_F(MailRetry, PatienceIsCountedFromTheLastAcceptedReply) {
+    network.Delay = 4s;
+    sink.Faults[MailStep::kHelo] = MailFault::Silence();
+    mail.dSetEmailFifo(u"x");
+    clock.RunTo(30s - 1ms); // greeted at 13 s, ticks at 15, 20, 25 and 30 s
+    EXPECT_EQ(network.Connections.size(), 1u);
+    EXPECT_EQ(mail.Window().Text1.Value(), u"2");
+    clock.RunTo(30s);
+    EXPECT_EQ(network.Connections.size(), 2u);
+    EXPECT_EQ(mail.Window().Text1.Value(), u"3");
+    EXPECT_EQ(mail.Status().last_problem,
+              "server \"smtp.example\": no answer in time to HELO or the password");
+}
+
+TEST_F(MailRetry, AFailingMailGoesBehindTheOthers) {
+    network.Dead = true;
+    for (const TextView text : {u"a", u"b", u"c"})
+        mail.dSetEmailFifo(Text(text));
+    Text order;
+    for (const Duration instant : {5s, 25s, 45s, 65s}) {
+        clock.RunTo(instant);
+        order += mail.Window().TxtMessage1.Value();
+    }
+    EXPECT_EQ(order, u"abca");
+    EXPECT_EQ(network.Connections.size(), 4u);
+    EXPECT_EQ(network.Open, 1) << "each attempt closes the one before";
+}
+
+TEST_F(MailRetry, AnHourOfFailureLosesNothing) {
+    network.StopServing("smtp.example", 25);
+    for (int i = 0; i < 10; ++i)
+        mail.dSetEmailFifo(ToText(i));
+    clock.RunFor(1h);
+    EXPECT_EQ(mail.Status().failed_attempts, 180u);
+    EXPECT_EQ(lines.size(), 1u);
+    EXPECT_NE(lines[0].find("connection refused"), std::string::npos) << lines[0];
+    network.Serve("smtp.example", 25, sink);
+    clock.RunFor(2min);
+    auto arrived = Arrived();
+    std::ranges::sort(arrived);
+    EXPECT_EQ(arrived,
+              (std::vector<std::string>{"0", "1", "2", "3", "4", "5", "6", "7", "8", "9"}));
+    EXPECT_EQ(mail.Status().dropped, 0u);
+}
+
+TEST_F(MailRetry, AFullQueueKeepsTheNewest400) {
+    for (int i = 1; i <= 400; ++i)
+        mail.dSetEmailFifo(ToText(i));
+    EXPECT_EQ(mail.Status().dropped, 0u);
+    mail.dSetEmailFifo(u"401");
+    EXPECT_EQ(mail.Status().dropped, 1u);
+    EXPECT_EQ(mail.Status().queued, 400u);
+    clock.RunFor(400 * 5s + 1s); // one mail a tick
+    const auto arrived = Arrived();
+    ASSERT_EQ(arrived.size(), 400u);
+    for (int i = 0; i < 400; ++i)
+        ASSERT_EQ(arrived[i], std::to_string(i + 2));
+}
+
+TEST_F(MailRetry, AnEmptyQueueAndTheTextNoData) {
+    mail.dSetEmailFifo(u"NoData");
+    mail.dSetEmailFifo(u"next");
+    clock.RunFor(5s);
+    EXPECT_TRUE(network.Connections.empty());
+    EXPECT_EQ(mail.Window().Text1.Value(), u"-1");
+    clock.RunFor(1min);
+    EXPECT_EQ(Arrived(), std::vector<std::string>{"next"});
+    EXPECT_EQ(mail.Window().Text1.Value(), u"-1");
+}
+
+TEST_F(MailRetry, ChangedSettingsHoldFromTheNextMailOn) {
+    MailSink other;
+    other.Account = {"alarm", "new"};
+    network.Serve("other.example", 465, other);
+    mail.dSetEmailFifo(u"first");
+    mail.dSetEmailFifo(u"second");
+    clock.RunTo(5030ms);
+    Set(u"other.example:465", u"1", u"alarm", u"new");
+    clock.RunTo(11s);
+    EXPECT_EQ(Arrived(), std::vector<std::string>{"first"});
+    ASSERT_EQ(other.Mails.size(), 1u);
+    EXPECT_TRUE(other.Mails[0].logged_in);
+}
+
+TEST_F(MailRetry, WrongSettingsAreToldAndTriedAgain) {
+    Set(u"smtp.example:smtp");
+    mail.dSetEmailFifo(u"x");
+    clock.RunTo(20s);
+    EXPECT_TRUE(network.Connections.empty());
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_NE(lines[0].find("\"smtp.example:smtp\": it names no host, or a port"),
+              std::string::npos);
+
+    Set(u"smtp.example");
+    clock.RunTo(26s);
+    EXPECT_EQ(Arrived(), std::vector<std::string>{"x"});
+}
+
+TEST_F(MailRetry, APasswordOutsideTheCodePageIsNotSentMutilated) {
+    sink.Account = {"alarm", "?"};
+    mail.SendEmail(u"smtp.example", u"a@b", u"c@d", u"alarm", u"\xD83D\xDE00");
+    clock.RunFor(1s);
+    EXPECT_EQ(network.Open, 0);
+    EXPECT_TRUE(sink.Mails.empty());
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_NE(lines[0].find("characters that cannot be sent"), std::string::npos);
+}
+
+TEST_F(MailRetry, OperatorsAreToldInOnePrintableLine) {
+    sink.Faults[MailStep::kRcptTo] =
+        MailFault::Refuse("550\x07 \xCE\xDE\xD3\xC3\xBB\xA7 " + std::string(300, 'x') + "\r\nmore");
+    mail.dSetEmailFifo(u"x");
+    clock.RunFor(1h);
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_EQ(lines[0],
+              "mail: cannot be sent: server \"smtp.example\": it answered \"550  无用户 " +
+                  std::string(71, 'x') +
+                  "\" to RCPT TO; check the account and the addresses; a mail is tried "
+                  "again until its content was handed over");
+    Set(u"smtp.example:26"); // nobody answers there: another trouble after a change
+    clock.RunFor(1min);
+    EXPECT_EQ(lines.size(), 2u);
+    sink.Faults.clear();
+    Set(u"smtp.example");
+    clock.RunFor(1min);
+    EXPECT_EQ(lines.back(), "mail: works again");
+}
+
+} // namespace
+} // namespace tarnex
