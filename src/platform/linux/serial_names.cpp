@@ -2,13 +2,17 @@
 
 namespace tarnex {
 
-SerialPaths SerialDevicePaths(const SerialPaths& configured) {
-    struct Family {
-        const char* prefix;
-        int count;
-    };
-    constexpr Family kFamilies[] = {{"/dev/ttyS", 4}, {"/dev/ttyUSB", 8}, {"/dev/ttyACM", 8}};
+namespace {
 
+struct Family {
+    const char* prefix;
+    int count;
+};
+constexpr Family kFamilies[] = {{"/dev/ttyS", 4}, {"/dev/ttyUSB", 8}, {"/dev/ttyACM", 8}};
+
+} // namespace
+
+SerialPaths SerialDevicePaths(const SerialPaths& configured) {
     SerialPaths paths = configured;
     auto path = paths.begin();
     for (const Family& family : kFamilies)

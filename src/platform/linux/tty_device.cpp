@@ -31,11 +31,12 @@ PortStatus StatusOf(int open_error) {
     }
 }
 
+constexpr tcflag_t kDataBits[] = {CS5, CS6, CS7, CS8};
+
 std::optional<tcflag_t> DataBits(int bits) {
-    constexpr tcflag_t kSizes[] = {CS5, CS6, CS7, CS8};
     if (bits < 5 || bits > 8)
         return std::nullopt;
-    return kSizes[bits - 5];
+    return kDataBits[bits - 5];
 }
 
 // false when line has no such settings.
