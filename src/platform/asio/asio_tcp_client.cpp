@@ -1,0 +1,167 @@
+#include "platform/asio/asio_tcp_client.h"
+
+#include "platform/asio/error_words.h"
+#include "platform/asio/loop_core.h"
+#include "platform/asio/name_lookup.h"
+
+#include <array>
+#include <deque>
+
+#include <asio/connect.hpp>
+#include <asio/write.hpp>
+
+namespace tarnex {
+
+namespace {
+
+using asio::ip::tcp;
+
+constexpr std::size_t kLongestRead = 4096; // bytes
+
+// One connection, from Connect() to Close() or its end. Its handlers hold it weakly: they do
+// nothing once it is gone.
+class Connection : public std::enable_shared_from_this<Connection> {
+  public:
+    Connection(AsioLoop& loop, std::shared_ptr<const TcpEvents> events)
+        : loop_(loop), socket_(loop.core().io), events_(std::move(events)) {}
+
+    void Start(const std::string& host, std::uint16_t port) {
+        asio::error_code not_numeric;
+        const auto address = asio::ip::make_address(host, not_numeric);
+        if (!not_numeric) {
+            Connect({{address, port}});
+            return;
+        }
+        lookup_ = std::make_unique<NameLookup>(
+            loop_, host, port, [weak = weak_from_this()](const HostAddresses& found) {
+                if (const auto self = weak.lock())
+                    self->OnLookedUp(found);
+            });
+    }
+
+    void Send(std::string_view bytes) {
+        if (state_ != State::kConnected)
+            return;
+        output_.emplace_back(bytes);
+        if (output_.size() == 1)
+            WriteNext();
+    }
+
+    void Close() {
+        state_ = State::kClosed;
+        lookup_.reset();
+        asio::error_code ignored; // there is nothing left to do about it
+        socket_.close(ignored);
+    }
+
+  private:
+    enum class State {
+        kConnecting, // looking up the name or connecting
+        kConnected,  // until Close() or the end
+        kClosed,     // calls nobody back any more
+    };
+
+    // A completion handler that does nothing once the connection is gone or closed.
+    template <class... Arguments>
+    auto Guarded(void (Connection::*handler)(asio::error_code, Arguments...)) {
+        return [handler, weak = weak_from_this()](asio::error_code error, auto... rest) {
+            if (const auto self = weak.lock(); self && self->state_ != State::kClosed)
+                (self.get()->*handler)(error, rest...);
+        };
+    }
+
+    void OnLookedUp(const HostAddresses& found) {
+        if (found.endpoints.empty())
+            End(found.why_not);
+        else
+            Connect(found.endpoints);
+    }
+
+    void Connect(const std::vector<tcp::endpoint>& endpoints) {
+        asio::async_connect(socket_, endpoints, Guarded(&Connection::OnConnected));
+    }
+
+    void OnConnected(asio::error_code error, tcp::endpoint) {
+        if (error) {
+            End(ErrorWords(error));
+            return;
+        }
+        asio::error_code ignored; // a delay harms nobody
+        socket_.set_option(tcp::no_delay(true), ignored);
+        state_ = State::kConnected;
+        ReadNext();
+        events_->connected();
+    }
+
+    void ReadNext() { socket_.async_read_some(asio::buffer(input_), Guarded(&Connection::OnRead)); }
+
+    void OnRead(asio::error_code error, std::size_t size) {
+        if (error) {
+            End(error == asio::error::eof ? "closed by the other side" : ErrorWords(error));
+            return;
+        }
+        events_->received({input_.data(), size});
+        if (state_ != State::kClosed)
+            ReadNext();
+    }
+
+    void WriteNext() {
+        asio::async_write(socket_, asio::buffer(output_.front()), Guarded(&Connection::OnWritten));
+    }
+
+    void OnWritten(asio::error_code error, std::size_t) {
+        if (error)
+            return; // reading meets the same end, after what still waits to be read
+        output_.pop_front();
+        if (!output_.empty())
+            WriteNext();
+    }
+
+    void End(const std::string& why) {
+        Close();
+        events_->ended(why);
+    }
+
+    AsioLoop& loop_;
+    tcp::socket socket_;
+    std::shared_ptr<const TcpEvents> events_;
+    State state_ = State::kConnecting;
+    std::unique_ptr<NameLookup> lookup_;
+    std::array<char, kLongestRead> input_;
+    std::deque<std::string> output_; // the first one is being written
+};
+
+class AsioTcpClient : public TcpClient {
+  public:
+    AsioTcpClient(AsioLoop& loop, TcpEvents events)
+        : loop_(loop), events_(std::make_shared<const TcpEvents>(std::move(events))) {}
+    ~AsioTcpClient() override { Close(); }
+
+    void Connect(const std::string& host, std::uint16_t port) override {
+        Close();
+        connection_ = std::make_shared<Connection>(loop_, events_);
+        connection_->Start(host, port);
+    }
+    void Close() override {
+        if (connection_)
+            connection_->Close();
+        connection_.reset();
+    }
+    void Send(std::string_view bytes) override {
+        if (connection_)
+            connection_->Send(bytes);
+    }
+
+  private:
+    AsioLoop& loop_;
+    std::shared_ptr<const TcpEvents> events_;
+    std::shared_ptr<Connection> connection_;
+};
+
+} // namespace
+
+std::unique_ptr<TcpClient> AsioTcpClients::Create(TcpEvents events) {
+    return std::make_unique<AsioTcpClient>(loop_, std::move(events));
+}
+
+} // namespace tarnex
