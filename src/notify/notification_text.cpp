@@ -20,8 +20,7 @@ struct TailRule {
     TextView tail;                 // %M machine digit, %S two-digit service, %1 to %9 action name
 };
 
-constexpr int kMachineLoad[] = {2, 3};
-constexpr int kMachineHealth[] = {2, 3, 10, 11};
+constexpr int kMachine[] = {2, 3, 10, 11};
 constexpr int kFiles[] = {20};
 constexpr int kStorage[] = {50};
 constexpr int kWhole[] = {80, 90};
@@ -30,18 +29,17 @@ constexpr std::span<const int> kAnyService;
 // How a text ends: by the first row that matches. The last row always does.
 // clang-format off
 constexpr TailRule kTailRules[] = {
-    {u"1", kMachineHealth, 3,    u"%3。"},
-    {u"1", kMachineHealth, kAny, u"。回复：%M901重启设备，%M902关闭设备。"},
-    {u"2", kMachineLoad,   kAny, u"。"},
-    {u"1", kStorage,       0,    u"。"},
-    {u"",  kWhole,         kAny, u"。"},
-    {u"1", kFiles,         0,    u"。"},
-    {u"1", kFiles,         4,    u"，%4。"},
-    {u"1", kFiles,         kAny, u""},
-    {u"3", kAnyService,    kAny, u"%3。"},
-    {u"2", kAnyService,    kAny, u"。"},
-    {u"1", kAnyService,    1,    u"，%1。"},
-    {u"",  kAnyService,    kAny, u"。回复：%M%S1重启服务，%M%S2关闭服务，%M901重启设备，%M902关闭设备。"},
+    {u"1", kMachine,    3,    u"%3。"},
+    {u"1", kMachine,    kAny, u"。回复：%M901重启设备，%M902关闭设备。"},
+    {u"1", kStorage,    0,    u"。"},
+    {u"",  kWhole,      kAny, u"。"},
+    {u"1", kFiles,      0,    u"。"},
+    {u"1", kFiles,      4,    u"，%4。"},
+    {u"1", kFiles,      kAny, u""},
+    {u"3", kAnyService, kAny, u"%3。"},
+    {u"2", kAnyService, kAny, u"。"},
+    {u"1", kAnyService, 1,    u"，%1。"},
+    {u"",  kAnyService, kAny, u"。回复：%M%S1重启服务，%M%S2关闭服务，%M901重启设备，%M902关闭设备。"},
 };
 // clang-format on
 
