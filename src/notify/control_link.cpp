@@ -1,0 +1,211 @@
+#include "notify/control_link.h"
+
+#include "notify/event_record_parser.h"
+
+#include <algorithm>
+
+namespace tarnex {
+
+namespace {
+
+constexpr std::uint16_t kFirstPort = 7840;
+constexpr Duration kHeartbeatPeriod = 10s;
+constexpr Duration kLossCheckPeriod = 10s;
+constexpr int kLossLimit = 4; // loss checks without a sign of life
+
+// Digits 2 to 5 of an event record: service, state and action.
+constexpr TextView kGreetedEvent = u"8020";
+constexpr TextView kLostEvent = u"8030";
+
+std::uint16_t PortOf(int index) {
+    return std::uint16_t(kFirstPort + index);
+}
+
+} // namespace
+
+// What monitoring programs send. Everything else, their "tx-SMSEnd" included, is only listed.
+struct ControlLink::Reaction {
+    TextView code;
+    bool whole; // the code is the whole message
+    void (ControlLink::*take)(int index, const Endpoint& from, TextView payload);
+};
+
+// clang-format off
+const ControlLink::Reaction ControlLink::kReactions[] = {
+    {u"txHeartSv", true,  &ControlLink::TakeHeartbeat},
+    {u"txHelloNx", false, &ControlLink::TakeGreeting},
+    {u"txSendSMS", false, &ControlLink::TakeRequest},
+};
+// clang-format on
+
+ControlLink::ControlLink(Parts parts)
+    : HandShake(parts.clock, "HandShake", kHeartbeatPeriod, [this] { HandShake_Timer(); }),
+      ConnectServiceLost(parts.clock, "ConnectServiceLost", kLossCheckPeriod,
+                         [this] { ConnectServiceLost_Timer(); }),
+      parts_(parts) {
+    for (int i = 0; i < kLinks; ++i)
+        sockets_[i] = parts_.sockets.Create(
+            [this, i](const Datagram& datagram) { WinsockforClient_DataArrival(i, datagram); });
+}
+
+void ControlLink::Open() {
+    open_ = true;
+    for (int i = 0; i < kLinks; ++i)
+        Bind(i);
+}
+
+void ControlLink::Close() {
+    open_ = false;
+    for (const auto& socket : sockets_)
+        socket->Close();
+}
+
+void ControlLink::Reset() {
+    for (Link& link : links_)
+        link.LinkState = Link::State::N;
+    ConnectServiceLost.Reset(kLossCheckPeriod);
+    HandShake.Reset(kHeartbeatPeriod);
+    HandShake.Enable();
+}
+
+void ControlLink::Bind(int index) {
+    if (!open_)
+        return;
+    const std::string port = "Control link port " + std::to_string(PortOf(index));
+    const std::string obstacle = sockets_[index]->Bind(PortOf(index));
+    const std::string trouble =
+        obstacle.empty() ? ""
+                         : port + " cannot be opened (" + obstacle +
+                               "): its monitoring program is not heard. End the program that holds "
+                               "the port, or correct BindAddress in section [ControlLink] of the "
+                               "settings file. Opening is tried again every 10 seconds.";
+    parts_.notices.Report(port, trouble, port + " is open now.");
+}
+
+// ---- receiving
+
+void ControlLink::WinsockforClient_DataArrival(int index, const Datagram& datagram) {
+    const Text data = parts_.code_page.Decode(datagram.bytes);
+    if (parts_.lists.DebugOn)
+        parts_.lists.mList5Additem(u"Read" + ToText(index) + u":" + data);
+    if (Trim(data).empty())
+        return;
+    for (const Reaction& reaction : kReactions) {
+        if (reaction.whole ? data == reaction.code : StartsWith(data, reaction.code)) {
+            const TextView payload = TextView(data).substr(reaction.code.size());
+            (this->*reaction.take)(index, datagram.from, payload);
+            return;
+        }
+    }
+}
+
+void ControlLink::TakeHeartbeat(int index, const Endpoint&, TextView) {
+    links_[index].LostCount = 0;
+    links_[index].LastSign = parts_.clock.Now();
+}
+
+void ControlLink::TakeGreeting(int index, const Endpoint& from, TextView name) {
+    Link& link = links_[index];
+    link.LinkName = name;
+    link.Peer = from;
+    Send(index, u"txYesRigh");
+    Bind(index);
+    link.LinkState = Link::State::C;
+    link.LostCount = 0;
+    link.LastSign = parts_.clock.Now();
+    DispatchLinkEvent(index, kGreetedEvent);
+    if (parts_.unit.UnitReady) {
+        Send(index, u"tx--Ready");
+        Send(index, u"txVersion" + parts_.unit.UnitVersion);
+        Send(index, u"tx-Serial" + parts_.unit.UnitSerial);
+    }
+}
+
+void ControlLink::TakeRequest(int, const Endpoint&, TextView record) {
+    if (parts_.lists.DebugOn) {
+        parts_.lists.mList1Additem(u"");
+        parts_.lists.mList1Additem(u"服务发出:txSendSMS" + Text(record));
+    }
+    parts_.dispatcher.DispatchEvent(record);
+}
+
+void ControlLink::DispatchLinkEvent(int index, TextView event) {
+    parts_.dispatcher.DispatchEvent(ToText(index + 1) + Text(event) +
+                                    NotifyChannels(parts_.settings) + Text(kMemoDelimiter) +
+                                    links_[index].LinkName);
+}
+
+// ---- sending
+
+void ControlLink::SendToMonitors(TextView message) {
+    Broadcast(u"Send", message);
+}
+
+void ControlLink::SendEnd() {
+    SendToMonitors(u"tx-SMSEnd");
+}
+
+bool ControlLink::MaySendTo(int index) const {
+    return (index == 0 || parts_.settings.MultiLink) && parts_.settings.LinkEnabled[index] &&
+           links_[index].LinkState == Link::State::C;
+}
+
+void ControlLink::Broadcast(TextView label, TextView message) {
+    for (int i = 0; i < kLinks; ++i) {
+        if (!MaySendTo(i))
+            continue;
+        if (parts_.lists.DebugOn)
+            parts_.lists.mList5Additem(Text(label) + ToText(i) + u":" + Text(message));
+        Send(i, message);
+    }
+}
+
+void ControlLink::Send(int index, TextView message) {
+    if (sockets_[index]->Bound())
+        sockets_[index]->Send(*links_[index].Peer, parts_.code_page.Encode(message));
+}
+
+// ---- heartbeat and losses
+
+void ControlLink::HandShake_Timer() {
+    for (int i = 0; i < kLinks; ++i)
+        if (!sockets_[i]->Bound())
+            Bind(i);
+    ConnectServiceLost.Enable();
+    last_states_ = StatesMessage();
+    Broadcast(u"HeartSend: ", last_states_);
+}
+
+Text ControlLink::StatesMessage() const {
+    Text message = u"tx-States" + parts_.unit.UnitSignalLevel;
+    message += parts_.unit.UnitOnline ? u'1' : u'0';
+    for (const Link& link : links_)
+        message += link.LinkState == Link::State::C ? u'1' : u'0';
+    return message;
+}
+
+void ControlLink::ConnectServiceLost_Timer() {
+    for (int i = 0; i < kLinks; ++i) {
+        Link& link = links_[i];
+        link.LostCount = std::min(link.LostCount + 1, kLossLimit);
+        if (link.LostCount == kLossLimit && link.LinkState == Link::State::C) {
+            Bind(i);
+            DispatchLinkEvent(i, kLostEvent);
+            link.LinkState = Link::State::N;
+        }
+    }
+}
+
+// ---- status
+
+bool ControlLink::LinkCheck() const {
+    return std::ranges::any_of(links_,
+                               [](const Link& link) { return link.LinkState == Link::State::C; });
+}
+
+std::optional<Duration> ControlLink::HeartbeatAge(int link) const {
+    const auto& last_sign = links_[link].LastSign;
+    return last_sign ? std::optional(parts_.clock.Now() - *last_sign) : std::nullopt;
+}
+
+} // namespace tarnex

@@ -1,0 +1,103 @@
+#pragma once
+
+#include "device/unit_state.h"
+#include "logging/debug_lists.h"
+#include "logging/operator_notices.h"
+#include "notify/dispatcher.h"
+#include "platform/code_page.h"
+#include "platform/datagram_socket.h"
+#include "platform/timer.h"
+#include "settings/settings.h"
+
+#include <array>
+#include <memory>
+#include <optional>
+
+namespace tarnex {
+
+// The links to up to five local monitoring programs: link i, 0 to 4, is UDP port 7840 + i. A
+// monitoring program greets its link and then sends heartbeats; it is told the state of the unit,
+// and has notifications sent. One datagram is one message: a nine-character code and what follows.
+class ControlLink {
+  public:
+    static constexpr int kLinks = 5;
+
+    struct Parts {
+        Clock& clock;
+        DatagramSockets& sockets;
+        const CodePage& code_page;
+        const Settings& settings;
+        const UnitState& unit;
+        Dispatcher& dispatcher;
+        DebugLists& lists;
+        OperatorNotices& notices;
+    };
+    struct Link {
+        enum class State {
+            N, // nobody to send to: from the start, after a loss, after a reset
+            C, // a monitoring program has greeted, and was not lost since
+        };
+        State LinkState = State::N;
+        int LostCount = 0;                // loss checks since the last sign of life, at most 4
+        Text LinkName;                    // what the monitoring program calls itself
+        std::optional<Endpoint> Peer;     // where the last greeting came from
+        std::optional<Duration> LastSign; // when the last greeting or heartbeat came
+    };
+
+    // The parts must outlive the link. No port is open before Open().
+    explicit ControlLink(Parts parts);
+
+    // Opens the ports. One that is taken is reported, and tried again at every heartbeat; the
+    // others work.
+    void Open();
+    // Closes all ports for good: nothing is received or sent any more.
+    void Close();
+    // What starting over with the unit does: nobody is connected, and the heartbeat starts anew.
+    void Reset();
+
+    // Sends to every connected monitoring program that the settings let through.
+    void SendToMonitors(TextView message);
+    // Tells them that the service ends.
+    void SendEnd();
+
+    // Whether any monitoring program is connected.
+    bool LinkCheck() const;
+    // The links as they are, by number.
+    const std::array<Link, kLinks>& Links() const { return links_; }
+    // How long ago the last greeting or heartbeat of a link came; nothing before the first.
+    std::optional<Duration> HeartbeatAge(int link) const;
+    // The last state message that the heartbeat built.
+    const Text& LastStates() const { return last_states_; }
+
+    // 10 s, the heartbeat.
+    Timer HandShake;
+    // 10 s, the loss check; enabled by the heartbeat.
+    Timer ConnectServiceLost;
+
+  private:
+    struct Reaction;
+    static const Reaction kReactions[];
+
+    void WinsockforClient_DataArrival(int index, const Datagram& datagram);
+    void TakeHeartbeat(int index, const Endpoint& from, TextView payload);
+    void TakeGreeting(int index, const Endpoint& from, TextView name);
+    void TakeRequest(int index, const Endpoint& from, TextView record);
+
+    void HandShake_Timer();
+    void ConnectServiceLost_Timer();
+
+    void Bind(int index);
+    bool MaySendTo(int index) const;
+    void Broadcast(TextView label, TextView message);
+    void Send(int index, TextView message);
+    void DispatchLinkEvent(int index, TextView event);
+    Text StatesMessage() const;
+
+    Parts parts_;
+    bool open_ = false;
+    std::array<Link, kLinks> links_;
+    Text last_states_;
+    std::array<std::unique_ptr<DatagramSocket>, kLinks> sockets_;
+};
+
+} // namespace tarnex

@@ -1,0 +1,237 @@
+#include "notify/control_link.h"
+#include "simulator/simulated_monitor.h"
+#include "simulator/simulated_network.h"
+#include "tests/notify/notify_rig.h"
+
+#include <gtest/gtest.h>
+
+namespace tarnex {
+namespace {
+
+using State = ControlLink::Link::State;
+using Texts = std::vector<Text>;
+
+// Monitoring programs on links 1 and 3 that do nothing by themselves but greet when they start.
+struct ControlLinkTest : NotifyRig, testing::Test {
+    ControlLinkTest() {
+        settings.MultiLink = true;
+        settings.LinkEnabled.fill(true);
+        settings.SendCount = 1;
+        settings.SwitchCheck42 = true;
+        settings.SMSNotifyOn = true;
+        settings.NotifyMode = u"SMS";
+    }
+    static MonitorOptions Silent(int link, const Text& name) {
+        return {.link = link, .name = name, .heartbeat = 0ms, .greet_again = 0ms};
+    }
+    void Start() {
+        link.Open();
+        link.Reset();
+    }
+    void Greet(Monitor& monitor) {
+        monitor.Start();
+        clock.RunFor(0ms);
+    }
+    // What came since the last call.
+    static Texts Take(Monitor& monitor) {
+        Texts texts;
+        for (const MonitorMessage& message : monitor.Messages())
+            texts.push_back(message.text);
+        monitor.ForgetMessages();
+        return texts;
+    }
+    // A datagram as long as can be.
+    static std::string Huge(std::string start) {
+        start.resize(65507, 'x');
+        return start;
+    }
+    State ThirdState() { return link.Links()[2].LinkState; }
+
+    SimulatedNetwork network{clock};
+    ControlLink link{{.clock = clock,
+                      .sockets = network,
+                      .code_page = code_page,
+                      .settings = settings,
+                      .unit = unit,
+                      .dispatcher = dispatcher,
+                      .lists = window.lists,
+                      .notices = notices}};
+    Monitor first{clock, network, code_page, Silent(1, u"")};
+    Monitor third{clock, network, code_page, Silent(3, u"监控")};
+};
+
+TEST_F(ControlLinkTest, AGreetingIsAnsweredAndAnnounced) {
+    Start();
+    Greet(third);
+    EXPECT_EQ(Take(third), (Texts{u"txYesRigh"}));
+    EXPECT_EQ(ThirdState(), State::C);
+    EXPECT_EQ(QueuedSMS(), (Texts{u"1设备3\"监控\"的通讯正常。"}));
+    EXPECT_EQ(codec.Current().SMSableNo + codec.Current().EmailableNo, u"10");
+
+    // A second greeting counts like the first, and its sender is the peer from then on.
+    unit.UnitReady = true;
+    unit.UnitVersion = u"V2.1";
+    unit.UnitSerial = u"S77";
+    Monitor newer(clock, network, code_page, Silent(3, u""));
+    Greet(newer);
+    EXPECT_EQ(Take(newer), (Texts{u"txYesRigh", u"tx--Ready", u"txVersionV2.1", u"tx-SerialS77"}));
+    EXPECT_EQ(QueuedSMS(), (Texts{u"1设备3的通讯正常。"}));
+    link.SendToMonitors(u"txControl1301");
+    clock.RunFor(0ms);
+    EXPECT_EQ(Take(newer), (Texts{u"txControl1301"}));
+    EXPECT_EQ(Take(third), Texts{});
+}
+
+TEST_F(ControlLinkTest, TheHeartbeatTellsTheStatesEveryTenSeconds) {
+    Start();
+    Greet(third);
+    unit.UnitSignalLevel = u"4";
+    clock.RunTo(9999ms);
+    EXPECT_EQ(Take(third), (Texts{u"txYesRigh"}));
+    clock.RunTo(10s);
+    EXPECT_EQ(Take(third), (Texts{u"tx-States4000100"}));
+    unit.UnitOnline = true;
+    Greet(first);
+    clock.RunTo(20s);
+    EXPECT_EQ(Take(third), (Texts{u"tx-States4110100"}));
+    EXPECT_EQ(link.LastStates(), u"tx-States4110100");
+    EXPECT_EQ(link.HeartbeatAge(0), 10s);
+    EXPECT_EQ(link.HeartbeatAge(1), std::nullopt);
+}
+
+TEST_F(ControlLinkTest, TheSwitchesSilenceLinksButNotGreetings) {
+    struct Row {
+        const char* name;
+        std::function<void(Settings&)> set;
+        bool first_hears, third_hears;
+    };
+    const Row rows[] = {
+        {"all on", [](Settings&) {}, true, true},
+        {"one link", [](Settings& s) { s.MultiLink = false; }, true, false},
+        {"third off", [](Settings& s) { s.LinkEnabled[2] = false; }, true, false},
+        {"first off", [](Settings& s) { s.MultiLink = s.LinkEnabled[0] = false; }, false, false},
+    };
+    Start();
+    const Settings before = settings;
+    for (const Row& row : rows) {
+        settings = before;
+        row.set(settings);
+        Greet(first);
+        Greet(third);
+        link.SendToMonitors(u"tx-NoCard");
+        clock.RunFor(10s);
+        const Texts all{u"txYesRigh", u"tx-NoCard", u"tx-States1010100"};
+        EXPECT_EQ(Take(first), row.first_hears ? all : Texts{u"txYesRigh"}) << row.name;
+        EXPECT_EQ(Take(third), row.third_hears ? all : Texts{u"txYesRigh"}) << row.name;
+    }
+}
+
+TEST_F(ControlLinkTest, FourLossChecksWithoutAHeartbeatLoseTheLink) {
+    Start();
+    clock.RunTo(15s); // loss checks come at 20 s, 30 s, ...
+    Greet(third);
+    clock.RunTo(45s);
+    third.SendHeartbeat();
+    clock.RunTo(46s);
+    third.Send(u"txHeartSv "); // no heartbeat
+    QueuedSMS();
+    clock.RunTo(79999ms);
+    EXPECT_TRUE(link.LinkCheck());
+    clock.RunTo(80s);
+    EXPECT_FALSE(link.LinkCheck());
+    EXPECT_EQ(QueuedSMS(), (Texts{u"1设备3\"监控\"的通讯丢失。"}));
+    Take(third); // the heartbeat of that instant still went out
+
+    third.SendHeartbeat(); // does not bring the link back
+    clock.RunTo(3min);
+    EXPECT_EQ(Take(third), Texts{});
+    EXPECT_EQ(QueuedSMS(), Texts{}); // lost once
+    Greet(third);
+    clock.RunFor(30s);
+    EXPECT_EQ(ThirdState(), State::C);
+}
+
+TEST_F(ControlLinkTest, ARequestIsDispatched) {
+    window.lists.DebugOn = true;
+    Start();
+    Greet(first);
+    QueuedSMS();
+    window.mList1.Clear();
+    first.Send(u"txSendSMS1302010{[b^k^]}");
+    clock.RunFor(0ms);
+    EXPECT_EQ(QueuedSMS(), (Texts{u"1设备1的web服务正常。"}));
+    const auto& lines = window.mList1.Lines();
+    ASSERT_GT(lines.size(), 3u);
+    EXPECT_EQ(Texts(lines.begin(), lines.begin() + 4),
+              (Texts{u"", u"服务发出:txSendSMS1302010{[b^k^]}", u"", u"解码:1302010{[b^k^]}"}));
+}
+
+TEST_F(ControlLinkTest, StrangeDatagramsAreHarmless) {
+    Start();
+    const auto socket = network.Create([](const Datagram&) {});
+    ASSERT_EQ(socket->Bind(0), "");
+    std::string binary = "txHelloN";
+    for (int i = 0; i < 256; ++i)
+        binary += char(i);
+    for (const std::string& bytes : {std::string(), std::string("   "), std::string("tx-SMSEnd"),
+                                     std::string("txhelloNxMon"), binary, Huge("\xFF")})
+        socket->Send({"127.0.0.1", 7840}, bytes);
+    clock.RunFor(0ms);
+    EXPECT_FALSE(link.LinkCheck());
+    EXPECT_EQ(table.Rows.size(), 0u);
+    EXPECT_EQ(window.mList5.Lines(), Texts{}); // debug mode is off
+
+    window.lists.DebugOn = true;
+    socket->Send({"127.0.0.1", 7840}, Huge("txHelloNx"));
+    clock.RunFor(0ms);
+    link.SendToMonitors(u"tx-NoCard");
+    clock.RunTo(10s);
+    ASSERT_EQ(window.mList5.Lines().size(), 3u);
+    EXPECT_EQ(window.mList5.Lines()[0].size(), 6u + 65507);
+    EXPECT_EQ(window.mList5.Lines()[1], u"Send0:tx-NoCard");
+    EXPECT_EQ(window.mList5.Lines()[2], u"HeartSend: 0:tx-States1010000");
+}
+
+TEST_F(ControlLinkTest, ATakenPortIsReportedOnceAndOpenedWhenItIsFree) {
+    network.OccupyPort(7842);
+    Start();
+    Greet(first);
+    clock.RunTo(35s);
+    EXPECT_TRUE(link.LinkCheck());
+    ASSERT_EQ(notice_lines.size(), 1u);
+    EXPECT_NE(notice_lines[0].find("7842"), std::string::npos);
+    EXPECT_NE(notice_lines[0].find("address already in use"), std::string::npos);
+    network.FreePort(7842);
+    clock.RunTo(40s);
+    EXPECT_EQ(notice_lines.size(), 2u);
+    Greet(third);
+    EXPECT_EQ(ThirdState(), State::C);
+}
+
+TEST_F(ControlLinkTest, AResetDisconnectsAndBeginsTheCountAnew) {
+    Start();
+    Greet(first);
+    clock.RunTo(15s);
+    link.Reset();
+    EXPECT_FALSE(link.LinkCheck());
+    EXPECT_FALSE(link.ConnectServiceLost.Enabled());
+    Take(first);
+    Greet(first);
+    clock.RunTo(24999ms);
+    EXPECT_EQ(Take(first), (Texts{u"txYesRigh"}));
+    clock.RunTo(25s);
+    EXPECT_EQ(Take(first), (Texts{u"tx-States1010000"}));
+    link.SendEnd();
+    clock.RunFor(0ms);
+    EXPECT_EQ(Take(first), (Texts{u"tx-SMSEnd"}));
+
+    link.Close();
+    Greet(third);
+    link.SendToMonitors(u"tx-NoCard");
+    clock.RunTo(2min); // the heartbeat does not open the ports again
+    EXPECT_EQ(Take(first), Texts{});
+    EXPECT_EQ(Take(third), Texts{});
+}
+
+} // namespace
+} // namespace tarnex
