@@ -1,5 +1,5 @@
 #include "platform/linux/file_settings_store.h"
-#include "tests/settings/temp_folder.h"
+#include "tests/temp_folder.h"
 
 #include <csignal>
 

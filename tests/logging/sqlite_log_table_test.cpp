@@ -1,0 +1,229 @@
+#include "platform/sqlite/sqlite_log_table.h"
+#include "tests/temp_folder.h"
+
+#include <csignal>
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+namespace tarnex {
+namespace {
+
+// The other program that works with the same file.
+class OtherProgram {
+  public:
+    explicit OtherProgram(const std::string& path) { sqlite3_open(path.c_str(), &database_); }
+    OtherProgram(const OtherProgram&) = delete;
+    OtherProgram& operator=(const OtherProgram&) = delete;
+    ~OtherProgram() { sqlite3_close(database_); }
+
+    // The values of all rows, "|" between them, NULL as "-".
+    std::string Run(const std::string& sql) {
+        std::string result;
+        char* problem = nullptr;
+        sqlite3_exec(database_, sql.c_str(), Collect, &result, &problem);
+        EXPECT_EQ(problem, nullptr) << problem;
+        return result;
+    }
+
+  private:
+    static int Collect(void* result, int columns, char** values, char**) {
+        auto& out = *static_cast<std::string*>(result);
+        for (int i = 0; i < columns; ++i)
+            out += (out.empty() ? "" : "|") + std::string(values[i] ? values[i] : "-");
+        return 0;
+    }
+    sqlite3* database_ = nullptr;
+};
+
+bool Has(const std::string& message, const std::string& part) {
+    if (message.find(part) == std::string::npos)
+        ADD_FAILURE() << "\"" << message << "\" lacks \"" << part << "\"";
+    return message.find(part) != std::string::npos;
+}
+
+struct SqliteLogTableTest : testing::Test {
+    TempFolder folder;
+    const std::string path = folder / "日志.db";
+    SqliteLogTable table;
+
+    static LogRow Row(const Text& message) {
+        LogRow row;
+        for (std::size_t i = 1; i < row.size(); ++i)
+            row[i] = ToText(static_cast<long long>(i));
+        row[5] = message;
+        return row;
+    }
+    void MakeDatabase(const std::string& then = "") const {
+        OtherProgram other(path);
+        other.Run(FileContent(TARNEX_PACKAGING "/log-schema.sql") + then);
+        chmod(path.c_str(), 0666);
+    }
+    std::string Open() { return table.Open(FromUtf8(path)); }
+    std::string Messages() const {
+        return OtherProgram(path).Run("SELECT Message FROM Log ORDER BY Number");
+    }
+};
+
+TEST_F(SqliteLogTableTest, ARowIsThereForOthersAtOnce) {
+    MakeDatabase("INSERT INTO Log (Message) VALUES ('old');");
+    OtherProgram reader(path);
+    reader.Run("BEGIN; SELECT * FROM Log"); // a reader in the middle of its work
+    ASSERT_EQ(Open(), "");
+    LogRow row = Row(u"设备3");
+    row[9] = row[10] = LogValue();
+    row[11] = Text();
+    row[12] = -1;
+    EXPECT_EQ(table.Append(row), "");
+    EXPECT_EQ(table.Append(Row(Text(u"a\"';\0b", 6))), "");
+    const char16_t lone_surrogate[] = {u'x', 0xD83D, u'y', 0};
+    EXPECT_EQ(table.Append(Row(lone_surrogate)), "");
+    EXPECT_EQ(reader.Run("COMMIT; SELECT * FROM Log WHERE Number = 2"),
+              "2|1|2|3|4|设备3|6|7|8|-|-||-1");
+    EXPECT_EQ(reader.Run("SELECT typeof(Detail) FROM Log"), "null|integer|text|text");
+    EXPECT_EQ(reader.Run("SELECT length(CAST(Message AS BLOB)) FROM Log WHERE Number > 2"), "6|5");
+    EXPECT_EQ(reader.Run("PRAGMA journal_mode"), "wal");
+}
+
+TEST_F(SqliteLogTableTest, ColumnsAreFoundByPositionUnderAnyName) {
+    OtherProgram other(path);
+    other.Run(
+        "CREATE TABLE lOG (\"a\"\"b\" INTEGER PRIMARY KEY, \"select\", 名, c3, c4, c5, c6, c7,"
+        " c8, c9, c10, c11, c12, spare DEFAULT 'kept')");
+    ASSERT_EQ(Open(), "");
+    EXPECT_EQ(table.Append(Row(u"m")), "");
+    EXPECT_EQ(other.Run("SELECT * FROM Log"), "1|1|2|3|4|m|6|7|8|9|10|11|12|kept");
+    EXPECT_EQ(other.Run("PRAGMA journal_mode"), "delete");
+}
+
+TEST_F(SqliteLogTableTest, WhatCannotBeUsedIsSaidInPlainWords) {
+    Has(table.Append(Row(u"")), "No log database is open");
+    Has(Open(), path + " is missing: make it with log-schema.sql");
+    EXPECT_FALSE(std::filesystem::exists(path));
+
+    WriteFile(path, "");
+    Has(Open(), "no table \"Log\"");
+    WriteFile(path, std::string(5000, '\xA5'));
+    Has(Open(), "not an SQLite database");
+    Has(table.Open(FromUtf8(folder.Path())), "is a folder");
+    std::filesystem::remove(path);
+    OtherProgram(path).Run("CREATE TABLE Log (n, a, b, c)");
+    Has(Open(), "with 4 columns instead of 13");
+    Has(table.Append(Row(u"")), "No log database is open");
+}
+
+TEST_F(SqliteLogTableTest, WithoutRightsTheMessageSaysWhichToGive) {
+    MakeDatabase("PRAGMA journal_mode = DELETE;");
+    chmod(path.c_str(), 0444);
+    EXPECT_TRUE(InChild(true, [&] { return Has(Open(), "cannot be written: give the user"); }));
+    chmod(path.c_str(), 0);
+    EXPECT_TRUE(InChild(true, [&] { return Has(Open(), "cannot be opened: give the user"); }));
+    chmod(path.c_str(), 0666);
+    chmod(folder.Path().c_str(), 0555);
+    EXPECT_TRUE(InChild(
+        true, [&] { return Open() == "" && Has(table.Append(Row(u"")), "file and its folder"); }));
+    chmod(folder.Path().c_str(), 0);
+    EXPECT_TRUE(InChild(true, [&] { return Has(Open(), "cannot be opened: give the user"); }));
+    chmod(folder.Path().c_str(), 0755);
+    EXPECT_EQ(Open(), "");
+    EXPECT_EQ(table.Append(Row(u"m")), "");
+}
+
+TEST_F(SqliteLogTableTest, ALockedDatabaseLosesTheRowAndNoMore) {
+    MakeDatabase("PRAGMA journal_mode = DELETE;");
+    OtherProgram other(path);
+    other.Run("BEGIN EXCLUSIVE");
+    Has(Open(), "locked by another program");
+    other.Run("COMMIT");
+    ASSERT_EQ(Open(), "");
+    other.Run("BEGIN EXCLUSIVE");
+    Has(table.Append(Row(u"lost")), "locked by another program");
+    Has(table.Append(Row(u"lost")), "locked by another program");
+    EXPECT_EQ(Open(), ""); // the one that is open stays
+    Has(table.Append(Row(u"lost")), "locked by another program");
+    other.Run("COMMIT");
+    EXPECT_EQ(table.Append(Row(u"a")), "");
+    EXPECT_EQ(table.Append(Row(u"b")), "");
+    EXPECT_EQ(Messages(), "a|b");
+}
+
+TEST_F(SqliteLogTableTest, OpeningAgainFollowsTheFile) {
+    MakeDatabase();
+    ASSERT_EQ(Open(), "");
+    EXPECT_EQ(table.Append(Row(u"a")), "");
+    EXPECT_EQ(table.Open(u"/nowhere/log.db"), "");
+    WriteFile(folder / "rubbish.db", std::string(5000, 'x'));
+    Has(table.Open(FromUtf8(folder / "rubbish.db")), "not an SQLite database");
+    EXPECT_EQ(table.Append(Row(u"b")), ""); // both left the first one open
+    EXPECT_EQ(Messages(), "a|b");
+
+    for (const char* part : {"", "-wal", "-shm"})
+        std::filesystem::rename(path + part, folder / ("old.db" + std::string(part)));
+    EXPECT_EQ(Open(), "");
+    Has(table.Append(Row(u"c")), "was moved or deleted");
+    MakeDatabase();
+    EXPECT_EQ(Open(), "");
+    EXPECT_EQ(table.Append(Row(u"d")), "");
+    EXPECT_EQ(Messages(), "d");
+
+    OtherProgram(path).Run("DROP TABLE Log");
+    Has(table.Append(Row(u"e")), "no such table");
+    Has(Open(), "no table \"Log\"");
+}
+
+TEST_F(SqliteLogTableTest, AFullDiskIsToldAndOverOnceThereIsSpace) {
+    MakeDatabase();
+    OtherProgram other(path);
+    // A table out of row numbers reports the same as a disk out of blocks.
+    other.Run("INSERT INTO Log (Number) VALUES (9223372036854775807)");
+    ASSERT_EQ(Open(), "");
+    Has(table.Append(Row(u"lost")), "free space on its disk");
+    other.Run("DELETE FROM Log; DELETE FROM sqlite_sequence");
+    EXPECT_EQ(table.Append(Row(u"a")), "");
+    EXPECT_TRUE(InChild(false, [&] {
+        const rlimit limit{200000, 200000};
+        signal(SIGXFSZ, SIG_IGN);
+        SqliteLogTable own;
+        return own.Open(FromUtf8(path)).empty() && setrlimit(RLIMIT_FSIZE, &limit) == 0 &&
+               Has(own.Append(Row(Text(300000, u'x'))), "look for a full disk");
+    }));
+    EXPECT_EQ(table.Append(Row(u"b")), "");
+    EXPECT_EQ(Messages(), "a|b");
+}
+
+TEST_F(SqliteLogTableTest, AKillLosesNoStoredRow) {
+    MakeDatabase();
+    int stored = 0;
+    for (int round = 0; round < 10; ++round) {
+        int progress[2];
+        ASSERT_EQ(pipe(progress), 0);
+        const pid_t child = fork();
+        if (child == 0) {
+            SqliteLogTable own;
+            own.Open(FromUtf8(path));
+            while (own.Append(Row(Text(5000, u'x'))).empty() && write(progress[1], "!", 1) == 1) {
+            }
+            _exit(1);
+        }
+        close(progress[1]);
+        char block[50];
+        ASSERT_EQ(read(progress[0], block, 1), 1);
+        usleep(static_cast<useconds_t>(round) * 311); // a different place each round
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+        ++stored;
+        for (ssize_t got; (got = read(progress[0], block, sizeof block)) > 0;)
+            stored += static_cast<int>(got);
+        close(progress[0]);
+        OtherProgram other(path);
+        EXPECT_EQ(other.Run("PRAGMA integrity_check"), "ok");
+        const int rows = std::stoi(other.Run("SELECT count(*) FROM Log"));
+        EXPECT_GE(rows, stored);
+        stored = rows;
+    }
+}
+
+} // namespace
+} // namespace tarnex
