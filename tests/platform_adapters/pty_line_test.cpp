@@ -1,0 +1,98 @@
+#include "platform/asio/pty_line.h"
+#include "platform/asio/tty_ports.h"
+#include "platform/linux/descriptor.h"
+#include "platform/linux/stable_link.h"
+#include "tests/platform_adapters/run_until.h"
+
+#include <filesystem>
+#include <fstream>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/ioctl.h>
+
+namespace tarnex {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct PtyLineTest : testing::Test {
+    PtyLineTest() { fs::remove_all(folder); }
+    ~PtyLineTest() override { fs::remove_all(folder); }
+
+    const fs::path folder = fs::temp_directory_path() / ("pty_line_" + std::to_string(getpid()));
+    AsioLoop loop;
+    std::string heard;
+    PtyLine line{loop, [this](std::string_view bytes) { heard += bytes; }};
+};
+
+TEST_F(PtyLineTest, CarriesBytesBothWaysAcrossReopeningAndHangsUpWhenClosed) {
+    ASSERT_EQ(line.Open(), "");
+    TtyPorts ports(loop, {line.DeviceName()});
+    for (const std::string round : {"1", "2"}) {
+        bool lost = false;
+        const auto port = ports.Open(1, {}, {[] {}, [&] { lost = true; }}).port;
+        ASSERT_TRUE(port);
+        heard.clear();
+        port->Write("~TX:" + round + "\r\n\x11\x13\xFF");
+        ASSERT_TRUE(RunUntil(loop, [&] { return heard.size() >= 10; }));
+        EXPECT_EQ(heard, "~TX:" + round + "\r\n\x11\x13\xFF");
+        line.Send("TX:OK\r\n");
+        ASSERT_TRUE(RunUntil(loop, [&] { return port->InBufferCount() >= 7; }));
+        EXPECT_EQ(port->Read(100), "TX:OK\r\n");
+        if (round == "2") {
+            line.Close();
+            EXPECT_TRUE(RunUntil(loop, [&] { return lost; }));
+        }
+    }
+    EXPECT_EQ(line.DeviceName(), "");
+    line.Send("nobody");
+    EXPECT_EQ(line.Open(), "");
+}
+
+TEST_F(PtyLineTest, DropsTheHoldOfAProgramThatDiedAndNoOther) {
+    ASSERT_EQ(line.Open(), "");
+    const auto open_device = [&] {
+        return Descriptor(open(line.DeviceName().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));
+    };
+    const Descriptor watcher = open_device();
+    const auto held = [&] {
+        int hold = 0;
+        ioctl(watcher.Get(), TIOCGEXCL, &hold);
+        return hold != 0;
+    };
+    Descriptor program = open_device();
+    flock(program.Get(), LOCK_EX | LOCK_NB);
+    ioctl(program.Get(), TIOCEXCL);
+    EXPECT_FALSE(RunUntil(
+        loop, [&] { return !held(); }, 1500ms));
+    program = Descriptor();
+    EXPECT_TRUE(RunUntil(loop, [&] { return !held(); }));
+}
+
+TEST_F(PtyLineTest, TheLinkLeadsToTheLatestTargetAndGoesWithItsOwner) {
+    fs::create_directory(folder);
+    const fs::path path = folder / "unit";
+    {
+        StableLink link(path);
+        EXPECT_EQ(link.Point("/dev/one"), "");
+        EXPECT_EQ(link.Point("/dev/two"), "");
+        EXPECT_EQ(fs::read_symlink(path), "/dev/two");
+    }
+    EXPECT_TRUE(fs::is_empty(folder));
+    {
+        StableLink link(path);
+        link.Point("/dev/one");
+        StableLink successor(path);
+        successor.Point("/dev/two");
+        link.Remove(); // it is the successor's by now
+        EXPECT_EQ(fs::read_symlink(path), "/dev/two");
+    }
+    std::ofstream(path) << "somebody's file";
+    EXPECT_NE(StableLink(path).Point("/dev/one"), "");
+    EXPECT_TRUE(fs::is_regular_file(path));
+}
+
+} // namespace
+} // namespace tarnex
