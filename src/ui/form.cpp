@@ -68,6 +68,8 @@ void CheckBox::SetChecked(bool checked) {
 }
 
 void ListBox::Add(Text line) {
+    if (lines_.size() >= most_)
+        lines_.erase(lines_.begin(), lines_.end() - std::ptrdiff_t(most_ / 2));
     lines_.push_back(std::move(line));
     selected_ = int(lines_.size()) - 1;
     Changed();

@@ -3,6 +3,7 @@
 #include "platform/text.h"
 
 #include <functional>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -107,10 +108,14 @@ class ListBox : public Control {
     // Appends a line and selects it, so that the list follows the newest.
     void Add(Text line);
     void Clear();
+    // Drops old lines from now on: at most that many stay, at least half of them. Without it the
+    // list keeps every line.
+    void KeepAtMost(std::size_t lines) { most_ = lines; }
 
   private:
     std::vector<Text> lines_;
     int selected_ = -1;
+    std::size_t most_ = std::numeric_limits<std::size_t>::max();
 };
 
 // A window as plain state.
