@@ -1,0 +1,32 @@
+#include "settings/start_settings.h"
+
+namespace tarnex {
+
+namespace {
+
+constexpr const char* kDefaultBaseFolder = "/var/lib/tarnexcomm";
+
+void ReadInto(std::string& value, const IniDocument& file, TextView section, TextView key) {
+    if (const TextView text = Trim(file.Get(section, key)); !text.empty())
+        value = ToUtf8(text);
+}
+
+} // namespace
+
+StartSettings ReadStartSettings(const IniDocument& file) {
+    StartSettings settings;
+    for (std::size_t i = 0; i < settings.device_paths.size(); ++i) {
+        const Text key = u"COM" + ToText(static_cast<long long>(i) + 1);
+        ReadInto(settings.device_paths[i], file, u"SerialPorts", key);
+    }
+    ReadInto(settings.bind_address, file, u"ControlLink", u"BindAddress");
+    ReadInto(settings.code_page, file, u"Encoding", u"CodePage");
+    return settings;
+}
+
+std::string SettingsPath(const char* windir) {
+    const std::string base = windir && *windir ? windir : kDefaultBaseFolder;
+    return base + "/system/Tarnex.ini";
+}
+
+} // namespace tarnex

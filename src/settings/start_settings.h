@@ -1,0 +1,24 @@
+#pragma once
+
+#include "settings/ini_document.h"
+
+#include <array>
+#include <string>
+
+namespace tarnex {
+
+// What is read once, when the program starts; a change takes effect with the next start.
+struct StartSettings {
+    std::array<std::string, 20> device_paths; // of COM1 to COM20; "" where the default holds
+    std::string bind_address = "127.0.0.1";   // of the control-link sockets
+    std::string code_page = "GBK";            // of the settings file, datagrams, mails and lines
+};
+
+// Sections [SerialPorts], [ControlLink] and [Encoding]; what is not set keeps its default.
+StartSettings ReadStartSettings(const IniDocument& file);
+
+// The settings file: system/Tarnex.ini below the folder that the environment variable WINDIR
+// names; windir is nullptr or "" where it is not set.
+std::string SettingsPath(const char* windir);
+
+} // namespace tarnex

@@ -1,0 +1,29 @@
+#include "platform/linux/iconv_code_page.h"
+#include "settings/start_settings.h"
+
+#include <gtest/gtest.h>
+
+namespace tarnex {
+namespace {
+
+TEST(StartSettings, AreTheFilesOwnOrTheDefaults) {
+    const IconvCodePage utf8("UTF-8");
+    const StartSettings set = ReadStartSettings(
+        IniDocument("[SerialPorts]\nCOM1=/dev/ttyS9\nCOM20= /dev/串口 \n[ControlLink]\n"
+                    "BindAddress=127.0.0.9\n[Encoding]\nCodePage=UTF-8\n",
+                    utf8));
+    EXPECT_EQ(set.device_paths[0], "/dev/ttyS9");
+    EXPECT_EQ(set.device_paths[19], "/dev/串口");
+    EXPECT_EQ(set.device_paths[1], "");
+    EXPECT_EQ(set.bind_address, "127.0.0.9");
+    EXPECT_EQ(set.code_page, "UTF-8");
+    const StartSettings none = ReadStartSettings(IniDocument("", utf8));
+    EXPECT_EQ(none.bind_address, "127.0.0.1");
+    EXPECT_EQ(none.code_page, "GBK");
+    EXPECT_EQ(SettingsPath("/srv/win"), "/srv/win/system/Tarnex.ini");
+    EXPECT_EQ(SettingsPath(""), "/var/lib/tarnexcomm/system/Tarnex.ini");
+    EXPECT_EQ(SettingsPath(nullptr), "/var/lib/tarnexcomm/system/Tarnex.ini");
+}
+
+} // namespace
+} // namespace tarnex
