@@ -19,8 +19,9 @@ struct UnitState {
     std::int16_t UnitSignalValue = 0;     // last valid reading, -1 for none
     Text UnitVersion;
     Text UnitSerial;
-    // Counts the losses. A handler that waited for the unit and finds another number than before
-    // leaves UnitBusy and all timers alone: they belong to the new search.
+    // Counts how often the service began anew with the unit. A handler that waited for the unit and
+    // finds another number than before leaves UnitBusy and all timers alone: they belong to the new
+    // search.
     unsigned Losses = 0;
 };
 
