@@ -1,0 +1,41 @@
+#pragma once
+
+#include "ui/form.h"
+
+namespace tarnex {
+
+// The main window, shown in debug mode only: what each part of the service is doing.
+class MainWindow : public Form {
+  public:
+    MainWindow() : Form("TarnexComm", u"TarnexComm") {}
+
+    Label mLblTarnexStatus{*this, "mLblTarnexStatus"}; // the unit's state in words
+    TextBox mTxtStatus{*this, "mTxtStatus"};           // "True" while the unit is ready
+    TextBox mTxtTarnexCSQ{*this, "mTxtTarnexCSQ"};     // last valid signal reading
+    TextBox mText1{*this, "mText1"};                   // losses of the unit
+    TextBox mText2{*this, "mText2"};                   // SMS lost
+    TextBox mText3{*this, "mText3"};                   // SMS failed
+    TextBox mText4{*this, "mText4"};                   // supervision ticks
+    TextBox mText5{*this, "mText5"};                   // SMS sent
+    CheckBox mChkSMSSendEnable{*this, "mChkSMSSendEnable", u"发送短信", true};
+
+    ListBox List1{*this, "List1"};   // device link, debug
+    ListBox List2{*this, "List2"};   // device link, traffic
+    ListBox mList1{*this, "mList1"}; // events
+    ListBox mList2{*this, "mList2"}; // received SMS
+    ListBox mList3{*this, "mList3"}; // device events
+    ListBox mList4{*this, "mList4"}; // SMS log
+    ListBox mList5{*this, "mList5"}; // control link
+
+    Button Command1{*this, "Command1", u"Stop"};
+    Button Command2{*this, "Command2", u"DebugOn"};
+    Button Command3{*this, "Command3", u"Width"};  // of mList1
+    Button Command4{*this, "Command4", u"Screen"}; // clears the lists
+    Button Command5{*this, "Command5", u"Width"};  // of List1
+    Button Command6{*this, "Command6", u"List2"};  // shows and hides it
+    Button mCmdSend{*this, "mCmdSend", u"测试短信"};
+    Button mCmdLinkCheck{*this, "mCmdLinkCheck", u"Link"};
+    Button mCMDExit{*this, "mCMDExit", u"Exit"};
+};
+
+} // namespace tarnex

@@ -1,0 +1,286 @@
+#include "service/tarnex_comm.h"
+
+#include "settings/load_settings.h"
+
+namespace tarnex {
+
+namespace {
+
+constexpr Duration kReloadPeriod = 10s;
+constexpr Duration kStatusPeriod = 500ms;
+constexpr Duration kGateConfirmation = 100ms;
+constexpr Duration kFirstSearch = 15s;
+constexpr std::size_t kLinesWithoutWindow = 1000;
+constexpr int kAcceptPauseAndContinue = 2;
+constexpr int kPausedEvent = 109;
+constexpr int kContinuedEvent = 110;
+
+struct WidthPair {
+    int wide;   // twips
+    int narrow; // twips
+};
+constexpr WidthPair kEventListWidths{9255, 3975};
+constexpr WidthPair kDebugListWidths{8415, 5175};
+
+void ToggleWidth(ListBox& list, WidthPair widths) {
+    list.SetWidth(list.Width() == widths.wide ? widths.narrow : widths.wide);
+}
+
+} // namespace
+
+TarnexComm::TarnexComm(World world)
+    : world_(std::move(world)), notices_(world_.notice),
+      lists_({window_.List1, window_.List2, window_.mList1, window_.mList2, window_.mList3,
+              window_.mList4, window_.mList5},
+             world_.echo),
+      ini_(world_.settings_store, world_.code_page), log_(world_.clock, world_.log_table, notices_),
+      core_({.clock = world_.clock,
+             .ports = world_.serial_ports,
+             .code_page = world_.code_page,
+             .ini = ini_,
+             .lists = lists_,
+             .notices = notices_,
+             .hardware_lost = [this] { connection_.SetToResearch(); }}),
+      mail_(world_.clock, world_.tcp, ini_, world_.code_page, notices_), sms_sender_(core_.sms), //
+      queue_(
+          {.clock = world_.clock,
+           .unit = unit_,
+           .sender = sms_sender_,
+           .lists = lists_,
+           .controls = {window_.mChkSMSSendEnable, window_.mText2, window_.mText3, window_.mText5},
+           .reset_unit_state = [this] { ResetUnitState(); }}),
+      codec_(world_.clock, ini_, lists_), //
+      dispatcher_({.clock = world_.clock,
+                   .settings = settings_,
+                   .codec = codec_,
+                   .queue = queue_,
+                   .mail = mail_,
+                   .log = log_,
+                   .lists = lists_}),
+      link_({.clock = world_.clock,
+             .sockets = world_.sockets,
+             .code_page = world_.code_page,
+             .settings = settings_,
+             .unit = unit_,
+             .dispatcher = dispatcher_,
+             .lists = lists_,
+             .notices = notices_}),
+      cycle_({.clock = world_.clock,
+              .core = core_,
+              .ini = ini_,
+              .settings = settings_,
+              .unit = unit_,
+              .lists = lists_,
+              .log = log_,
+              .link = link_,
+              .codec = codec_,
+              .queue = queue_,
+              .mLblTarnexStatus = window_.mLblTarnexStatus,
+              .mText4 = window_.mText4,
+              .mTxtTarnexCSQ = window_.mTxtTarnexCSQ,
+              .set_to_research = [this] { connection_.SetToResearch(); }}),
+      connection_({.clock = world_.clock,
+                   .core = core_,
+                   .ini = ini_,
+                   .settings = settings_,
+                   .unit = unit_,
+                   .lists = lists_,
+                   .link = link_,
+                   .mCheckTimer = cycle_.mCheckTimer,
+                   .mLblTarnexStatus = window_.mLblTarnexStatus,
+                   .mText1 = window_.mText1,
+                   .reset_unit_state = [this] { ResetUnitState(); }}),
+      AutoReloadSettingsTimer_(world_.clock, "AutoReloadSettingsTimer", kReloadPeriod,
+                               [this] { LoadSettings(); }),
+      Timer1_(world_.clock, "Timer1", kStatusPeriod,
+              [this] { window_.mTxtStatus.SetValue(unit_.UnitReady ? u"True" : u"False"); }) {
+    for (Timer* timer :
+         {&link_.HandShake, &link_.ConnectServiceLost, &cycle_.mCheckTimer, &queue_.mSMSSendTimer,
+          &queue_.mSMSSendChkTimer, &connection_.mAutoConnect})
+        stoppable_.Add(*timer);
+    for (const TimerList* form : {&mail_.Timers(), &core_.timers})
+        for (Timer* timer : form->All())
+            stoppable_.Add(*timer);
+    WireButtons();
+    if (world_.view) {
+        world_.view->Attach(window_);
+    } else { // nobody will ever clear the lists
+        for (ListBox* list : {&window_.List1, &window_.List2, &window_.mList1, &window_.mList2,
+                              &window_.mList3, &window_.mList4, &window_.mList5})
+            list->KeepAtMost(kLinesWithoutWindow);
+    }
+}
+
+TarnexComm::~TarnexComm() {
+    world_.clock.Cancel(gate_check_);
+    world_.clock.Cancel(end_);
+}
+
+void TarnexComm::Form_Load(const std::string& command_line) {
+    if (command_line == "/i")
+        Install();
+    else if (command_line == "/u")
+        world_.controller.Uninstall();
+    if (!command_line.empty()) {
+        EndProcess();
+        return;
+    }
+    world_.controller.StartService(kAcceptPauseAndContinue, ControllerEvents());
+    if (!world_.instance_lock.Acquire()) {
+        EndProcess();
+        return;
+    }
+    AutoReloadSettingsTimer_.Enable();
+    link_.Open();
+    ResetUnitState();
+    world_.controller.ReportReady();
+}
+
+void TarnexComm::Install() {
+    if (!world_.controller.Install(true))
+        return;
+    world_.controller.SaveParameter("TimerInterval", "300");
+    ResetUnitState();
+}
+
+ServiceEvents TarnexComm::ControllerEvents() {
+    return {.start = [] {}, // Form_Load has begun the work
+            .stop =
+                [this](bool system_ending) {
+                    if (system_ending)
+                        WriteExWindowsState(true);
+                    Form_Unload();
+                },
+            .pause =
+                [this] {
+                    world_.controller.LogEvent(EventType::kError, kPausedEvent, "Service paused");
+                },
+            .resume =
+                [this] {
+                    world_.controller.LogEvent(EventType::kInformation, kContinuedEvent,
+                                               "Service continued");
+                }};
+}
+
+void TarnexComm::ResetUnitState() {
+    ++unit_.Losses; // whoever waits for the unit has no business with it any more
+    LoadSettings();
+    const bool debug = ini_.GetIniStr(u"Debug", u"DebugMode") == u"On";
+    unit_.UnitReady = false;
+    unit_.UnitOnline = false;
+    unit_.UnitInitFlags = kNoUnitInitFlags;
+    link_.Reset();
+    queue_.Reset();
+    cycle_.Reset();
+    unit_.UnitBusy = false;
+    unit_.UnitConnected = false;
+    core_.OCXDebug(debug ? u"On" : u"Off");
+    lists_.DebugOn = debug;
+    ShowWindow(debug);
+    connection_.mAutoConnect.Reset(kFirstSearch);
+    if (!settings_.AutoSearchOff)
+        connection_.mAutoConnect.Enable();
+}
+
+void TarnexComm::LoadSettings() {
+    const LoadedSettings loaded = ReadSettings(*ini_.Snapshot(), settings_);
+    if (loaded.enabled && loaded.allowed) {
+        Apply(loaded.settings);
+    } else if (!gate_check_pending_) {
+        // Other programs rewrite the file in place: it may stand half-written just now.
+        gate_check_pending_ = true;
+        gate_check_ = world_.clock.CallAfter(kGateConfirmation, [this] { ConfirmClosedGate(); });
+    }
+}
+
+void TarnexComm::ConfirmClosedGate() {
+    gate_check_pending_ = false;
+    const LoadedSettings loaded = ReadSettings(*ini_.Snapshot(), settings_);
+    if (loaded.enabled && loaded.allowed) {
+        Apply(loaded.settings);
+        return;
+    }
+    const std::string file = "the settings in " + world_.settings_store.Name();
+    if (!loaded.enabled) {
+        world_.notice(file + " switch the service off, so it ends. To run it, remove the line "
+                             "Enable=Disable from section [Service]");
+    } else {
+        world_.notice(file + " do not allow the service to run, so it ends. To run it, write the "
+                             "line Check1(13)=1 into section [Check]");
+        link_.Close();
+    }
+    EndProcess();
+}
+
+void TarnexComm::Apply(const Settings& settings) {
+    settings_ = settings;
+    link_.HandShake.Enable();
+    log_.Open(settings_.LogPath);
+}
+
+void TarnexComm::ShowWindow(bool visible) {
+    window_.SetVisible(visible);
+    // The status display ticks only while somebody can see it.
+    if (visible && world_.view)
+        Timer1_.Enable();
+    else
+        Timer1_.Disable();
+}
+
+void TarnexComm::WireButtons() {
+    window_.Command1.OnClick([this] { StopAllTimers(); });
+    window_.Command2.OnClick([this] { SwitchDebug(); });
+    window_.Command3.OnClick([this] { ToggleWidth(window_.mList1, kEventListWidths); });
+    window_.Command4.OnClick([this] { ClearLists(); });
+    window_.Command5.OnClick([this] { ToggleWidth(window_.List1, kDebugListWidths); });
+    window_.Command6.OnClick([this] { window_.List2.SetVisible(!window_.List2.Visible()); });
+    window_.mCmdSend.OnClick([this] { queue_.mCmdSend_Click(); });
+    window_.mCmdLinkCheck.OnClick([this] { ShowLinkCheck(); });
+    window_.mCMDExit.OnClick([this] { Form_Unload(); });
+    window_.OnClose([this] { Form_Unload(); });
+}
+
+void TarnexComm::SwitchDebug() {
+    const bool on = window_.Command2.Caption() == u"DebugOn";
+    window_.Command2.SetCaption(on ? u"DebugOff" : u"DebugOn");
+    lists_.DebugOn = on;
+    core_.OCXDebug(on ? u"On" : u"Off");
+}
+
+void TarnexComm::ClearLists() {
+    for (ListBox* list : {&window_.mList2, &window_.mList3, &window_.mList4, &window_.mList5,
+                          &window_.List1, &window_.List2})
+        list->Clear();
+}
+
+void TarnexComm::ShowLinkCheck() {
+    lists_.mList3Additem(link_.LinkCheck() ? u"True" : u"False");
+}
+
+void TarnexComm::Form_Unload() {
+    if (ended_)
+        return;
+    if (!ExWindowsState) {
+        StopAllTimers();
+        link_.SendEnd();
+        link_.Close();
+    }
+    world_.instance_lock.KillLeftOver();
+    EndProcess();
+}
+
+void TarnexComm::EndProcess() {
+    if (ended_)
+        return;
+    ended_ = true;
+    StopAllTimers();
+    AutoReloadSettingsTimer_.Stop();
+    Timer1_.Stop();
+    // From the loop, since a handler that waits half-way may stand on the stack now.
+    end_ = world_.clock.CallAfter(0ms, [this] {
+        stoppable_.CancelHandlers();
+        world_.end_process();
+    });
+}
+
+} // namespace tarnex

@@ -1,0 +1,96 @@
+#pragma once
+
+#include "device/tarnex_core.h"
+#include "mail/mail_sender.h"
+#include "notify/dispatcher.h"
+#include "platform/service_controller.h"
+#include "platform/view.h"
+#include "service/main_window.h"
+#include "service/unit_sms_sender.h"
+#include "supervision/connection_supervision.h"
+#include "supervision/supervision_cycle.h"
+
+namespace tarnex {
+
+// The service: builds its parts, starts and stops them, and keeps the settings loaded.
+class TarnexComm {
+  public:
+    // The world that the service works in; everything must outlive the service.
+    struct World {
+        Clock& clock;
+        SerialPorts& serial_ports;
+        DatagramSockets& sockets;
+        TcpClients& tcp;
+        LogTable& log_table;
+        SettingsStore& settings_store;
+        const CodePage& code_page;
+        ServiceController& controller;
+        InstanceLock& instance_lock;
+        View* view;                        // nullptr: no windows
+        OperatorNotices::Sink notice;      // for what an operator must act on
+        DebugLists::Echo echo;             // for every list line; may be empty
+        std::function<void()> end_process; // ends the loop; the process exits with status 0
+    };
+    explicit TarnexComm(World world);
+    ~TarnexComm();
+    TarnexComm(const TarnexComm&) = delete;
+    TarnexComm& operator=(const TarnexComm&) = delete;
+
+    // The start of the program. command_line: the arguments, joined by one blank. "/i" installs
+    // and "/u" removes the service, and only "" runs it; in every other case the process ends.
+    void Form_Load(const std::string& command_line);
+    // Orderly shut-down; ends the process. Harmless a second time.
+    void Form_Unload();
+    // The machine is shutting down: the monitoring programs are not told of our end.
+    void WriteExWindowsState(bool state) { ExWindowsState = state; }
+    // Begins anew with the settings and the unit.
+    void ResetUnitState();
+    // Stops the timers of all parts but the settings reload and the status display.
+    void StopAllTimers() { stoppable_.StopAll(); }
+    // Lists whether a monitoring program is connected.
+    void ShowLinkCheck();
+
+    MainWindow& Window() { return window_; }
+    const UnitState& Unit() const { return unit_; }
+
+  private:
+    void Install();
+    ServiceEvents ControllerEvents();
+    void LoadSettings();
+    // A closed run gate counts only when a second reading says the same.
+    void ConfirmClosedGate();
+    void Apply(const Settings& settings);
+    void ShowWindow(bool visible);
+    void WireButtons();
+    void SwitchDebug();
+    void ClearLists();
+    void EndProcess();
+
+    World world_;
+    MainWindow window_;
+    OperatorNotices notices_;
+    DebugLists lists_;
+    MyIniFile ini_;
+    Settings settings_;
+    UnitState unit_;
+    LogWriter log_;
+    TarnexCore core_;
+    MailSender mail_;
+    UnitSMSSender sms_sender_;
+    SMSQueue queue_;
+    SMSMsgCodec codec_;
+    Dispatcher dispatcher_;
+    ControlLink link_;
+    SupervisionCycle cycle_;
+    ConnectionSupervision connection_;
+    Timer AutoReloadSettingsTimer_;
+    Timer Timer1_;
+    TimerList stoppable_; // what the button "Stop" stops
+    CallId gate_check_;
+    bool gate_check_pending_ = false;
+    bool ExWindowsState = false;
+    bool ended_ = false;
+    CallId end_;
+};
+
+} // namespace tarnex
