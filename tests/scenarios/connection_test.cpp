@@ -1,0 +1,184 @@
+#include "tests/scenarios/system_fixture.h"
+
+namespace tarnex {
+namespace {
+
+class Connection : public SystemTest {};
+
+TEST_F(Connection, FromStartToReadyToTheMillisecond) {
+    StartServiceAndMonitor();
+    clock.RunTo(14999ms);
+    EXPECT_EQ(unit.Count("Hello,tarnex"), 0);
+    EXPECT_FALSE(monitor.Received(u"tx-NoConn"));
+
+    clock.RunTo(15000ms);
+    EXPECT_EQ(ReceivedAt(u"tx-NoConn"), 15000ms);
+    EXPECT_EQ(Setting(u"Text", u"Text1(33)"), u"*");
+
+    clock.RunTo(15055ms); // COM1 and COM2 are absent: 10 ms each; COM3: 10 + 5 + 20 ms
+    EXPECT_EQ(Setting(u"Text", u"Text1(33)"), u"Com3");
+    EXPECT_EQ(Setting(u"TarnexComm", u"LastCom"), u"3");
+    EXPECT_FALSE(service->Unit().UnitConnected); // the greeting is left to the next tick
+
+    clock.RunTo(20089ms);
+    EXPECT_FALSE(service->Unit().UnitConnected);
+    clock.RunTo(20090ms);
+    EXPECT_TRUE(service->Unit().UnitConnected);
+    EXPECT_EQ(Setting(u"TarnexComm", u"TelNo1"), u"@v@");
+
+    clock.RunTo(30090ms - 1ms);
+    EXPECT_EQ(unit.Count("WRNO1"), 0);
+    clock.RunTo(30090ms + 9 * 35ms); // nine settings, 35 ms each
+    EXPECT_EQ(unit.Memory.Number1, "13900000001");
+    EXPECT_EQ(unit.Memory.AlarmTime, "3");
+    EXPECT_EQ(unit.Memory.SendTimes, "1");
+    EXPECT_EQ(unit.Memory.PowerAlarm, "1");
+    EXPECT_EQ(unit.Memory.ConnectionAlarm, "0");
+    EXPECT_EQ(unit.Memory.Name, "00540058002D0037");
+    EXPECT_EQ(unit.Memory.NameMode, "1");
+    EXPECT_EQ(Setting(u"TarnexComm", u"NameEnable"), u"1");
+    EXPECT_FALSE(service->Unit().UnitReady);
+
+    clock.RunTo(30475ms); // version and serial number in the same tick
+    EXPECT_TRUE(service->Unit().UnitReady);
+    EXPECT_EQ(ReceivedAt(u"txVersionTARNEX-SIM 1.0"), 30440ms);
+    EXPECT_EQ(ReceivedAt(u"tx-SerialSIM00000001"), 30475ms);
+    EXPECT_EQ(ReceivedAt(u"tx--Ready"), 30475ms);
+    EXPECT_EQ(service->Window().mLblTarnexStatus.Caption(), u"硬件状态:就绪");
+    EXPECT_EQ(service->Unit().UnitInitFlags, u"11111111111*");
+
+    clock.RunTo(40s);
+    EXPECT_EQ(ReceivedAt(u"tx-States5110000"), 40s); // signal 20 is level 5
+}
+
+TEST_F(Connection, AStartingUnitIsGreetedUntilItIsUp) {
+    unit.Times.Boot = 22s;
+    StartServiceAndMonitor();
+    unit.Boot();
+    clock.RunTo(20090ms);
+    EXPECT_EQ(ReceivedAt(u"txBooting"), 20090ms);
+    EXPECT_EQ(service->Window().mLblTarnexStatus.Caption(), u"硬件状态:启动中");
+    EXPECT_EQ(Setting(u"TarnexComm", u"TelNo1"), u"");
+    // Its own "InitGsmOk", read before the greeting, would drop it once more: that is how a
+    // restart shows itself.
+    ASSERT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 3min));
+}
+
+TEST_F(Connection, AUnitThatFallsSilentIsLostAndFoundAgain) {
+    StartToReady();
+    monitor.ForgetMessages();
+    unit.Faults.Silent = true;
+    const Duration silent = clock.Now();
+    ASSERT_TRUE(clock.RunUntil([&] { return monitor.Received(u"txNexLost"); }, 10min));
+    // The last report came before the silence, 60 s make the signal -1, five readings more the
+    // loss.
+    EXPECT_GT(clock.Now() - silent, 60s);
+    EXPECT_LE(clock.Now() - silent, 60s + 6 * 5s);
+    EXPECT_FALSE(service->Unit().UnitConnected);
+    EXPECT_EQ(service->Window().mLblTarnexStatus.Caption(), u"硬件状态:丢失");
+    const Duration lost = clock.Now();
+    unit.Faults.Silent = false;
+    const long greetings = unit.Count("Hello,tarnex");
+    ASSERT_TRUE(clock.RunUntil([&] { return unit.Count("Hello,tarnex") > greetings; }, 1min));
+    EXPECT_EQ(clock.Now() - lost, 15010ms); // the port found last comes first
+    ASSERT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 1min));
+    EXPECT_EQ(unit.Count("WRNO1"), 2); // every setting was written again
+}
+
+TEST_F(Connection, ARestartedUnitIsSearchedAnew) {
+    StartToReady();
+    monitor.ForgetMessages();
+    unit.Boot();
+    ASSERT_TRUE(clock.RunUntil([&] { return monitor.Received(u"txNexLost"); }, 1min));
+    ASSERT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 2min));
+}
+
+TEST_F(Connection, APulledAdapterIsNoticedAtOnceWhateverIsGoingOn) {
+    StartToReady();
+    // From each instant of a check tick and of the phases of a new connection.
+    const Duration steps[] = {0ms, 5ms, 4s, 5001ms, 15010ms, 15030ms, 20070ms, 25s, 30100ms, 31s};
+    for (const Duration step : steps) {
+        clock.RunFor(step);
+        ports.Unplug(3);
+        clock.RunFor(1s);
+        EXPECT_FALSE(service->Unit().UnitConnected);
+        ports.Plug(3, unit);
+        ASSERT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 3min))
+            << step.count();
+    }
+}
+
+TEST_F(Connection, TheUnitOnAnotherPortIsFoundThere) {
+    StartToReady();
+    ports.Unplug(3);
+    ports.Plug(17, unit);
+    clock.RunFor(0ms);
+    EXPECT_FALSE(service->Unit().UnitReady);
+    ASSERT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 1min));
+    EXPECT_EQ(Setting(u"TarnexComm", u"LastCom"), u"17");
+    EXPECT_EQ(Setting(u"Text", u"Text1(33)"), u"Com17");
+}
+
+TEST_F(Connection, ARefusedSettingIsTriedAgainAndHoldsTheRestBack) {
+    unit.Faults.Instead["WRCSCA"] = "ERROR";
+    StartServiceAndMonitor();
+    clock.RunTo(1min);
+    EXPECT_EQ(unit.Count("WRNO2"), 1);
+    EXPECT_EQ(unit.Count("WRCSCA"), 6); // 30.09 s, then each 5 s and the time the command takes
+    EXPECT_EQ(unit.Count("WRDT"), 0);
+    EXPECT_EQ(unit.Count("RDCSQ"), 0); // no signal reading on such a tick
+    unit.Faults.Instead.clear();
+    EXPECT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 6s));
+}
+
+TEST_F(Connection, ASilentVersionIsAskedAgain) {
+    unit.Faults.Instead["ChkVer"] = "1.0"; // too short for a version
+    StartServiceAndMonitor();
+    clock.RunTo(1min);
+    EXPECT_FALSE(service->Unit().UnitReady);
+    EXPECT_GT(unit.Count("RDCSQ"), 2); // the rest of the tick goes on
+    unit.Faults.Instead.clear();
+    EXPECT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 6s));
+}
+
+TEST_F(Connection, AChangedSettingGoesToTheUnitOnce) {
+    StartToReady();
+    clock.RunFor(1min);
+    EXPECT_EQ(unit.Count("WRNO1"), 1);
+    EditSetting(u"Text", u"Text1(34)", u"13811112222");
+    clock.RunFor(6s);
+    EXPECT_EQ(unit.Memory.Number1, "13811112222");
+    clock.RunFor(1min);
+    EXPECT_EQ(unit.Count("WRNO1"), 2);
+    EXPECT_EQ(Setting(u"TarnexComm", u"TelNo1"), u"13811112222");
+}
+
+TEST_F(Connection, WithTheLinkSwitchedOffNoPortIsTouched) {
+    store.SetContent(settings.Set("Check", "Check1(7)", "0").Content());
+    StartServiceAndMonitor();
+    clock.RunTo(10min);
+    EXPECT_EQ(unit.Count("Hello,tarnex"), 0);
+    EXPECT_TRUE(monitor.Received(u"txYesRigh"));
+}
+
+TEST_F(Connection, StateWordsBecomeCodesOneATick) {
+    StartToReady();
+    clock.RunFor(1s);
+    monitor.ForgetMessages();
+    unit.LosePower();
+    clock.RunFor(1s);
+    unit.RegainPower();
+    clock.RunFor(1s);
+    unit.LoseConnection();
+    clock.RunFor(1s);
+    unit.LoseCard();
+    clock.RunFor(21s);
+    std::vector<Text> codes;
+    for (const MonitorMessage& message : monitor.Messages())
+        if (!StartsWith(message.text, u"tx-States"))
+            codes.push_back(message.text);
+    EXPECT_EQ(codes, (std::vector<Text>{u"tx-ACLost", u"ACOk", u"txConLost", u"tx-NoCard"}));
+}
+
+} // namespace
+} // namespace tarnex

@@ -1,0 +1,171 @@
+#include "tests/scenarios/system_fixture.h"
+
+namespace tarnex {
+namespace {
+
+class Service : public SystemTest {
+  protected:
+    std::vector<std::string> Events() const { return controller.Log; }
+};
+
+TEST_F(Service, OnlyAnEmptyCommandLineRuns) {
+    for (const char* argument : {"/e", "/x", "/I", "/i /u", "--help"}) {
+        ended_at.reset();
+        controller.Log.clear();
+        StartService(argument);
+        clock.RunFor(0ms);
+        EXPECT_TRUE(ended_at) << argument;
+        EXPECT_TRUE(controller.Log.empty()) << argument;
+    }
+    StartService("/u");
+    EXPECT_EQ(controller.Log, std::vector<std::string>{"uninstall"});
+    controller.Log.clear();
+    StartService("/i");
+    EXPECT_EQ(controller.Log,
+              (std::vector<std::string>{"install interactive", "parameter TimerInterval=300"}));
+    controller.Log.clear();
+    controller.InstallSucceeds = false;
+    StartService("/i");
+    EXPECT_EQ(controller.Log, std::vector<std::string>{"install interactive"});
+}
+
+TEST_F(Service, ASecondInstanceEndsSilently) {
+    lock.HeldByAnother = true;
+    StartService();
+    clock.RunFor(1min);
+    EXPECT_EQ(ended_at, 0ms);
+    EXPECT_EQ(controller.Log, std::vector<std::string>{"start 2"});
+    EXPECT_TRUE(said.empty());
+    EXPECT_EQ(log.Opened, 0);
+}
+
+TEST_F(Service, StopsInOrder) {
+    StartToReady();
+    controller.Events.pause();
+    controller.Events.resume();
+    const Duration stop = clock.Now();
+    controller.Events.stop(false);
+    clock.RunFor(0ms);
+    EXPECT_EQ(ended_at, stop);
+    EXPECT_TRUE(monitor.Received(u"tx-SMSEnd"));
+    EXPECT_EQ(lock.Kills, 1);
+    EXPECT_EQ(controller.Log,
+              (std::vector<std::string>{"start 2", "ready", "event 1 109 Service paused",
+                                        "event 4 110 Service continued"}));
+    const long commands = unit.Count("RDCSQ");
+    clock.RunFor(1min);
+    EXPECT_EQ(unit.Count("RDCSQ"), commands);
+}
+
+TEST_F(Service, StopsAtOnceWhileACommandWaitsAndSilentlyWithTheMachine) {
+    StartServiceAndMonitor();
+    clock.RunTo(20s);
+    unit.Faults.Silent = true;
+    clock.RunTo(22s); // the greeting waits for an answer
+    controller.Events.stop(true);
+    clock.RunFor(0ms);
+    EXPECT_EQ(ended_at, 22s);
+    EXPECT_FALSE(monitor.Received(u"tx-SMSEnd"));
+}
+
+TEST_F(Service, TheStopButtonLeavesOnlyTheReloadRunning) {
+    StartToReady();
+    service->Window().Command1.Click();
+    const int opened = log.Opened;
+    const long commands = unit.Count("RDCSQ");
+    monitor.ForgetMessages();
+    clock.RunFor(1min);
+    EXPECT_EQ(log.Opened, opened + 6); // the log is opened anew with every reload
+    EXPECT_EQ(unit.Count("RDCSQ"), commands);
+    EXPECT_FALSE(monitor.Received(u"tx-States"));
+}
+
+TEST_F(Service, IsEndedByItsSettingsWithinAReload) {
+    StartToReady();
+    EditSetting(u"Service", u"Enable", u"disable"); // exact spelling only
+    clock.RunFor(1min);
+    EXPECT_FALSE(ended_at);
+    EditSetting(u"Service", u"Enable", u"Disable");
+    clock.RunFor(10s + 100ms);
+    EXPECT_TRUE(ended_at);
+    EXPECT_FALSE(monitor.Received(u"tx-SMSEnd"));
+    EXPECT_EQ(said.size(), 1u);
+}
+
+TEST_F(Service, AHalfWrittenFileChangesNothing) {
+    StartToReady();
+    const std::string whole = *store.Read();
+    clock.RunTo(1min - 1ms);
+    store.SetContent(whole.substr(0, 20)); // what the reload at 60 s finds
+    clock.RunFor(2ms);
+    store.SetContent(whole);
+    clock.RunFor(10min);
+    EXPECT_FALSE(ended_at);
+    EXPECT_TRUE(service->Unit().UnitReady);
+    EXPECT_TRUE(said.empty());
+    EXPECT_EQ(unit.Count("WRNO1"), 1);
+}
+
+TEST_F(Service, DoesNotStartWithoutPermission) {
+    for (const std::string& content : {std::string(), std::string("[Check]\r\nCheck1(13)=0\r\n"),
+                                       std::string("\x00\xFF\x81[[[=\r", 8)}) {
+        ended_at.reset();
+        store.SetContent(content);
+        StartService();
+        clock.RunFor(100ms);
+        EXPECT_TRUE(ended_at);
+    }
+    store.Delete();
+    ended_at.reset();
+    StartService();
+    clock.RunFor(100ms);
+    EXPECT_TRUE(ended_at);
+    EXPECT_EQ(said.size(), 4u);
+}
+
+TEST_F(Service, ATakenPortIsNamedAndTriedAgain) {
+    network.OccupyPort(7842);
+    StartToReady();
+    clock.RunFor(1min);
+    ASSERT_EQ(said.size(), 1u);
+    EXPECT_NE(said[0].find("7842"), std::string::npos);
+    network.FreePort(7842);
+    clock.RunFor(10s);
+    Monitor third(clock, network, gbk, {.link = 3, .name = u"third"});
+    EXPECT_EQ(third.Start(), "");
+    clock.RunFor(1s);
+    EXPECT_TRUE(third.Received(u"txYesRigh"));
+    EXPECT_TRUE(third.Received(u"tx--Ready"));
+    EXPECT_EQ(said.size(), 2u);
+}
+
+TEST_F(Service, DebugModeFillsTheListsAndShowsTheWindow) {
+    StartToReady();
+    EXPECT_FALSE(service->Window().Visible());
+    EXPECT_TRUE(service->Window().List2.Lines().empty());
+    service->Window().Command2.Click();
+    EXPECT_EQ(service->Window().Command2.Caption(), u"DebugOff");
+    clock.RunFor(10s);
+    EXPECT_FALSE(service->Window().List2.Lines().empty());
+    EXPECT_FALSE(service->Window().List1.Lines().empty());
+    service->Window().Command4.Click();
+    EXPECT_TRUE(service->Window().List2.Lines().empty());
+    service->Window().mCmdLinkCheck.Click();
+    EXPECT_EQ(service->Window().mList3.Lines().back(), u"True");
+
+    EditSetting(u"Debug", u"DebugMode", u"On");
+    unit.Boot(); // the next reset reads the mode
+    clock.RunFor(1min);
+    EXPECT_TRUE(service->Window().Visible());
+}
+
+TEST_F(Service, TheTestMessageGoesToTheFirstNumber) {
+    StartToReady();
+    service->Window().mCmdSend.Click();
+    clock.RunFor(20s);
+    ASSERT_EQ(unit.Sent().size(), 1u);
+    EXPECT_EQ(unit.Sent()[0].number_index, 1);
+}
+
+} // namespace
+} // namespace tarnex

@@ -1,0 +1,77 @@
+#include "tests/scenarios/system_fixture.h"
+
+namespace tarnex {
+namespace {
+
+class SMSCommand : public SystemTest {
+  protected:
+    // The replies and forwarded texts that left within a minute and a half.
+    std::vector<Text> Replies() {
+        clock.RunFor(90s);
+        return SentTexts();
+    }
+};
+
+TEST_F(SMSCommand, IsConfirmedLoggedAndPassedOn) {
+    StartToReady();
+    clock.RunTo(40s);
+    log.Rows.clear();
+    unit.ReceiveSms(u"+8613900000002", u"请 1301 谢谢");
+    EXPECT_EQ(Replies(),
+              std::vector<Text>{u"2系统在06日08:00收到命令：1301--1号设备web服务重启/开启"});
+    EXPECT_TRUE(monitor.Received(u"txControl1301"));
+    EXPECT_EQ(Column(3), (std::vector<Text>{u"In", u"Out"}));
+    EXPECT_EQ(Column(4), (std::vector<Text>{u"1Nex", u"Nex1"}));
+    EXPECT_EQ(Column(5), (std::vector<Text>{
+                             u"1301", u"系统在06日08:00收到命令：1301--1号设备web服务重启/开启"}));
+    EXPECT_EQ(Column(6), (std::vector<Text>{u"web服务", u""}));
+    EXPECT_EQ(Column(8), (std::vector<Text>{u"重启/开启", u""}));
+    EXPECT_EQ(Column(9), (std::vector<Text>{u"-", u"-"}));
+    EXPECT_EQ(Column(12), (std::vector<Text>{u"0", u"0"}));
+}
+
+TEST_F(SMSCommand, AWrongOneIsAnsweredButNotPassedOn) {
+    StartToReady();
+    unit.ReceiveSms(u"13900000001", u"hello");
+    EXPECT_EQ(Replies(), std::vector<Text>{u"1系统在06日08:00 收到错误命令：hello"});
+    EXPECT_FALSE(monitor.Received(u"txControl"));
+    EXPECT_EQ(Column(5)[1], u"ECmd");
+}
+
+TEST_F(SMSCommand, OfAStrangerIsOnlyForwardedWhenItIsAboutMoney) {
+    StartToReady();
+    const Text header = u"Tarnex转发来自号码10086的短消息，该条信息可能涉及缴费等信息。";
+    unit.ReceiveSms(u"10086", u"1301");
+    unit.ReceiveSms(u"10086", u"话费"); // only with the switch
+    EXPECT_TRUE(Replies().empty());
+    unit.ReceiveSms(u"10086", u"余额5元"); // always
+    EXPECT_EQ(Replies(),
+              (std::vector<Text>{u"1" + header, u"1余额5元", u"2" + header, u"2余额5元"}));
+    EXPECT_EQ(log.Rows.size(), 5u); // the greeting and one row a part
+    EditSetting(u"Check", u"Check1(58)", u"1");
+    clock.RunFor(10s);
+    unit.ReceiveSms(u"10086", u"话费");
+    EXPECT_EQ(Replies().size(), 8u);
+}
+
+TEST_F(SMSCommand, OneIsTakenATick) {
+    StartToReady();
+    clock.RunFor(1s); // to a time between two ticks
+    for (const TextView text : {u"1301", u"1302", u"1311"})
+        unit.ReceiveSms(u"13900000001", text);
+    clock.RunFor(5s);
+    const auto controls = [&] {
+        int count = 0;
+        for (const MonitorMessage& message : monitor.Messages())
+            count += StartsWith(message.text, u"txControl");
+        return count;
+    };
+    EXPECT_EQ(controls(), 1);
+    clock.RunFor(5s);
+    EXPECT_EQ(controls(), 2);
+    clock.RunFor(5s);
+    EXPECT_EQ(controls(), 3);
+}
+
+} // namespace
+} // namespace tarnex
