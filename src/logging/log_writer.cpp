@@ -78,7 +78,7 @@ bool LogWriter::WriteLog(const Text& message, const EventRecord& event) {
 
 bool LogWriter::WriteCtrlLog(const Text& command) {
     const TextView machine = Part(command, 0, 1);
-    ControlTarget = Index(machine) - 1;
+    control_target_ = Index(machine) - 1;
     const auto service = ServiceName(Index(Part(command, 1, 2)));
     const auto action = CommandName(Index(Part(command, command.size() - 1, 1)));
     if (!service || !action)
@@ -90,7 +90,7 @@ bool LogWriter::WriteCtrlLog(const Text& command) {
     row[kState] = Text();
     row[kAction] = Text(*action);
     row[kMachineName] = Text();
-    row[kMemoOrTarget] = ControlTarget;
+    row[kMemoOrTarget] = control_target_;
     return Store(row);
 }
 
@@ -102,7 +102,7 @@ bool LogWriter::WriteResponseLog(const Text& message) {
     row[kState] = Text();
     row[kAction] = Text();
     row[kMachineName] = Text();
-    row[kMemoOrTarget] = ControlTarget;
+    row[kMemoOrTarget] = control_target_;
     return Store(row);
 }
 

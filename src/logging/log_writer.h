@@ -37,7 +37,7 @@ class LogWriter {
     Clock& clock_;
     LogTable& table_;
     OperatorNotices& notices_;
-    int ControlTarget = 0; // column 12 of the last command
+    int control_target_ = 0; // column 12 of the last command
     bool configured_ = false;
     std::string open_problem_; // of the last opening
     std::string row_problem_;  // of the last row

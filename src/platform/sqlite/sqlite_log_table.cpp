@@ -87,7 +87,7 @@ class SqliteLogTable::Connection {
             Bind(static_cast<int>(i), row[i]);
         sqlite3_step(insert_.get());
         const bool stored = sqlite3_reset(insert_.get()) == SQLITE_OK;
-        const std::string problem = stored ? "" : Explain();
+        std::string problem = stored ? "" : Explain();
         if (stored || LockedOut())
             WaitForLocks(stored);
         return problem;
