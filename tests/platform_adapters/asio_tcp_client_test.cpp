@@ -1,5 +1,5 @@
 #include "platform/asio/asio_tcp_client.h"
-#include "platform/linux/descriptor.h"
+#include "platform/linux/unique_fd.h"
 #include "tests/platform_adapters/run_until.h"
 
 #include <vector>
@@ -28,7 +28,7 @@ class Server {
     std::uint16_t Port() const { return port_; }
     bool Accept() {
         connection_ =
-            Descriptor(accept4(listener_.Get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+            UniqueFd(accept4(listener_.Get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
         return static_cast<bool>(connection_);
     }
     bool Send(std::string_view bytes) const {
@@ -41,12 +41,12 @@ class Server {
         bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
         return bytes;
     }
-    void Hangup() { connection_ = Descriptor(); }
-    void StopListening() { listener_ = Descriptor(); }
+    void Hangup() { connection_ = UniqueFd(); }
+    void StopListening() { listener_ = UniqueFd(); }
 
   private:
-    Descriptor listener_;
-    Descriptor connection_;
+    UniqueFd listener_;
+    UniqueFd connection_;
     std::uint16_t port_ = 0;
 };
 

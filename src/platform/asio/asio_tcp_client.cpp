@@ -81,7 +81,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
         asio::async_connect(socket_, endpoints, Guarded(&Connection::OnConnected));
     }
 
-    void OnConnected(asio::error_code error, tcp::endpoint) {
+    void OnConnected(asio::error_code error, const tcp::endpoint&) {
         if (error) {
             End(ErrorWords(error));
             return;

@@ -23,7 +23,7 @@ bool MayTryAgain(int error) {
 
 class TtyPort : public SerialPort {
   public:
-    TtyPort(AsioLoop& loop, Descriptor device, SerialEvents events)
+    TtyPort(AsioLoop& loop, UniqueFd device, SerialEvents events)
         : loop_(loop), handle_(device.Release()), device_(loop.core().io, handle_),
           events_(std::make_shared<const SerialEvents>(std::move(events))) {
         AwaitInput();

@@ -81,7 +81,7 @@ OpenedTty OpenTty(const std::string& path, const LineSettings& settings) {
     if (!S_ISCHR(file.st_mode))
         return {.status = PortStatus::kUnusable};
 
-    Descriptor device(open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+    UniqueFd device(open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
     if (!device)
         return {.status = StatusOf(errno)};
     if (!isatty(device.Get()))

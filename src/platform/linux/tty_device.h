@@ -1,12 +1,12 @@
 #pragma once
 
-#include "platform/linux/descriptor.h"
+#include "platform/linux/unique_fd.h"
 #include "platform/serial_port.h"
 
 namespace tarnex {
 
 struct OpenedTty {
-    Descriptor descriptor{}; // non-blocking; none unless status is kOk
+    UniqueFd descriptor{}; // non-blocking; none unless status is kOk
     PortStatus status = PortStatus::kOk;
 };
 

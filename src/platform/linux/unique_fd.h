@@ -23,6 +23,8 @@ class UniqueFd {
 
     // -1 when there is none.
     int Get() const { return fd_; }
+    // Leaves the closing to the caller.
+    int Release() { return std::exchange(fd_, -1); }
     explicit operator bool() const { return fd_ >= 0; }
 
   private:
