@@ -1,0 +1,141 @@
+#include "platform/linux/systemd_controller.h"
+
+#include "platform/linux/command.h"
+#include "platform/linux/systemd_notify.h"
+#include "platform/linux/systemd_unit.h"
+
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <sstream>
+#include <utility>
+
+#include <sys/stat.h>
+#include <syslog.h>
+
+namespace tarnex {
+
+namespace {
+
+constexpr const char* kUnitName = "tarnexcomm.service";
+constexpr int kAcceptsPauseAndContinue = 2;
+constexpr Duration kUnitChangeLimit = 60s; // a machine with many units reloads for seconds
+constexpr Duration kStateQueryLimit = 500ms;
+
+int Priority(EventType type) {
+    switch (type) {
+    case EventType::kError:
+        return LOG_ERR;
+    case EventType::kWarning:
+        return LOG_WARNING;
+    case EventType::kInformation:
+        return LOG_INFO;
+    }
+    return LOG_INFO;
+}
+
+std::optional<std::string> ReadFile(const std::string& path) {
+    const std::ifstream file(path, std::ios::binary);
+    std::ostringstream content;
+    if (!file || !(content << file.rdbuf()))
+        return std::nullopt;
+    return content.str();
+}
+
+// In one atomic step.
+bool ReplaceFile(const std::string& path, const std::string& content) {
+    const std::string successor = path + ".new";
+    std::ofstream file(successor, std::ios::binary | std::ios::trunc);
+    file << content;
+    file.close();
+    const bool replaced = file && chmod(successor.c_str(), 0644) == 0 &&
+                          std::rename(successor.c_str(), path.c_str()) == 0;
+    if (!replaced)
+        std::remove(successor.c_str());
+    return replaced;
+}
+
+} // namespace
+
+SystemdController::SystemdController(Clock& clock, SignalSource& signals, SystemdPlaces places)
+    : clock_(clock), signals_(signals), places_(std::move(places)),
+      unit_path_(places_.unit_folder + "/" + kUnitName) {}
+
+bool SystemdController::SystemdRuns() const {
+    std::error_code ignored;
+    return std::filesystem::exists(places_.running_mark, ignored);
+}
+
+bool SystemdController::Systemctl(std::vector<std::string> arguments) const {
+    // Without the superuser's rights it must fail, not ask for them.
+    arguments.insert(arguments.begin(), {places_.systemctl, "--no-ask-password"});
+    const auto result = RunCommand(arguments, kUnitChangeLimit);
+    return result && result->succeeded;
+}
+
+bool SystemdController::Install(bool) {
+    std::error_code unknown;
+    const auto executable = std::filesystem::read_symlink("/proc/self/exe", unknown);
+    if (unknown || !SystemdRuns())
+        return false;
+    const auto before = ReadFile(unit_path_);
+    if (!ReplaceFile(unit_path_, SystemdUnitText(executable.string())))
+        return false;
+    if (Systemctl({"daemon-reload"}) && Systemctl({"enable", kUnitName}))
+        return true;
+    if (before)
+        ReplaceFile(unit_path_, *before);
+    else
+        std::remove(unit_path_.c_str());
+    Systemctl({"daemon-reload"});
+    return false;
+}
+
+bool SystemdController::Uninstall() {
+    if (!SystemdRuns() || !ReadFile(unit_path_))
+        return false;
+    return Systemctl({"disable", kUnitName}) && std::remove(unit_path_.c_str()) == 0 &&
+           Systemctl({"daemon-reload"});
+}
+
+void SystemdController::SaveParameter(std::string_view name, std::string_view value) {
+    const auto unit = ReadFile(unit_path_);
+    if (unit && ReplaceFile(unit_path_, WithUnitParameter(*unit, name, value)))
+        Systemctl({"daemon-reload"});
+}
+
+void SystemdController::StartService(int controls_accepted, ServiceEvents events) {
+    events_ = std::move(events);
+    for (const int signal : {SIGTERM, SIGINT})
+        signals_.OnSignal(signal, [this] { Stop(); });
+    if (controls_accepted & kAcceptsPauseAndContinue) {
+        signals_.OnSignal(SIGUSR1, [this] { events_.pause(); });
+        signals_.OnSignal(SIGUSR2, [this] { events_.resume(); });
+    }
+    clock_.CallAfter(Duration::zero(), [this] { events_.start(); });
+}
+
+void SystemdController::Stop() {
+    if (!std::exchange(stopping_, true))
+        events_.stop(MachineIsEnding());
+}
+
+bool SystemdController::MachineIsEnding() const {
+    if (!SystemdRuns())
+        return false;
+    const auto result = RunCommand({places_.systemctl, "is-system-running"}, kStateQueryLimit);
+    return result && result->output == "stopping\n";
+}
+
+void SystemdController::ReportReady() {
+    NotifySystemd("READY=1");
+}
+
+void SystemdController::LogEvent(EventType type, int number, std::string_view text) {
+    openlog("tarnexcomm", LOG_PID, LOG_DAEMON);
+    syslog(Priority(type), "event %d: %.*s", number, static_cast<int>(text.size()), text.data());
+}
+
+} // namespace tarnex

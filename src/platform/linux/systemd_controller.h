@@ -1,0 +1,50 @@
+#pragma once
+
+#include "platform/clock.h"
+#include "platform/service_controller.h"
+#include "platform/signal_source.h"
+
+#include <string>
+#include <vector>
+
+namespace tarnex {
+
+// Where systemd is met; other places are for tests.
+struct SystemdPlaces {
+    std::string unit_folder = "/etc/systemd/system";
+    std::string systemctl = "systemctl";
+    std::string running_mark = "/run/systemd/system"; // there while systemd runs the machine
+};
+
+// systemd as the service manager: SIGTERM and SIGINT stop, SIGUSR1 pauses, SIGUSR2 continues.
+class SystemdController : public ServiceController {
+  public:
+    SystemdController(Clock& clock, SignalSource& signals, SystemdPlaces places = {});
+
+    // Writes and enables a unit for this executable; interactive has no meaning here. Needs the
+    // superuser's rights and a machine run by systemd; after a failure all is as it was before.
+    bool Install(bool interactive) override;
+    // False as well when no unit is installed.
+    bool Uninstall() override;
+    void SaveParameter(std::string_view name, std::string_view value) override;
+    // start is called once from the loop, stop once at most. Before stop, systemd is asked whether
+    // the machine is going down, which takes 500 ms at the worst.
+    void StartService(int controls_accepted, ServiceEvents events) override;
+    void ReportReady() override;
+    void LogEvent(EventType type, int number, std::string_view text) override;
+
+  private:
+    bool SystemdRuns() const;
+    bool MachineIsEnding() const;
+    bool Systemctl(std::vector<std::string> arguments) const;
+    void Stop();
+
+    Clock& clock_;
+    SignalSource& signals_;
+    SystemdPlaces places_;
+    std::string unit_path_;
+    ServiceEvents events_;
+    bool stopping_ = false;
+};
+
+} // namespace tarnex
