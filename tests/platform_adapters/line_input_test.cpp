@@ -1,5 +1,5 @@
 #include "platform/asio/line_input.h"
-#include "platform/linux/descriptor.h"
+#include "platform/linux/unique_fd.h"
 #include "tests/platform_adapters/run_until.h"
 
 #include <cstdio>
@@ -27,9 +27,9 @@ struct LineInputTest : testing::Test {
 TEST_F(LineInputTest, CutsAPipeIntoLinesAndLeavesItsModeAlone) {
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
-    const Descriptor reading(ends[0]);
+    const UniqueFd reading(ends[0]);
     {
-        const Descriptor writing(ends[1]);
+        const UniqueFd writing(ends[1]);
         constexpr std::string_view kBytes = "one\n\ntwo\nthe rest";
         ASSERT_EQ(write(writing.Get(), kBytes.data(), kBytes.size()), ssize_t(kBytes.size()));
     }

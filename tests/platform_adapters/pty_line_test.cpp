@@ -1,7 +1,7 @@
 #include "platform/asio/pty_line.h"
 #include "platform/asio/tty_ports.h"
-#include "platform/linux/descriptor.h"
 #include "platform/linux/stable_link.h"
+#include "platform/linux/unique_fd.h"
 #include "tests/platform_adapters/run_until.h"
 
 #include <filesystem>
@@ -54,20 +54,20 @@ TEST_F(PtyLineTest, CarriesBytesBothWaysAcrossReopeningAndHangsUpWhenClosed) {
 TEST_F(PtyLineTest, DropsTheHoldOfAProgramThatDiedAndNoOther) {
     ASSERT_EQ(line.Open(), "");
     const auto open_device = [&] {
-        return Descriptor(open(line.DeviceName().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));
+        return UniqueFd(open(line.DeviceName().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));
     };
-    const Descriptor watcher = open_device();
+    const UniqueFd watcher = open_device();
     const auto held = [&] {
         int hold = 0;
         ioctl(watcher.Get(), TIOCGEXCL, &hold);
         return hold != 0;
     };
-    Descriptor program = open_device();
+    UniqueFd program = open_device();
     flock(program.Get(), LOCK_EX | LOCK_NB);
     ioctl(program.Get(), TIOCEXCL);
     EXPECT_FALSE(RunUntil(
         loop, [&] { return !held(); }, 1500ms));
-    program = Descriptor();
+    program = UniqueFd();
     EXPECT_TRUE(RunUntil(loop, [&] { return !held(); }));
 }
 

@@ -2,7 +2,7 @@
 
 #include "platform/asio/error_words.h"
 #include "platform/asio/loop_core.h"
-#include "platform/linux/descriptor.h"
+#include "platform/linux/unique_fd.h"
 
 #include <array>
 #include <cerrno>
@@ -35,13 +35,13 @@ class PtyLine::Terminal : public std::enable_shared_from_this<Terminal> {
 
     // "", or what stands in the way.
     std::string Open() {
-        Descriptor own(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+        UniqueFd own(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
         std::array<char, 128> name{};
         if (!own || grantpt(own.Get()) != 0 || unlockpt(own.Get()) != 0 ||
             ptsname_r(own.Get(), name.data(), name.size()) != 0)
             return LastError();
         device_name_ = name.data();
-        programs_end_ = Descriptor(open(name.data(), O_RDWR | O_NOCTTY | O_CLOEXEC));
+        programs_end_ = UniqueFd(open(name.data(), O_RDWR | O_NOCTTY | O_CLOEXEC));
         if (!programs_end_ || !MakeRaw(programs_end_.Get()))
             return LastError();
         own_end_.assign(own.Release());
@@ -52,7 +52,7 @@ class PtyLine::Terminal : public std::enable_shared_from_this<Terminal> {
     void Close() {
         asio::error_code ignored; // nothing is left to be saved
         own_end_.close(ignored);
-        programs_end_ = Descriptor();
+        programs_end_ = UniqueFd();
     }
     const std::string& DeviceName() const { return device_name_; }
 
@@ -97,7 +97,7 @@ class PtyLine::Terminal : public std::enable_shared_from_this<Terminal> {
     }
 
     asio::posix::stream_descriptor own_end_;
-    Descriptor programs_end_;
+    UniqueFd programs_end_;
     std::string device_name_;
     std::shared_ptr<const std::function<void(std::string_view)>> received_;
     std::array<char, 1024> buffer_{};

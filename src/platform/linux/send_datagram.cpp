@@ -1,6 +1,6 @@
 #include "platform/linux/send_datagram.h"
 
-#include "platform/linux/descriptor.h"
+#include "platform/linux/unique_fd.h"
 
 #include <cerrno>
 #include <cstring>
@@ -29,7 +29,7 @@ std::string SendDatagram(const Endpoint& to, std::string_view bytes) {
         return "\"" + to.address + "\" is not an IPv4 address";
 
     // Only a connected socket is told of a refusal.
-    const Descriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    const UniqueFd socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     if (!socket ||
         connect(socket.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
         return LastError();
