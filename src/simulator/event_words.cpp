@@ -37,6 +37,11 @@ constexpr EventWord kActions[] = {
 };
 // clang-format on
 
+std::string NameOf(std::span<const EventWord> words, int number) {
+    const std::string_view meaning = MeaningOf(words, number);
+    return meaning.empty() ? "number " + std::to_string(number) : std::string(meaning);
+}
+
 } // namespace
 
 std::span<const EventWord> EventServices() {
@@ -74,6 +79,18 @@ Text MakeEventRecord(const MonitorEvent& event) {
     record += kMemoDelimiter;
     record += event.memo;
     return record;
+}
+
+Text MakeEventMessage(const MonitorEvent& event) {
+    return u"txSendSMS" + MakeEventRecord(event);
+}
+
+std::string DescribeEvent(const MonitorEvent& event) {
+    return "machine " + std::to_string(event.machine) + ", " +
+           NameOf(EventServices(), event.service) + ": " + NameOf(EventStates(), event.state) +
+           "; action: " + NameOf(EventActions(), event.action) +
+           (event.by_sms ? "; by SMS" : "; not by SMS") +
+           (event.by_mail ? ", by mail" : ", not by mail");
 }
 
 } // namespace tarnex

@@ -38,5 +38,9 @@ struct MonitorEvent {
 
 // Service 3, abnormal, by SMS, on machine 1 "srv" with the memo "98%": 1031010srv{[b^k^]}98%
 Text MakeEventRecord(const MonitorEvent& event);
+// The message of the control link that carries the record.
+Text MakeEventMessage(const MonitorEvent& event);
+// "machine 1, CPU load: abnormal; action: nothing; by SMS, not by mail"
+std::string DescribeEvent(const MonitorEvent& event);
 
 } // namespace tarnex

@@ -11,6 +11,10 @@ constexpr std::size_t kMessagesKept = 1000;
 
 } // namespace
 
+Endpoint ServiceEndpoint(const MonitorOptions& options) {
+    return {options.address, std::uint16_t(kFirstServicePort + options.link - 1)};
+}
+
 Monitor::Monitor(Clock& clock, DatagramSockets& sockets, const CodePage& code_page,
                  MonitorOptions options)
     : clock_(clock), code_page_(code_page), options_(std::move(options)),

@@ -18,6 +18,9 @@ struct MonitorOptions {
     Duration greet_again = 35s;
 };
 
+// Where the service listens for this monitor.
+Endpoint ServiceEndpoint(const MonitorOptions& options);
+
 struct MonitorMessage {
     Duration at; // the clock's time
     Text text;
@@ -39,7 +42,7 @@ class Monitor {
 
     void Greet();
     void SendHeartbeat() { Send(u"txHeartSv"); }
-    void SendEvent(const MonitorEvent& event) { Send(u"txSendSMS" + MakeEventRecord(event)); }
+    void SendEvent(const MonitorEvent& event) { Send(MakeEventMessage(event)); }
     // Any message at all. Nothing is sent while stopped.
     void Send(const Text& message);
 

@@ -3,9 +3,7 @@
 #include "platform/linux/stable_link.h"
 #include "platform/linux/unique_fd.h"
 #include "tests/platform_adapters/run_until.h"
-
-#include <filesystem>
-#include <fstream>
+#include "tests/temp_folder.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -18,10 +16,7 @@ namespace {
 namespace fs = std::filesystem;
 
 struct PtyLineTest : testing::Test {
-    PtyLineTest() { fs::remove_all(folder); }
-    ~PtyLineTest() override { fs::remove_all(folder); }
-
-    const fs::path folder = fs::temp_directory_path() / ("pty_line_" + std::to_string(getpid()));
+    TempFolder folder;
     AsioLoop loop;
     std::string heard;
     PtyLine line{loop, [this](std::string_view bytes) { heard += bytes; }};
@@ -72,15 +67,14 @@ TEST_F(PtyLineTest, DropsTheHoldOfAProgramThatDiedAndNoOther) {
 }
 
 TEST_F(PtyLineTest, TheLinkLeadsToTheLatestTargetAndGoesWithItsOwner) {
-    fs::create_directory(folder);
-    const fs::path path = folder / "unit";
+    const std::string path = folder / "unit";
     {
         StableLink link(path);
         EXPECT_EQ(link.Point("/dev/one"), "");
         EXPECT_EQ(link.Point("/dev/two"), "");
         EXPECT_EQ(fs::read_symlink(path), "/dev/two");
     }
-    EXPECT_TRUE(fs::is_empty(folder));
+    EXPECT_TRUE(fs::is_empty(folder.Path()));
     {
         StableLink link(path);
         link.Point("/dev/one");
@@ -89,7 +83,7 @@ TEST_F(PtyLineTest, TheLinkLeadsToTheLatestTargetAndGoesWithItsOwner) {
         link.Remove(); // it is the successor's by now
         EXPECT_EQ(fs::read_symlink(path), "/dev/two");
     }
-    std::ofstream(path) << "somebody's file";
+    WriteFile(path, "somebody's file");
     EXPECT_NE(StableLink(path).Point("/dev/one"), "");
     EXPECT_TRUE(fs::is_regular_file(path));
 }

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "simulator/simulated_monitor.h"
+
+#include <optional>
+#include <string>
+
+namespace tarnex {
+
+// What the command line of tarnex-monitor asks for.
+struct MonitorArguments {
+    enum class Command { kListen, kNotify, kRaw };
+
+    Command command = Command::kListen;
+    MonitorOptions monitor{.name = u"tarnex-monitor"};
+    std::string encoding = "GBK";
+    std::optional<Duration> listen_time;            // listen
+    std::optional<Text> until;                      // listen
+    MonitorEvent event{.service = -1, .state = -1}; // notify
+    Text raw;                                       // raw
+};
+
+// Reads a command line. What is wrong with it is said on standard error, and help on standard
+// output; the exit status is returned then, and nothing when there is a command to carry out.
+std::optional<int> ReadMonitorArguments(int argc, char** argv, MonitorArguments& arguments);
+
+} // namespace tarnex
