@@ -10,7 +10,7 @@ using CalendarInstant = std::chrono::sys_time<Duration>;
 
 CalendarInstant ToInstant(const CalendarTime& time) {
     using namespace std::chrono;
-    const auto day = sys_days(year(time.year) / month(unsigned(time.month)) / unsigned(time.day));
+    const auto day = sys_days(year(time.year) / time.month / time.day);
     return day + hours(time.hour) + minutes(time.minute) + seconds(time.second);
 }
 

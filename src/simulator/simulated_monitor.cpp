@@ -8,6 +8,7 @@ namespace {
 
 constexpr std::uint16_t kFirstServicePort = 7840;
 constexpr std::size_t kMessagesKept = 1000;
+constexpr TextView kStates = u"tx-States";
 
 } // namespace
 
@@ -24,7 +25,7 @@ Monitor::Monitor(Clock& clock, DatagramSockets& sockets, const CodePage& code_pa
       greet_timer_(clock, "greet", options_.greet_again, [this] { Greet(); }) {}
 
 std::string Monitor::Start() {
-    if (const std::string obstacle = socket_->Bind(0); !obstacle.empty())
+    if (std::string obstacle = socket_->Bind(0); !obstacle.empty())
         return obstacle;
     heartbeat_timer_.Enable();
     greet_timer_.Enable();
@@ -60,7 +61,6 @@ void Monitor::Hear(const Text& message) {
 
 // The state message of the service shows this link as one that nobody has greeted.
 bool Monitor::ForgottenBy(TextView message) const {
-    constexpr TextView kStates = u"tx-States";
     const std::size_t own = kStates.size() + 2 + std::size_t(options_.link - 1);
     return StartsWith(message, kStates) && own < message.size() && message[own] == u'0';
 }

@@ -122,7 +122,7 @@ std::string Program::Plug() {
         return "no pseudo terminal: " + obstacle;
     std::string place = pty_.DeviceName();
     if (link_) {
-        if (const std::string obstacle = link_->Point(place); !obstacle.empty()) {
+        if (std::string obstacle = link_->Point(place); !obstacle.empty()) {
             pty_.Close();
             return obstacle;
         }
@@ -202,12 +202,12 @@ std::string ReadScript(const char* path, std::vector<ScriptStep>& script) {
 
 // The exit status, or nothing when the unit is to run.
 std::optional<int> ReadArguments(int argc, char** argv, Options& options) {
-    const option kOptions[] = {
+    const option known[] = {
         {"link", required_argument, nullptr, 'l'}, {"script", required_argument, nullptr, 's'},
         {"boot", required_argument, nullptr, 'b'}, {"sms-seconds", required_argument, nullptr, 'm'},
         {"quiet", no_argument, nullptr, 'q'},      {"help", no_argument, nullptr, 'h'},
         {"version", no_argument, nullptr, 'v'},    {}};
-    for (int letter; (letter = getopt_long(argc, argv, "", kOptions, nullptr)) != -1;) {
+    for (int letter; (letter = getopt_long(argc, argv, "", known, nullptr)) != -1;) {
         switch (letter) {
         case 'l':
             options.link = optarg;

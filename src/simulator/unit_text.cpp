@@ -6,8 +6,13 @@
 
 namespace tarnex {
 
+namespace {
+
+constexpr char kDigits[] = "0123456789ABCDEF";
+
+} // namespace
+
 std::string ToHexText(TextView text) {
-    constexpr char kDigits[] = "0123456789ABCDEF";
     std::string hex;
     hex.reserve(text.size() * 4);
     for (const char16_t c : text)

@@ -30,8 +30,8 @@ TEST_F(LineInputTest, CutsAPipeIntoLinesAndLeavesItsModeAlone) {
     const UniqueFd reading(ends[0]);
     {
         const UniqueFd writing(ends[1]);
-        constexpr std::string_view kBytes = "one\n\ntwo\nthe rest";
-        ASSERT_EQ(write(writing.Get(), kBytes.data(), kBytes.size()), ssize_t(kBytes.size()));
+        constexpr std::string_view bytes = "one\n\ntwo\nthe rest";
+        ASSERT_EQ(write(writing.Get(), bytes.data(), bytes.size()), ssize_t(bytes.size()));
     }
     ReadAll(reading.Get());
     EXPECT_EQ(lines, (std::vector<std::string>{"one", "", "two", "the rest"}));
