@@ -97,13 +97,20 @@ TEST_F(MailDialogue, EachPacketIsOneReplyAndItsCodeIsNotComparedWithTheStep) {
     EXPECT_EQ(Arrived().back(), "y");
 }
 
-TEST_F(MailDialogue, AServerThatAcceptsWithoutEndIsLeftAtTheLastStep) {
-    sink.Faults[MailStep::kGreeting] = MailFault::TalkEndlessly("250 x\r\n");
-    mail.dSetEmailFifo(u"x");
-    clock.RunFor(9s);
-    EXPECT_EQ(statuses.back(), u"待命之中...");
-    EXPECT_EQ(network.Open, 0);
-    EXPECT_EQ(mail.Status().step, 6);
+TEST_F(MailDialogue, AServerThatGoesOnAcceptingIsLeftAtTheLastStep) {
+    const std::pair<MailStep, MailFault> rows[] = {
+        {MailStep::kGreeting, MailFault::TalkEndlessly("250 x\r\n")},
+        {MailStep::kQuit, MailFault::Refuse("250 and what else?")},
+    };
+    for (const auto& row : rows) {
+        sink.Faults = {row};
+        mail.dSetEmailFifo(u"x");
+        clock.RunFor(9s);
+        EXPECT_EQ(statuses.back(), u"待命之中...");
+        EXPECT_EQ(network.Open, 0);
+        EXPECT_EQ(mail.Status().step, 6);
+        statuses.clear();
+    }
 }
 
 TEST_F(MailDialogue, ButtonsOfTheWindow) {
