@@ -147,15 +147,15 @@ std::optional<std::uint16_t> ParsePort(std::string_view text) {
 
 // The exit status, or nothing when the server is to run.
 std::optional<int> ReadArguments(int argc, char** argv, Options& options) {
-    const option kOptions[] = {{"port", required_argument, nullptr, 'p'},
-                               {"user", required_argument, nullptr, 'u'},
-                               {"password", required_argument, nullptr, 'w'},
-                               {"encoding", required_argument, nullptr, 'e'},
-                               {"refuse", required_argument, nullptr, 'r'},
-                               {"help", no_argument, nullptr, 'h'},
-                               {"version", no_argument, nullptr, 'v'},
-                               {}};
-    for (int letter; (letter = getopt_long(argc, argv, "", kOptions, nullptr)) != -1;) {
+    const option known[] = {{"port", required_argument, nullptr, 'p'},
+                            {"user", required_argument, nullptr, 'u'},
+                            {"password", required_argument, nullptr, 'w'},
+                            {"encoding", required_argument, nullptr, 'e'},
+                            {"refuse", required_argument, nullptr, 'r'},
+                            {"help", no_argument, nullptr, 'h'},
+                            {"version", no_argument, nullptr, 'v'},
+                            {}};
+    for (int letter; (letter = getopt_long(argc, argv, "", known, nullptr)) != -1;) {
         switch (letter) {
         case 'p': {
             const auto port = ParsePort(optarg);
