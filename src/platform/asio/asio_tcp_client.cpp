@@ -40,7 +40,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
     }
 
     void Send(std::string_view bytes) {
-        if (state_ != State::kConnected)
+        if (!connected_)
             return;
         output_.emplace_back(bytes);
         if (output_.size() == 1)
@@ -48,24 +48,18 @@ class Connection : public std::enable_shared_from_this<Connection> {
     }
 
     void Close() {
-        state_ = State::kClosed;
+        connected_ = false;
         lookup_.reset();
         asio::error_code ignored; // there is nothing left to do about it
         socket_.close(ignored);
     }
 
   private:
-    enum class State {
-        kConnecting, // looking up the name or connecting
-        kConnected,  // until Close() or the end
-        kClosed,     // calls nobody back any more
-    };
-
-    // A completion handler that does nothing once the connection is gone or closed.
+    // A completion handler that does nothing once the connection is gone.
     template <class... Arguments>
     auto Guarded(void (Connection::*handler)(asio::error_code, Arguments...)) {
         return [handler, weak = weak_from_this()](asio::error_code error, auto... rest) {
-            if (const auto self = weak.lock(); self && self->state_ != State::kClosed)
+            if (const auto self = weak.lock())
                 (self.get()->*handler)(error, rest...);
         };
     }
@@ -88,7 +82,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
         }
         asio::error_code ignored; // a delay harms nobody
         socket_.set_option(tcp::no_delay(true), ignored);
-        state_ = State::kConnected;
+        connected_ = true;
         ReadNext();
         events_->connected();
     }
@@ -101,7 +95,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
             return;
         }
         events_->received({input_.data(), size});
-        if (state_ != State::kClosed)
+        if (connected_) // the user did not close it
             ReadNext();
     }
 
@@ -125,7 +119,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
     AsioLoop& loop_;
     tcp::socket socket_;
     std::shared_ptr<const TcpEvents> events_;
-    State state_ = State::kConnecting;
+    bool connected_ = false;
     std::unique_ptr<NameLookup> lookup_;
     std::array<char, kLongestRead> input_;
     std::deque<std::string> output_; // the first one is being written
