@@ -1,6 +1,9 @@
 #include "platform/asio/asio_datagram.h"
 #include "tests/platform_adapters/run_until.h"
 
+#include <fstream>
+#include <iomanip>
+#include <sstream>
 #include <vector>
 
 #include <arpa/inet.h>
@@ -55,6 +58,19 @@ std::uint16_t FreePort() {
     return PeerSocket().Port();
 }
 
+// Bytes that wait in the kernel on a bound UDP port, as it counts them.
+unsigned long WaitingInKernel(std::uint16_t port) {
+    std::ifstream table("/proc/net/udp");
+    std::ostringstream local;
+    local << "0100007F:" << std::uppercase << std::hex << std::setw(4) << std::setfill('0') << port;
+    for (std::string line; std::getline(table, line);)
+        if (line.find(local.str()) != std::string::npos) {
+            const std::size_t state = line.find(" 07 "); // then "<sending>:<waiting>", in hex
+            return std::stoul(line.substr(line.find(':', state) + 1), nullptr, 16);
+        }
+    return 0;
+}
+
 struct AsioDatagram : testing::Test {
     AsioLoop loop;
     AsioDatagramSockets sockets{loop, "127.0.0.1"};
@@ -84,12 +100,19 @@ TEST_F(AsioDatagram, ABurstIsTakenWholeAndHandledOneATurn) {
 }
 
 TEST_F(AsioDatagram, WhatIsBeyondTheQueueWaitsInTheKernel) {
+    unsigned long waiting = 0;
+    socket = sockets.Create([&](const Datagram& datagram) {
+        if (received.empty())
+            waiting = WaitingInKernel(port);
+        received.push_back(datagram);
+    });
     ASSERT_EQ(socket->Bind(port), "");
     const std::string large(60'000, 'x');
     constexpr std::size_t kBurst = 40;
     for (std::size_t i = 0; i < kBurst; ++i)
         ASSERT_TRUE(peer.SendTo(port, large + std::to_string(i)));
     ASSERT_TRUE(RunUntil(loop, [&] { return received.size() == kBurst; }));
+    EXPECT_GT(waiting, 10 * large.size());
     for (std::size_t i = 0; i < kBurst; ++i)
         ASSERT_EQ(received[i].bytes.substr(large.size()), std::to_string(i));
 }

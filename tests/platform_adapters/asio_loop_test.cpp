@@ -83,5 +83,15 @@ TEST(AsioLoop, EverySignalHandlerRunsInTheLoop) {
     EXPECT_TRUE(RunUntil(loop, [&] { return paused == 2 && resumed == 1; }));
 }
 
+TEST(AsioLoop, AnEarlierCallCutsASleepShort) {
+    AsioLoop loop;
+    loop.CallAfter(24h, [] { FAIL(); });
+    const CallId cancelled = loop.CallAfter(0ms, [] { FAIL(); });
+    loop.Cancel(cancelled);
+    loop.OnSignal(SIGUSR1, [&] { loop.CallAfter(5ms, [&] { loop.Stop(); }); });
+    raise(SIGUSR1);
+    loop.Run();
+}
+
 } // namespace
 } // namespace tarnex

@@ -171,6 +171,30 @@ TEST_F(AsioTcp, AClosedConnectionNeverCallsBack) {
     EXPECT_TRUE(ends.empty());
 }
 
+TEST_F(AsioTcp, BytesThatWereReadAreNotToldAfterClose) {
+    Server servers[2];
+    std::unique_ptr<TcpClient> pair[2];
+    int ready = 0;
+    int told = 0;
+    for (int i = 0; i < 2; ++i) {
+        pair[i] = clients.Create({.connected = [&] { ++ready; },
+                                  .received =
+                                      [&, i](std::string_view) {
+                                          if (++told == 3) // each has its second piece by now
+                                              pair[1 - i]->Close();
+                                      },
+                                  .ended = [](const std::string&) {}});
+        pair[i]->Connect("127.0.0.1", servers[i].Port());
+    }
+    ASSERT_TRUE(RunUntil(loop, [&] { return ready == 2; }));
+    for (Server& each : servers) {
+        ASSERT_TRUE(each.Accept());
+        ASSERT_TRUE(each.Send(std::string(2 * 4096, 'x')));
+    }
+    RunForAWhile();
+    EXPECT_EQ(told, 3);
+}
+
 TEST_F(AsioTcp, AHandlerMayDestroyItsClient) {
     const auto destroy = [this] { client.reset(); };
     const TcpEvents events{.connected = [] {},

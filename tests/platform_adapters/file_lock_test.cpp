@@ -31,23 +31,19 @@ class Copy {
         close(ends[0]);
         close(ends[1]);
     }
-    ~Copy() { Kill(); }
+    ~Copy() { End(SIGKILL); }
 
     bool Succeeded() const { return succeeded_; }
     pid_t Process() const { return process_; }
-    void Kill() {
-        if (process_ > 0)
-            kill(process_, SIGKILL);
-        EndingSignal();
-    }
-    // Waits for the end; 0 when it was waited for before.
-    int EndingSignal() {
+    // Ends it; gives the signal that it died of, which is another when it was killed before.
+    int End(int signal) {
         int status = 0;
-        if (process_ > 0)
+        if (process_ > 0) {
+            kill(process_, signal);
             waitpid(std::exchange(process_, 0), &status, 0);
-        return WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+        }
+        return WTERMSIG(status);
     }
-    bool Alive() const { return waitpid(process_, nullptr, WNOHANG) == 0; }
 
   private:
     pid_t process_ = 0;
@@ -66,8 +62,7 @@ TEST_F(InstanceLockFile, OneProcessHoldsItUntilItDies) {
     EXPECT_FALSE(lock.Acquire());
     EXPECT_EQ(folder.Read("lock"), std::to_string(first.Process()) + "\n");
     lock.KillLeftOver(); // not by one who does not hold the lock
-    EXPECT_TRUE(first.Alive());
-    first.Kill();
+    EXPECT_EQ(first.End(SIGTERM), SIGTERM);
     EXPECT_TRUE(lock.Acquire());
     EXPECT_EQ(folder.Read("lock"), own_record);
     struct stat file {};
@@ -113,11 +108,12 @@ TEST_F(InstanceLockFile, OnlyARecordedCopyOfThisProgramIsKilled) {
         folder.Write("lock", record);
         lock.KillLeftOver();
     }
-    EXPECT_EQ(left_over.EndingSignal(), SIGKILL);
-    EXPECT_TRUE(bystander.Alive());
-    EXPECT_EQ(waitpid(sleeper, nullptr, WNOHANG), 0);
-    kill(sleeper, SIGKILL);
-    waitpid(sleeper, nullptr, 0);
+    EXPECT_EQ(left_over.End(SIGTERM), SIGKILL);
+    EXPECT_EQ(bystander.End(SIGTERM), SIGTERM);
+    kill(sleeper, SIGTERM);
+    int status = 0;
+    waitpid(sleeper, &status, 0);
+    EXPECT_EQ(WTERMSIG(status), SIGTERM);
     lock.KillLeftOver(); // dead by now
 }
 
