@@ -7,9 +7,8 @@
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
+#include <memory>
 #include <optional>
-#include <sstream>
 #include <utility>
 
 #include <sys/stat.h>
@@ -36,21 +35,30 @@ int Priority(EventType type) {
     return LOG_INFO;
 }
 
+struct CloseFile {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, CloseFile>;
+
 std::optional<std::string> ReadFile(const std::string& path) {
-    const std::ifstream file(path, std::ios::binary);
-    std::ostringstream content;
-    if (!file || !(content << file.rdbuf()))
+    const File file(std::fopen(path.c_str(), "rbe"));
+    if (!file)
         return std::nullopt;
-    return content.str();
+    std::string content;
+    char block[4096];
+    while (const std::size_t got = std::fread(block, 1, sizeof block, file.get()))
+        content.append(block, got);
+    return std::ferror(file.get()) ? std::nullopt : std::optional(content);
 }
 
 // In one atomic step.
 bool ReplaceFile(const std::string& path, const std::string& content) {
     const std::string successor = path + ".new";
-    std::ofstream file(successor, std::ios::binary | std::ios::trunc);
-    file << content;
-    file.close();
-    const bool replaced = file && chmod(successor.c_str(), 0644) == 0 &&
+    File file(std::fopen(successor.c_str(), "wbe"));
+    const bool written =
+        file && std::fwrite(content.data(), 1, content.size(), file.get()) == content.size();
+    const bool closed = file && std::fclose(file.release()) == 0;
+    const bool replaced = written && closed && chmod(successor.c_str(), 0644) == 0 &&
                           std::rename(successor.c_str(), path.c_str()) == 0;
     if (!replaced)
         std::remove(successor.c_str());
