@@ -12,10 +12,6 @@ constexpr Duration kFirstCheck = 10s;
 constexpr int kSignalFailLimit = 6;
 constexpr std::int16_t kUnitGone = -2;
 
-constexpr std::size_t kVersionStep = 9; // index into UnitInitFlags
-constexpr std::size_t kSerialStep = 10;
-constexpr TextView kSettingsWritten = u"11111111100";
-constexpr TextView kVersionRead = u"11111111110";
 constexpr TextView kAllStepsDone = u"11111111111";
 
 // The words that have a code of their own; others are passed on as they are.
@@ -56,6 +52,21 @@ constexpr UnitSetting kUnitSettings[] = {
     {u"Check", u"Check1(44)", u"PowrAlarmEnable", [](Unit& u, const Text& v) { return u.TXPWR(OnOff(v)); }},
     {u"Text",  u"Text1(32)",  u"TarnexName",      [](Unit& u, const Text& v) { return u.WRName(v); }},
     {u"Check", u"Check1(57)", u"NameEnable",      [](Unit& u, const Text& v) { return u.NameMode(OnOff(v)); }},
+};
+// clang-format on
+
+// What is read from the unit once its settings are written.
+struct IdentityStep {
+    TextView due_at;  // the state of UnitInitFlags in which it is read
+    std::size_t flag; // index into UnitInitFlags
+    Task<Text> (*read)(CommandSet& unit);
+    Text UnitState::*value;
+    TextView code; // under which the monitoring programs are told
+};
+// clang-format off
+constexpr IdentityStep kIdentitySteps[] = {
+    {u"11111111100",  9, [](Unit& u) { return u.ChkVer(); },   &UnitState::UnitVersion, u"txVersion"},
+    {u"11111111110", 10, [](Unit& u) { return u.RDSerial(); }, &UnitState::UnitSerial,  u"tx-Serial"},
 };
 // clang-format on
 
@@ -191,26 +202,17 @@ Task<SupervisionCycle::Outcome> SupervisionCycle::WriteSettings() {
 
 Task<SupervisionCycle::Outcome> SupervisionCycle::ReadIdentity() {
     const unsigned losses = parts_.unit.Losses;
-    UnitState& unit = parts_.unit;
-    if (unit.UnitInitFlags == kSettingsWritten) {
-        const Text version = co_await parts_.core.commands.ChkVer();
-        if (losses != unit.Losses)
+    for (const IdentityStep& step : kIdentitySteps) {
+        if (parts_.unit.UnitInitFlags != step.due_at)
+            continue;
+        const Text reply = co_await step.read(parts_.core.commands);
+        if (losses != parts_.unit.Losses)
             co_return Outcome::kLost;
-        if (version != kFailed) {
-            unit.UnitVersion = version;
-            parts_.link.SendToMonitors(u"txVersion" + version);
-            unit.UnitInitFlags[kVersionStep] = u'1';
-        }
-    }
-    if (unit.UnitInitFlags == kVersionRead) {
-        const Text serial = co_await parts_.core.commands.RDSerial();
-        if (losses != unit.Losses)
-            co_return Outcome::kLost;
-        if (serial != kFailed) {
-            unit.UnitSerial = serial;
-            parts_.link.SendToMonitors(u"tx-Serial" + serial);
-            unit.UnitInitFlags[kSerialStep] = u'1';
-        }
+        if (reply == kFailed)
+            continue;
+        parts_.unit.*step.value = reply;
+        parts_.link.SendToMonitors(Text(step.code) + reply);
+        parts_.unit.UnitInitFlags[step.flag] = u'1';
     }
     co_return Outcome::kGoOn;
 }
