@@ -30,7 +30,8 @@ class SerialPort {
   public:
     virtual ~SerialPort() = default;
 
-    // Queues bytes for the line; returns at once. kOk, or kLost.
+    // Queues bytes for the line; returns at once. kOk, or kLost: also when the line takes nothing
+    // any more and 1 MiB waits already.
     virtual PortStatus Write(std::string_view bytes) = 0;
     // Bytes written that have not left the machine yet.
     virtual std::size_t OutBufferCount() const = 0;

@@ -136,6 +136,12 @@ TEST_F(TtyPort, AtMost1024BytesAreTakenAheadAndNoneIsLost) {
     EXPECT_EQ(received, sent);
 }
 
+TEST_F(TtyPort, ALineThatTakesNothingIsLostBeforeItFillsTheMemory) {
+    ASSERT_EQ(Open(), PortStatus::kOk);
+    EXPECT_EQ(port->Write(std::string(1 << 20, 'x')), PortStatus::kOk);
+    EXPECT_EQ(port->Write(std::string(1 << 20, 'x')), PortStatus::kLost);
+}
+
 TEST_F(TtyPort, WhatTheDriverDoesNotTakeIsSentLater) {
     ASSERT_EQ(Open(), PortStatus::kOk);
     std::string sent;

@@ -14,6 +14,8 @@ namespace tarnex {
 namespace {
 
 constexpr std::size_t kInBufferSize = 1024; // bytes
+// A line that takes nothing for so many bytes is as good as lost.
+constexpr std::size_t kOutputLimit = 1 << 20;
 
 using asio::posix::stream_descriptor;
 
@@ -33,6 +35,8 @@ class TtyPort : public SerialPort {
     PortStatus Write(std::string_view bytes) override {
         output_ += bytes;
         SendOutput();
+        if (output_.size() > kOutputLimit)
+            Lose();
         return IsOpen() ? PortStatus::kOk : PortStatus::kLost;
     }
     std::size_t OutBufferCount() const override {
