@@ -34,8 +34,8 @@ void Label::SetCaption(Text caption) {
     Changed();
 }
 
-Button::Button(Form& form, std::string name, Text caption)
-    : Control(form, std::move(name)), caption_(std::move(caption)) {}
+Button::Button(Form& form, std::string name, Text caption, Text group)
+    : Control(form, std::move(name)), caption_(std::move(caption)), group_(std::move(group)) {}
 
 void Button::SetCaption(Text caption) {
     caption_ = std::move(caption);
@@ -50,6 +50,11 @@ void Button::Click() {
 void TextBox::SetValue(Text value) {
     value_ = std::move(value);
     Changed();
+}
+
+void TextBox::Leave() {
+    if (on_leave_)
+        on_leave_();
 }
 
 void CountUp(TextBox& box) {
@@ -89,6 +94,12 @@ void Form::SetCaption(Text caption) {
 
 void Form::SetVisible(bool visible) {
     visible_ = visible;
+    if (observer_)
+        observer_->FormChanged();
+}
+
+void Form::SetWidth(int twips) {
+    width_ = twips;
     if (observer_)
         observer_->FormChanged();
 }

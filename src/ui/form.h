@@ -61,9 +61,11 @@ class Label : public Control {
 
 class Button : public Control {
   public:
-    Button(Form& form, std::string name, Text caption);
+    Button(Form& form, std::string name, Text caption, Text group = {});
     const Text& Caption() const { return caption_; }
     void SetCaption(Text caption);
+    // The heading under which a view lays the button out with its like; "" for none.
+    const Text& Group() const { return group_; }
     // What a click does; the form's owner sets it.
     void OnClick(std::function<void()> handler) { on_click_ = std::move(handler); }
     // A press by the operator; ignored while the button is disabled.
@@ -71,6 +73,7 @@ class Button : public Control {
 
   private:
     Text caption_;
+    Text group_;
     std::function<void()> on_click_;
 };
 
@@ -79,9 +82,14 @@ class TextBox : public Control {
     using Control::Control;
     const Text& Value() const { return value_; }
     void SetValue(Text value);
+    // What happens when the operator leaves the box; the form's owner sets it.
+    void OnLeave(std::function<void()> handler) { on_leave_ = std::move(handler); }
+    // The box lost the input focus.
+    void Leave();
 
   private:
     Text value_;
+    std::function<void()> on_leave_;
 };
 
 // Adds one to the number with which the box's text begins.
@@ -130,6 +138,9 @@ class Form {
     void SetCaption(Text caption);
     bool Visible() const { return visible_; }
     void SetVisible(bool visible);
+    // In twips, 15 to a pixel; 0: as the layout has it.
+    int Width() const { return width_; }
+    void SetWidth(int twips);
     const std::vector<Control*>& Controls() const { return controls_; }
     // At most one observer; nullptr for none. It must outlive the form or be taken away.
     void Observe(FormObserver* observer) { observer_ = observer; }
@@ -142,6 +153,7 @@ class Form {
     std::string name_;
     Text caption_;
     bool visible_ = false;
+    int width_ = 0;
     std::vector<Control*> controls_;
     FormObserver* observer_ = nullptr;
     std::function<void()> on_close_;
