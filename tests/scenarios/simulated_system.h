@@ -1,17 +1,9 @@
 #pragma once
 
-#include "platform/linux/iconv_code_page.h"
-#include "service/tarnex_comm.h"
-#include "simulator/simulated_clock.h"
-#include "simulator/simulated_mail_server.h"
 #include "simulator/simulated_monitor.h"
-#include "simulator/simulated_network.h"
-#include "simulator/simulated_serial.h"
-#include "simulator/simulated_stores.h"
-#include "simulator/simulated_unit.h"
+#include "simulator/system/system_in_memory.h"
 
 #include <map>
-#include <optional>
 
 namespace tarnex {
 
@@ -56,47 +48,13 @@ class SettingsText {
     std::map<std::string, std::map<std::string, std::string>> sections_;
 };
 
-// The whole system in memory: the real service, a unit on COM3, a monitoring program on link 1 and
-// a mail network.
-struct SimulatedSystem {
-    SimulatedSystem() {
-        store.SetContent(settings.Content());
-        ports.Plug(3, unit);
-    }
-    void StartService(const std::string& command_line = "") {
-        service.emplace(
-            TarnexComm::World{.clock = clock,
-                              .serial_ports = ports,
-                              .sockets = network,
-                              .tcp = tcp,
-                              .log_table = *log_table,
-                              .settings_store = store,
-                              .code_page = gbk,
-                              .controller = controller,
-                              .instance_lock = lock,
-                              .view = nullptr,
-                              .notice = [this](const std::string& line) { said.push_back(line); },
-                              .echo = nullptr,
-                              .end_process = [this] { ended_at = clock.Now(); }});
-        service->Form_Load(command_line);
-    }
+// The system with the settings of a test and a monitoring program on link 1.
+struct SimulatedSystem : SystemInMemory {
+    SimulatedSystem() : SystemInMemory(SettingsText().Content()) {}
 
-    SimulatedClock clock;
-    SimulatedSerialPorts ports{clock};
-    SimulatedUnit unit{clock};
-    SimulatedNetwork network{clock};
-    SimulatedTcpNetwork tcp{clock};
-    SimulatedLogTable log;
-    LogTable* log_table = &log; // or another one, before the service starts
-    SimulatedSettingsStore store;
-    IconvCodePage gbk{"GBK"};
-    SimulatedServiceController controller;
-    SimulatedInstanceLock lock;
-    SettingsText settings;
-    std::vector<std::string> said;    // to the operator
-    std::optional<Duration> ended_at; // when the process ended
+    SettingsText settings; // what the store holds; changes go there with SetContent
+    const IconvCodePage& gbk = code_page;
     Monitor monitor{clock, network, gbk, {.name = u"WebMon"}};
-    std::optional<TarnexComm> service;
 };
 
 } // namespace tarnex

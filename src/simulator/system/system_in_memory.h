@@ -1,0 +1,60 @@
+#pragma once
+
+#include "platform/linux/iconv_code_page.h"
+#include "service/tarnex_comm.h"
+#include "simulator/simulated_clock.h"
+#include "simulator/simulated_mail_server.h"
+#include "simulator/simulated_network.h"
+#include "simulator/simulated_serial.h"
+#include "simulator/simulated_stores.h"
+#include "simulator/simulated_unit.h"
+
+#include <optional>
+
+namespace tarnex {
+
+// The whole system in memory: the real service, a unit on COM3 and a mail network. Nothing happens
+// before StartService(), nor without the clock.
+struct SystemInMemory {
+    // settings: the content of the settings file, in that code page.
+    explicit SystemInMemory(std::string settings, const std::string& encoding = "GBK",
+                            const CalendarTime& start = SimulatedClock().Calendar())
+        : clock(start), code_page(encoding) {
+        store.SetContent(std::move(settings));
+        ports.Plug(3, unit);
+    }
+    void StartService(const std::string& command_line = "") {
+        service.emplace(
+            TarnexComm::World{.clock = clock,
+                              .serial_ports = ports,
+                              .sockets = network,
+                              .tcp = tcp,
+                              .log_table = *log_table,
+                              .settings_store = store,
+                              .code_page = code_page,
+                              .controller = controller,
+                              .instance_lock = lock,
+                              .view = nullptr,
+                              .notice = [this](const std::string& line) { said.push_back(line); },
+                              .echo = nullptr,
+                              .end_process = [this] { ended_at = clock.Now(); }});
+        service->Form_Load(command_line);
+    }
+
+    SimulatedClock clock;
+    SimulatedSerialPorts ports{clock};
+    SimulatedUnit unit{clock};
+    SimulatedNetwork network{clock};
+    SimulatedTcpNetwork tcp{clock};
+    SimulatedLogTable log;
+    LogTable* log_table = &log; // or another one, before the service starts
+    SimulatedSettingsStore store;
+    IconvCodePage code_page;
+    SimulatedServiceController controller;
+    SimulatedInstanceLock lock;
+    std::vector<std::string> said;    // to the operator
+    std::optional<Duration> ended_at; // when the process ended
+    std::optional<TarnexComm> service;
+};
+
+} // namespace tarnex
