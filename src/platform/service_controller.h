@@ -26,7 +26,8 @@ class ServiceController {
     virtual bool Uninstall() = 0;
     // Keeps a parameter of the installed service under the key "Parameters".
     virtual void SaveParameter(std::string_view name, std::string_view value) = 0;
-    // Connects the process to the service manager; from now on the events are called.
+    // Connects the process to the service manager; from now on the events are called, and a
+    // manager that watches over the service is told that the loop still runs its handlers.
     // controls_accepted 2: pause and continue.
     virtual void StartService(int controls_accepted, ServiceEvents events) = 0;
     // The service works (its sockets are bound).

@@ -1,11 +1,13 @@
 #include "platform/linux/systemd_controller.h"
 #include "platform/linux/systemd_unit.h"
 #include "platform/linux/unique_fd.h"
+#include "simulator/simulated_clock.h"
 #include "tests/platform_adapters/run_until.h"
 #include "tests/platform_adapters/temporary_folder.h"
 
 #include <algorithm>
 #include <csignal>
+#include <thread>
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -186,6 +188,61 @@ TEST_F(Systemd, ReadinessGoesToTheSocketOfTheServiceManager) {
     setenv("NOTIFY_SOCKET", std::string(200, 'x').c_str(), 1);
     controller.ReportReady();
     unsetenv("NOTIFY_SOCKET");
+}
+
+struct Watchdog : Systemd {
+    const NotifySocket manager{folder.Path("notify")};
+    SimulatedClock clock;
+
+    ~Watchdog() override {
+        unsetenv("WATCHDOG_USEC");
+        unsetenv("WATCHDOG_PID");
+    }
+    static void Watch(const std::string& microseconds, pid_t process) {
+        setenv("WATCHDOG_USEC", microseconds.c_str(), 1);
+        setenv("WATCHDOG_PID", std::to_string(process).c_str(), 1);
+    }
+};
+
+TEST_F(Watchdog, IsFedTwiceInItsTime) {
+    Watch("60000000", getpid());
+    SystemdController watched(clock, loop, places);
+    watched.StartService(0, {.start = [] {}, .stop = {}, .pause = {}, .resume = {}});
+    for (int i = 0; i < 3; ++i) {
+        clock.RunFor(29999ms);
+        EXPECT_EQ(manager.Receive(), "");
+        clock.RunFor(1ms);
+        EXPECT_EQ(manager.Receive(), "WATCHDOG=1");
+    }
+}
+
+TEST_F(Watchdog, WithoutOneNobodyIsTold) {
+    struct Row {
+        const char* microseconds;
+        pid_t process;
+    };
+    for (const Row& row : {Row{"60000000", getppid()}, Row{"soon", getpid()}, Row{"-5", getpid()},
+                           Row{"0", getpid()}}) {
+        Watch(row.microseconds, row.process);
+        SystemdController unwatched(clock, loop, places);
+        unwatched.StartService(0, {.start = [] {}, .stop = {}, .pause = {}, .resume = {}});
+        clock.RunFor(1h);
+        EXPECT_EQ(manager.Receive(), "") << row.microseconds;
+    }
+}
+
+TEST_F(Watchdog, AHangingHandlerStarvesIt) {
+    Watch("2000", getpid());
+    SystemdController watched(loop, loop, places);
+    watched.StartService(0, {.start = [] {}, .stop = {}, .pause = {}, .resume = {}});
+    ASSERT_TRUE(RunUntil(loop, [&] { return manager.Receive() == "WATCHDOG=1"; }));
+    loop.CallAfter(0ms, [&] {
+        while (!manager.Receive().empty())
+            continue;
+        std::this_thread::sleep_for(30ms);
+        EXPECT_EQ(manager.Receive(), "");
+    });
+    ASSERT_TRUE(RunUntil(loop, [&] { return manager.Receive() == "WATCHDOG=1"; }));
 }
 
 } // namespace

@@ -69,7 +69,8 @@ bool ReplaceFile(const std::string& path, const std::string& content) {
 
 SystemdController::SystemdController(Clock& clock, SignalSource& signals, SystemdPlaces places)
     : clock_(clock), signals_(signals), places_(std::move(places)),
-      unit_path_(places_.unit_folder + "/" + kUnitName) {}
+      unit_path_(places_.unit_folder + "/" + kUnitName),
+      watchdog_(clock, "Watchdog", Duration::zero(), [] { NotifySystemd("WATCHDOG=1"); }) {}
 
 bool SystemdController::SystemdRuns() const {
     std::error_code ignored;
@@ -122,6 +123,8 @@ void SystemdController::StartService(int controls_accepted, ServiceEvents events
         signals_.OnSignal(SIGUSR1, [this] { events_.pause(); });
         signals_.OnSignal(SIGUSR2, [this] { events_.resume(); });
     }
+    watchdog_.SetInterval(WatchdogPatience() / 2);
+    watchdog_.Enable();
     clock_.CallAfter(Duration::zero(), [this] { events_.start(); });
 }
 

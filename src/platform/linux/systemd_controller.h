@@ -3,6 +3,7 @@
 #include "platform/clock.h"
 #include "platform/service_controller.h"
 #include "platform/signal_source.h"
+#include "platform/timer.h"
 
 #include <string>
 #include <vector>
@@ -28,7 +29,9 @@ class SystemdController : public ServiceController {
     bool Uninstall() override;
     void SaveParameter(std::string_view name, std::string_view value) override;
     // start is called once from the loop, stop once at most. Before stop, systemd is asked whether
-    // the machine is going down, which takes 500 ms at the worst.
+    // the machine is going down, which takes 500 ms at the worst. The watchdog, if there is one, is
+    // fed twice in its time by a call of the loop and by nothing else: a handler that hangs starves
+    // it.
     void StartService(int controls_accepted, ServiceEvents events) override;
     void ReportReady() override;
     void LogEvent(EventType type, int number, std::string_view text) override;
@@ -44,6 +47,7 @@ class SystemdController : public ServiceController {
     SystemdPlaces places_;
     std::string unit_path_;
     ServiceEvents events_;
+    Timer watchdog_;
     bool stopping_ = false;
 };
 

@@ -3,17 +3,35 @@
 #include "platform/linux/unique_fd.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstddef>
 #include <cstdlib>
 
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <unistd.h>
 
 namespace tarnex {
 
+namespace {
+
+std::string_view Variable(const char* name) {
+    const char* const value = std::getenv(name);
+    return value ? value : "";
+}
+
+// 0 when text is not a number.
+long long Number(std::string_view text) {
+    long long number = 0;
+    const char* const end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, number);
+    return result.ec == std::errc() && result.ptr == end ? number : 0;
+}
+
+} // namespace
+
 void NotifySystemd(std::string_view state) {
-    const char* const variable = std::getenv("NOTIFY_SOCKET");
-    const std::string_view name = variable ? variable : "";
+    const std::string_view name = Variable("NOTIFY_SOCKET");
     sockaddr_un address{};
     if (name.empty() || name.size() >= sizeof address.sun_path)
         return;
@@ -26,6 +44,14 @@ void NotifySystemd(std::string_view state) {
     const UniqueFd socket_fd(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     sendto(socket_fd.Get(), state.data(), state.size(), MSG_NOSIGNAL,
            reinterpret_cast<const sockaddr*>(&address), length);
+}
+
+Duration WatchdogPatience() {
+    const std::string_view process = Variable("WATCHDOG_PID"); // the one that is watched
+    if (!process.empty() && Number(process) != getpid())
+        return Duration::zero();
+    const std::chrono::microseconds patience(Number(Variable("WATCHDOG_USEC")));
+    return std::max(std::chrono::duration_cast<Duration>(patience), Duration::zero());
 }
 
 } // namespace tarnex
