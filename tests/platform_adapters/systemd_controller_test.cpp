@@ -69,7 +69,7 @@ TEST_F(Systemd, InstallsAUnitForThisProgramAndTakesItAway) {
     controller.SaveParameter("TimerInterval", "300");
     controller.SaveParameter("Other", "x");
     controller.SaveParameter("TimerInterval", "200");
-    EXPECT_EQ(folder.Read(kUnit), unit + "Other=x\nTimerInterval=200\n");
+    EXPECT_EQ(folder.Read(kUnit), unit + "\n[X-Parameters]\nOther=x\nTimerInterval=200\n");
     TakeCalls();
 
     EXPECT_TRUE(controller.Uninstall());
@@ -81,10 +81,28 @@ TEST_F(Systemd, InstallsAUnitForThisProgramAndTakesItAway) {
     EXPECT_FALSE(folder.Has(kUnit));
 }
 
-TEST(SystemdUnit, QuotesTheProgramsPath) {
-    EXPECT_NE(SystemdUnitText("/opt/alarm 50%/tarnexcomm")
-                  .find("\nExecStart=\"/opt/alarm 50%%/tarnexcomm\"\n"),
-              std::string::npos);
+TEST(SystemdUnit, SuitsTheProgramAndTheMachine) {
+    struct Row {
+        const char* executable;
+        bool user_exists;
+        std::vector<std::string> lines;
+        std::vector<std::string> no_lines;
+    };
+    for (const Row& row :
+         {Row{"/opt/alarm 50%/tarnexcomm",
+              true,
+              {"ExecStart=\"/opt/alarm 50%%/tarnexcomm\"", "User=tarnexcomm", "ProtectHome=yes"},
+              {"ProtectHome=read-only"}},
+          Row{"/home/anna/bin/tarnexcomm",
+              false,
+              {"ExecStart=\"/home/anna/bin/tarnexcomm\"", "ProtectHome=read-only"},
+              {"User=tarnexcomm", "ProtectHome=yes"}}}) {
+        const std::string unit = SystemdUnitText(row.executable, row.user_exists);
+        for (const std::string& line : row.lines)
+            EXPECT_NE(unit.find("\n" + line + "\n"), std::string::npos) << line;
+        for (const std::string& line : row.no_lines)
+            EXPECT_EQ(unit.find("\n" + line + "\n"), std::string::npos) << line;
+    }
 }
 
 TEST_F(Systemd, AFailedInstallLeavesWhatWasThere) {

@@ -11,6 +11,7 @@
 #include <optional>
 #include <utility>
 
+#include <pwd.h>
 #include <sys/stat.h>
 #include <syslog.h>
 
@@ -90,7 +91,8 @@ bool SystemdController::Install(bool) {
     if (unknown || !SystemdRuns())
         return false;
     const auto before = ReadFile(unit_path_);
-    if (!ReplaceFile(unit_path_, SystemdUnitText(executable.string())))
+    const bool user_exists = getpwnam(kServiceUser) != nullptr;
+    if (!ReplaceFile(unit_path_, SystemdUnitText(executable.string(), user_exists)))
         return false;
     if (Systemctl({"daemon-reload"}) && Systemctl({"enable", kUnitName}))
         return true;
