@@ -1,9 +1,11 @@
 #pragma once
 
+#include "platform/line_files.h"
 #include "platform/log_table.h"
 #include "platform/service_controller.h"
 #include "platform/settings_store.h"
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -39,6 +41,44 @@ class SimulatedSettingsStore : public SettingsStore {
   private:
     std::optional<std::string> content_;
     std::int64_t version_ = 0;
+};
+
+// Text files in memory.
+class SimulatedLineFiles : public LineFiles {
+  public:
+    OpenedLineFile Open(const std::string& path) override {
+        const auto file = Files.find(path);
+        if (file == Files.end())
+            return {.file = nullptr, .problem = "no such file"};
+        return {.file = std::make_unique<File>(file->second, OpenCount)};
+    }
+
+    std::map<std::string, std::string> Files; // path to content
+    int OpenCount = 0;                        // files that are open now
+
+  private:
+    class File : public LineFile {
+      public:
+        File(std::string content, int& open_count)
+            : content_(std::move(content)), open_count_(open_count) {
+            ++open_count_;
+        }
+        ~File() override { --open_count_; }
+        std::optional<std::string> ReadLine() override {
+            if (at_ >= content_.size())
+                return std::nullopt;
+            const std::size_t end = std::min(content_.find('\n', at_), content_.size());
+            std::string line = content_.substr(at_, end - at_);
+            line.resize(std::min(line.size(), kLongestLine));
+            at_ = end + 1;
+            return line;
+        }
+
+      private:
+        const std::string content_;
+        std::size_t at_ = 0;
+        int& open_count_;
+    };
 };
 
 // A log table in memory.
