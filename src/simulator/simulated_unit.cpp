@@ -27,16 +27,33 @@ std::size_t IndexOf(const ProtocolCommand& command) {
 
 SimulatedUnit::SimulatedUnit(Clock& clock)
     : calls_(clock), signal_timer_(clock, "signal", 0ms, [this] { ReportSignal(); }),
+      loader_(clock, {.send =
+                          [this](std::string_view bytes) {
+                              if (line_mode_ == LineMode::kLoader)
+                                  EmitRaw(bytes);
+                          },
+                      .taken = [this] { calls_.CancelAll(); },
+                      .ended = [this] { TakeNewProgram(); }}),
       counts_(ProtocolCommands().size()) {}
 
 void SimulatedUnit::Opened(const LineSettings& settings) {
-    listening_ = settings.baud == 19200 && settings.parity == 'N';
+    if (settings.baud == 19200 && settings.parity == 'N')
+        line_mode_ = LineMode::kText;
+    else if (settings.baud == 38400 && settings.parity == 'E')
+        line_mode_ = LineMode::kLoader;
+    else
+        line_mode_ = LineMode::kOther;
     input_.clear();
 }
 
 void SimulatedUnit::Received(std::string_view bytes) {
-    if (!listening_)
-        return;
+    if (line_mode_ == LineMode::kLoader && !Faults.Silent)
+        loader_.Received(bytes);
+    else if (line_mode_ == LineMode::kText && !loader_.InCharge())
+        HearText(bytes);
+}
+
+void SimulatedUnit::HearText(std::string_view bytes) {
     input_ += bytes;
     std::size_t end;
     while ((end = input_.find(kLineEnd)) != std::string::npos) {
@@ -146,7 +163,13 @@ void SimulatedUnit::Answer(std::string_view text) {
     calls_.After(Times.Answer, [this, chunk] { Emit(chunk); });
 }
 
-void SimulatedUnit::Emit(std::string_view bytes) {
+// At other settings of the line it would arrive as garbage.
+void SimulatedUnit::Emit(std::string_view text) {
+    if (line_mode_ == LineMode::kText)
+        EmitRaw(text);
+}
+
+void SimulatedUnit::EmitRaw(std::string_view bytes) {
     if (line_ && !Faults.Silent)
         line_->Send(bytes);
 }
@@ -162,11 +185,21 @@ void SimulatedUnit::Boot() {
     Memory.Lcd2.clear();
     Memory.PcAlarm.clear();
     booting_ = true;
+    loader_.Start(std::min(Times.Loader, Times.Boot),
+                  {.answer = Times.Answer, .erase = Times.Erase});
+    if (loader_.InCharge())
+        return;
     calls_.After(Times.Boot - kGsmStart, [this] { Say("TX:InitSysOk"); });
     calls_.After(Times.Boot, [this] {
         booting_ = false;
         Say("TX:InitGsmOk");
     });
+}
+
+void SimulatedUnit::TakeNewProgram() {
+    if (const std::optional<std::string> version = loader_.ProgramVersion())
+        Memory.Version = *version;
+    Boot();
 }
 
 bool SimulatedUnit::ReceiveSms(TextView number, TextView text) {
@@ -177,7 +210,7 @@ bool SimulatedUnit::ReceiveSms(TextView number, TextView text) {
 }
 
 void SimulatedUnit::SendNoise() {
-    Say(kNoise);
+    EmitRaw(std::string(kNoise) + std::string(kLineEnd));
 }
 
 void SimulatedUnit::LosePower() {

@@ -4,6 +4,7 @@
 #include "platform/timer.h"
 #include "simulator/call_group.h"
 #include "simulator/serial_device.h"
+#include "simulator/unit_loader.h"
 #include "simulator/unit_memory.h"
 
 #include <deque>
@@ -30,12 +31,14 @@ struct UnitFaults {
     std::map<std::string, std::string, std::less<>> Instead{};
 };
 
-// How long the unit takes; each from the command on, Boot from the restart on.
+// How long the unit takes; each from the command on, Boot and Loader from the restart on.
 struct UnitTimes {
     Duration Answer = 5ms;
     Duration Signal = 20ms; // RDCSQ to its report
     Duration Sms = 4s;      // SENDSMS1, SENDSMS2 to the report of the outcome
     Duration Boot = 10s;
+    Duration Loader = 5s; // that the loader listens, at most as long as Boot
+    Duration Erase = 1s;  // of the program, by the loader
 };
 
 enum class SmsOutcome {
@@ -50,7 +53,8 @@ struct SentSms {
     Text text;
 };
 
-// A GSM alarm unit on a serial line. It works at 19200,N,8,1 and hears nothing at other settings.
+// A GSM alarm unit on a serial line. It works at 19200,N,8,1, its loader at 38400,E,8,1, and hears
+// nothing at other settings.
 // New, it is healthy and started up; it keeps time on the clock alone, so that it can stand on a
 // simulated line or on a real one.
 class SimulatedUnit : public SerialDevice {
@@ -67,13 +71,16 @@ class SimulatedUnit : public SerialDevice {
     UnitFaults Faults;
     UnitTimes Times;
     UnitMemory Memory;
+    // Rewrites the program after a restart. Memory.Version is then what the program says.
+    UnitLoader& Loader() { return loader_; }
     SmsOutcome Outcome = SmsOutcome::kSent; // of the sends accepted from now on
     int Signal = 20;                        // what RDCSQ reports
 
     // What happens to the unit. It tells nothing of it while it is silent or unplugged.
 
     // Restarts: the greeting is answered "Init" and nothing else at all, until "TX:InitGsmOk" at
-    // the end of the boot time, a second after "TX:InitSysOk".
+    // the end of the boot time, a second after "TX:InitSysOk". A unit without program stays in its
+    // loader.
     void Boot();
     bool Booting() const { return booting_; }
     // An SMS from number arrives, and is lost while the unit is silent or starting. False then.
@@ -85,7 +92,7 @@ class SimulatedUnit : public SerialDevice {
     void ReportSignal();
     // Reports the signal every period from now on; 0 stops it.
     void SetSignalPeriod(Duration period);
-    void SendNoise(); // a line of garbage
+    void SendNoise(); // a line of garbage, at any settings of the line
     // Sends any one line as its own report, at once; the line end is added.
     void Say(std::string_view line);
 
@@ -101,17 +108,22 @@ class SimulatedUnit : public SerialDevice {
     void OnSent(std::function<void(const SentSms&)> fn) { on_sent_ = std::move(fn); }
 
   private:
+    void HearText(std::string_view bytes);
     void Hear(std::string_view line);
     void Obey(const ProtocolCommand& command, std::string_view argument);
     void SendSms(const ProtocolCommand& command, std::string_view hex);
     void ReportOutcome(SmsOutcome outcome);
     void Answer(std::string_view text);
-    void Emit(std::string_view bytes);
+    void Emit(std::string_view text);
+    void EmitRaw(std::string_view bytes);
+    void TakeNewProgram();
 
     CallGroup calls_;
     Timer signal_timer_;
     SerialLine* line_ = nullptr;
-    bool listening_ = true;
+    enum class LineMode { kText, kLoader, kOther };
+    LineMode line_mode_ = LineMode::kText;
+    UnitLoader loader_;
     bool booting_ = false;
     std::string input_;
     std::vector<long> counts_; // a command each

@@ -31,6 +31,12 @@ std::string SignalValue(std::string_view argument) {
     const bool good = ReadNumber(argument, value) && value >= 0 && value <= kHighestSignal;
     return good ? "" : "expected a number from 0 to 99";
 }
+std::string LoaderWords(std::string_view argument) {
+    const bool good = argument == "ok" || argument == "deaf" || ParseLoaderPlan(argument);
+    return good ? ""
+                : "expected \"ok\", \"deaf\", or STEP[:N] (handshake, erase, write, finish) and "
+                  "\"refuse\", \"late\", \"corrupt\", \"silent\" or \"wrong\"";
+}
 std::string NumberAndText(std::string_view argument) {
     return SplitWord(argument).second.empty() ? "expected a telephone number and a text" : "";
 }
@@ -56,6 +62,7 @@ const UnitCommands::Command UnitCommands::kCommands[] = {
     {"send",   "ok|fail|lost", Outcome,       &UnitCommands::SetOutcome,     "what becomes of the next SMS that it sends"},
     {"noise",  "",             Nothing,       &UnitCommands::SendNoise,      "send a line of garbage"},
     {"reboot", "",             Nothing,       &UnitCommands::Reboot,         "restart"},
+    {"loader", "STEP[:N] FAULT", LoaderWords, &UnitCommands::SetLoader,      "its next update fails so (write:9 silent); ok, deaf"},
     {"unplug", "",             Nothing,       &UnitCommands::Unplug,         "pull the serial line"},
     {"plug",   "",             Nothing,       &UnitCommands::Plug,           "put the serial line back"},
     {"show",   "",             Nothing,       &UnitCommands::Show,           "what the unit holds"},
@@ -93,7 +100,7 @@ std::vector<std::string> UnitCommands::Help() {
     std::vector<std::string> lines;
     for (const Command& command : kCommands) {
         std::string usage = std::string(command.name) + " " + std::string(command.usage);
-        usage.resize(20, ' ');
+        usage.resize(23, ' ');
         lines.push_back(usage + std::string(command.help));
     }
     return lines;
@@ -150,6 +157,12 @@ std::string UnitCommands::Reboot(std::string_view) {
     return "";
 }
 
+std::string UnitCommands::SetLoader(std::string_view argument) {
+    unit_.Loader().Deaf = argument == "deaf";
+    unit_.Loader().SetPlan(ParseLoaderPlan(argument));
+    return "";
+}
+
 std::string UnitCommands::Show(std::string_view) {
     const UnitMemory& memory = unit_.Memory;
     const auto decoded = [](const std::string& hex) { return ToUtf8(FromHexText(hex)); };
@@ -170,9 +183,11 @@ std::string UnitCommands::Show(std::string_view) {
         {"PC alarm", memory.PcAlarm},
         {"mains power", memory.AlarmState == "1" ? "lost" : "ok"},
         {"signal quality", std::to_string(unit_.Signal)},
-        {"state", unit_.Faults.Silent ? "silent"
-                  : unit_.Booting()   ? "starting up"
-                                      : "up"},
+        {"state", unit_.Faults.Silent            ? "silent"
+                  : !unit_.Loader().HasProgram() ? "without program, in its loader"
+                  : unit_.Loader().InCharge()    ? "in its loader"
+                  : unit_.Booting()              ? "starting up"
+                                                 : "up"},
     };
     for (const auto& [label, value] : rows) {
         std::string line(label);

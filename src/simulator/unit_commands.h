@@ -52,6 +52,7 @@ class UnitCommands {
     std::string SetOutcome(std::string_view argument);
     std::string SendNoise(std::string_view);
     std::string Reboot(std::string_view);
+    std::string SetLoader(std::string_view argument);
     std::string Plug(std::string_view) { return host_.plug(); }
     std::string Unplug(std::string_view) { return host_.unplug(); }
     std::string Show(std::string_view);

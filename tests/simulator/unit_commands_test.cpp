@@ -45,6 +45,11 @@ TEST_F(UnitCommandsTest, DoWhatTheySay) {
     EXPECT_EQ(unit.Signal, 7);
     commands.Run("send fail");
     EXPECT_EQ(unit.Outcome, SmsOutcome::kFailed);
+    EXPECT_EQ(commands.Run("loader write:100 silent"), "");
+    EXPECT_EQ(commands.Run("loader deaf"), "");
+    EXPECT_TRUE(unit.Loader().Deaf);
+    EXPECT_EQ(commands.Run("loader ok"), "");
+    EXPECT_FALSE(unit.Loader().Deaf);
     commands.Run("plug");
     commands.Run("unplug");
     commands.Run("quit");
@@ -57,8 +62,10 @@ TEST_F(UnitCommandsTest, DoWhatTheySay) {
 }
 
 TEST_F(UnitCommandsTest, BadOnesAreRefusedBeforeAnythingHappens) {
-    for (const char* line : {"ac", "ac on", "sms 139", "csq", "csq 100", "csq -1", "csq 7x",
-                             "reboot now", "send", "bark", "AC lost"}) {
+    for (const char* line :
+         {"ac", "ac on", "sms 139", "csq", "csq 100", "csq -1", "csq 7x", "reboot now", "send",
+          "bark", "AC lost", "loader", "loader write", "loader write:0 late", "loader write:x late",
+          "loader read late", "loader write late now"}) {
         EXPECT_NE(UnitCommands::Check(line), "") << line;
         EXPECT_EQ(commands.Run(line), UnitCommands::Check(line));
     }
