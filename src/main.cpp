@@ -4,6 +4,7 @@
 #include "platform/asio/asio_loop.h"
 #include "platform/asio/asio_tcp_client.h"
 #include "platform/asio/tty_ports.h"
+#include "platform/linux/disk_line_files.h"
 #include "platform/linux/file_lock.h"
 #include "platform/linux/file_settings_store.h"
 #include "platform/linux/iconv_code_page.h"
@@ -55,6 +56,7 @@ int Run(const std::string& command_line) {
     AsioDatagramSockets sockets(loop, settings.bind_address);
     AsioTcpClients tcp(loop);
     SqliteLogTable log;
+    DiskLineFiles files;
     SystemdController controller(loop, loop);
     const char* lock_path = std::getenv("TARNEXCOMM_LOCK");
     FileInstanceLock lock = lock_path ? FileInstanceLock(lock_path) : FileInstanceLock();
@@ -65,6 +67,7 @@ int Run(const std::string& command_line) {
          .tcp = tcp,
          .log_table = log,
          .settings_store = store,
+         .files = files,
          .code_page = code_page,
          .controller = controller,
          .instance_lock = lock,

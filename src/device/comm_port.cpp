@@ -5,12 +5,24 @@
 
 namespace tarnex {
 
+namespace {
+
+constexpr Duration kOutputPoll = 1ms; // at 38400 baud a byte leaves in 0.3 ms
+constexpr Duration kOutputLimit = 2s; // 1024 bytes at 19200 baud leave in 0.6 s
+
+} // namespace
+
 CommPort::CommPort(Clock& clock, SerialPorts& ports, const CodePage& code_page, Events events)
     : clock_(clock), ports_(ports), code_page_(code_page), events_(std::move(events)) {}
 
 PortStatus CommPort::Open(int number, const LineSettings& settings) {
     Close();
-    SerialEvents events{.received = [this] { RaiseIfWaiting(); }, .lost = events_.lost};
+    SerialEvents events{.received =
+                            [this] {
+                                RaiseIfWaiting();
+                                events_.arrived();
+                            },
+                        .lost = events_.lost};
     OpenedPort opened = ports_.Open(number, settings, std::move(events));
     port_ = std::move(opened.port);
     threshold_ = 1;
@@ -24,7 +36,21 @@ void CommPort::Close() {
 }
 
 PortStatus CommPort::Output(TextView text) {
-    return port_ ? port_->Write(code_page_.Encode(text)) : PortStatus::kClosed;
+    return OutputBytes(code_page_.Encode(text));
+}
+
+PortStatus CommPort::OutputBytes(std::string_view bytes) {
+    return port_ ? port_->Write(bytes) : PortStatus::kClosed;
+}
+
+Task<bool> CommPort::OutputLeft() {
+    const Duration limit = clock_.Now() + kOutputLimit;
+    while (OutBufferCount() > 0) {
+        if (clock_.Now() >= limit)
+            co_return false;
+        co_await Sleep(clock_, kOutputPoll);
+    }
+    co_return true;
 }
 
 std::size_t CommPort::OutBufferCount() const {
@@ -44,6 +70,11 @@ Text CommPort::Input() {
     half_character_ = bytes.substr(whole);
     bytes.resize(whole);
     return code_page_.Decode(bytes);
+}
+
+std::optional<std::uint8_t> CommPort::InputByte() {
+    const std::string byte = port_ ? port_->Read(1) : "";
+    return byte.empty() ? std::nullopt : std::optional(std::uint8_t(byte[0]));
 }
 
 void CommPort::SetRThreshold(int threshold) {

@@ -3,15 +3,20 @@
 #include "platform/clock.h"
 #include "platform/code_page.h"
 #include "platform/serial_port.h"
+#include "platform/task.h"
+
+#include <cstdint>
+#include <optional>
 
 namespace tarnex {
 
-// The serial port of the device link: one port at a time, text in and text out, and a threshold
-// that holds the receive event back.
+// The serial port of the device link: one port at a time, text or single bytes in and out, and a
+// threshold that holds the receive event back.
 class CommPort {
   public:
     struct Events {
         std::function<void()> receive; // characters wait, and RThreshold is 1
+        std::function<void()> arrived; // further characters wait, whatever RThreshold is
         std::function<void()> lost;    // the hardware behind the open port went away
     };
     // The references must outlive the port.
@@ -28,12 +33,17 @@ class CommPort {
 
     // kOk, kClosed or kLost.
     PortStatus Output(TextView text);
+    PortStatus OutputBytes(std::string_view bytes);
+    // Waits until everything written has left the machine; false when it does not within 2 s.
+    Task<bool> OutputLeft();
     // Written bytes that have not left yet; 0 on a closed port.
     std::size_t OutBufferCount() const;
     // Received bytes that wait; 0 on a closed port.
     std::size_t InBufferCount() const;
     // Everything that waits. The first half of a character stays until its other half comes.
     Text Input();
+    // The first byte that waits, if any. Not between two Input() of one open port.
+    std::optional<std::uint8_t> InputByte();
 
     // 0 holds the receive event back, 1 raises it, at once when characters wait already.
     void SetRThreshold(int threshold);

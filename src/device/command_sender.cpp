@@ -7,9 +7,8 @@ namespace tarnex {
 namespace {
 
 constexpr Duration kPauseBeforeCommand = 10ms;
-constexpr Duration kDrainPoll = 10ms;
-constexpr Duration kDrainLimit = 2s;     // 1024 bytes at 19200 baud leave in 0.6 s
-constexpr std::size_t kAnswerPrefix = 3; // "TX:"
+constexpr Duration kAdapterLimit = 100ms; // a short command in the buffer of a USB adapter
+constexpr std::size_t kAnswerPrefix = 3;  // "TX:"
 
 Text Frame(TextView command) {
     return Text(u"~TX:").append(command).append(u"\r\n");
@@ -39,14 +38,14 @@ Task<Text> CommandSender::SendCommand(Text command) {
     co_return answer.substr(kAnswerPrefix);
 }
 
+Task<> CommandSender::RawCommandLeft() {
+    co_await parts_.port.OutputLeft();
+    co_await Sleep(parts_.clock, kAdapterLimit);
+}
+
 Task<bool> CommandSender::SendRaw(Text command) {
-    const Duration limit = parts_.clock.Now() + kDrainLimit;
-    while (parts_.port.OutBufferCount() > 0) {
-        if (parts_.clock.Now() >= limit)
-            co_return false;
-        co_await Sleep(parts_.clock, kDrainPoll);
-    }
-    co_return parts_.port.Output(Frame(command)) == PortStatus::kOk;
+    const bool free = co_await parts_.port.OutputLeft();
+    co_return free&& parts_.port.Output(Frame(command)) == PortStatus::kOk;
 }
 
 } // namespace tarnex

@@ -35,6 +35,8 @@ class CommandSender {
     // Sends without a pause and without waiting for an answer, once everything written before has
     // left. False when it does not leave, or the hardware is lost or closed.
     Task<bool> SendRaw(Text command);
+    // Waits until what SendRaw sent is on the line: the port can be closed then.
+    Task<> RawCommandLeft();
 
   private:
     Parts parts_;

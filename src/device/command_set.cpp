@@ -136,6 +136,7 @@ Task<> CommandSet::TraceCSQ() {
 
 Task<Text> CommandSet::RESET_NOBACK() {
     co_await sender_.SendRaw(Text(kRESET.text));
+    co_await sender_.RawCommandLeft();
     co_return Text();
 }
 

@@ -35,7 +35,8 @@ class CommandSet {
     Task<Text> TXCON(const Text& mode); // "On", else off
     Task<Text> WRCSCA(const Text& number);
     Task<Text> RDCSCA();
-    Task<Text> RESET_NOBACK(); // does not wait for an answer; always ""
+    // Waits until the command is on the line, and for no answer; always "".
+    Task<Text> RESET_NOBACK();
     Task<Text> RESET();
     Task<Text> WRName(const Text& name);
     Task<Text> RDName();

@@ -35,6 +35,10 @@ void ResponseReader::Init() {
 }
 
 void ResponseReader::MSComm1_OnComm() {
+    if (parts_.firmware.FirmMode()) {
+        parts_.firmware.OnComm();
+        return;
+    }
     if (RxBusy)
         return;
     RxBusy = true;
@@ -44,7 +48,8 @@ void ResponseReader::MSComm1_OnComm() {
 
 Task<> ResponseReader::Receive() {
     co_await Sleep(parts_.clock, kSettle);
-    TakeInput();
+    if (!parts_.firmware.FirmMode())
+        TakeInput();
     RxBusy = false;
     parts_.port.RaiseIfWaiting();
 }
@@ -69,7 +74,7 @@ void ResponseReader::TakeInput() {
 }
 
 void ResponseReader::DrainBacklog() {
-    if (RxBusy)
+    if (RxBusy || parts_.firmware.FirmMode())
         return;
     parts_.port.SetRThreshold(0);
     if (!parts_.rx_buffer.HasLine()) {

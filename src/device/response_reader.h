@@ -3,6 +3,7 @@
 #include "device/answer_wait.h"
 #include "device/comm_port.h"
 #include "device/device_trace.h"
+#include "device/firmware_link.h"
 #include "device/line_buffer.h"
 #include "device/unit_events.h"
 #include "platform/ring_fifo.h"
@@ -16,6 +17,7 @@ class ResponseReader {
     struct Parts {
         Clock& clock;
         CommPort& port;
+        FirmwareLink& firmware;
         LineBuffer& rx_buffer;
         AnswerWait& answer;
         DeviceTrace& trace;
@@ -26,7 +28,7 @@ class ResponseReader {
     // The parts must outlive the reader.
     explicit ResponseReader(Parts parts);
 
-    // The port's receive event.
+    // The port's receive event; it belongs to the firmware link while that is in firmware mode.
     void MSComm1_OnComm();
 
     // The oldest state word, or kNoData. At most 30 wait; the oldest is dropped.

@@ -5,10 +5,14 @@ namespace tarnex {
 TarnexCore::TarnexCore(Parts parts)
     : parts_(std::move(parts)), trace_(parts_.lists),
       port_(parts_.clock, parts_.ports, parts_.code_page,
-            {.receive = [this] { reader_.MSComm1_OnComm(); }, .lost = [this] { HardwareLost(); }}),
+            {.receive = [this] { reader_.MSComm1_OnComm(); },
+             .arrived = [this] { firmware.BytesArrived(); },
+             .lost = [this] { HardwareLost(); }}),
+      firmware({.clock = parts_.clock, .port = port_, .files = parts_.files, .trace = trace_}),
       answer_(parts_.clock),
       reader_({.clock = parts_.clock,
                .port = port_,
+               .firmware = firmware,
                .rx_buffer = rx_buffer_,
                .answer = answer_,
                .trace = trace_,
@@ -31,12 +35,13 @@ TarnexCore::TarnexCore(Parts parts)
                                                                .notices = parts_.notices,
                                                                .init = [this] { Init(); }}) {
     for (Timer* timer : {&answer_.ComTimer, &reader_.ComBadTimer, &reader_.TarnexLostTimer,
-                         &commands.CSQTimer, &sms.SMSTimer})
+                         &commands.CSQTimer, &sms.SMSTimer, &firmware.FirmComTimer})
         timers.Add(*timer);
     Init();
 }
 
 void TarnexCore::Init() {
+    firmware.Init();
     reader_.Init();
     sms.Init();
     discovery.Init();
@@ -53,7 +58,9 @@ bool TarnexCore::OCXDebug(TextView mode) {
 
 void TarnexCore::HardwareLost() {
     answer_.EndWaits();
-    if (!discovery.Scanning())
+    if (firmware.FirmMode())
+        firmware.HardwareLost();
+    else if (!discovery.Scanning())
         parts_.hardware_lost();
 }
 

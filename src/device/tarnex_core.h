@@ -11,12 +11,13 @@ class TarnexCore {
     struct Parts {
         Clock& clock;
         SerialPorts& ports;
+        LineFiles& files; // HEX files of firmware updates
         const CodePage& code_page;
         const MyIniFile& ini;
         DebugLists& lists;
         OperatorNotices& notices;
         // The hardware behind the open port went away. Never called during a scan, which only
-        // fails the port at hand.
+        // fails the port at hand, and not during an update, which then ends in failure.
         std::function<void()> hardware_lost;
     };
     // The parts must outlive the core.
@@ -33,6 +34,11 @@ class TarnexCore {
     DeviceTrace trace_;
     LineBuffer rx_buffer_;
     CommPort port_;
+
+  public:
+    FirmwareLink firmware;
+
+  private:
     AnswerWait answer_;
     ResponseReader reader_;
     CommandSender sender_;
@@ -41,7 +47,7 @@ class TarnexCore {
     CommandSet commands;
     SMSModem sms;
     Discovery discovery;
-    // ComTimer, ComBadTimer, TarnexLostTimer, CSQTimer, SMSTimer.
+    // ComTimer, ComBadTimer, TarnexLostTimer, CSQTimer, SMSTimer, FirmComTimer.
     TimerList timers;
 
     Text GetComFifo() { return reader_.GetComFifo(); }

@@ -23,6 +23,7 @@ class TarnexComm {
         TcpClients& tcp;
         LogTable& log_table;
         SettingsStore& settings_store;
+        LineFiles& files;
         const CodePage& code_page;
         ServiceController& controller;
         InstanceLock& instance_lock;

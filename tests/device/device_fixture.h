@@ -88,6 +88,7 @@ class DeviceTest : public testing::Test {
     ScriptedDevice device{clock};
     IconvCodePage gbk{"GBK"};
     SimulatedSettingsStore store;
+    SimulatedLineFiles files;
     MyIniFile ini{store, gbk};
     std::vector<std::string> said;
     OperatorNotices notices{[this](const std::string& line) { said.push_back(line); }};
@@ -97,6 +98,7 @@ class DeviceTest : public testing::Test {
     int losses = 0;
     TarnexCore core{{.clock = clock,
                      .ports = ports,
+                     .files = files,
                      .code_page = gbk,
                      .ini = ini,
                      .lists = lists,

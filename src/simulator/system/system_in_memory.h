@@ -31,6 +31,7 @@ struct SystemInMemory {
                               .tcp = tcp,
                               .log_table = *log_table,
                               .settings_store = store,
+                              .files = files,
                               .code_page = code_page,
                               .controller = controller,
                               .instance_lock = lock,
@@ -49,6 +50,7 @@ struct SystemInMemory {
     SimulatedLogTable log;
     LogTable* log_table = &log; // or another one, before the service starts
     SimulatedSettingsStore store;
+    SimulatedLineFiles files;
     IconvCodePage code_page;
     SimulatedServiceController controller;
     SimulatedInstanceLock lock;

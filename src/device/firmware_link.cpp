@@ -1,0 +1,274 @@
+#include "device/firmware_link.h"
+
+#include <utility>
+
+namespace tarnex {
+
+namespace {
+
+constexpr LineSettings kFirmwareLine{.baud = kFirmwareBaud, .parity = 'E'};
+constexpr Duration kByteLimit = 8s;
+constexpr int kAttempts = 500;
+constexpr Duration kAttemptPeriod = 200ms;
+constexpr int kGoodAcknowledgements = 3;
+constexpr Duration kLastFrameLimit = 200ms; // for what an adapter holds after the driver is empty
+
+} // namespace
+
+// Whatever ends the update, also its cancellation: nothing stays open.
+class FirmwareLink::Closing {
+  public:
+    explicit Closing(FirmwareLink& link) : link_(link) {}
+    Closing(const Closing&) = delete;
+    ~Closing() {
+        link_.exchange_ = Task<>();
+        link_.FirmComTimer.Disable();
+        link_.hex_file_.reset();
+        link_.FirmConnect(0);
+        link_.firm_mode_ = false;
+    }
+
+  private:
+    FirmwareLink& link_;
+};
+
+FirmwareLink::FirmwareLink(Parts parts)
+    : FirmComTimer(parts.clock, "FirmComTimer", kByteLimit,
+                   [this] {
+                       FirmComTimer.Disable();
+                       ByteTimedOut = true;
+                       changed_.Notify();
+                   }),
+      parts_(parts), display_{.List1Additem = [](const Text&) {}, .show_address = [] {}},
+      changed_(parts.clock) {}
+
+PortStatus FirmwareLink::FirmConnect(int port) {
+    if (port != 0 || !parts_.port.IsOpen())
+        return parts_.port.Open(port, kFirmwareLine);
+    parts_.port.Close();
+    return PortStatus::kOk;
+}
+
+void FirmwareLink::HardwareLost() {
+    line_lost_ = true;
+    changed_.Notify();
+}
+
+Task<bool> FirmwareLink::FirmwareFlash(int port, std::string hexFile) {
+    const Closing closing(*this);
+    FlashOK = false;
+    FlashDone = false;
+    line_lost_ = false;
+    progress_ = FlashProgress();
+    display_.List1Additem(u"打开HEX文件");
+    if (!OpenFile(hexFile))
+        co_return FlashOK;
+    display_.List1Additem(u"用升级模式打开Com" + ToText(port));
+    if (!OpenPort(port))
+        co_return FlashOK;
+    firm_mode_ = true;
+    display_.List1Additem(u"开始握手");
+    progress_.step = FlashStep::kHandshake;
+    co_await ShakeHands();
+    co_return FlashOK;
+}
+
+bool FirmwareLink::OpenFile(const std::string& path) {
+    OpenedLineFile opened = parts_.files.Open(path);
+    hex_file_ = std::move(opened.file);
+    if (hex_file_)
+        return true;
+    progress_.file_problem = std::move(opened.problem);
+    End(Fail(FlashFault::kNoFile));
+    return false;
+}
+
+// Opened twice: the second opening discards what the change of speed made of the line.
+bool FirmwareLink::OpenPort(int port) {
+    progress_.step = FlashStep::kOpenPort;
+    FirmConnect(port);
+    FirmConnect(0);
+    progress_.port_status = FirmConnect(port);
+    if (progress_.port_status == PortStatus::kOk)
+        return true;
+    End(Fail(FlashFault::kNoPort));
+    return false;
+}
+
+// Calls the loader until it answers; the exchange then runs in the receive event, while this waits.
+Task<> FirmwareLink::ShakeHands() {
+    for (int attempt = 0; attempt < kAttempts && !FlashDone; ++attempt) {
+        const bool sent = co_await SendFrame(FirmwareCommand::kHandshake);
+        if (sent)
+            co_await Sleep(parts_.clock, kAttemptPeriod);
+        while (exchange_.Running())
+            co_await changed_.Wait();
+        if ((!sent || line_lost_) && !FlashDone)
+            End(Fail(line_lost_ ? FlashFault::kLineLost : FlashFault::kStuckLine));
+    }
+    if (!FlashDone)
+        Fail(FlashFault::kNoLoader);
+    if (FlashOK)
+        co_await Sleep(parts_.clock, kLastFrameLimit);
+}
+
+void FirmwareLink::OnComm() {
+    if (exchange_.Running())
+        return;
+    exchange_ = Exchange();
+    exchange_.Start();
+}
+
+Task<> FirmwareLink::Exchange() {
+    parts_.port.SetRThreshold(0); // until the port is opened again
+    FlashDone = false;
+    const bool written = co_await WriteProgram();
+    if (written)
+        progress_.step = FlashStep::kDone;
+    End(written);
+    changed_.Notify();
+}
+
+void FirmwareLink::End(bool ok) {
+    firm_mode_ = false;
+    FlashOK = ok;
+    FlashDone = true;
+    parts_.trace.DebugAdd(TextView(ok ? u"Flash写入正常!" : u"Flash写入错误!"));
+}
+
+// The first fault counts; those that it brings about do not.
+bool FirmwareLink::Fail(FlashFault fault) {
+    if (progress_.fault == FlashFault::kNone)
+        progress_.fault = fault;
+    return false;
+}
+
+Task<bool> FirmwareLink::WriteProgram() {
+    const bool shaken = co_await AcknowledgeThrice();
+    if (!shaken)
+        co_return false;
+    const bool erased = co_await Erase();
+    if (!erased)
+        co_return false;
+    co_return co_await WriteRecords();
+}
+
+Task<bool> FirmwareLink::AcknowledgeThrice() {
+    for (int good = 0; good < kGoodAcknowledgements; ++good) {
+        if (good > 0)
+            co_await SendFrame(FirmwareCommand::kHandshake);
+        const bool acknowledged = co_await CheckAck();
+        if (!acknowledged)
+            co_return false;
+    }
+    co_return true;
+}
+
+Task<bool> FirmwareLink::Erase() {
+    display_.List1Additem(u"握手成功，开始擦除。");
+    progress_.step = FlashStep::kErase;
+    co_await SendFrame(FirmwareCommand::kErase);
+    const bool erased = co_await CheckAck();
+    if (!erased)
+        display_.List1Additem(u"擦除失败。");
+    co_return erased;
+}
+
+Task<bool> FirmwareLink::WriteRecords() {
+    display_.List1Additem(u"擦除成功，开始写入。");
+    progress_.step = FlashStep::kWrite;
+    display_.show_address();
+    for (;;) {
+        HexItem item = ReadHexItem(*hex_file_);
+        ++progress_.line;
+        if (std::holds_alternative<HexEnd>(item))
+            break;
+        if (const auto* trouble = std::get_if<HexTrouble>(&item)) {
+            progress_.trouble = *trouble;
+            co_return Fail(FlashFault::kBadLine);
+        }
+        const bool written = co_await WriteRecord(std::move(std::get<HexRecord>(item)));
+        if (!written)
+            co_return false;
+    }
+    hex_file_.reset();
+    co_return co_await SendFrame(FirmwareCommand::kErase); // closes the programming
+}
+
+Task<bool> FirmwareLink::WriteRecord(HexRecord record) {
+    progress_.address.assign(record.address.begin(), record.address.end());
+    co_await SendBlock(DataFrame(record));
+    const bool written = co_await CheckWriteAck(DataSum(record.data));
+    if (written) {
+        ++progress_.records;
+        progress_.bytes += long(record.data.size());
+    }
+    co_return written;
+}
+
+Task<bool> FirmwareLink::SendFrame(FirmwareCommand command) {
+    const std::string frame = CommandFrame(command);
+    const bool ready = co_await parts_.port.OutputLeft();
+    if (!ready)
+        co_return Fail(FlashFault::kStuckLine);
+    co_return co_await Send(frame);
+}
+
+Task<bool> FirmwareLink::SendBlock(std::string block) {
+    for (std::size_t i = 0; i < block.size(); ++i) {
+        const bool sent = co_await Send(std::string_view(block).substr(i, 1));
+        if (!sent)
+            co_return false;
+    }
+    co_return true;
+}
+
+// bytes must outlive the wait.
+Task<bool> FirmwareLink::Send(std::string_view bytes) {
+    progress_.answer.clear();
+    if (parts_.port.OutputBytes(bytes) != PortStatus::kOk)
+        co_return Fail(FlashFault::kLineLost);
+    const bool left = co_await parts_.port.OutputLeft();
+    co_return left || Fail(FlashFault::kStuckLine);
+}
+
+Task<bool> FirmwareLink::CheckAck() {
+    return ReadAnswer(kAckPattern);
+}
+
+Task<bool> FirmwareLink::CheckWriteAck(std::uint16_t data_sum) {
+    const bool fits = co_await ReadAnswer(kWriteAckPattern);
+    if (!fits)
+        co_return false;
+    co_return SumInWriteAck(progress_.answer) == data_sum || Fail(FlashFault::kWrongAnswer);
+}
+
+// pattern must outlive the wait.
+Task<bool> FirmwareLink::ReadAnswer(std::span<const int> pattern) {
+    if (progress_.fault != FlashFault::kNone)
+        co_return false; // what it would answer to was not sent
+    for (const int expected : pattern) {
+        const std::uint8_t byte = co_await ReadByte();
+        if (line_lost_)
+            co_return Fail(FlashFault::kLineLost);
+        if (ByteTimedOut)
+            co_return Fail(FlashFault::kSilence);
+        progress_.answer += char(byte);
+        if (expected >= 0 && byte != expected)
+            co_return Fail(FlashFault::kWrongAnswer);
+    }
+    co_return true;
+}
+
+// 255 when none came in time, or the line was lost.
+Task<std::uint8_t> FirmwareLink::ReadByte() {
+    ByteTimedOut = false;
+    FirmComTimer.SetInterval(kByteLimit);
+    FirmComTimer.Enable();
+    while (parts_.port.InBufferCount() < 1 && !ByteTimedOut && !line_lost_)
+        co_await changed_.Wait();
+    FirmComTimer.Disable();
+    co_return parts_.port.InputByte().value_or(0xFF);
+}
+
+} // namespace tarnex

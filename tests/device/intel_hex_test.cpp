@@ -1,0 +1,126 @@
+#include "device/firmware_frames.h"
+#include "device/hex_summary.h"
+#include "simulator/simulated_stores.h"
+
+#include <gtest/gtest.h>
+
+namespace tarnex {
+namespace {
+
+std::string Line(std::size_t count, std::size_t data_bytes) {
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    std::string line = {':', kDigits[count / 16], kDigits[count % 16]};
+    line += "010000";
+    for (std::size_t i = 0; i < data_bytes; ++i)
+        line += "FF";
+    return line + "00";
+}
+
+TEST(IntelHex, TellsEveryKindOfLineApart) {
+    const auto trouble = [](std::string_view line) {
+        const HexItem item = ParseHexLine(line);
+        const auto* found = std::get_if<HexTrouble>(&item);
+        return found ? std::optional(*found) : std::nullopt;
+    };
+    using enum HexTrouble;
+    EXPECT_EQ(trouble(""), kTooShort);
+    EXPECT_EQ(trouble("\r"), kTooShort);
+    EXPECT_EQ(trouble(":"), kTooShort);
+    EXPECT_EQ(trouble(":000000010"), kTooShort);
+    EXPECT_EQ(trouble(" :00000001FF"), kNoColon);
+    EXPECT_EQ(trouble("00000001FF"), kNoColon);
+    EXPECT_EQ(trouble(":00000001FF "), kNotHex);
+    EXPECT_EQ(trouble(":00000001FF\r\r"), kNotHex);
+    EXPECT_EQ(trouble(":0100000055AG"), kNotHex);
+    EXPECT_EQ(trouble(":010000005AA"), kOddLength);
+    EXPECT_EQ(trouble(":0200000055A9"), kTruncated);
+    EXPECT_EQ(trouble(":010000005555A9"), kSurplus);
+    EXPECT_EQ(trouble(Line(115, 115)), std::nullopt);
+    EXPECT_EQ(trouble(Line(116, 116)), kTooMuchData);
+    EXPECT_EQ(trouble(Line(1, 500)), kTooMuchData);
+
+    EXPECT_TRUE(std::holds_alternative<HexEnd>(ParseHexLine(":00000001FF")));
+    EXPECT_TRUE(std::holds_alternative<HexEnd>(ParseHexLine(":00000001FF\r")));
+    EXPECT_EQ(std::get<HexRecord>(ParseHexLine(":00000001ff")).type, 1);
+
+    const HexRecord record = std::get<HexRecord>(ParseHexLine(":0312ab000A0bFF2A\r"));
+    EXPECT_EQ(record.address, "12ab");
+    EXPECT_EQ(record.data, "\x0A\x0B\xFF");
+    EXPECT_EQ(record.type, 0);
+    EXPECT_FALSE(record.checksum_holds);
+    EXPECT_TRUE(std::get<HexRecord>(ParseHexLine(":0312AB000A0BFF2C")).checksum_holds);
+}
+
+TEST(HexSummary, SumsUpAFileAndListsWhatIsOddAboutIt) {
+    SimulatedLineFiles files;
+    files.Files["good"] = ":020100000102FA\r\n:01FFFF00FF02\n:00000001FF\nanything\n";
+    files.Files["odd"] = ":020100000102FA\n"
+                         ":01010100AA53\n"   // address 0101 again
+                         ":01000000AA00\n"   // checksum
+                         ":020000040001F9\n" // another type, which starts at address 0 again
+                         ":02FFFF0001FE\n"   // too short
+                         ":02FFFF000102FD\n" // beyond FFFF
+                         "\n";
+    const HexSummary good = HexSummary::Read(*files.Open("good").file);
+    EXPECT_TRUE(good.Sound());
+    EXPECT_EQ(good.OddCount(), 0);
+    EXPECT_EQ(good.Records(), 2);
+    EXPECT_EQ(good.Bytes(), 3);
+    EXPECT_EQ(good.LowestAddress(), 0x0100);
+    EXPECT_EQ(good.HighestAddress(), 0xFFFF);
+
+    const HexSummary odd = HexSummary::Read(*files.Open("odd").file);
+    EXPECT_FALSE(odd.Sound());
+    std::vector<std::pair<long, HexTrouble>> found;
+    for (const OddHexLine& line : odd.OddLines())
+        found.emplace_back(line.line, line.trouble);
+    using enum HexTrouble;
+    EXPECT_EQ(found, (std::vector<std::pair<long, HexTrouble>>{{2, kOverwrites},
+                                                               {3, kWrongChecksum},
+                                                               {4, kOtherType},
+                                                               {4, kOverwrites},
+                                                               {5, kTruncated},
+                                                               {6, kWrapsAround},
+                                                               {7, kTooShort},
+                                                               {8, kNoEndRecord}}));
+}
+
+TEST(HexSummary, ListsNoMoreThanItsShareOfAFileFullOfFaults) {
+    SimulatedLineFiles files;
+    files.Files["noise"] = std::string(5000, '\n');
+    const HexSummary noise = HexSummary::Read(*files.Open("noise").file);
+    EXPECT_EQ(noise.OddLines().size(), HexSummary::kMostListed);
+    EXPECT_EQ(noise.OddCount(), 5001);
+}
+
+std::string Hex(std::string_view bytes) {
+    std::string text;
+    for (const char byte : bytes) {
+        char digits[3];
+        std::snprintf(digits, sizeof digits, "%02X", unsigned(std::uint8_t(byte)));
+        text += digits;
+    }
+    return text;
+}
+
+TEST(FirmwareFrames, AreAsTheLoaderWantsThem) {
+    EXPECT_EQ(Hex(CommandFrame(FirmwareCommand::kHandshake)), "5AA50008B001B716");
+    EXPECT_EQ(Hex(CommandFrame(FirmwareCommand::kB1)), "5AA50008B101B816");
+    EXPECT_EQ(Hex(CommandFrame(FirmwareCommand::kErase)), "5AA50008B201B916");
+
+    const HexRecord two{.address = "1aF0", .data = "\x01\xFE"};
+    EXPECT_EQ(Hex(DataFrame(two)), "5AA50010B300001AF0000201FE03CD16");
+    EXPECT_EQ(DataSum(two.data), 0x00FF);
+    const HexRecord none{.address = "0000", .data = ""};
+    EXPECT_EQ(Hex(DataFrame(none)), "5AA5000EB300000000000001C016");
+    const HexRecord most{.address = "FFFF", .data = std::string(115, '\xFF')};
+    EXPECT_EQ(DataFrame(most).size(), 129u);
+    EXPECT_EQ(Hex(DataFrame(most)).substr(0, 22), "5AA50081B30000FFFF0073");
+    EXPECT_EQ(DataSum(most.data), 115 * 255);
+    const HexRecord sixteen{.address = "0000", .data = std::string(16, '\0')};
+    EXPECT_EQ(Hex(DataFrame(sixteen)).size(), 60u);
+    EXPECT_EQ(Hex(DataFrame(sixteen)).substr(6, 2), "1E");
+}
+
+} // namespace
+} // namespace tarnex
