@@ -36,11 +36,16 @@ class Clock {
     virtual Duration Now() const = 0;
     // Local calendar time. May jump either way; never measure a wait with it.
     virtual CalendarTime Calendar() const = 0;
+    // The same moment for programs elsewhere, without time zones.
+    virtual std::chrono::system_clock::time_point WallNow() const = 0;
     // Runs fn once, delay from now (negative counts as 0), never before this function returns.
     // Calls due at one instant run in the order in which they were made.
     virtual CallId CallAfter(Duration delay, std::function<void()> fn) = 0;
     // The call does not run any more. Harmless after it has run.
     virtual void Cancel(CallId id) = 0;
+    // fn runs whenever handlers have run and no call is due for now: just before the loop sleeps.
+    // It costs no wake-up. One such function at a time; an empty one ends it.
+    virtual void BeforeSleep(std::function<void()> fn) = 0;
 };
 
 } // namespace tarnex

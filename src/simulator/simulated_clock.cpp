@@ -43,6 +43,8 @@ bool SimulatedClock::RunNext(Duration end) {
         return false;
     now_ = *due;
     calls_.TakeNext()();
+    if (before_sleep_ && calls_.NextDue().value_or(Duration::max()) > now_)
+        before_sleep_();
     return true;
 }
 

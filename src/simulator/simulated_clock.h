@@ -13,8 +13,13 @@ class SimulatedClock : public Clock {
 
     Duration Now() const override { return now_; }
     CalendarTime Calendar() const override;
+    // The calendar is that of UTC.
+    std::chrono::system_clock::time_point WallNow() const override {
+        return calendar_offset_ + now_;
+    }
     CallId CallAfter(Duration delay, std::function<void()> fn) override;
     void Cancel(CallId id) override { calls_.Remove(id); }
+    void BeforeSleep(std::function<void()> fn) override { before_sleep_ = std::move(fn); }
 
     // Runs every call that is due within duration, in order, and ends exactly that much later.
     void RunFor(Duration duration);
@@ -30,6 +35,7 @@ class SimulatedClock : public Clock {
     bool RunNext(Duration end);
 
     CallQueue calls_;
+    std::function<void()> before_sleep_;
     Duration now_{};
     std::chrono::sys_time<Duration> calendar_offset_; // calendar time at Now() == 0
 };

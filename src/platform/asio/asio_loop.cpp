@@ -39,6 +39,10 @@ CalendarTime AsioLoop::Calendar() const {
             .weekday = local.tm_wday};
 }
 
+std::chrono::system_clock::time_point AsioLoop::WallNow() const {
+    return std::chrono::system_clock::now();
+}
+
 CallId AsioLoop::CallAfter(Duration delay, std::function<void()> fn) {
     return calls_.Add(Now() + std::max(delay, Duration::zero()), std::move(fn));
 }
@@ -60,6 +64,8 @@ void AsioLoop::RunArrival() {
         core_->io.poll_one();
         return;
     }
+    if (before_sleep_)
+        before_sleep_();
     ArmWakeUp();
     now_.reset(); // whatever ends the sleep sees the time after it
     core_->io.run_one();

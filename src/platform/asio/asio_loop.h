@@ -27,8 +27,10 @@ class AsioLoop : public Clock, public SignalSource {
 
     Duration Now() const override;
     CalendarTime Calendar() const override;
+    std::chrono::system_clock::time_point WallNow() const override;
     CallId CallAfter(Duration delay, std::function<void()> fn) override;
     void Cancel(CallId id) override { calls_.Remove(id); }
+    void BeforeSleep(std::function<void()> fn) override { before_sleep_ = std::move(fn); }
 
     void OnSignal(int signal, std::function<void()> handler) override;
 
@@ -42,6 +44,7 @@ class AsioLoop : public Clock, public SignalSource {
 
     std::unique_ptr<Core> core_;
     CallQueue calls_;
+    std::function<void()> before_sleep_;
     std::chrono::steady_clock::time_point start_;
     mutable std::optional<Duration> now_; // as the present handler has seen it, if it asked
     bool stopped_ = false;
