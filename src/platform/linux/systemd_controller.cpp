@@ -1,6 +1,7 @@
 #include "platform/linux/systemd_controller.h"
 
 #include "platform/linux/command.h"
+#include "platform/linux/replace_file.h"
 #include "platform/linux/systemd_notify.h"
 #include "platform/linux/systemd_unit.h"
 
@@ -12,7 +13,6 @@
 #include <utility>
 
 #include <pwd.h>
-#include <sys/stat.h>
 #include <syslog.h>
 
 namespace tarnex {
@@ -52,20 +52,6 @@ std::optional<std::string> ReadFile(const std::string& path) {
     return std::ferror(file.get()) ? std::nullopt : std::optional(content);
 }
 
-// In one atomic step.
-bool ReplaceFile(const std::string& path, const std::string& content) {
-    const std::string successor = path + ".new";
-    File file(std::fopen(successor.c_str(), "wbe"));
-    const bool written =
-        file && std::fwrite(content.data(), 1, content.size(), file.get()) == content.size();
-    const bool closed = file && std::fclose(file.release()) == 0;
-    const bool replaced = written && closed && chmod(successor.c_str(), 0644) == 0 &&
-                          std::rename(successor.c_str(), path.c_str()) == 0;
-    if (!replaced)
-        std::remove(successor.c_str());
-    return replaced;
-}
-
 } // namespace
 
 SystemdController::SystemdController(Clock& clock, SignalSource& signals, SystemdPlaces places)
@@ -92,7 +78,7 @@ bool SystemdController::Install(bool) {
         return false;
     const auto before = ReadFile(unit_path_);
     const bool user_exists = getpwnam(kServiceUser) != nullptr;
-    if (!ReplaceFile(unit_path_, SystemdUnitText(executable.string(), user_exists)))
+    if (!ReplaceFile(unit_path_, SystemdUnitText(executable.string(), user_exists)).empty())
         return false;
     if (Systemctl({"daemon-reload"}) && Systemctl({"enable", kUnitName}))
         return true;
@@ -113,7 +99,7 @@ bool SystemdController::Uninstall() {
 
 void SystemdController::SaveParameter(std::string_view name, std::string_view value) {
     const auto unit = ReadFile(unit_path_);
-    if (unit && ReplaceFile(unit_path_, WithUnitParameter(*unit, name, value)))
+    if (unit && ReplaceFile(unit_path_, WithUnitParameter(*unit, name, value)).empty())
         Systemctl({"daemon-reload"});
 }
 

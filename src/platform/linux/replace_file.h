@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace tarnex {
+
+// Puts a new file with that content, readable by everybody, in the place of path in one step for
+// readers; path + ".new" is used on the way. "" when done, else what the system says stands in the
+// way; the old file is still there then. The content is not forced to the disk.
+std::string ReplaceFile(const std::string& path, std::string_view content);
+
+} // namespace tarnex
