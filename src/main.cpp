@@ -8,6 +8,7 @@
 #include "platform/linux/file_lock.h"
 #include "platform/linux/file_settings_store.h"
 #include "platform/linux/iconv_code_page.h"
+#include "platform/linux/status_file.h"
 #include "platform/linux/systemd_controller.h"
 #include "platform/sqlite/sqlite_log_table.h"
 #include "service/echo_line.h"
@@ -16,6 +17,8 @@
 
 #include <cstdio>
 #include <cstdlib>
+
+#include <unistd.h>
 
 namespace tarnex {
 namespace {
@@ -58,6 +61,7 @@ int Run(const std::string& command_line) {
     SqliteLogTable log;
     DiskLineFiles files;
     SystemdController controller(loop, loop);
+    StatusFile status(StatusFilePath());
     const char* lock_path = std::getenv("TARNEXCOMM_LOCK");
     FileInstanceLock lock = lock_path ? FileInstanceLock(lock_path) : FileInstanceLock();
     TarnexComm service(
@@ -74,7 +78,9 @@ int Run(const std::string& command_line) {
          .view = nullptr,
          .notice = Say,
          .echo = [](const std::string& list, const Text& line) { Print(EchoLine(list, line)); },
-         .end_process = [&loop] { loop.Stop(); }});
+         .end_process = [&loop] { loop.Stop(); },
+         .status = status.Possible() ? &status : nullptr,
+         .process_id = getpid()});
     service.Form_Load(command_line);
     loop.Run();
     return EXIT_SUCCESS;

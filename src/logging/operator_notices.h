@@ -3,6 +3,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace tarnex {
 
@@ -21,6 +22,15 @@ class OperatorNotices {
             return;
         last = trouble;
         sink_(trouble.empty() ? recovered : trouble);
+    }
+
+    // What is wrong now, in the order of the topics' names.
+    std::vector<std::string> Troubles() const {
+        std::vector<std::string> troubles;
+        for (const auto& [topic, trouble] : last_)
+            if (!trouble.empty())
+                troubles.push_back(trouble);
+        return troubles;
     }
 
   private:

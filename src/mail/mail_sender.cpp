@@ -206,6 +206,7 @@ void MailSender::Fail(const std::string& why, std::string_view advice) {
 
 MailStatus MailSender::Status() const {
     return {.queued = fifo_.Size(),
+            .in_flight = !ReadyForNext_,
             .step = static_cast<int>(SendStep_),
             .sent = sent_,
             .failed_attempts = failed_attempts_,

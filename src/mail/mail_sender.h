@@ -14,12 +14,14 @@ namespace tarnex {
 // What a status display shows of the mails.
 struct MailStatus {
     std::size_t queued = 0; // without the one in flight
+    bool in_flight = false; // a mail whose content the server was not given yet
     int step = 0;           // of the dialogue, as in SmtpStep
     unsigned long sent = 0; // mails whose content the server was given
     unsigned long failed_attempts = 0;
     unsigned long dropped = 0; // by a full queue
     bool failing = false;      // since the last attempt that failed no mail was confirmed
     std::string last_problem;  // UTF-8, one line; "" while there was none
+    friend bool operator==(const MailStatus&, const MailStatus&) = default;
 };
 
 // Mails queued texts, one at a time, through the SMTP server of the settings. A mail that the

@@ -85,6 +85,7 @@ void ControlLink::Bind(int index) {
 // ---- receiving
 
 void ControlLink::WinsockforClient_DataArrival(int index, const Datagram& datagram) {
+    ++links_[index].Received;
     const Text data = parts_.code_page.Decode(datagram.bytes);
     if (parts_.lists.DebugOn)
         parts_.lists.mList5Additem(u"Read" + ToText(index) + u":" + data);
@@ -145,9 +146,9 @@ void ControlLink::SendEnd() {
     SendToMonitors(u"tx-SMSEnd");
 }
 
-bool ControlLink::MaySendTo(int index) const {
-    return (index == 0 || parts_.settings.MultiLink) && parts_.settings.LinkEnabled[index] &&
-           links_[index].LinkState == Link::State::C;
+bool ControlLink::MaySendTo(int link) const {
+    return (link == 0 || parts_.settings.MultiLink) && parts_.settings.LinkEnabled[link] &&
+           links_[link].LinkState == Link::State::C;
 }
 
 void ControlLink::Broadcast(TextView label, TextView message) {
@@ -161,8 +162,10 @@ void ControlLink::Broadcast(TextView label, TextView message) {
 }
 
 void ControlLink::Send(int index, TextView message) {
-    if (sockets_[index]->Bound())
-        sockets_[index]->Send(*links_[index].Peer, parts_.code_page.Encode(message));
+    if (!sockets_[index]->Bound())
+        return;
+    sockets_[index]->Send(*links_[index].Peer, parts_.code_page.Encode(message));
+    ++links_[index].Sent;
 }
 
 // ---- heartbeat and losses

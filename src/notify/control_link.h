@@ -42,6 +42,8 @@ class ControlLink {
         Text LinkName;                    // what the monitoring program calls itself
         std::optional<Endpoint> Peer;     // where the last greeting came from
         std::optional<Duration> LastSign; // when the last greeting or heartbeat came
+        unsigned long Received = 0;       // datagrams since the start of the program
+        unsigned long Sent = 0;           // the same
     };
 
     // The parts must outlive the link. No port is open before Open().
@@ -60,6 +62,10 @@ class ControlLink {
     // Tells them that the service ends.
     void SendEnd();
 
+    // The port of the link is open.
+    bool Listening(int link) const { return sockets_[link]->Bound(); }
+    // What is sent to all goes to this link too: it is connected, and the settings let it through.
+    bool MaySendTo(int link) const;
     // Whether any monitoring program is connected.
     bool LinkCheck() const;
     // The links as they are, by number.
@@ -87,7 +93,6 @@ class ControlLink {
     void ConnectServiceLost_Timer();
 
     void Bind(int index);
-    bool MaySendTo(int index) const;
     void Broadcast(TextView label, TextView message);
     void Send(int index, TextView message);
     void DispatchLinkEvent(int index, TextView event);

@@ -13,11 +13,23 @@ Text NotifyChannels(const Settings& settings) {
     return {wanted(settings.SMSNotifyOn, u"SMS"), wanted(settings.EmailNotifyOn, u"Email")};
 }
 
+Text SmsRecipients(const Settings& settings) {
+    Text recipients;
+    if (settings.SwitchCheck42)
+        recipients += u'1';
+    if (settings.SwitchCheck43)
+        recipients += u'2';
+    return settings.AutoSearchOff ? Text() : recipients;
+}
+
 void Dispatcher::DispatchEvent(TextView record) {
     parts_.lists.mList1Additem(u"");
     parts_.codec.ParseEventRecord(record);
     const Text notification = parts_.codec.ComposeNotification();
-    const bool sms_ok = notification[0] == u'1' && SMSTimeAllowed();
+    const bool sms_wanted = notification[0] == u'1';
+    const bool sms_ok = sms_wanted && SMSTimeAllowed();
+    ++totals_.Events;
+    totals_.HeldByQuiet += sms_wanted && !sms_ok;
     const bool mail_ok = notification[1] == u'1';
     const Text text = notification.substr(2);
     if (mail_ok)
@@ -38,7 +50,7 @@ void Dispatcher::QueueMail(const Text& text) {
 }
 
 void Dispatcher::QueuePieces(const Text& text) {
-    const Text recipients = Recipients();
+    const Text recipients = SmsRecipients(parts_.settings);
     if (recipients.empty())
         return;
     const std::vector<Text> pieces = CutIntoPieces(text);
@@ -53,16 +65,6 @@ void Dispatcher::QueuePieces(const Text& text) {
         }
         queued += pieces.size() * recipients.size();
     }
-}
-
-Text Dispatcher::Recipients() const {
-    const Settings& settings = parts_.settings;
-    Text recipients;
-    if (settings.SwitchCheck42)
-        recipients += u'1';
-    if (settings.SwitchCheck43)
-        recipients += u'2';
-    return settings.AutoSearchOff ? Text() : recipients;
 }
 
 } // namespace tarnex

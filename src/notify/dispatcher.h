@@ -12,6 +12,9 @@ namespace tarnex {
 // Whether link events go out by SMS, and by mail: "1" or "0" for each.
 Text NotifyChannels(const Settings& settings);
 
+// The numbers that notifications go to by SMS: "1", "2", "12" or none.
+Text SmsRecipients(const Settings& settings);
+
 // Sends each event on the ways that its record and the settings ask for.
 class Dispatcher {
   public:
@@ -24,6 +27,12 @@ class Dispatcher {
         LogWriter& log;
         DebugLists& lists;
     };
+    // Since the start of the program.
+    struct Counts {
+        unsigned long Events = 0;      // dispatched
+        unsigned long HeldByQuiet = 0; // of those, not sent by SMS since it was quiet time
+        friend bool operator==(const Counts&, const Counts&) = default;
+    };
     // The parts must outlive the dispatcher.
     explicit Dispatcher(Parts parts) : parts_(parts) {}
 
@@ -31,13 +40,14 @@ class Dispatcher {
     void DispatchEvent(TextView record);
     // False during the weekly quiet time.
     bool SMSTimeAllowed() const;
+    const Counts& Totals() const { return totals_; }
 
   private:
     void QueueMail(const Text& text);
     void QueuePieces(const Text& text);
-    Text Recipients() const;
 
     Parts parts_;
+    Counts totals_;
 };
 
 } // namespace tarnex

@@ -8,7 +8,6 @@ constexpr Duration kSendPeriod = 8s;
 constexpr Duration kFirstSendDelay = 3s;
 constexpr Duration kCheckPeriod = 3s;
 constexpr int kSMSLostTime = 35; // s
-constexpr int kSendErrorLimit = 4;
 
 constexpr TextView kTestText = u"这是一条测试短信，用来检查短信能否正常发送，如果您收到了这条短信，"
                                u"说明短信发送一切正常，请勿回复。";

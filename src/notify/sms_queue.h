@@ -12,6 +12,8 @@ namespace tarnex {
 
 // The most entries that wait; a further one pushes the oldest out.
 inline constexpr std::size_t kSMSFifoSize = 200;
+// How often an entry is tried before it is given up.
+inline constexpr int kSendErrorLimit = 4;
 // What mGetSMSFifo returns from an empty queue.
 inline constexpr TextView kNoSMS = u"NoData";
 
@@ -49,6 +51,7 @@ class SMSQueue {
         unsigned long GivenUp = 0;        // entries dropped after too many attempts
         unsigned long PushedOut = 0;      // entries dropped by a full queue
         unsigned long DroppedByReset = 0; // entries that waited, or were being sent, at a reset
+        friend bool operator==(const Counts&, const Counts&) = default;
     };
 
     // The parts must outlive the queue.

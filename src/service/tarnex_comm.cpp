@@ -91,6 +91,21 @@ TarnexComm::TarnexComm(World world)
                    .mLblTarnexStatus = window_.mLblTarnexStatus,
                    .mText1 = window_.mText1,
                    .reset_unit_state = [this] { ResetUnitState(); }}),
+      status_({.clock = world_.clock,
+               .sink = world_.status,
+               .process_id = world_.process_id,
+               .ports = world_.serial_ports,
+               .settings_store = world_.settings_store,
+               .settings = settings_,
+               .unit = unit_,
+               .discovery = core_.discovery,
+               .link = link_,
+               .queue = queue_,
+               .mail = mail_,
+               .dispatcher = dispatcher_,
+               .log = log_,
+               .lists = lists_,
+               .notices = notices_}),
       AutoReloadSettingsTimer_(world_.clock, "AutoReloadSettingsTimer", kReloadPeriod,
                                [this] { LoadSettings(); }),
       Timer1_(world_.clock, "Timer1", kStatusPeriod,
@@ -134,6 +149,7 @@ void TarnexComm::Form_Load(const std::string& command_line) {
     AutoReloadSettingsTimer_.Enable();
     link_.Open();
     ResetUnitState();
+    status_.Start();
     world_.controller.ReportReady();
 }
 
@@ -277,6 +293,7 @@ void TarnexComm::EndProcess() {
     StopAllTimers();
     AutoReloadSettingsTimer_.Stop();
     Timer1_.Stop();
+    status_.Stop();
     // From the loop, since a handler that waits half-way may stand on the stack now.
     end_ = world_.clock.CallAfter(0ms, [this] {
         stoppable_.CancelHandlers();

@@ -6,6 +6,7 @@
 #include "platform/service_controller.h"
 #include "platform/view.h"
 #include "service/main_window.h"
+#include "service/status_report.h"
 #include "service/unit_sms_sender.h"
 #include "supervision/connection_supervision.h"
 #include "supervision/supervision_cycle.h"
@@ -31,6 +32,8 @@ class TarnexComm {
         OperatorNotices::Sink notice;      // for what an operator must act on
         DebugLists::Echo echo;             // for every list line; may be empty
         std::function<void()> end_process; // ends the loop; the process exits with status 0
+        StatusSink* status = nullptr;      // nullptr: nobody is told of the state
+        long process_id = 0;               // told with it
     };
     explicit TarnexComm(World world);
     ~TarnexComm();
@@ -84,6 +87,7 @@ class TarnexComm {
     ControlLink link_;
     SupervisionCycle cycle_;
     ConnectionSupervision connection_;
+    StatusReport status_;
     Timer AutoReloadSettingsTimer_;
     Timer Timer1_;
     TimerList stoppable_; // what the button "Stop" stops

@@ -4,6 +4,7 @@
 #include "platform/log_table.h"
 #include "platform/service_controller.h"
 #include "platform/settings_store.h"
+#include "platform/status_sink.h"
 
 #include <map>
 #include <string>
@@ -140,6 +141,22 @@ class SimulatedInstanceLock : public InstanceLock {
 
     bool HeldByAnother = false;
     int Kills = 0;
+};
+
+// What the service tells of its state.
+class SimulatedStatusSink : public StatusSink {
+  public:
+    std::string Replace(const std::string& text) override {
+        ++Writes;
+        if (Problem.empty())
+            Text = text;
+        return Problem;
+    }
+    void Remove() override { Text.clear(); }
+
+    std::string Problem; // not "": every write fails with it
+    std::string Text;    // "" when there is none
+    int Writes = 0;
 };
 
 } // namespace tarnex

@@ -38,7 +38,9 @@ struct SystemInMemory {
                               .view = nullptr,
                               .notice = [this](const std::string& line) { said.push_back(line); },
                               .echo = nullptr,
-                              .end_process = [this] { ended_at = clock.Now(); }});
+                              .end_process = [this] { ended_at = clock.Now(); },
+                              .status = status,
+                              .process_id = 4711});
         service->Form_Load(command_line);
     }
 
@@ -48,7 +50,8 @@ struct SystemInMemory {
     SimulatedNetwork network{clock};
     SimulatedTcpNetwork tcp{clock};
     SimulatedLogTable log;
-    LogTable* log_table = &log; // or another one, before the service starts
+    LogTable* log_table = &log;   // or another one, before the service starts
+    StatusSink* status = nullptr; // where the service tells of its state; before it starts
     SimulatedSettingsStore store;
     SimulatedLineFiles files;
     IconvCodePage code_page;

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+namespace tarnex {
+
+// Where the service leaves a text about its state for other programs to read.
+class StatusSink {
+  public:
+    virtual ~StatusSink() = default;
+    // Puts text in place of the last one, in one step for readers. "" when that is done, else what
+    // stands in the way, in words for an operator; readers have the last text then, or none.
+    virtual std::string Replace(const std::string& text) = 0;
+    // The service ends: takes the text away.
+    virtual void Remove() = 0;
+};
+
+} // namespace tarnex

@@ -1,0 +1,109 @@
+#include "service/status_report.h"
+
+namespace tarnex {
+
+namespace {
+
+constexpr Duration kShortestPause = 1s; // between two texts
+
+} // namespace
+
+void StatusReport::Start() {
+    if (!parts_.sink)
+        return;
+    started_ = true;
+    parts_.clock.BeforeSleep([this] { Look(); });
+}
+
+void StatusReport::Stop() {
+    if (!started_)
+        return;
+    started_ = false;
+    parts_.clock.BeforeSleep(nullptr);
+    parts_.clock.Cancel(call_);
+    parts_.sink->Remove();
+}
+
+void StatusReport::Look() {
+    if (call_pending_)
+        return;
+    const ServiceStatus status = Collect();
+    const bool changed = !written_ || status.state != written_->state;
+    const bool traffic_changed = !written_ || status.traffic != written_->traffic;
+    if (Due() && (changed || traffic_changed)) {
+        Write(status);
+    } else if (changed) {
+        // Traffic alone waits for whatever wakes the loop next.
+        call_pending_ = true;
+        call_ = parts_.clock.CallAfter(next_write_ - parts_.clock.Now(),
+                                       [this] { call_pending_ = false; });
+    }
+}
+
+void StatusReport::Write(const ServiceStatus& status) {
+    next_write_ = parts_.clock.Now() + kShortestPause;
+    written_ = status;
+    const std::string problem =
+        parts_.sink->Replace(StatusText(status, {.process_id = parts_.process_id,
+                                                 .settings_file = parts_.settings_store.Name(),
+                                                 .now = parts_.clock.Now(),
+                                                 .wall_now = parts_.clock.WallNow()}));
+    parts_.notices.Report("status file", problem, "The status file can be written again.");
+}
+
+ServiceStatus StatusReport::Collect() const {
+    ServiceStatus status{.state = {.debug = parts_.lists.DebugOn,
+                                   .unit = CollectUnit(),
+                                   .links = {},
+                                   .sms = {.queued = parts_.queue.Length(),
+                                           .held = parts_.queue.HeldEntry(),
+                                           .attempt = parts_.queue.Attempt(),
+                                           .last_result = parts_.queue.LastResult(),
+                                           .counts = parts_.queue.Totals()},
+                                   .mail = parts_.mail.Status(),
+                                   .events = parts_.dispatcher.Totals(),
+                                   .log_path = parts_.settings.LogPath,
+                                   .lost_rows = parts_.log.LostRows(),
+                                   .troubles = parts_.notices.Troubles()},
+                         .traffic = {}};
+    for (int i = 0; i < ControlLink::kLinks; ++i) {
+        const ControlLink::Link& link = parts_.link.Links()[i];
+        status.state.links[i] = {.listening = parts_.link.Listening(i),
+                                 .connected = link.LinkState == ControlLink::Link::State::C,
+                                 .sent_to = parts_.link.MaySendTo(i),
+                                 .name = link.LinkName,
+                                 .peer = link.Peer};
+        status.traffic[i] = {
+            .last_sign = link.LastSign, .received = link.Received, .sent = link.Sent};
+    }
+    return status;
+}
+
+ServiceStatus::Unit StatusReport::CollectUnit() const {
+    const int port = parts_.discovery.ConnectStatus();
+    const UnitPhase phase = Phase();
+    const bool same_phase = written_ && written_->state.unit.phase == phase;
+    const UnitState& unit = parts_.unit;
+    return {.phase = phase,
+            .since = same_phase ? written_->state.unit.since : parts_.clock.Now(),
+            .port = port,
+            .device = port != 0 ? parts_.ports.DeviceName(port) : "",
+            .signal = unit.UnitConnected ? unit.UnitSignalValue : -1,
+            .level = unit.UnitSignalLevel,
+            .version = unit.UnitVersion,
+            .serial = unit.UnitSerial,
+            .steps = unit.UnitInitFlags.substr(0, kNoUnitInitFlags.size()),
+            .restarts = unit.Losses - 1}; // the start itself is the first
+}
+
+UnitPhase StatusReport::Phase() const {
+    if (parts_.unit.UnitReady)
+        return UnitPhase::kReady;
+    if (parts_.unit.UnitConnected)
+        return UnitPhase::kSettingUp;
+    if (parts_.settings.AutoSearchOff)
+        return UnitPhase::kOff;
+    return parts_.discovery.ConnectStatus() != 0 ? UnitPhase::kGreeting : UnitPhase::kSearching;
+}
+
+} // namespace tarnex

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "device/tarnex_core.h"
+#include "logging/log_writer.h"
+#include "platform/status_sink.h"
+#include "service/service_status.h"
+
+namespace tarnex {
+
+// Keeps a text about the state of the service up to date for other programs. Looks for changes
+// whenever the loop is about to sleep, so that no part has to tell of its own, and never wakes the
+// loop while nothing changes.
+class StatusReport {
+  public:
+    struct Parts {
+        Clock& clock;
+        StatusSink* sink; // nullptr: nobody wants to know
+        long process_id;
+        SerialPorts& ports;
+        SettingsStore& settings_store;
+        const Settings& settings;
+        const UnitState& unit;
+        const Discovery& discovery;
+        const ControlLink& link;
+        const SMSQueue& queue;
+        const MailSender& mail;
+        const Dispatcher& dispatcher;
+        const LogWriter& log;
+        const DebugLists& lists;
+        OperatorNotices& notices;
+    };
+    // The parts must outlive the report.
+    explicit StatusReport(Parts parts) : parts_(std::move(parts)) {}
+    StatusReport(const StatusReport&) = delete;
+    StatusReport& operator=(const StatusReport&) = delete;
+    ~StatusReport() { Stop(); }
+
+    // From now on the text is there.
+    void Start();
+    // Takes the text away. Harmless before Start() and a second time.
+    void Stop();
+
+  private:
+    void Look();
+    bool Due() const { return parts_.clock.Now() >= next_write_; }
+    void Write(const ServiceStatus& status);
+    ServiceStatus Collect() const;
+    ServiceStatus::Unit CollectUnit() const;
+    UnitPhase Phase() const;
+
+    Parts parts_;
+    bool started_ = false;
+    std::optional<ServiceStatus> written_;
+    Duration next_write_{};
+    bool call_pending_ = false;
+    CallId call_;
+};
+
+} // namespace tarnex

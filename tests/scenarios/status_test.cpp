@@ -1,0 +1,121 @@
+#include "tests/scenarios/system_fixture.h"
+
+#include <nlohmann/json.hpp>
+
+namespace tarnex {
+namespace {
+
+using nlohmann::json;
+
+class StatusText : public SystemTest {
+  protected:
+    StatusText() { status = &sink; }
+    ~StatusText() override { service.reset(); } // before the sink
+    json Now() const { return json::parse(sink.Text); }
+
+    SimulatedStatusSink sink;
+};
+
+TEST_F(StatusText, TellsHowFarTheServiceIsWithTheUnit) {
+    StartServiceAndMonitor();
+    std::vector<std::string> phases;
+    clock.RunUntil(
+        [&] {
+            if (!sink.Text.empty() && (phases.empty() || phases.back() != Now()["unit"]["state"]))
+                phases.push_back(Now()["unit"]["state"]);
+            return false;
+        },
+        1min);
+    EXPECT_EQ(phases, (std::vector<std::string>{"searching", "greeting", "setting-up", "ready"}));
+    const json unit = Now()["unit"];
+    EXPECT_EQ(unit["port"], 3);
+    EXPECT_EQ(unit["device"], "COM3");
+    EXPECT_EQ(unit["signal"], 20);
+    EXPECT_EQ(unit["version"], "TARNEX-SIM 1.0");
+    EXPECT_EQ(unit["steps"], "11111111111");
+    EXPECT_EQ(unit["restarts"], 0);
+    EXPECT_EQ(Now()["pid"], 4711);
+
+    this->unit.Boot();
+    ASSERT_TRUE(clock.RunUntil([&] { return Now()["unit"]["state"] == "searching"; }, 1min));
+    EXPECT_EQ(Now()["unit"]["signal"], nullptr);
+    EXPECT_EQ(Now()["unit"]["restarts"], 1);
+}
+
+TEST_F(StatusText, FollowsLinksAndNotifications) {
+    StartToReady();
+    unit.Outcome = SmsOutcome::kFailed;
+    monitor.SendEvent({.service = 3, .state = 1, .by_mail = false, .memo = u"98%"});
+    clock.RunFor(20s);
+    const json now = Now();
+    const json link = now["links"][0];
+    EXPECT_TRUE(link["connected"] && link["sent_to"] && link["listening"]);
+    EXPECT_EQ(link["name"], "WebMon");
+    EXPECT_FALSE(now["links"][1]["connected"]);
+    EXPECT_EQ(now["links"][1]["last_heartbeat_at"], nullptr);
+    EXPECT_EQ(now["sms"]["held"]["to_number"], "1");
+    EXPECT_EQ(now["sms"]["held"]["text"],
+              "设备1\"98%\"的CPU负荷异常。回复：1901重启设备，1902关闭设备。");
+    EXPECT_EQ(now["sms"]["held"]["attempt"], 2);
+    EXPECT_EQ(now["sms"]["last_result"], "SendFail");
+    EXPECT_EQ(now["sms"]["attempts_failed"], 1);
+    EXPECT_EQ(now["events"]["dispatched"], 2); // the greeting is one
+}
+
+TEST_F(StatusText, KeepsHeartbeatTimesFresh) {
+    StartToReady();
+    clock.RunFor(10min);
+    const auto seconds = [](const json& time) { return time.get<long long>(); };
+    const auto now = std::chrono::floor<std::chrono::seconds>(clock.WallNow());
+    const long long last = seconds(Now()["links"][0]["last_heartbeat_at"]);
+    EXPECT_LE(now.time_since_epoch().count() - last, 15);
+    EXPECT_EQ(seconds(Now()["started_at"]), 1714982400); // 2024-05-06 08:00:00
+}
+
+TEST_F(StatusText, IsWrittenOnceASecondAtMostAndNeverForNothing) {
+    StartService();
+    ASSERT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 1min));
+    clock.RunFor(10s);
+    int before = sink.Writes;
+    clock.RunFor(1h);
+    EXPECT_EQ(sink.Writes, before);
+
+    ASSERT_EQ(monitor.Start(), "");
+    clock.RunFor(2s);
+    before = sink.Writes;
+    for (int i = 0; i < 50; ++i) {
+        monitor.SendEvent({.service = 3, .state = 1});
+        clock.RunFor(100ms);
+    }
+    EXPECT_LE(sink.Writes - before, 6);
+    clock.RunFor(1s); // the last change is not left out
+    EXPECT_EQ(Now()["events"]["dispatched"], 51);
+}
+
+TEST_F(StatusText, NeverHarmsTheService) {
+    sink.Problem = "The status file cannot be written.";
+    StartToReady();
+    EXPECT_EQ(std::ranges::count(said, sink.Problem), 1);
+    sink.Problem.clear();
+    unit.Boot();
+    clock.RunFor(20s);
+    EXPECT_EQ(std::ranges::count(said, "The status file can be written again."), 1);
+    EXPECT_TRUE(Now()["troubles"].empty()) << Now()["troubles"];
+}
+
+TEST_F(StatusText, EndsWithTheServiceAndLeavesThatOfAnotherInstanceAlone) {
+    StartToReady();
+    service->Form_Unload();
+    clock.RunFor(1s);
+    EXPECT_EQ(sink.Text, "");
+
+    service.reset();
+    sink.Text = "of the other instance";
+    lock.HeldByAnother = true;
+    StartService();
+    clock.RunFor(1min);
+    EXPECT_EQ(sink.Text, "of the other instance");
+}
+
+} // namespace
+} // namespace tarnex
