@@ -78,6 +78,12 @@ class FirmwareLink {
 
     // The receive event belongs to the exchange with the loader.
     bool FirmMode() const { return firm_mode_; }
+    // The update has begun to erase and is not finished: broken off now, it leaves a unit that does
+    // not work.
+    bool ProgramIncomplete() const {
+        return firm_mode_ &&
+               (progress_.step == FlashStep::kErase || progress_.step == FlashStep::kWrite);
+    }
     // The port's receive event in firmware mode.
     void OnComm();
     // Further bytes wait at the port.

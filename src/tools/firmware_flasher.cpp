@@ -1,0 +1,152 @@
+#include "tools/firmware_flasher.h"
+
+#include "platform/calendar_text.h"
+#include "tools/flash_report.h"
+#include "tools/unit_identity.h"
+
+namespace tarnex {
+
+namespace {
+
+constexpr Duration kAddressPeriod = 100ms;
+constexpr TextView kOpen = u"打　开";
+constexpr TextView kConnect = u"连　接";
+constexpr TextView kDisconnect = u"断　开";
+
+} // namespace
+
+FirmwareFlasher::FirmwareFlasher(const ToolWorld& world, Text version)
+    : ToolForm("FirmwareFlasher", u"(c)Firmware Flasher", world),
+      GetAddrTimer(world.clock, "GetAddrTimer", kAddressPeriod,
+                   [this] { Text1.SetValue(link_.core.firmware.HEXWriteAddr()); }),
+      version_(std::move(version)), link_(world, nowhere_, nowhere_, [this] { HardwareLost(); }) {
+    timers_.Add(GetAddrTimer);
+    Command1.OnClick([this] { Command1_Click(); });
+    Command41.OnClick([this] { Start(Upgrade()); });
+    Command6.OnClick([this] { Command6_Click(); });
+    link_.core.firmware.SetDisplay(
+        {.List1Additem = [this](const Text& line) { List1Additem(line); },
+         .show_address = [this] { Text1.SetVisible(true); }});
+    AskBeforeEnd([this] { return link_.core.firmware.ProgramIncomplete(); },
+                 [this] { List1Additem(Text(kCloseWarning)); });
+}
+
+void FirmwareFlasher::Form_Load() {
+    if (!OnlyCopy())
+        return;
+    Text1.SetValue(u"");
+    Text1.SetVisible(false);
+    Command41.SetEnabled(false);
+    Command1.SetEnabled(true);
+    Command6.SetEnabled(true);
+    link_.core.Init();
+    List1Additem(u"Tarnex Firmware 升级程序");
+    List1Additem(Text(kLogRule));
+    List1Additem(u"请确保Tarnex处于Ready状态");
+    List1Additem(u"升级需要3分钟，升级开始后不可中断。");
+    List1Additem(u"");
+    SetCaption(Caption() + u"  v" + version_);
+    SetVisible(true);
+}
+
+void FirmwareFlasher::List1Additem(const Text& text) {
+    List1.Add(TimeText(world_.clock.Calendar()) + u":  " + text);
+}
+
+void FirmwareFlasher::Command1_Click() {
+    if (Command1.Caption() == kOpen)
+        ChooseFile();
+    else if (Command1.Caption() == kConnect)
+        Start(Connect());
+    else
+        Disconnect();
+}
+
+void FirmwareFlasher::ChooseFile() {
+    Command1.SetEnabled(false);
+    world_.file_dialog.Show(u"*.hex|*.HEX", [this](const std::string& path) { FileChosen(path); });
+}
+
+void FirmwareFlasher::FileChosen(const std::string& path) {
+    Command1.SetEnabled(true);
+    if (path.empty())
+        return;
+    hex_file_ = path;
+    List1Additem(FromUtf8(path));
+    Command1.SetCaption(Text(kConnect));
+}
+
+Task<> FirmwareFlasher::Connect() {
+    Command1.SetEnabled(false);
+    List1Additem(u"正在连接Tarnex.");
+    Discovery& discovery = link_.core.discovery;
+    co_await discovery.Connect(Discovery::Ports::kAll);
+    discovery.ConnectClose();
+    const int port = co_await discovery.Connect(Discovery::Ports::kAll);
+    if (port != 0) {
+        List1Additem(u"已在Com" + ToText(port) + u"成功连接Tarnex.");
+        List1Additem(u"可以开始更新Firmware!");
+        Command1.SetEnabled(true);
+        Command41.SetEnabled(true);
+        Command1.SetCaption(Text(kDisconnect));
+    } else {
+        List1Additem(u"无法连接Tarnex.");
+        Command1.SetEnabled(true);
+        Command6.SetEnabled(true);
+    }
+}
+
+void FirmwareFlasher::Disconnect() {
+    Command1.SetEnabled(false);
+    link_.core.discovery.ConnectClose();
+    List1Additem(u"已经断开Tarnex.");
+    List1Additem(Text(kLogRule));
+    Command1.SetCaption(Text(kConnect));
+    Command1.SetEnabled(true);
+    Command6.SetEnabled(true);
+    Command41.SetEnabled(false);
+}
+
+Task<> FirmwareFlasher::Upgrade() {
+    Command1.SetEnabled(false);
+    Command6.SetEnabled(false);
+    Command41.SetEnabled(false);
+    TarnexCore& core = link_.core;
+    co_await core.discovery.HelloTarnex(); // whatever it answers, the upgrade goes on
+    const std::function<void(const Text&)> add = [this](const Text& line) { List1Additem(line); };
+    co_await ListIdentity(core.commands, false, add);
+    List1Additem(Text(kLogRule));
+    List1Additem(u"正在升级Firmware,请等待.");
+    List1Additem(u"");
+    co_await core.commands.RESET_NOBACK();
+    const int port = core.discovery.ConnectClose();
+    GetAddrTimer.Enable();
+    const bool upgraded = co_await core.firmware.FirmwareFlash(port, hex_file_);
+    if (upgraded) {
+        List1Additem(u"升级成功!");
+        Disconnect();
+        GetAddrTimer.Disable();
+        Text1.SetVisible(false);
+    } else {
+        List1Additem(u"升级失败!");
+        for (const Text& line : FailureInChinese(core.firmware.Progress()))
+            List1Additem(line);
+        Command6.SetEnabled(true);
+    }
+}
+
+void FirmwareFlasher::Command6_Click() {
+    if (link_.core.discovery.ConnectStatus() != 0)
+        link_.core.discovery.ConnectClose();
+    Form_Unload();
+}
+
+// A pulled adapter disconnects as the button does; the upgrade tells it in its own way.
+void FirmwareFlasher::HardwareLost() {
+    if (Busy())
+        link_.core.discovery.ConnectClose();
+    else
+        Disconnect();
+}
+
+} // namespace tarnex

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "tools/tool_form.h"
+
+namespace tarnex {
+
+// The operator's window for loading new firmware into the unit from a HEX file: choose the file,
+// connect, upgrade.
+class FirmwareFlasher : public ToolForm {
+  public:
+    // version: the program's, "1.0.327".
+    FirmwareFlasher(const ToolWorld& world, Text version);
+
+    // Shows the window, or ends the program where another copy of it runs.
+    void Form_Load();
+    // Adds a line with the time in front.
+    void List1Additem(const Text& text);
+
+    Button Command1{*this, "Command1", u"打　开"}; // its caption is the tool's state
+    Button Command41{*this, "Command41", u"升　级"};
+    Button Command6{*this, "Command6", u"退　出"};
+    ListBox List1{*this, "List1"};
+    TextBox Text1{*this, "Text1"}; // the address being written
+
+    Timer GetAddrTimer;
+
+  private:
+    void Command1_Click();
+    void ChooseFile();
+    void FileChosen(const std::string& path);
+    Task<> Connect();
+    void Disconnect();
+    Task<> Upgrade();
+    void Command6_Click();
+    void HardwareLost();
+
+    Text version_;
+    std::string hex_file_; // "" until one is chosen
+    Form hidden_{"hidden", u""};
+    ListBox nowhere_{hidden_, "nowhere"};
+    ToolLink link_;
+};
+
+} // namespace tarnex

@@ -1,0 +1,63 @@
+#include "tools/tool_form.h"
+
+namespace tarnex {
+
+ToolLink::ToolLink(const ToolWorld& world, ListBox& debug, ListBox& traffic,
+                   std::function<void()> lost)
+    : ini(world.settings_store, world.code_page), notices(world.notice),
+      lists({debug, traffic, debug, debug, debug, debug, debug}),
+      core({.clock = world.clock,
+            .ports = world.serial_ports,
+            .files = world.files,
+            .code_page = world.code_page,
+            .ini = ini,
+            .lists = lists,
+            .notices = notices,
+            .hardware_lost = std::move(lost)}) {}
+
+ToolForm::ToolForm(std::string name, Text caption, const ToolWorld& world)
+    : Form(std::move(name), std::move(caption)), world_(world) {
+    OnClose([this] { Form_Unload(); });
+}
+
+bool ToolForm::OnlyCopy() {
+    const bool only = world_.instance_lock.Acquire();
+    if (!only)
+        EndProcess();
+    return only;
+}
+
+void ToolForm::Start(Task<> procedure) {
+    procedure_ = std::move(procedure);
+    procedure_.Start();
+}
+
+void ToolForm::AskBeforeEnd(std::function<bool()> risky, std::function<void()> warn) {
+    risky_ = std::move(risky);
+    warn_ = std::move(warn);
+}
+
+void ToolForm::Form_Unload() {
+    if (risky_() && !warned_) {
+        warned_ = true;
+        warn_();
+        return;
+    }
+    SetVisible(false);
+    world_.file_dialog.Withdraw();
+    EndProcess();
+}
+
+void ToolForm::EndProcess() {
+    if (ended_)
+        return;
+    ended_ = true;
+    timers_.StopAll();
+    // From the loop, since the procedure may stand on the stack now.
+    end_ = world_.clock.CallAfter(0ms, [this] {
+        procedure_ = Task<>();
+        world_.end_process();
+    });
+}
+
+} // namespace tarnex

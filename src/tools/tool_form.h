@@ -1,0 +1,68 @@
+#pragma once
+
+#include "device/tarnex_core.h"
+#include "platform/service_controller.h"
+#include "ui/file_dialog.h"
+#include "ui/form.h"
+
+namespace tarnex {
+
+// The world that a service tool works in; everything must outlive the tool.
+struct ToolWorld {
+    Clock& clock;
+    SerialPorts& serial_ports;
+    LineFiles& files;
+    SettingsStore& settings_store;
+    const CodePage& code_page;
+    InstanceLock& instance_lock;
+    FileDialog& file_dialog;
+    OperatorNotices::Sink notice;      // for what an operator must act on
+    std::function<void()> end_process; // ends the loop; the process exits with status 0
+};
+
+// The device link of a service tool, with what it needs around it.
+struct ToolLink {
+    // debug, traffic: where the link's own lines go while lists.DebugOn is set. lost: the hardware
+    // behind the open port went away, outside a search and an update.
+    ToolLink(const ToolWorld& world, ListBox& debug, ListBox& traffic, std::function<void()> lost);
+
+    MyIniFile ini;
+    OperatorNotices notices;
+    DebugLists lists;
+    TarnexCore core;
+};
+
+// The window of a service tool: runs its procedures one at a time, and the program ends with it.
+class ToolForm : public Form {
+  public:
+    // Closes the window and ends the program, and with it a command that waits. While the unit's
+    // program is incomplete, only a second call does that; the first one is answered by Warn.
+    void Form_Unload();
+
+  protected:
+    ToolForm(std::string name, Text caption, const ToolWorld& world);
+    ~ToolForm() { world_.clock.Cancel(end_); }
+
+    // False when another copy of the program runs: this one ends then.
+    bool OnlyCopy();
+    // Runs a procedure that may wait; the one before must be at its end.
+    void Start(Task<> procedure);
+    bool Busy() const { return procedure_.Running(); }
+    // What stands in the way of ending now, and how it is told. Set before the window opens.
+    void AskBeforeEnd(std::function<bool()> risky, std::function<void()> warn);
+
+    const ToolWorld world_;
+    TimerList timers_;
+
+  private:
+    void EndProcess();
+
+    Task<> procedure_;
+    std::function<bool()> risky_ = [] { return false; };
+    std::function<void()> warn_ = [] {};
+    bool warned_ = false;
+    bool ended_ = false;
+    CallId end_;
+};
+
+} // namespace tarnex
