@@ -5,7 +5,7 @@ namespace tarnex {
 AnswerWait::AnswerWait(Clock& clock)
     : ComTimer(clock, "ComTimer", 0ms,
                [this] {
-                   TimedOut = true;
+                   TimedOut_ = true;
                    ComTimer.Disable();
                    changed_.Notify();
                }),
@@ -44,21 +44,21 @@ void AnswerWait::EndWaits() {
 bool AnswerWait::AnswerTimeout(std::chrono::seconds limit) {
     if (limit == 0s) {
         ComTimer.Disable();
-        TimerRunning = false;
+        TimerRunning_ = false;
         changed_.Notify(); // whoever still waits arms it again
         return false;
     }
-    if (!TimerRunning) {
-        TimerRunning = true;
-        TimedOut = false;
+    if (!TimerRunning_) {
+        TimerRunning_ = true;
+        TimedOut_ = false;
         ComTimer.Disable();
         ComTimer.SetInterval(limit);
         ComTimer.Enable();
         return false;
     }
-    if (!TimedOut)
+    if (!TimedOut_)
         return false;
-    TimerRunning = false;
+    TimerRunning_ = false;
     return true;
 }
 

@@ -36,8 +36,8 @@ class AnswerWait {
     bool AnswerTimeout(std::chrono::seconds limit);
 
     Text answer_;
-    bool TimedOut = false;
-    bool TimerRunning = false;
+    bool TimedOut_ = false;
+    bool TimerRunning_ = false;
     std::list<Pending*> pending_;
     Signal changed_;
 };

@@ -25,12 +25,12 @@ ResponseReader::ResponseReader(Parts parts)
 void ResponseReader::Init() {
     TarnexLostTimer.Disable();
     TarnexLostTimer.SetInterval(kLostAfter);
-    StateFifo.Clear();
+    StateFifo_.Clear();
     newest_is_unread_no_card_ = false;
-    SMSFifo.Clear();
+    SMSFifo_.Clear();
     parts_.rx_buffer.Clear();
     receiving_ = Task<>();
-    RxBusy = false;
+    RxBusy_ = false;
     parts_.answer.SetAnswer(u"");
 }
 
@@ -39,9 +39,9 @@ void ResponseReader::MSComm1_OnComm() {
         parts_.firmware.OnComm();
         return;
     }
-    if (RxBusy)
+    if (RxBusy_)
         return;
-    RxBusy = true;
+    RxBusy_ = true;
     receiving_ = Receive();
     receiving_.Start();
 }
@@ -50,7 +50,7 @@ Task<> ResponseReader::Receive() {
     co_await Sleep(parts_.clock, kSettle);
     if (!parts_.firmware.FirmMode())
         TakeInput();
-    RxBusy = false;
+    RxBusy_ = false;
     parts_.port.RaiseIfWaiting();
 }
 
@@ -74,7 +74,7 @@ void ResponseReader::TakeInput() {
 }
 
 void ResponseReader::DrainBacklog() {
-    if (RxBusy || parts_.firmware.FirmMode())
+    if (RxBusy_ || parts_.firmware.FirmMode())
         return;
     parts_.port.SetRThreshold(0);
     if (!parts_.rx_buffer.HasLine()) {
@@ -89,7 +89,7 @@ void ResponseReader::DrainBacklog() {
 }
 
 void ResponseReader::ProcessFirstLine() {
-    parts_.trace.DebugAdd(u"0d0a位置:", ToText(parts_.rx_buffer.LineEnd()));
+    parts_.trace.DebugAdd(u"0d0a位置:", ToText(static_cast<long long>(parts_.rx_buffer.LineEnd())));
     const Text line = parts_.rx_buffer.TakeLine();
     parts_.trace.DebugAdd(u"剩余字符串:", parts_.rx_buffer.Waiting());
     parts_.trace.DebugAdd(u"---------------输出字符串:", line);
@@ -121,7 +121,7 @@ void ResponseReader::ProcessLine(const Text& line) {
         PushState(classified.state_word);
         break;
     case UnitEvent::kReceivedSMS:
-        SMSFifo.Push(line);
+        SMSFifo_.Push(line);
         break;
     }
     parts_.answer.SetAnswer(u""); // an event never passes as an answer
@@ -140,21 +140,21 @@ void ResponseReader::PushState(TextView word) {
     const bool no_card = word == u"NoCard";
     if (no_card && newest_is_unread_no_card_)
         return;
-    StateFifo.Push(Text(word));
+    StateFifo_.Push(Text(word));
     newest_is_unread_no_card_ = no_card;
 }
 
 Text ResponseReader::GetComFifo() {
-    if (StateFifo.Empty())
+    if (StateFifo_.Empty())
         return Text(kNoData);
-    Text word = StateFifo.Pop();
-    if (StateFifo.Empty())
+    Text word = StateFifo_.Pop();
+    if (StateFifo_.Empty())
         newest_is_unread_no_card_ = false;
     return word;
 }
 
 Text ResponseReader::GetSMSFifo() {
-    return SMSFifo.Empty() ? Text(kNoData) : SMSFifo.Pop();
+    return SMSFifo_.Empty() ? Text(kNoData) : SMSFifo_.Pop();
 }
 
 } // namespace tarnex

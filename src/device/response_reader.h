@@ -57,11 +57,11 @@ class ResponseReader {
     void PushState(TextView word);
 
     Parts parts_;
-    bool RxBusy = false;
+    bool RxBusy_ = false;
     Task<> receiving_;
-    RingFifo<31> StateFifo;
+    RingFifo<31> StateFifo_;
     bool newest_is_unread_no_card_ = false;
-    RingFifo<11> SMSFifo;
+    RingFifo<11> SMSFifo_;
 };
 
 } // namespace tarnex

@@ -17,52 +17,52 @@ SMSModem::SMSModem(Clock& clock, CommandSet& commands, ResponseReader& reader, D
 
 void SMSModem::Init() {
     SMSTimer.Disable(); // a send that is forgotten here must not time out the next one
-    SMSBusy = false;
-    SMSResult.clear();
-    SMSLostTime = kDefaultLostTime;
+    SMSBusy_ = false;
+    SMSResult_.clear();
+    SMSLostTime_ = kDefaultLostTime;
 }
 
 Task<Text> SMSModem::SendSMS(Text text, int target) {
-    if (SMSBusy)
+    if (SMSBusy_)
         co_return Text(u"Busy");
-    SMSResult.clear();
-    SMSBusy = true;
+    SMSResult_.clear();
+    SMSBusy_ = true;
     const Text result = co_await commands_.SENDSMS(text, target);
     if (result == kFailed) {
-        SMSBusy = false;
+        SMSBusy_ = false;
         co_return Text(kFailed);
     }
     SMSTimer.SetInterval(kTick);
-    SMSCount = SMSLostTime;
+    SMSCount_ = SMSLostTime_;
     SMSTimer.Enable();
     co_return Text(kOk);
 }
 
 void SMSModem::CountDown() {
-    --SMSCount;
-    trace_.DebugAdd(u"SMSCount:", ToText(SMSCount));
-    if (SMSCount < 1) {
-        SMSResult = u"SendLost";
+    --SMSCount_;
+    trace_.DebugAdd(u"SMSCount:", ToText(SMSCount_));
+    if (SMSCount_ < 1) {
+        SMSResult_ = u"SendLost";
         SMSTimer.Disable();
     }
 }
 
 void SMSModem::ReportResult(TextView result) {
     SMSTimer.Disable();
-    SMSResult = result;
+    SMSResult_ = result;
 }
 
 Text SMSModem::SMSSendChk() {
-    if (!SMSBusy)
+    if (!SMSBusy_)
         return u"Free";
-    if (SMSResult.empty())
+    if (SMSResult_.empty())
         return u"Busy";
-    SMSBusy = false;
-    return SMSResult;
+    SMSBusy_ = false;
+    return SMSResult_;
 }
 
 Text SMSModem::GetSMS() {
-    const Text record = reader_.GetSMSFifo();
+    Text record = reader_.GetSMSFifo();
     if (record == kNoData)
         return record;
     CutSMSRecord(record, received_);

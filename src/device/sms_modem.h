@@ -17,7 +17,7 @@ class SMSModem {
     // "Free", "Busy", or the outcome of the open send, once: "SendOK", "SendFail" or "SendLost".
     Text SMSSendChk();
     // How long later sends wait for the unit's report, in seconds.
-    void SetSMSLostTime(int seconds) { SMSLostTime = seconds; }
+    void SetSMSLostTime(int seconds) { SMSLostTime_ = seconds; }
     // The unit reported the outcome of the open send.
     void ReportResult(TextView result);
 
@@ -38,10 +38,10 @@ class SMSModem {
     CommandSet& commands_;
     ResponseReader& reader_;
     DeviceTrace& trace_;
-    bool SMSBusy = false;
-    Text SMSResult;
-    int SMSLostTime = 60; // s
-    int SMSCount = 0;     // s
+    bool SMSBusy_ = false;
+    Text SMSResult_;
+    int SMSLostTime_ = 60; // s
+    int SMSCount_ = 0;     // s
     ReceivedSMS received_;
 };
 

@@ -34,8 +34,8 @@ void SMSQueue::ClearSMSFifo() {
     SendErrorCount_ = 0;
 }
 
-void SMSQueue::QueueSMS(Text entry) {
-    if (!SMSFifo_.Push(std::move(entry)))
+void SMSQueue::QueueSMS(const Text& entry) {
+    if (!SMSFifo_.Push(entry))
         ++totals_.PushedOut;
 }
 

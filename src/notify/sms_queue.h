@@ -60,7 +60,7 @@ class SMSQueue {
     // What starting over with the unit does: empties the queue, and stops both timers until the
     // unit is ready.
     void Reset();
-    void QueueSMS(Text entry);
+    void QueueSMS(const Text& entry);
     // Takes the oldest entry out, or returns kNoSMS.
     Text mGetSMSFifo();
     // Queues a fixed text for the first number, to try the way out.

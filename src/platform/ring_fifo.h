@@ -13,8 +13,8 @@ template <std::size_t Slots>
 class RingFifo {
   public:
     // False when the oldest text was dropped to make room.
-    bool Push(Text text) {
-        slots_[write_] = std::move(text);
+    bool Push(const Text& text) {
+        slots_[write_] = text;
         Advance(write_);
         if (write_ != read_)
             return true;

@@ -30,7 +30,7 @@ class StatusReport {
         OperatorNotices& notices;
     };
     // The parts must outlive the report.
-    explicit StatusReport(Parts parts) : parts_(std::move(parts)) {}
+    explicit StatusReport(Parts parts) : parts_(parts) {}
     StatusReport(const StatusReport&) = delete;
     StatusReport& operator=(const StatusReport&) = delete;
     ~StatusReport() { Stop(); }

@@ -277,7 +277,7 @@ void TarnexComm::ShowLinkCheck() {
 void TarnexComm::Form_Unload() {
     if (ended_)
         return;
-    if (!ExWindowsState) {
+    if (!ExWindowsState_) {
         StopAllTimers();
         link_.SendEnd();
         link_.Close();

@@ -46,7 +46,7 @@ class TarnexComm {
     // Orderly shut-down; ends the process. Harmless a second time.
     void Form_Unload();
     // The machine is shutting down: the monitoring programs are not told of our end.
-    void WriteExWindowsState(bool state) { ExWindowsState = state; }
+    void WriteExWindowsState(bool state) { ExWindowsState_ = state; }
     // Begins anew with the settings and the unit.
     void ResetUnitState();
     // Stops the timers of all parts but the settings reload and the status display.
@@ -93,7 +93,7 @@ class TarnexComm {
     TimerList stoppable_; // what the button "Stop" stops
     CallId gate_check_;
     bool gate_check_pending_ = false;
-    bool ExWindowsState = false;
+    bool ExWindowsState_ = false;
     bool ended_ = false;
     CallId end_;
 };

@@ -90,8 +90,8 @@ void SupervisionCycle::Reset() {
     mCheckTimer.Reset(kFirstCheck);
     parts_.unit.UnitSignalLevel = u"1";
     parts_.unit.UnitSignalValue = 0;
-    SignalFailLimit = kSignalFailLimit;
-    SignalFailCount = 1;
+    SignalFailLimit_ = kSignalFailLimit;
+    SignalFailCount_ = 1;
 }
 
 Task<> SupervisionCycle::mCheckTimer_Timer() {
@@ -246,13 +246,13 @@ Task<SupervisionCycle::Outcome> SupervisionCycle::ReadSignal() {
 
 void SupervisionCycle::JudgeReading(std::int16_t reading) {
     if (reading >= 0) {
-        SignalFailCount = 1;
+        SignalFailCount_ = 1;
         parts_.unit.UnitSignalValue = reading;
     } else {
-        SignalFailCount = reading == kUnitGone ? SignalFailLimit + 1 : SignalFailCount + 1;
+        SignalFailCount_ = reading == kUnitGone ? SignalFailLimit_ + 1 : SignalFailCount_ + 1;
     }
-    if (SignalFailCount >= SignalFailLimit) {
-        SignalFailCount = 1;
+    if (SignalFailCount_ >= SignalFailLimit_) {
+        SignalFailCount_ = 1;
         parts_.unit.UnitSignalValue = -1;
     }
 }

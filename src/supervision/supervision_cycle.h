@@ -61,8 +61,8 @@ class SupervisionCycle {
     void JudgeReading(std::int16_t reading);
 
     Parts parts_;
-    int SignalFailCount = 1;
-    int SignalFailLimit = 6;
+    int SignalFailCount_ = 1;
+    int SignalFailLimit_ = 6;
 };
 
 } // namespace tarnex
