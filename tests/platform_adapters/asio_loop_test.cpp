@@ -1,4 +1,5 @@
 #include "platform/asio/asio_loop.h"
+#include "platform/linux/unique_fd.h"
 #include "tests/platform_adapters/run_until.h"
 
 #include <csignal>
@@ -91,6 +92,52 @@ TEST(AsioLoop, AnEarlierCallCutsASleepShort) {
     loop.OnSignal(SIGUSR1, [&] { loop.CallAfter(5ms, [&] { loop.Stop(); }); });
     raise(SIGUSR1);
     loop.Run();
+}
+
+struct Pipe {
+    Pipe() {
+        int ends[2];
+        EXPECT_EQ(pipe(ends), 0);
+        reading = UniqueFd(ends[0]);
+        writing = UniqueFd(ends[1]);
+    }
+    void Write(char c) const { EXPECT_EQ(write(writing.Get(), &c, 1), 1); }
+    char Read() const {
+        char c = 0;
+        EXPECT_EQ(read(reading.Get(), &c, 1), 1);
+        return c;
+    }
+    UniqueFd reading;
+    UniqueFd writing;
+};
+
+TEST(AsioLoop, TellsOfADescriptorAsLongAsSomethingIsUnread) {
+    AsioLoop loop;
+    const Pipe pipe;
+    std::string seen;
+    const auto watch = loop.WatchReadable(pipe.reading.Get(), [&] { seen += pipe.Read(); });
+    pipe.Write('a');
+    pipe.Write('b');
+    EXPECT_TRUE(RunUntil(loop, [&] { return seen == "ab"; }));
+    pipe.Write('c');
+    EXPECT_TRUE(RunUntil(loop, [&] { return seen == "abc"; }));
+}
+
+TEST(AsioLoop, AWatchMayEndItselfAndLeavesTheDescriptorOpen) {
+    AsioLoop loop;
+    const Pipe pipe;
+    int calls = 0;
+    std::unique_ptr<DescriptorSource::Watch> watch;
+    watch = loop.WatchReadable(pipe.reading.Get(), [&] {
+        ++calls;
+        watch.reset();
+    });
+    pipe.Write('a');
+    ASSERT_TRUE(RunUntil(loop, [&] { return calls == 1; }));
+    int turns = 0;
+    EXPECT_TRUE(RunUntil(loop, [&] { return ++turns == 5; }));
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(pipe.Read(), 'a');
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "platform/call_queue.h"
 #include "platform/clock.h"
+#include "platform/descriptor_source.h"
 #include "platform/signal_source.h"
 
 #include <memory>
@@ -9,9 +10,10 @@
 
 namespace tarnex {
 
-// The real event loop: time, the queue of calls, signals, and the sockets and lines of the other
-// adapters of this folder, which it must outlive. It sleeps until something is due or arrives.
-class AsioLoop : public Clock, public SignalSource {
+// The real event loop: time, the queue of calls, signals, watched descriptors, and the sockets and
+// lines of the other adapters of this folder, which it must outlive. It sleeps until something is
+// due or arrives.
+class AsioLoop : public Clock, public SignalSource, public DescriptorSource {
   public:
     // What the other adapters of this folder build on; defined in loop_core.h.
     struct Core;
@@ -33,6 +35,7 @@ class AsioLoop : public Clock, public SignalSource {
     void BeforeSleep(std::function<void()> fn) override { before_sleep_ = std::move(fn); }
 
     void OnSignal(int signal, std::function<void()> handler) override;
+    std::unique_ptr<Watch> WatchReadable(int descriptor, std::function<void()> readable) override;
 
     Core& core() { return *core_; }
 
