@@ -22,9 +22,14 @@ class DebugLists {
     };
     using Echo = std::function<void(const std::string& list, const Text& line)>;
 
-    // The boxes must outlive the lists. echo, when given, is told every line as well.
-    explicit DebugLists(const Boxes& boxes, Echo echo = nullptr)
-        : boxes_(boxes), echo_(std::move(echo)) {}
+    // Boxes that nobody sees keep that many lines, since nobody will ever clear them.
+    static constexpr std::size_t kLinesUnseen = 1000;
+
+    // The boxes must outlive the lists. echo, when given, is told every line that stands on no
+    // screen; seen says whether the boxes do, and without it none does.
+    explicit DebugLists(const Boxes& boxes, Echo echo = nullptr,
+                        std::function<bool()> seen = nullptr)
+        : boxes_(boxes), echo_(std::move(echo)), seen_(std::move(seen)) {}
 
     bool DebugOn = false;
 
@@ -40,13 +45,16 @@ class DebugLists {
     void Add(ListBox& box, const Text& text) {
         if (!DebugOn)
             return;
+        const bool seen = seen_ && seen_();
+        box.KeepAtMost(seen ? ListBox::kEveryLine : kLinesUnseen);
         box.Add(text);
-        if (echo_)
+        if (!seen && echo_)
             echo_(box.Name(), text);
     }
 
     Boxes boxes_;
     Echo echo_;
+    std::function<bool()> seen_;
 };
 
 } // namespace tarnex

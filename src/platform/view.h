@@ -1,18 +1,27 @@
 #pragma once
 
+#include <memory>
+
 namespace tarnex {
 
 class Form;
+
+// A form's place on the screen; nothing is shown of the form once this is gone.
+class FormWindow {
+  public:
+    virtual ~FormWindow() = default;
+    // The form's window stands on a screen now.
+    virtual bool Shown() const = 0;
+};
 
 // Shows form models on a screen and sends back clicks and edits. Holds no logic.
 class View {
   public:
     virtual ~View() = default;
-    // There is a screen to show windows on.
-    virtual bool Available() const = 0;
-    // Shows or hides the form's window as the model says, now and whenever the model changes. The
-    // form must outlive the view.
-    virtual void Attach(Form& form) = 0;
+    // From now on the form's window is there whenever the form is visible and a screen can be had;
+    // once Form::SetVisible has returned, Shown() says whether it is. One window a form. Form and
+    // view must outlive the result.
+    [[nodiscard]] virtual std::unique_ptr<FormWindow> Attach(Form& form) = 0;
 };
 
 } // namespace tarnex

@@ -10,7 +10,6 @@ constexpr Duration kReloadPeriod = 10s;
 constexpr Duration kStatusPeriod = 500ms;
 constexpr Duration kGateConfirmation = 100ms;
 constexpr Duration kFirstSearch = 15s;
-constexpr std::size_t kLinesWithoutWindow = 1000;
 constexpr int kAcceptPauseAndContinue = 2;
 constexpr int kPausedEvent = 109;
 constexpr int kContinuedEvent = 110;
@@ -32,7 +31,7 @@ TarnexComm::TarnexComm(World world)
     : world_(std::move(world)), notices_(world_.notice),
       lists_({window_.List1, window_.List2, window_.mList1, window_.mList2, window_.mList3,
               window_.mList4, window_.mList5},
-             world_.echo),
+             world_.echo, [this] { return WindowShown(); }),
       ini_(world_.settings_store, world_.code_page), log_(world_.clock, world_.log_table, notices_),
       core_({.clock = world_.clock,
              .ports = world_.serial_ports,
@@ -119,11 +118,8 @@ TarnexComm::TarnexComm(World world)
             stoppable_.Add(*timer);
     WireButtons();
     if (world_.view) {
-        world_.view->Attach(window_);
-    } else { // nobody will ever clear the lists
-        for (ListBox* list : {&window_.List1, &window_.List2, &window_.mList1, &window_.mList2,
-                              &window_.mList3, &window_.mList4, &window_.mList5})
-            list->KeepAtMost(kLinesWithoutWindow);
+        on_screen_ = world_.view->Attach(window_);
+        mail_on_screen_ = world_.view->Attach(mail_.Window());
     }
 }
 
@@ -237,8 +233,10 @@ void TarnexComm::Apply(const Settings& settings) {
 
 void TarnexComm::ShowWindow(bool visible) {
     window_.SetVisible(visible);
+    if (!visible)
+        mail_.Window().SetVisible(false); // it is reached from the main window only
     // The status display ticks only while somebody can see it.
-    if (visible && world_.view)
+    if (WindowShown())
         Timer1_.Enable();
     else
         Timer1_.Disable();
@@ -252,6 +250,7 @@ void TarnexComm::WireButtons() {
     window_.Command5.OnClick([this] { ToggleWidth(window_.List1, kDebugListWidths); });
     window_.Command6.OnClick([this] { window_.List2.SetVisible(!window_.List2.Visible()); });
     window_.mCmdSend.OnClick([this] { queue_.mCmdSend_Click(); });
+    window_.mCmdMail.OnClick([this] { mail_.Window().SetVisible(true); });
     window_.mCmdLinkCheck.OnClick([this] { ShowLinkCheck(); });
     window_.mCMDExit.OnClick([this] { Form_Unload(); });
     window_.OnClose([this] { Form_Unload(); });

@@ -30,7 +30,7 @@ class TarnexComm {
         InstanceLock& instance_lock;
         View* view;                        // nullptr: no windows
         OperatorNotices::Sink notice;      // for what an operator must act on
-        DebugLists::Echo echo;             // for every list line; may be empty
+        DebugLists::Echo echo;             // for list lines on no screen; may be empty
         std::function<void()> end_process; // ends the loop; the process exits with status 0
         StatusSink* status = nullptr;      // nullptr: nobody is told of the state
         long process_id = 0;               // told with it
@@ -65,6 +65,7 @@ class TarnexComm {
     void ConfirmClosedGate();
     void Apply(const Settings& settings);
     void ShowWindow(bool visible);
+    bool WindowShown() const { return on_screen_ && on_screen_->Shown(); }
     void WireButtons();
     void SwitchDebug();
     void ClearLists();
@@ -96,6 +97,8 @@ class TarnexComm {
     bool ExWindowsState_ = false;
     bool ended_ = false;
     CallId end_;
+    std::unique_ptr<FormWindow> on_screen_; // the main window; nullptr without a view
+    std::unique_ptr<FormWindow> mail_on_screen_;
 };
 
 } // namespace tarnex

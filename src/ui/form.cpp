@@ -9,6 +9,11 @@ Control::Control(Form& form, std::string name) : form_(form), name_(std::move(na
     form.controls_.push_back(this);
 }
 
+const Text& Control::Caption() const {
+    static const Text none;
+    return none;
+}
+
 void Control::Changed() {
     if (form_.observer_)
         form_.observer_->ControlChanged(*this);
@@ -84,6 +89,11 @@ void ListBox::Clear() {
     lines_.clear();
     selected_ = -1;
     Changed();
+}
+
+Control* Form::Find(std::string_view name) const {
+    const auto found = std::ranges::find(controls_, name, &Control::Name);
+    return found == controls_.end() ? nullptr : *found;
 }
 
 void Form::SetCaption(Text caption) {

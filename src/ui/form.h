@@ -37,6 +37,8 @@ class Control {
     // In twips, 15 to a pixel; 0: as the layout has it.
     int Width() const { return width_; }
     void SetWidth(int twips);
+    // What is written on the control; "" where there is nothing.
+    virtual const Text& Caption() const;
 
   protected:
     void Changed();
@@ -52,7 +54,7 @@ class Control {
 class Label : public Control {
   public:
     using Control::Control;
-    const Text& Caption() const { return caption_; }
+    const Text& Caption() const override { return caption_; }
     void SetCaption(Text caption);
 
   private:
@@ -62,7 +64,7 @@ class Label : public Control {
 class Button : public Control {
   public:
     Button(Form& form, std::string name, Text caption, Text group = {});
-    const Text& Caption() const { return caption_; }
+    const Text& Caption() const override { return caption_; }
     void SetCaption(Text caption);
     // The heading under which a view lays the button out with its like; "" for none.
     const Text& Group() const { return group_; }
@@ -98,7 +100,7 @@ void CountUp(TextBox& box);
 class CheckBox : public Control {
   public:
     CheckBox(Form& form, std::string name, Text caption, bool checked);
-    const Text& Caption() const { return caption_; }
+    const Text& Caption() const override { return caption_; }
     bool Checked() const { return checked_; }
     void SetChecked(bool checked);
 
@@ -116,14 +118,15 @@ class ListBox : public Control {
     // Appends a line and selects it, so that the list follows the newest.
     void Add(Text line);
     void Clear();
-    // Drops old lines from now on: at most that many stay, at least half of them. Without it the
-    // list keeps every line.
+    static constexpr std::size_t kEveryLine = std::numeric_limits<std::size_t>::max();
+    // Drops old lines when one is added from now on: at most that many stay, at least half of
+    // them. A list keeps every line at first.
     void KeepAtMost(std::size_t lines) { most_ = lines; }
 
   private:
     std::vector<Text> lines_;
     int selected_ = -1;
-    std::size_t most_ = std::numeric_limits<std::size_t>::max();
+    std::size_t most_ = kEveryLine;
 };
 
 // A window as plain state.
@@ -142,6 +145,8 @@ class Form {
     int Width() const { return width_; }
     void SetWidth(int twips);
     const std::vector<Control*>& Controls() const { return controls_; }
+    // nullptr when there is none of that name.
+    Control* Find(std::string_view name) const;
     // At most one observer; nullptr for none. It must outlive the form or be taken away.
     void Observe(FormObserver* observer) { observer_ = observer; }
     // What closing the window does; the form's owner sets it.

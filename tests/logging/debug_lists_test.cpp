@@ -19,11 +19,14 @@ struct Window : Form {
 TEST(DebugLists, EachLineGoesToItsOwnListWhileDebugModeIsOn) {
     Window window;
     std::string echoed;
-    DebugLists lists({window.List1, window.List2, window.mList1, window.mList2, window.mList3,
-                      window.mList4, window.mList5},
-                     [&](const std::string& list, const Text& line) {
-                         echoed += list + ":" + ToUtf8(line) + " ";
-                     });
+    bool seen = false;
+    DebugLists lists(
+        {window.List1, window.List2, window.mList1, window.mList2, window.mList3, window.mList4,
+         window.mList5},
+        [&](const std::string& list, const Text& line) {
+            echoed += list + ":" + ToUtf8(line) + " ";
+        },
+        [&] { return seen; });
     const auto add_all = [&] {
         lists.List1Additem(u"a");
         lists.List2Additem(u"b");
@@ -39,7 +42,9 @@ TEST(DebugLists, EachLineGoesToItsOwnListWhileDebugModeIsOn) {
     lists.DebugOn = true;
     add_all();
     EXPECT_EQ(echoed, "List1:a List2:b mList1:c mList2:d mList3:e mList4:f mList5:g ");
+    seen = true;
     lists.mList3Additem(u"h");
+    EXPECT_EQ(echoed.find('h'), std::string::npos);
     EXPECT_EQ(window.mList3.Lines(), (std::vector<Text>{u"e", u"h"}));
     EXPECT_EQ(window.mList3.Selected(), 1);
 }

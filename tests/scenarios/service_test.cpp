@@ -159,6 +159,64 @@ TEST_F(Service, DebugModeFillsTheListsAndShowsTheWindow) {
     EXPECT_TRUE(service->Window().Visible());
 }
 
+struct SimulatedWindow : FormWindow {
+    SimulatedWindow(const Form& shown, const bool& has_screen) : form(shown), screen(has_screen) {}
+    bool Shown() const override { return screen && form.Visible(); }
+    const Form& form;
+    const bool& screen;
+};
+
+struct SimulatedView : View {
+    std::unique_ptr<FormWindow> Attach(Form& form) override {
+        forms[form.Name()] = &form;
+        return std::make_unique<SimulatedWindow>(form, screen);
+    }
+    bool screen = true;
+    std::map<std::string, Form*> forms;
+};
+
+TEST_F(Service, ListLinesAreEchoedOnlyWhileNoScreenShowsThem) {
+    SimulatedView screen;
+    view = &screen;
+    settings.Set("Debug", "DebugMode", "On");
+    store.SetContent(settings.Content());
+    StartToReady();
+    EXPECT_FALSE(service->Window().List2.Lines().empty());
+    EXPECT_TRUE(echoed.empty());
+    clock.RunFor(500ms);
+    EXPECT_EQ(service->Window().mTxtStatus.Value(), u"True");
+
+    screen.screen = false; // the operator logged out
+    const std::size_t lines = service->Window().List2.Lines().size();
+    clock.RunFor(20s);
+    EXPECT_FALSE(echoed.empty());
+    EXPECT_GT(service->Window().List2.Lines().size(), lines);
+    clock.RunFor(3h);
+    EXPECT_LE(service->Window().List2.Lines().size(), DebugLists::kLinesUnseen);
+    service.reset();
+}
+
+TEST_F(Service, TheMailWindowIsReachedFromTheMainWindowAndGoesWithIt) {
+    SimulatedView screen;
+    view = &screen;
+    settings.Set("Debug", "DebugMode", "On");
+    store.SetContent(settings.Content());
+    StartToReady();
+    const Form& mail = *screen.forms["MailSender"];
+    EXPECT_FALSE(mail.Visible());
+    service->Window().mCmdMail.Click();
+    EXPECT_TRUE(mail.Visible());
+
+    EditSetting(u"Debug", u"DebugMode", u"Off");
+    service->ResetUnitState();
+    EXPECT_FALSE(service->Window().Visible());
+    EXPECT_FALSE(mail.Visible());
+    service->Window().mTxtStatus.SetValue(u"");
+    clock.RunFor(5s);
+    EXPECT_EQ(service->Window().mTxtStatus.Value(), u""); // nobody would see it
+    service.reset();
+}
+
 TEST_F(Service, TheTestMessageGoesToTheFirstNumber) {
     StartToReady();
     service->Window().mCmdSend.Click();

@@ -24,23 +24,23 @@ struct SystemInMemory {
         ports.Plug(3, unit);
     }
     void StartService(const std::string& command_line = "") {
-        service.emplace(
-            TarnexComm::World{.clock = clock,
-                              .serial_ports = ports,
-                              .sockets = network,
-                              .tcp = tcp,
-                              .log_table = *log_table,
-                              .settings_store = store,
-                              .files = files,
-                              .code_page = code_page,
-                              .controller = controller,
-                              .instance_lock = lock,
-                              .view = nullptr,
-                              .notice = [this](const std::string& line) { said.push_back(line); },
-                              .echo = nullptr,
-                              .end_process = [this] { ended_at = clock.Now(); },
-                              .status = status,
-                              .process_id = 4711});
+        service.emplace(TarnexComm::World{
+            .clock = clock,
+            .serial_ports = ports,
+            .sockets = network,
+            .tcp = tcp,
+            .log_table = *log_table,
+            .settings_store = store,
+            .files = files,
+            .code_page = code_page,
+            .controller = controller,
+            .instance_lock = lock,
+            .view = view,
+            .notice = [this](const std::string& line) { said.push_back(line); },
+            .echo = [this](const std::string& list, const Text&) { echoed.push_back(list); },
+            .end_process = [this] { ended_at = clock.Now(); },
+            .status = status,
+            .process_id = 4711});
         service->Form_Load(command_line);
     }
 
@@ -57,7 +57,9 @@ struct SystemInMemory {
     IconvCodePage code_page;
     SimulatedServiceController controller;
     SimulatedInstanceLock lock;
+    View* view = nullptr;             // or one, before the service starts; it outlives it
     std::vector<std::string> said;    // to the operator
+    std::vector<std::string> echoed;  // the lists of lines that stand on no screen
     std::optional<Duration> ended_at; // when the process ended
     std::optional<TarnexComm> service;
 };
