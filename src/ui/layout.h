@@ -1,0 +1,96 @@
+#pragma once
+
+#include "ui/form.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace tarnex {
+
+// How the controls of a form share its window, independent of any toolkit. An em is the width of a
+// Chinese character.
+struct LayoutNode {
+    enum class Kind {
+        kRow,    // children side by side
+        kColumn, // children one below the other
+        kGrid,   // children in cells of one size
+        kHeading,
+        kSpace,
+        kLabel,
+        kButton,
+        kCheckBox,
+        kTextBox,
+        kListBox,
+    };
+    enum class Look {
+        kPlain,
+        kStrong,    // a label in larger letters
+        kSecret,    // a text box that hides what it holds
+        kReadOnly,  // a text box that only shows
+        kMultiLine, // a text box of several lines
+    };
+
+    Kind kind{};
+    std::string control{};              // its name in the form
+    Text title{};                       // of a heading, or left of a text box
+    int title_ems = 0;                  // least width of the title
+    std::vector<LayoutNode> children{}; // of a row, column or grid
+    int weight = 0;                     // share of what the parent has to spare; 0: none of it
+    int ems = 0;                        // least width of what the control holds
+    int lines = 1;                      // least height of what the control holds
+    int columns = 1;                    // of a grid
+    Look look = Look::kPlain;
+    char key = 0; // together with Alt it clicks the control; 0: no key
+    Text hint{};  // shown when the pointer rests on the control
+};
+
+struct Layout {
+    int width; // of a new window, in pixels at 96 dpi
+    int height;
+    LayoutNode root;
+};
+
+struct Size {
+    int w = 0;
+    int h = 0;
+    friend bool operator==(const Size&, const Size&) = default;
+};
+
+struct Rect {
+    int x = 0;
+    int y = 0;
+    int w = 0;
+    int h = 0;
+    friend bool operator==(const Rect&, const Rect&) = default;
+};
+
+// The screen that a form is laid out for.
+struct ScreenMetrics {
+    double scale = 1;                          // 1 at 96 dpi
+    int em = 14;                               // in pixels of the screen
+    std::function<int(TextView)> text_width{}; // the same, in plain letters
+
+    int Pixels(double at_96_dpi) const { return int(at_96_dpi * scale + 0.5); }
+    int FromTwips(int twips) const { return Pixels(twips / 15.0); }
+};
+
+// How much larger strong letters are than plain ones.
+inline constexpr double kStrongLetters = 1.25;
+
+// Where a leaf of a layout stands, in pixels of the screen from the window's corner.
+struct Placed {
+    const LayoutNode* node;
+    Rect rect; // of a text box without its title, which stands on the left
+};
+
+// The smallest window in which everything visible fits.
+Size LeastSize(const LayoutNode& root, const Form& form, const ScreenMetrics& screen);
+
+// Shares a window among the headings and visible controls, in the order of the layout. Widths that
+// the model sets are kept as far as the others leave room. In less than the least size the right
+// and lower parts are cut off. root must outlive the result.
+std::vector<Placed> Place(const LayoutNode& root, const Form& form, const ScreenMetrics& screen,
+                          Size window);
+
+} // namespace tarnex

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "ui/layout.h"
+
+namespace tarnex::layout_parts {
+
+// Words to write layouts with.
+
+using Kind = LayoutNode::Kind;
+using Look = LayoutNode::Look;
+using Nodes = std::vector<LayoutNode>;
+
+inline LayoutNode Row(Nodes children, int weight = 0) {
+    return {.kind = Kind::kRow, .children = std::move(children), .weight = weight};
+}
+
+inline LayoutNode Column(Nodes children, int weight = 0) {
+    return {.kind = Kind::kColumn, .children = std::move(children), .weight = weight};
+}
+
+inline LayoutNode Heading(Text title) {
+    return {.kind = Kind::kHeading, .title = std::move(title)};
+}
+
+// Pushes its neighbours apart.
+inline LayoutNode Space() {
+    return {.kind = Kind::kSpace, .weight = 1};
+}
+
+inline LayoutNode Press(std::string button, char key, Text hint) {
+    return {
+        .kind = Kind::kButton, .control = std::move(button), .key = key, .hint = std::move(hint)};
+}
+
+inline LayoutNode Check(std::string box, char key, Text hint) {
+    return {
+        .kind = Kind::kCheckBox, .control = std::move(box), .key = key, .hint = std::move(hint)};
+}
+
+inline LayoutNode Field(std::string box, Text title, int ems, Look look = Look::kPlain) {
+    return {.kind = Kind::kTextBox,
+            .control = std::move(box),
+            .title = std::move(title),
+            .ems = ems,
+            .look = look};
+}
+
+inline LayoutNode List(std::string box, int ems, int lines) {
+    return {
+        .kind = Kind::kListBox, .control = std::move(box), .weight = 1, .ems = ems, .lines = lines};
+}
+
+inline LayoutNode Status(std::string label, int ems) {
+    return {.kind = Kind::kLabel,
+            .control = std::move(label),
+            .weight = 1,
+            .ems = ems,
+            .look = Look::kStrong};
+}
+
+} // namespace tarnex::layout_parts

@@ -1,0 +1,112 @@
+#include "ui/layouts.h"
+
+#include "ui/layout_parts.h"
+
+#include <cassert>
+
+namespace tarnex {
+
+namespace {
+
+using namespace layout_parts;
+
+LayoutNode MainStatus() {
+    return Row({Status("mLblTarnexStatus", 10), Field("mTxtStatus", u"就绪", 4, Look::kReadOnly),
+                Field("mTxtTarnexCSQ", u"信号强度", 3, Look::kReadOnly),
+                Field("mText4", u"巡检次数", 5), Field("mText1", u"丢失次数", 4)});
+}
+
+LayoutNode MainMessages() {
+    return Row({Check("mChkSMSSendEnable", 'E', u"不选时短信只排队，不发送"),
+                Press("mCmdSend", 'T', u"向报警号码发送测试短信"),
+                Press("mCmdMail", 'M', u"打开邮件发送窗口"), Space(),
+                Field("mText5", u"短信已发", 5), Field("mText3", u"发送失败", 4),
+                Field("mText2", u"发送丢失", 4)});
+}
+
+LayoutNode MainLists() {
+    return Column({Row({Column({Row({Heading(u"事件"), Space(),
+                                     Press("Command3", 'W', u"切换事件列表的宽度")}),
+                                List("mList1", 16, 4)},
+                               3),
+                        Column({Heading(u"短信发送记录"), List("mList4", 14, 4)}, 2)},
+                       1),
+                   Row({Column({Heading(u"收到的短信"), List("mList2", 14, 3)}, 1),
+                        Column({Row({Heading(u"设备状态与链路"), Space(),
+                                     Press("mCmdLinkCheck", 'K', u"检查是否有监控程序连接")}),
+                                List("mList3", 14, 3)},
+                               1),
+                        Column({Heading(u"控制链路"), List("mList5", 14, 3)}, 1)},
+                       1),
+                   Row({Column({Row({Heading(u"设备调试"), Space(),
+                                     Press("Command5", 'Q', u"切换设备调试列表的宽度"),
+                                     Press("Command6", 'L', u"显示或隐藏通信数据列表")}),
+                                List("List1", 16, 4)},
+                               1),
+                        Column({Heading(u"通信数据"), List("List2", 16, 4)}, 1)},
+                       1)},
+                  1);
+}
+
+LayoutNode MainButtons() {
+    return Row({Press("Command1", 'S', u"停止所有定时器，设置刷新和状态显示除外"),
+                Press("Command2", 'D', u"打开或关闭调试信息"),
+                Press("Command4", 'C', u"清空列表，事件列表除外"), Space(),
+                Press("mCMDExit", 'X', u"结束服务")});
+}
+
+Layout MainWindowLayout() {
+    return {.width = 1000,
+            .height = 720,
+            .root = Column({MainStatus(), MainMessages(), MainLists(), MainButtons()})};
+}
+
+// Titles one below the other line up.
+LayoutNode MailField(std::string box, Text title, Look look = Look::kPlain) {
+    LayoutNode field = Field(std::move(box), std::move(title), 16, look);
+    field.title_ems = 5;
+    return field;
+}
+
+LayoutNode MailBody(std::string box, Text title, int lines) {
+    LayoutNode body = MailField(std::move(box), std::move(title), Look::kMultiLine);
+    body.lines = lines;
+    body.weight = lines;
+    return body;
+}
+
+Layout MailLayout() {
+    return {.width = 560,
+            .height = 480,
+            .root = Column(
+                {Row({Status("StatusTxt", 12), Field("Text1", u"等待计数", 4, Look::kReadOnly)}),
+                 MailField("txtserver", u"服务器"), MailField("txtfrom", u"发件人"),
+                 MailField("getaddress", u"收件人"), MailField("user", u"用户名"),
+                 MailField("txtpwa", u"密码", Look::kSecret), MailField("subject", u"主题"),
+                 MailBody("TxtMessage1", u"正文", 4), MailBody("txtMessage", u"附注", 2),
+                 Row({Press("CmdSend", 'S', u"按以上内容立即发送"),
+                      Press("Command1", 'T', u"把一条测试文本放入发送队列"), Space(),
+                      Press("cmdExit", 'X', u"关闭窗口并停止发送邮件")})})};
+}
+
+struct NamedLayout {
+    std::string_view form;
+    Layout (*layout)();
+};
+
+constexpr NamedLayout kLayouts[] = {
+    {"TarnexComm", MainWindowLayout},
+    {"MailSender", MailLayout},
+};
+
+} // namespace
+
+Layout LayoutOf(const Form& form) {
+    for (const NamedLayout& entry : kLayouts)
+        if (entry.form == form.Name())
+            return entry.layout();
+    assert(false);
+    return {};
+}
+
+} // namespace tarnex
