@@ -1,6 +1,6 @@
 #include "service/tarnex_comm.h"
 
-#include "settings/load_settings.h"
+#include "service/settings_notices.h"
 
 namespace tarnex {
 
@@ -196,6 +196,8 @@ void TarnexComm::ResetUnitState() {
 }
 
 void TarnexComm::LoadSettings() {
+    notices_.Report("settings", WhyNotWritten(world_.settings_store, ini_),
+                    "The settings file " + world_.settings_store.Name() + " is written again.");
     const LoadedSettings loaded = ReadSettings(*ini_.Snapshot(), settings_);
     if (loaded.enabled && loaded.allowed) {
         Apply(loaded.settings);
@@ -213,15 +215,9 @@ void TarnexComm::ConfirmClosedGate() {
         Apply(loaded.settings);
         return;
     }
-    const std::string file = "the settings in " + world_.settings_store.Name();
-    if (!loaded.enabled) {
-        world_.notice(file + " switch the service off, so it ends. To run it, remove the line "
-                             "Enable=Disable from section [Service]");
-    } else {
-        world_.notice(file + " do not allow the service to run, so it ends. To run it, write the "
-                             "line Check1(13)=1 into section [Check]");
+    world_.notice(WhyServiceEnds(world_.settings_store, loaded));
+    if (loaded.enabled)
         link_.Close();
-    }
     EndProcess();
 }
 

@@ -120,7 +120,9 @@ TEST_F(Service, DoesNotStartWithoutPermission) {
     StartService();
     clock.RunFor(100ms);
     EXPECT_TRUE(ended_at);
-    EXPECT_EQ(said.size(), 4u);
+    ASSERT_EQ(said.size(), 4u);
+    EXPECT_NE(said[2].find("Check1(13)=1"), std::string::npos);
+    EXPECT_NE(said[3].find("Tarnex.ini is missing or cannot be read"), std::string::npos);
 }
 
 TEST_F(Service, ATakenPortIsNamedAndTriedAgain) {
