@@ -15,6 +15,7 @@ struct UnitState {
     bool UnitReady = false;     // every setting is in the unit, version and serial are read
     bool UnitOnline = false;    // reported in "tx-States"
     Text UnitInitFlags{kNoUnitInitFlags}; // a "0" or "1" for each start-up step; "*" once ready
+    bool DeviceRecordStale = false;       // it could not be invalidated: only the flags count
     Text UnitSignalLevel = u"1";          // "1" to "5"
     std::int16_t UnitSignalValue = 0;     // last valid reading, -1 for none
     Text UnitVersion;

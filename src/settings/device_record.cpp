@@ -12,8 +12,8 @@ constexpr TextView kUnknown = u"@v@";
 
 } // namespace
 
-void InvalidateUnitSettings(MyIniFile& file) {
-    file.WriteIniStr(kDeviceRecord, kKeys, kUnknown);
+bool InvalidateUnitSettings(MyIniFile& file) {
+    return file.WriteIniStr(kDeviceRecord, kKeys, kUnknown) && !file.LastWriteFailed();
 }
 
 } // namespace tarnex

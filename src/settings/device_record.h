@@ -8,7 +8,8 @@ namespace tarnex {
 // section.
 inline constexpr TextView kDeviceRecord = u"TarnexComm";
 
-// Marks every value of the device record as unknown, so that the unit gets each one again.
-void InvalidateUnitSettings(MyIniFile& file);
+// Marks every value of the device record as unknown, so that the unit gets each one again. False
+// when the file cannot be written, so that the record stays as it was.
+bool InvalidateUnitSettings(MyIniFile& file);
 
 } // namespace tarnex

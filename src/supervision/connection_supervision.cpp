@@ -33,7 +33,7 @@ Task<> ConnectionSupervision::Greet() {
     if (losses != parts_.unit.Losses)
         co_return;
     if (reply == kOk) {
-        InvalidateUnitSettings(parts_.ini);
+        parts_.unit.DeviceRecordStale = !InvalidateUnitSettings(parts_.ini);
         parts_.unit.UnitConnected = true;
         parts_.unit.UnitBusy = false;
         parts_.mCheckTimer.Enable();

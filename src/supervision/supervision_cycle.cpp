@@ -2,6 +2,7 @@
 
 #include "device/answer_rules.h"
 #include "platform/calendar_text.h"
+#include "settings/device_record.h"
 
 namespace tarnex {
 
@@ -187,14 +188,16 @@ Task<SupervisionCycle::Outcome> SupervisionCycle::WriteSettings() {
     for (std::size_t step = 0; step < std::size(kUnitSettings); ++step) {
         const UnitSetting& setting = kUnitSettings[step];
         const Text wanted = parts_.ini.GetIniStr(setting.section, setting.key);
-        if (wanted == parts_.ini.GetIniStr(u"TarnexComm", setting.record_key))
+        const bool record_counts =
+            !parts_.unit.DeviceRecordStale || parts_.unit.UnitInitFlags[step] == u'1';
+        if (record_counts && wanted == parts_.ini.GetIniStr(kDeviceRecord, setting.record_key))
             continue;
         const Text reply = co_await setting.write(parts_.core.commands, wanted);
         if (losses != parts_.unit.Losses)
             co_return Outcome::kLost;
         if (reply != kOk)
             co_return Outcome::kEndTick;
-        parts_.ini.WriteIniStr(u"TarnexComm", setting.record_key, wanted);
+        parts_.ini.WriteIniStr(kDeviceRecord, setting.record_key, wanted);
         parts_.unit.UnitInitFlags[step] = u'1';
     }
     co_return Outcome::kGoOn;

@@ -180,5 +180,24 @@ TEST_F(Connection, StateWordsBecomeCodesOneATick) {
     EXPECT_EQ(codes, (std::vector<Text>{u"tx-ACLost", u"ACOk", u"txConLost", u"tx-NoCard"}));
 }
 
+TEST_F(Connection, ASettingsFileThatCannotBeWrittenKeepsNoUnitFromBeingReady) {
+    StartToReady(); // the record in the file is complete now
+    store.Writable = false;
+    service.reset();
+    StartService();
+    ASSERT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 1min));
+    EXPECT_EQ(unit.Count("WRNO1"), 2);
+    clock.RunFor(1min);
+    EXPECT_EQ(unit.Count("WRNO1"), 2);
+    ASSERT_EQ(said.size(), 1u);
+    EXPECT_NE(said[0].find("Tarnex.ini cannot be written"), std::string::npos);
+
+    store.Writable = true;
+    EditSetting(u"Text", u"Text1(34)", u"13900000009");
+    clock.RunFor(20s);
+    EXPECT_EQ(unit.Memory.Number1, "13900000009");
+    EXPECT_EQ(said.size(), 2u);
+}
+
 } // namespace
 } // namespace tarnex
