@@ -50,8 +50,7 @@ ControlLink::ControlLink(Parts parts)
 
 void ControlLink::Open() {
     open_ = true;
-    for (int i = 0; i < kLinks; ++i)
-        Bind(i);
+    OpenClosedPorts();
 }
 
 void ControlLink::Close() {
@@ -69,17 +68,35 @@ void ControlLink::Reset() {
 }
 
 void ControlLink::Bind(int index) {
-    if (!open_)
-        return;
-    const std::string port = "Control link port " + std::to_string(PortOf(index));
-    const std::string obstacle = sockets_[index]->Bind(PortOf(index));
+    if (open_)
+        obstacles_[index] = sockets_[index]->Bind(PortOf(index));
+}
+
+void ControlLink::OpenClosedPorts() {
+    for (int i = 0; i < kLinks; ++i)
+        if (!sockets_[i]->Bound())
+            Bind(i);
+    TellClosedPorts();
+}
+
+// All in one line: what is wrong with one port is mostly wrong with the others too.
+void ControlLink::TellClosedPorts() {
+    std::string ports;
+    std::string obstacles;
+    for (int i = 0; i < kLinks; ++i) {
+        if (obstacles_[i].empty())
+            continue;
+        ports += (ports.empty() ? "" : ", ") + std::to_string(PortOf(i));
+        if (obstacles.find(obstacles_[i]) == std::string::npos)
+            obstacles += (obstacles.empty() ? "" : ", ") + obstacles_[i];
+    }
     const std::string trouble =
-        obstacle.empty() ? ""
-                         : port + " cannot be opened (" + obstacle +
-                               "): its monitoring program is not heard. End the program that holds "
-                               "the port, or correct BindAddress in section [ControlLink] of the "
-                               "settings file. Opening is tried again every 10 seconds.";
-    parts_.notices.Report(port, trouble, port + " is open now.");
+        "The control link cannot be opened at UDP port " + ports + " (" + obstacles +
+        "): no monitoring program is heard there. End the program that holds the port, or correct "
+        "BindAddress in section [ControlLink] of the settings file and restart the service. "
+        "Opening is tried again every 10 seconds.";
+    parts_.notices.Report("control link", ports.empty() ? "" : trouble,
+                          "The control link is open at all ports now.");
 }
 
 // ---- receiving
@@ -171,9 +188,7 @@ void ControlLink::Send(int index, TextView message) {
 // ---- heartbeat and losses
 
 void ControlLink::HandShake_Timer() {
-    for (int i = 0; i < kLinks; ++i)
-        if (!sockets_[i]->Bound())
-            Bind(i);
+    OpenClosedPorts();
     ConnectServiceLost.Enable();
     last_states_ = StatesMessage();
     Broadcast(u"HeartSend: ", last_states_);

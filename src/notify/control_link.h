@@ -93,6 +93,8 @@ class ControlLink {
     void ConnectServiceLost_Timer();
 
     void Bind(int index);
+    void OpenClosedPorts();
+    void TellClosedPorts();
     void Broadcast(TextView label, TextView message);
     void Send(int index, TextView message);
     void DispatchLinkEvent(int index, TextView event);
@@ -103,6 +105,7 @@ class ControlLink {
     std::array<Link, kLinks> links_;
     Text last_states_;
     std::array<std::unique_ptr<DatagramSocket>, kLinks> sockets_;
+    std::array<std::string, kLinks> obstacles_; // to the last opening of each port, or ""
 };
 
 } // namespace tarnex

@@ -192,18 +192,22 @@ TEST_F(ControlLinkTest, StrangeDatagramsAreHarmless) {
     EXPECT_EQ(window.mList5.Lines()[2], u"HeartSend: 0:tx-States1010000");
 }
 
-TEST_F(ControlLinkTest, ATakenPortIsReportedOnceAndOpenedWhenItIsFree) {
+TEST_F(ControlLinkTest, TakenPortsAreReportedOnceAndOpenedWhenTheyAreFree) {
     network.OccupyPort(7842);
+    network.OccupyPort(7844);
     Start();
     Greet(first);
     clock.RunTo(35s);
     EXPECT_TRUE(link.LinkCheck());
     ASSERT_EQ(notice_lines.size(), 1u);
-    EXPECT_NE(notice_lines[0].find("7842"), std::string::npos);
-    EXPECT_NE(notice_lines[0].find("address already in use"), std::string::npos);
+    EXPECT_NE(notice_lines[0].find("port 7842, 7844 (address already in use):"), std::string::npos);
     network.FreePort(7842);
     clock.RunTo(40s);
-    EXPECT_EQ(notice_lines.size(), 2u);
+    ASSERT_EQ(notice_lines.size(), 2u);
+    EXPECT_NE(notice_lines[1].find("port 7844 ("), std::string::npos);
+    network.FreePort(7844);
+    clock.RunTo(50s);
+    EXPECT_EQ(notice_lines.size(), 3u);
     Greet(third);
     EXPECT_EQ(ThirdState(), State::C);
 }
