@@ -43,8 +43,8 @@ StartSettings ReadFile(const SettingsStore& store) {
     const IconvCodePage utf8("UTF-8");
     StartSettings settings = ReadStartSettings(IniDocument(store.Read().value_or(""), utf8));
     if (!IconvCodePage::Supported(settings.code_page)) {
-        Say("the settings in " + store.Name() + ", section [Encoding], name the code page \"" +
-            settings.code_page + "\"; GBK and UTF-8 are supported. Going on with GBK");
+        Say("The settings in " + store.Name() + ", section [Encoding], name the code page \"" +
+            settings.code_page + "\". GBK and UTF-8 are supported; going on with GBK.");
         settings.code_page = "GBK";
     }
     return settings;

@@ -57,16 +57,18 @@ Task<bool> Discovery::Try(int number) {
 }
 
 void Discovery::TellOperator(int number, PortStatus status) {
-    const std::string port =
-        "COM" + std::to_string(number) + " (" + parts_.ports.DeviceName(number) + ")";
+    const std::string name = "COM" + std::to_string(number);
+    const std::string port = name + " (" + parts_.ports.DeviceName(number) + ")";
     std::string trouble;
     if (status == PortStatus::kForbidden)
-        trouble = port + " may not be opened: add the service's user to the group that owns the "
-                         "device (dialout), then restart the service";
+        trouble = port + " may not be opened. Add the user of this service to the group that owns "
+                         "the device (mostly dialout) and restart the service.";
     else if (status == PortStatus::kBusy)
-        trouble = port + " is held by another program: end that program, or name another device "
-                         "for it in the settings, section [SerialPorts]";
-    parts_.notices.Report(port, trouble, port + " can be opened now");
+        trouble = port + " is held by another program. End that program, or name another device "
+                         "in section [SerialPorts] of the settings file and restart the service.";
+    const char* const now =
+        status == PortStatus::kOk ? " can be opened now." : " is no serial line any more.";
+    parts_.notices.Report(name, trouble, port + now);
 }
 
 int Discovery::ConnectClose() {

@@ -14,7 +14,13 @@ constexpr Duration kTick = 5000ms;
 constexpr int kPatience = 3; // ticks without an accepted reply; one more and the mail gives up
 constexpr TextView kNoData = u"NoData";
 constexpr TextView kSubjectStart = u"Tarnex K Serial : ";
-constexpr std::string_view kCheckNetwork = "check the server's name and the network";
+// What to do, by what fails. All keys stand in section [Text] of the settings file.
+constexpr std::string_view kCheckNetwork = "Check the server, Text1(29), and the network";
+constexpr std::string_view kNameServer = "Set Text1(29) to the mail server as host or host:port";
+constexpr std::string_view kCheckAccount =
+    "Check the user name and password, Text1(30) and Text1(31), and the addresses, Text1(58) and "
+    "Text1(59)";
+constexpr std::string_view kCorrectAccount = "Correct Text1(30) or Text1(31)";
 constexpr std::size_t kLongestQuote = 80; // characters of others' words in a line for operators
 
 // The first line of text, without control characters.
@@ -127,7 +133,7 @@ void MailSender::CmdSend_Click() {
     const auto server = ParseServerAddress(form_.txtserver.Value());
     if (!server)
         return Fail("it names no host, or a port that is not a number from 1 to 65535",
-                    "set the mail server as host or host:port");
+                    kNameServer);
     Winsock1_->Connect(code_page_.Encode(server->host), server->port);
     SendStep_ = SmtpStep::kGreeting;
     form_.StatusTxt.SetCaption(u"试图与服务器连接");
@@ -143,7 +149,7 @@ void MailSender::OnReply(std::string_view reply) {
     if (SendStep_ == SmtpStep::kQuit)
         return; // the usual 221
     Fail("it answered " + Quote(code_page_.Decode(reply)) + " to " + std::string(rule.waits_for),
-         "check the account and the addresses");
+         kCheckAccount);
 }
 
 void MailSender::TakeStep(const SmtpRule& rule) {
@@ -151,7 +157,7 @@ void MailSender::TakeStep(const SmtpRule& rule) {
     if (!sends) {
         Winsock1_->Close();
         return Fail("the user name or password holds characters that cannot be sent",
-                    "correct the account");
+                    kCorrectAccount);
     }
     for (const std::string& bytes : *sends)
         Winsock1_->Send(bytes);
@@ -186,7 +192,7 @@ void MailSender::OnEnded(const std::string& why) {
 
 void MailSender::Confirmed() {
     failing_ = false;
-    notices_.Report("mail", "", "mail: works again");
+    notices_.Report("mail", "", "Mail works again.");
 }
 
 void MailSender::Fail(const std::string& why, std::string_view advice) {
@@ -198,8 +204,8 @@ void MailSender::Fail(const std::string& why, std::string_view advice) {
     // Later attempts may fail in changing words; one line is enough until mails work again.
     if (!failing_)
         notices_.Report("mail",
-                        "mail: cannot be sent: " + last_problem_ + "; " + std::string(advice) +
-                            "; a mail is tried again until its content was handed over",
+                        "Mail cannot be sent: " + last_problem_ + ". " + std::string(advice) +
+                            ". A mail is tried again until its content was handed over.",
                         "");
     failing_ = true;
 }

@@ -88,6 +88,14 @@ TEST_F(DiscoveryTest, PortsThatAnOperatorCanFreeAreNamedOnce) {
     ASSERT_EQ(said.size(), 2u);
     EXPECT_NE(said[0].find("COM2"), std::string::npos);
     EXPECT_NE(said[1].find("COM3"), std::string::npos);
+
+    ports.SetStatus(2, PortStatus::kOk);
+    ports.SetStatus(3, PortStatus::kAbsent);
+    Running<int> connect(clock, core.discovery.Connect(Discovery::Ports::kAll));
+    clock.RunFor(30s);
+    ASSERT_EQ(said.size(), 4u);
+    EXPECT_NE(said[2].find("can be opened now"), std::string::npos);
+    EXPECT_NE(said[3].find("is no serial line any more"), std::string::npos);
 }
 
 } // namespace

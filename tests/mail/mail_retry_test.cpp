@@ -192,17 +192,18 @@ TEST_F(MailRetry, OperatorsAreToldInOnePrintableLine) {
     clock.RunFor(1h);
     ASSERT_EQ(lines.size(), 1u);
     EXPECT_EQ(lines[0],
-              "mail: cannot be sent: server \"smtp.example\": it answered \"550  无用户 " +
+              "Mail cannot be sent: server \"smtp.example\": it answered \"550  无用户 " +
                   std::string(71, 'x') +
-                  "\" to RCPT TO; check the account and the addresses; a mail is tried "
-                  "again until its content was handed over");
+                  "\" to RCPT TO. Check the user name and password, Text1(30) and Text1(31), and "
+                  "the addresses, Text1(58) and Text1(59). A mail is tried again until its content "
+                  "was handed over.");
     Set(u"smtp.example:26"); // nobody answers there: another trouble after a change
     clock.RunFor(1min);
     EXPECT_EQ(lines.size(), 2u);
     sink.Faults.clear();
     Set(u"smtp.example");
     clock.RunFor(1min);
-    EXPECT_EQ(lines.back(), "mail: works again");
+    EXPECT_EQ(lines.back(), "Mail works again.");
 }
 
 } // namespace

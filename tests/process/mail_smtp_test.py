@@ -114,7 +114,7 @@ class MailSmtp(unittest.TestCase):
         self.assertEqual(output, "sent 2, failed attempts 1\n")
         first, second = errors.splitlines()
         self.assertIn('"550 no such user" to RCPT TO', first)
-        self.assertEqual(second, "mail: works again")
+        self.assertEqual(second, "Mail works again.")
 
     def test_log_in_after_helo(self):
         sink = Sink("--user", "张三", "--password", "geheim 1")
