@@ -21,8 +21,8 @@ class LogTable {
 
     // Opens the database file at path, which replaces the one that was open. "" when that succeeds,
     // else what is wrong and what to do, in words for an operator. A file that cannot be used
-    // leaves the one that was open as it is; where there was one, a path without a file and a file
-    // that is locked at the moment are no failure.
+    // leaves the one that was open as it is. That the file in use is gone or locked at the moment
+    // is no failure.
     virtual std::string Open(const Text& path) = 0;
     // Stores one row. "" when it is stored, else what stands in the way, in words for an operator;
     // the row is lost then.

@@ -77,6 +77,7 @@ class SqliteLogTable::Connection {
   public:
     explicit Connection(const std::string& path) : path_(path), problem_(Open()) {}
 
+    const std::string& Path() const { return path_; }
     const std::string& Problem() const { return problem_; }
     bool LockedOut() const { return PrimaryCode() == SQLITE_BUSY; }
 
@@ -171,8 +172,10 @@ std::string SqliteLogTable::Open(const Text& path) {
     const std::string file = ToUtf8(path);
     std::error_code error;
     const auto status = std::filesystem::status(std::u8string(file.begin(), file.end()), error);
+    // Of the file in use the next row finds out whether it can still be used.
+    const bool in_use = connection_ && connection_->Path() == file;
     if (status.type() == std::filesystem::file_type::not_found)
-        return connection_ ? "" : About(file, "is missing: make it with log-schema.sql");
+        return in_use ? "" : About(file, "is missing: make it with log-schema.sql");
     if (status.type() == std::filesystem::file_type::directory)
         return About(file, "is a folder: name a file in Text1(37)");
 
@@ -181,7 +184,7 @@ std::string SqliteLogTable::Open(const Text& path) {
         connection_ = std::move(opened);
         return "";
     }
-    return connection_ && opened->LockedOut() ? "" : opened->Problem();
+    return in_use && opened->LockedOut() ? "" : opened->Problem();
 }
 
 std::string SqliteLogTable::Append(const LogRow& row) {
