@@ -185,8 +185,10 @@ MailParts MailSender::Parts() const {
 }
 
 void MailSender::OnEnded(const std::string& why) {
-    if (SendStep_ != SmtpStep::kQuit)
-        Fail(why + ", before the answer to " + std::string(RuleOf(SendStep_).waits_for),
+    if (SendStep_ == SmtpStep::kGreeting)
+        Fail(why, kCheckNetwork);
+    else if (SendStep_ != SmtpStep::kQuit)
+        Fail(why + " before the answer to " + std::string(RuleOf(SendStep_).waits_for),
              kCheckNetwork);
 }
 
