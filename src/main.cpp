@@ -15,6 +15,7 @@
 #include "service/tarnex_comm.h"
 #include "settings/start_settings.h"
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
@@ -90,5 +91,8 @@ int Run(const std::string& command_line) {
 } // namespace tarnex
 
 int main(int argc, char** argv) {
+    // Messages that nobody reads and files that may not grow fail to be written; work goes on.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     return tarnex::Run(tarnex::JoinArguments(argc, argv));
 }
