@@ -17,6 +17,7 @@ enum class LineKind { kOther, kSection, kKey };
 struct Line {
     LineKind kind = LineKind::kOther;
     Text name;             // of the section or key
+    std::size_t begin = 0; // where the line begins
     std::size_t value = 0; // where a key's value begins
     std::size_t end = 0;   // where the line's text ends, its line end not counted
     std::size_t next = 0;  // where the next line begins
@@ -32,6 +33,7 @@ class LineReader {
         if (at_ >= content_.size())
             return std::nullopt;
         Line line;
+        line.begin = at_;
         const std::size_t line_feed = content_.find('\n', at_);
         const bool last = line_feed == std::string_view::npos;
         line.end = last ? content_.size() : line_feed;
@@ -74,8 +76,7 @@ class LineReader {
 struct Place {
     bool section_found = false;
     bool key_found = false;
-    std::size_t value = 0; // of the key's value
-    std::size_t end = 0;
+    Line line;              // of the key
     std::size_t insert = 0; // where the key's line can be added to its section
 };
 
@@ -92,8 +93,7 @@ Place Find(std::string_view content, const CodePage& code_page, TextView section
             continue;
         if (line->kind == LineKind::kKey && EqualIgnoringCase(line->name, key)) {
             place.key_found = true;
-            place.value = line->value;
-            place.end = line->end;
+            place.line = *line;
             break;
         }
         // Behind the section's last key: what follows is often the next section's comment.
@@ -183,13 +183,36 @@ std::optional<std::string> IniDocument::Set(const std::string& content, const Co
     const Place place = Find(content, code_page, section, key);
     if (place.key_found) {
         std::string result = content;
-        return result.replace(place.value, place.end - place.value, bytes);
+        return result.replace(place.line.value, place.line.end - place.line.value, bytes);
     }
     const std::string line = code_page.Encode(key) + "=" + bytes;
     if (place.section_found)
         return InsertLine(content, place.insert, line);
     const std::string header = "[" + code_page.Encode(section) + "]";
     return InsertLine(content, content.size(), header + std::string(LineEndOf(content)) + line);
+}
+
+std::string IniDocument::Remove(const std::string& content, const CodePage& code_page,
+                                TextView section, TextView key) {
+    const Place place = Find(content, code_page, Trim(section), Trim(key));
+    std::string result = content;
+    return place.key_found ? result.erase(place.line.begin, place.line.next - place.line.begin)
+                           : result;
+}
+
+std::vector<IniDocument::KeyLine> IniDocument::KeyLines(std::string_view content,
+                                                        const CodePage& code_page) {
+    std::vector<KeyLine> lines;
+    Text section;
+    LineReader reader(content, code_page);
+    for (int number = 1; const auto line = reader.Next(); ++number) {
+        const std::string_view value = content.substr(line->value, line->end - line->value);
+        if (line->kind == LineKind::kSection)
+            section = line->name;
+        else if (line->kind == LineKind::kKey)
+            lines.push_back({number, section, line->name, code_page.Decode(value)});
+    }
+    return lines;
 }
 
 } // namespace tarnex

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 namespace tarnex {
 
@@ -28,6 +29,20 @@ class IniDocument {
     // Nothing when no file can hold that name or value, as when it contains a line end.
     static std::optional<std::string> Set(const std::string& content, const CodePage& code_page,
                                           TextView section, TextView key, TextView value);
+    // content without the line of that key, as it is when there is none. Get then finds nothing,
+    // or what a later line of the same key says.
+    static std::string Remove(const std::string& content, const CodePage& code_page,
+                              TextView section, TextView key);
+
+    // A line that gives a key a value, whether it counts or not.
+    struct KeyLine {
+        int number; // of the line, from 1
+        Text section;
+        Text key;
+        Text value; // whole
+    };
+    // All of them in their order.
+    static std::vector<KeyLine> KeyLines(std::string_view content, const CodePage& code_page);
 
   private:
     struct NameHash {

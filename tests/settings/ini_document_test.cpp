@@ -98,5 +98,30 @@ TEST(IniDocument, RefusesWhatAReaderWouldNotFindAgain) {
     EXPECT_EQ(IniDocument::Set("[S]\nK=1\n", kGbk, u"S", u"K", u"\u0E01]=[;"), "[S]\nK=?]=[;\n");
 }
 
+TEST(IniDocument, RemovesTheOneLine) {
+    const struct {
+        const char* before;
+        const char* after; // [S] K removed
+    } rows[] = {
+        {"[S]\r\nA=1\r\n k = x\r\n; c\r\n", "[S]\r\nA=1\r\n; c\r\n"},
+        {"[S]\nK=1\nK=2\n", "[S]\nK=2\n"},
+        {"[S]\nA=1\nK=", "[S]\nA=1\n"},
+        {"K=1\n[T]\nK=1\n[S]\n;K=1\n", "K=1\n[T]\nK=1\n[S]\n;K=1\n"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(IniDocument::Remove(row.before, kGbk, u"S", u"K"), row.after);
+}
+
+TEST(IniDocument, ListsTheLinesThatNeverCountToo) {
+    const auto lines = IniDocument::KeyLines(
+        "; c\nA=0\n[S]\nK=" + std::string(200, 'x') + "\n\n k =2\n[T]\nrubbish\nA=\xC9\xE8", kGbk);
+    ASSERT_EQ(lines.size(), 4u);
+    EXPECT_EQ(lines[0].section, u"");
+    EXPECT_EQ(lines[1].value.size(), 200u);
+    EXPECT_EQ(lines[2].number, 6);
+    EXPECT_EQ(lines[2].section + u"/" + lines[2].key + u"/" + lines[2].value, u"S/k/2");
+    EXPECT_EQ(lines[3].section + u"/" + lines[3].key + u"/" + lines[3].value, u"T/A/设");
+}
+
 } // namespace
 } // namespace tarnex
