@@ -29,12 +29,16 @@ bool IsNumberUpTo(TextView text, int highest) {
 
 } // namespace
 
-Text FormattedHourMinute(TextView text) {
+bool IsTimeOfDay(TextView text) {
     const std::vector<TextView> parts = SplitAtColons(text);
-    const bool is_time = (parts.size() == 2 || parts.size() == 3) &&
-                         std::equal(parts.begin(), parts.end(), kHighest, IsNumberUpTo);
-    if (!is_time)
+    return (parts.size() == 2 || parts.size() == 3) &&
+           std::equal(parts.begin(), parts.end(), kHighest, IsNumberUpTo);
+}
+
+Text FormattedHourMinute(TextView text) {
+    if (!IsTimeOfDay(text))
         return Text(text);
+    const std::vector<TextView> parts = SplitAtColons(text);
     return HourMinuteText(
         {.hour = int(LeadingNumber(parts[0])), .minute = int(LeadingNumber(parts[1]))});
 }

@@ -1,9 +1,9 @@
 #include "platform/asio/asio_loop.h"
 
 #include "platform/asio/loop_core.h"
+#include "platform/linux/local_time.h"
 
 #include <algorithm>
-#include <ctime>
 
 namespace tarnex {
 
@@ -27,16 +27,7 @@ Duration AsioLoop::Now() const {
 }
 
 CalendarTime AsioLoop::Calendar() const {
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    localtime_r(&now, &local);
-    return {.year = local.tm_year + 1900,
-            .month = local.tm_mon + 1,
-            .day = local.tm_mday,
-            .hour = local.tm_hour,
-            .minute = local.tm_min,
-            .second = local.tm_sec,
-            .weekday = local.tm_wday};
+    return LocalTime();
 }
 
 std::chrono::system_clock::time_point AsioLoop::WallNow() const {

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace tarnex {
+
+// Whether a person reads that stream of the process, and colours may be used on it.
+bool StandardOutputIsTerminal();
+bool StandardErrorIsTerminal();
+bool TerminalShowsColours();
+// Whether a person can answer questions.
+bool StandardInputIsTerminal();
+
+// Shows prompt on standard error and reads a line of standard input, without an echo when it is
+// secret; nothing at the end of the input.
+std::optional<std::string> AskOnTerminal(const std::string& prompt, bool secret);
+
+} // namespace tarnex
