@@ -1,0 +1,202 @@
+#include "control/command_line.h"
+
+#include "control/commands.h"
+#include "control/suggestion.h"
+
+#include <ostream>
+#include <sstream>
+
+#include <CLI/CLI.hpp>
+
+namespace tarnex {
+
+namespace {
+
+// The command line and the options that it fills.
+class CommandLine {
+  public:
+    explicit CommandLine(ControlWorld& world) : world_(world) {
+        app_.set_version_flag("--version", "tarnexctl " TARNEX_VERSION);
+        app_.add_option("--settings-file", world_.settings_path, "the settings file")
+            ->type_name("FILE")
+            ->capture_default_str();
+        app_.add_option("--status-file", world_.status_path, "the status file of the service")
+            ->type_name("FILE")
+            ->capture_default_str();
+        app_.footer("\"tarnexctl COMMAND --help\" shows the options and examples of a command.\n"
+                    "\n"
+                    "Exit status: 0 done; settings check: 1 warnings, 2 errors; 64 wrong usage,\n"
+                    "65 impossible value, 66 missing file, 69 the service does not run, 73 a file\n"
+                    "cannot be written, 74 input or output failed, 77 no rights.");
+        app_.require_subcommand(1);
+        app_.fallthrough();
+        AddSettings();
+        AddStatus();
+    }
+
+    int Run(std::vector<std::string> arguments) {
+        std::reverse(arguments.begin(), arguments.end()); // as the parser wants them
+        try {
+            app_.parse(std::move(arguments));
+        } catch (const CLI::Success& asked) { // help or version
+            std::ostringstream text;
+            app_.exit(asked, text, text);
+            world_.out << text.str();
+            return kExitDone;
+        } catch (const CLI::ParseError& error) {
+            throw Failure(kExitUsage, Trouble(error) + " (try \"" + Name(Deepest()) + " --help\")");
+        }
+        return run_();
+    }
+
+  private:
+    using Work = std::function<ExitStatus()>;
+
+    CLI::App* Command(CLI::App& parent, const std::string& name, const std::string& what,
+                      const std::string& examples, Work work) {
+        CLI::App* command = parent.add_subcommand(name, what);
+        command->footer("Examples:\n" + examples);
+        if (work)
+            command->callback([this, work = std::move(work)] { run_ = work; });
+        return command;
+    }
+
+    void AddSettings();
+    void AddStatus();
+
+    // The innermost command that was given.
+    const CLI::App& Deepest() const {
+        const CLI::App* app = &app_;
+        while (!app->get_subcommands().empty())
+            app = app->get_subcommands().front();
+        return *app;
+    }
+
+    static std::string Name(const CLI::App& app) {
+        const CLI::App* parent = app.get_parent();
+        return parent ? Name(*parent) + " " + app.get_name() : "tarnexctl";
+    }
+
+    std::string Trouble(const CLI::ParseError& error) const {
+        const CLI::App& app = Deepest();
+        const std::vector<std::string> unknown = app_.remaining(true);
+        if (unknown.empty() && app.get_require_subcommand_min() > 0 &&
+            error.get_name() == "RequiredError")
+            return "the command is missing";
+        if (unknown.empty())
+            return OneLine(error.what());
+        const std::string& word = unknown.front();
+        std::vector<std::string> known;
+        if (word.starts_with('-')) {
+            for (const CLI::App* a = &app; a; a = a->get_parent())
+                for (const CLI::Option* option : a->get_options())
+                    known.push_back(option->get_name());
+            return "there is no option " + word + DidYouMean(Closest(word, known));
+        }
+        for (const CLI::App* command : app.get_subcommands({}))
+            known.push_back(command->get_name());
+        if (known.empty())
+            return "\"" + word + "\" is one word too many";
+        return "there is no command \"" + word + "\"" + DidYouMean(Closest(word, known));
+    }
+
+    static std::string OneLine(std::string text) {
+        std::replace(text.begin(), text.end(), '\n', ' ');
+        return text;
+    }
+
+    ControlWorld& world_;
+    CLI::App app_{"Sets up, watches and tries out TarnexComm, the service beside a GSM alarm unit.",
+                  "tarnexctl"};
+    Work run_;
+
+    ListOptions list_;
+    std::string name_;
+    std::string value_;
+    bool json_ = false;
+    StatusOptions status_;
+    std::string output_;
+};
+
+void CommandLine::AddSettings() {
+    CLI::App& settings = *Command(app_, "settings", "list, read, change and check the settings",
+                                  "  tarnexctl settings list quiet\n"
+                                  "  tarnexctl settings set send-count 2\n"
+                                  "  tarnexctl settings check",
+                                  nullptr);
+    settings.require_subcommand(1);
+
+    CLI::App* list = Command(settings, "list", "show settings, their values and what these do",
+                             "  tarnexctl settings list\n"
+                             "  tarnexctl settings list quiet mail\n"
+                             "  tarnexctl settings list --long 'Check1(8)'",
+                             [this] { return SettingsList(world_, list_); });
+    list->add_option("NAME", list_.names, "names, keys, or parts of names (all settings)")
+        ->type_name("");
+    list->add_flag("--long", list_.long_form, "everything about each setting");
+    list->add_flag("--json", list_.json, "everything, as JSON");
+
+    CLI::App* get = Command(settings, "get", "print the stored value of one setting",
+                            "  tarnexctl settings get alarm-number-1\n"
+                            "  tarnexctl settings get 'Text1(34)'",
+                            [this] { return SettingsGet(world_, name_); });
+    get->add_option("NAME", name_, "plain name or key")->type_name("")->required();
+
+    CLI::App* set = Command(settings, "set", "change one setting, as the service itself writes",
+                            "  tarnexctl settings set alarm-number-1 13900000001\n"
+                            "  tarnexctl settings set quiet-time on\n"
+                            "  tarnexctl settings set 'Text1(38)' 22:00",
+                            [this] { return SettingsSet(world_, name_, value_); });
+    set->add_option("NAME", name_, "plain name or key")->type_name("")->required();
+    set->add_option("VALUE", value_,
+                    "the new value->type_name("
+                    "); on or off for switches")
+        ->required();
+
+    CLI::App* unset = Command(settings, "unset", "take the value of one setting away",
+                              "  tarnexctl settings unset mail-server",
+                              [this] { return SettingsUnset(world_, name_); });
+    unset->add_option("NAME", name_, "plain name or key")->type_name("")->required();
+
+    CLI::App* check =
+        Command(settings, "check", "say what is wrong or dangerous; exit status 0, 1 or 2",
+                "  tarnexctl settings check && echo all is well\n"
+                "  tarnexctl settings check --json",
+                [this] { return SettingsCheck(world_, json_); });
+    check->add_flag("--json", json_, "as JSON");
+}
+
+void CommandLine::AddStatus() {
+    CLI::App* status =
+        Command(app_, "status", "show what the service is doing; exit status 69 if it does not run",
+                "  tarnexctl status\n"
+                "  tarnexctl status --watch\n"
+                "  tarnexctl status --json | jq .unit.state",
+                [this] { return ShowStatus(world_, status_); });
+    status->add_flag("--watch", status_.watch, "again and again, until Ctrl-C");
+    status->add_flag("--json", status_.json, "as JSON");
+
+    CLI::App* metrics =
+        Command(app_, "metrics", "the state as Prometheus text",
+                "  tarnexctl metrics\n"
+                "  tarnexctl metrics --output /var/lib/prometheus/node-exporter/tarnexcomm.prom",
+                [this] { return ShowMetrics(world_, output_); });
+    metrics->add_option("--output", output_, "replace this file, in one step for readers")
+        ->type_name("FILE");
+}
+
+} // namespace
+
+int RunTarnexctl(std::vector<std::string> arguments, ControlWorld& world) {
+    try {
+        return CommandLine(world).Run(std::move(arguments));
+    } catch (const Failure& failure) {
+        world.err << "tarnexctl: " << failure.what() << '\n';
+        return failure.status;
+    } catch (const std::exception& error) {
+        world.err << "tarnexctl: " << error.what() << " (a fault of this program)\n";
+        return kExitSoftware;
+    }
+}
+
+} // namespace tarnex

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "control/control_world.h"
+
+namespace tarnex {
+
+// The commands of tarnexctl. Each does its work and returns the exit status, or throws Failure.
+
+struct ListOptions {
+    std::vector<std::string> names; // settings, or parts of names; none: all
+    bool long_form = false;
+    bool json = false;
+};
+ExitStatus SettingsList(ControlWorld& world, const ListOptions& options);
+ExitStatus SettingsGet(ControlWorld& world, const std::string& name);
+ExitStatus SettingsSet(ControlWorld& world, const std::string& name, const std::string& value);
+ExitStatus SettingsUnset(ControlWorld& world, const std::string& name);
+ExitStatus SettingsCheck(ControlWorld& world, bool json);
+
+struct StatusOptions {
+    bool watch = false;
+    bool json = false;
+};
+ExitStatus ShowStatus(ControlWorld& world, const StatusOptions& options);
+// output: the file to be replaced; "" for standard output.
+ExitStatus ShowMetrics(ControlWorld& world, const std::string& output);
+
+} // namespace tarnex

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "platform/clock.h"
+
+#include <iosfwd>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace tarnex {
+
+// Exit statuses of tarnexctl, those of sysexits.h where these fit.
+enum ExitStatus {
+    kExitDone = 0,
+    kExitWarnings = 1,     // settings check
+    kExitErrors = 2,       // settings check
+    kExitUsage = 64,       // wrong words on the command line
+    kExitData = 65,        // a value that cannot be
+    kExitNoInput = 66,     // a file that is missing or cannot be read
+    kExitUnavailable = 69, // the service does not run
+    kExitSoftware = 70,
+    kExitCannotCreate = 73,
+    kExitIo = 74,
+    kExitNoRights = 77,
+};
+
+// Ends a command: what is wrong, why, and what to do, in one line.
+struct Failure : std::runtime_error {
+    Failure(ExitStatus exit_status, const std::string& line)
+        : std::runtime_error(line), status(exit_status) {}
+    ExitStatus status;
+};
+
+// The world that tarnexctl works in.
+struct ControlWorld {
+    std::ostream& out;
+    std::ostream& err;
+    bool colours = false;  // out shows them
+    bool progress = false; // err is watched by a person
+    // Asks a person for a line, without an echo when it is secret; nothing at the end of the input.
+    // Empty when nobody is there to answer.
+    std::function<std::optional<std::string>(const std::string& prompt, bool secret)> ask;
+
+    std::string settings_path;
+    std::string status_path;
+    std::string data_folder; // of the sample settings and the schema that were installed
+
+    std::function<std::chrono::system_clock::time_point()> now;
+    std::function<CalendarTime()> calendar; // local
+    // Waits; false when the command is to end instead.
+    std::function<bool(Duration)> pause;
+    // Whether the process lives and is the service.
+    std::function<bool(long process)> is_service;
+};
+
+} // namespace tarnex

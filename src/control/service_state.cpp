@@ -1,0 +1,64 @@
+#include "control/service_state.h"
+
+#include "control/text_output.h"
+
+#include <cerrno>
+#include <fstream>
+#include <iterator>
+
+namespace tarnex {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr int kFormat = 1;
+constexpr const char* kStart = "start it with \"systemctl start tarnexcomm\"";
+
+// Nothing when there is no file.
+std::optional<std::string> ReadStatusFile(const std::string& path) {
+    errno = 0;
+    std::ifstream file(path, std::ios::binary);
+    if (file)
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    if (errno == ENOENT || errno == ENOTDIR)
+        return std::nullopt;
+    throw Failure(kExitNoRights, "the status file " + path +
+                                     " cannot be read: run this as root or as the user of the "
+                                     "service (sudo tarnexctl ...)");
+}
+
+Json Parse(const std::string& path, const std::string& text) {
+    Json json = Json::parse(text, nullptr, false);
+    if (!json.is_object() || !json.contains("format"))
+        throw Failure(kExitData, path + " is not a status file of the service: name another with "
+                                        "--status-file");
+    if (json["format"] != kFormat)
+        throw Failure(kExitData, path + " was written by another version of the service: use the "
+                                        "tarnexctl of the same version, or restart the service");
+    return json;
+}
+
+} // namespace
+
+ServiceState ReadServiceState(const ControlWorld& world) {
+    ServiceState state;
+    state.now = std::chrono::floor<std::chrono::seconds>(world.now().time_since_epoch()).count();
+    const auto text = ReadStatusFile(world.status_path);
+    if (!text) {
+        state.absence = "the service does not run, or has no runtime folder (there is no " +
+                        world.status_path + "): " + kStart;
+        return state;
+    }
+    state.status = Parse(world.status_path, *text);
+    const long process = state.status.at("pid").get<long>();
+    state.running = world.is_service(process);
+    if (!state.running)
+        state.absence = "the service does not run: process " + std::to_string(process) +
+                        " has gone, and its last word is " +
+                        AgeText(state.SecondsSince(state.status.at("written_at"))) + " old; " +
+                        kStart;
+    return state;
+}
+
+} // namespace tarnex

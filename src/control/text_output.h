@@ -1,0 +1,45 @@
+#pragma once
+
+#include "control/control_world.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tarnex {
+
+// Columns that a text takes on a terminal; Chinese characters take two.
+std::size_t DisplayWidth(std::string_view utf8);
+
+// The text with "?" for control characters, which could drive the terminal: it comes from
+// elsewhere.
+std::string Printable(std::string_view utf8);
+
+enum class Colour { kNone, kGood, kWarning, kBad, kFaint, kBold };
+// The text in that colour where the terminal shows it.
+std::string Paint(const ControlWorld& world, Colour colour, const std::string& text);
+
+struct Cell {
+    std::string text;
+    Colour colour = Colour::kNone;
+    Cell(std::string text_, Colour colour_ = Colour::kNone)
+        : text(std::move(text_)), colour(colour_) {}
+    Cell(const char* text_) : text(text_) {}
+};
+
+// Rows of cells, aligned, with two blanks in between. A row of one cell is a line of its own.
+class TextTable {
+  public:
+    void Add(std::vector<Cell> row) { rows_.push_back(std::move(row)); }
+    void Print(const ControlWorld& world) const;
+
+  private:
+    std::vector<std::vector<Cell>> rows_;
+};
+
+// "1 mail", "2 mails"
+std::string Counted(long long number, const std::string& noun);
+// "35 s", "12 min", "3 h 5 min", "2 d 4 h"
+std::string AgeText(long long seconds);
+
+} // namespace tarnex
