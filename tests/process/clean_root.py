@@ -1,0 +1,142 @@
+"""A Debian system of a test's own, in a folder, with nothing in it but what a package needs.
+
+What takes long is kept in a cache folder for the next time; what a test does to the system is kept
+in memory, and nobody else sees it. Where there can be no such system (only the superuser can make
+one) the test is skipped.
+"""
+
+import ctypes
+import fcntl
+import hashlib
+import os
+import pathlib
+import platform
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+SKIPPED = 77
+LIMIT = 600  # seconds after which a program hangs
+ENVIRONMENT = {"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL": "C.UTF-8", "DEBIAN_FRONTEND": "noninteractive"}
+
+
+def skip(reason):
+    raise unittest.SkipTest(reason)
+
+
+def main():
+    """Runs the tests of the program; exit status SKIPPED when one of them could not run."""
+    if os.geteuid() != 0:
+        print("SKIPPED: only the superuser can make a system of its own")
+        sys.exit(SKIPPED)
+    result = unittest.main(argv=sys.argv[:1], exit=False).result
+    for _, reason in result.skipped:
+        print("SKIPPED:", reason)
+    sys.exit(1 if not result.wasSuccessful() else SKIPPED if result.skipped else 0)
+
+
+def needed_packages(deb):
+    """The packages that a package depends on; of alternatives the first."""
+    depends = subprocess.run(
+        ["dpkg-deb", "--field", deb, "Depends"], check=True, capture_output=True, text=True
+    ).stdout
+    return [entry.split("|")[0].split()[0] for entry in depends.split(",")]
+
+
+def own_mirror(release):
+    """Where this machine has its own Debian packages from."""
+    targets = subprocess.run(
+        ["apt-get", "indextargets", "--format", "$(ORIGIN) $(CODENAME) $(SITE)", "Created-By: Packages"],
+        capture_output=True,
+        text=True,
+    ).stdout
+    for target in targets.splitlines():
+        origin, codename, site = target.split()
+        if (origin, codename) == ("Debian", release):
+            return site
+    skip(f"apt knows no mirror for Debian {release}")
+
+
+def make_base(base, packages):
+    release = platform.freedesktop_os_release()["VERSION_CODENAME"]
+    if not shutil.which("debootstrap", path=ENVIRONMENT["PATH"]):
+        skip("debootstrap is not installed")
+    half_made = base.with_suffix(".half-made")
+    shutil.rmtree(half_made, ignore_errors=True)
+    result = subprocess.run(
+        ["debootstrap", "--variant=minbase", "--include=" + ",".join(packages), release, half_made, own_mirror(release)],
+        env=os.environ | ENVIRONMENT,
+        stdout=subprocess.PIPE,
+        stderr=subprocess.STDOUT,
+        text=True,
+    )
+    if result.returncode != 0:
+        skip("debootstrap failed: " + result.stdout.strip().rpartition("\n")[2])
+    for archive in (half_made / "var/cache/apt/archives").glob("*.deb"):
+        archive.unlink()
+    half_made.rename(base)
+
+
+def mount(kind, options, where):
+    subprocess.run(["mount", "-t", kind, "-o", options, kind, where], check=True)
+
+
+def hide_mounts():
+    """What this process mounts from now on is seen by it and its children, and goes with them."""
+    new_namespace = 0x00020000
+    libc = ctypes.CDLL(None, use_errno=True)
+    if libc.unshare(new_namespace) != 0:
+        skip("mounts of its own are forbidden: " + os.strerror(ctypes.get_errno()))
+    subprocess.run(["mount", "--make-rprivate", "/"], check=True)
+
+
+class CleanRoot:
+    """A fresh system with the given packages, in the folder path, until it is closed."""
+
+    def __init__(self, cache, packages):
+        cache = pathlib.Path(cache).resolve()
+        cache.mkdir(parents=True, exist_ok=True)
+        packages = sorted(set(packages))
+        base = cache / ("base-" + hashlib.sha256(" ".join(packages).encode()).hexdigest()[:12])
+        with open(cache / "lock", "w") as lock:
+            fcntl.flock(lock, fcntl.LOCK_EX)
+            if not base.exists():
+                make_base(base, packages)
+        hide_mounts()
+        self.own = tempfile.mkdtemp()
+        mount("tmpfs", "mode=755", self.own)
+        self.path = pathlib.Path(self.own, "root")
+        for name in ("root", "changes", "work"):
+            pathlib.Path(self.own, name).mkdir()
+        mount("overlay", f"lowerdir={base},upperdir={self.own}/changes,workdir={self.own}/work", self.path)
+
+    def close(self):
+        subprocess.run(["umount", self.path, self.own], check=True)
+        os.rmdir(self.own)
+
+    def command(self, *arguments):
+        """The command line that runs a program in the system, without a network, as root."""
+        own = ["unshare", "--mount", "--net", "--pid", "--fork", "--kill-child", f"--root={self.path}", "--mount-proc"]
+        return own + ["--", *arguments]
+
+    def run(self, *arguments):
+        """Runs a program; gives what it prints. A failure is an error that shows it."""
+        result = subprocess.run(
+            self.command(*arguments),
+            env=ENVIRONMENT,
+            stdin=subprocess.DEVNULL,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.STDOUT,
+            text=True,
+            timeout=LIMIT,
+        )
+        if result.returncode != 0:
+            raise AssertionError(f"{arguments} ended with {result.returncode}:\n{result.stdout}")
+        return result.stdout
+
+    def copy_in(self, file):
+        """Puts a file into the folder for temporary files; gives its name there."""
+        shutil.copy(file, self.path / "tmp")
+        return f"/tmp/{os.path.basename(file)}"

@@ -1,0 +1,174 @@
+"""The Debian package in a clean system: installed, upgraded, removed and purged.
+
+Usage: package_test.py PACKAGE_BUILDER CACHE_FOLDER
+"""
+
+import contextlib
+import hashlib
+import os
+import pathlib
+import re
+import shutil
+import socket
+import sqlite3
+import stat
+import subprocess
+import sys
+import tempfile
+import unittest
+
+from clean_root import CleanRoot, needed_packages, main
+
+BUILDER, CACHE = sys.argv[1:3]
+STATE = "var/lib/tarnexcomm"
+SETTINGS = f"{STATE}/system/Tarnex.ini"
+LOG = f"{STATE}/log.db"
+ENABLED = "etc/systemd/system/multi-user.target.wants/tarnexcomm.service"
+
+# What the package managers themselves write down.
+BOOK_KEEPING = re.compile(r"/(proc|tmp|var/(cache|log|lib/dpkg)|etc/(passwd|group|shadow|gshadow)-|etc/\.pwd\.lock)(/|$)")
+
+
+def build_packages():
+    return subprocess.run([BUILDER], check=True, stdout=subprocess.PIPE, text=True).stdout.split()
+
+
+def next_version(deb, folder):
+    """The package once more, with a higher version and other default settings."""
+    content = os.path.join(folder, "content")
+    subprocess.run(["dpkg-deb", "--raw-extract", deb, content], check=True)
+    control = pathlib.Path(content, "DEBIAN/control")
+    control.write_text(re.sub(r"(?m)^Version: .*$", "Version: 99", control.read_text()))
+    with open(os.path.join(content, "usr/share/tarnexcomm/Tarnex.ini.sample"), "a") as sample:
+        sample.write("; new in this version\n")
+    result = os.path.join(folder, "next.deb")
+    subprocess.run(
+        ["dpkg-deb", "--build", "--root-owner-group", content, result], check=True, stdout=subprocess.DEVNULL
+    )
+    return result
+
+
+def inventory(root):
+    """Every file of a system with all that a package may leave changed."""
+    found = {}
+    for folder, names, files in os.walk(root):
+        for name in names + files:
+            path = os.path.join(folder, name)
+            shown = path.removeprefix(str(root))
+            status = os.lstat(path)
+            if BOOK_KEEPING.match(shown):
+                continue
+            content = ""
+            if stat.S_ISLNK(status.st_mode):
+                content = os.readlink(path)
+            elif stat.S_ISREG(status.st_mode):
+                content = hashlib.sha256(pathlib.Path(path).read_bytes()).hexdigest()
+            found[shown] = (oct(status.st_mode), status.st_uid, status.st_gid, content)
+    return found
+
+
+class Package(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.debs = build_packages()
+        cls.deb = next(deb for deb in cls.debs if "tarnexcomm_" in deb)
+
+    def setUp(self):
+        self.root = CleanRoot(CACHE, needed_packages(self.deb))
+        self.addCleanup(self.root.close)
+
+    def path(self, name):
+        return self.root.path / name
+
+    def install(self, deb):
+        self.root.run("dpkg", "--install", self.root.copy_in(deb))
+
+    def owner_and_mode(self, name):
+        status = self.path(name).stat()
+        users = dict(line.split(":")[2::-2] for line in self.path("etc/passwd").read_text().splitlines())
+        groups = dict(line.split(":")[2::-2] for line in self.path("etc/group").read_text().splitlines())
+        return f"{users[str(status.st_uid)]}:{groups[str(status.st_gid)]} {status.st_mode & 0o7777:o}"
+
+    def log_rows(self):
+        with contextlib.closing(sqlite3.connect(self.path(LOG))) as log:
+            return log.execute('SELECT Message FROM "Log"').fetchall()
+
+    def assert_installed(self):
+        self.assertEqual(self.root.run("id", "--name", "--groups", "tarnexcomm").split(), ["tarnexcomm", "dialout"])
+        self.assertIn(":/usr/sbin/nologin\n", self.root.run("getent", "passwd", "tarnexcomm"))
+        self.assertEqual(self.owner_and_mode(STATE), "tarnexcomm:tarnexcomm 750")
+        self.assertEqual(self.owner_and_mode(f"{STATE}/system"), "tarnexcomm:tarnexcomm 750")
+        self.assertEqual(self.owner_and_mode(SETTINGS), "tarnexcomm:tarnexcomm 640")
+        self.assertEqual(self.owner_and_mode(LOG), "tarnexcomm:tarnexcomm 640")
+        self.assertTrue(self.path(ENABLED).is_symlink())
+
+    def test_settings_and_log_live_until_the_purge(self):
+        before = inventory(self.root.path)
+        self.install(self.deb)
+        self.assert_installed()
+        sample = self.path("usr/share/tarnexcomm/Tarnex.ini.sample").read_text()
+        self.assertEqual(self.path(SETTINGS).read_text(), sample)
+        self.assertEqual(self.log_rows(), [])
+
+        settings = "; mine\n" + sample.replace("=00000000000", "=13900000001")
+        self.path(SETTINGS).write_text(settings)
+        with contextlib.closing(sqlite3.connect(self.path(LOG))) as log, log:
+            log.execute("INSERT INTO \"Log\" (Message) VALUES ('a row')")
+
+        with tempfile.TemporaryDirectory() as folder:
+            newer = next_version(self.deb, folder)
+            steps = [
+                ("upgrade", lambda: self.install(newer)),
+                ("the same once more", lambda: self.install(newer)),
+                ("remove", lambda: self.root.run("dpkg", "--remove", "tarnexcomm")),
+                ("install again", lambda: self.install(newer)),
+            ]
+            for name, step in steps:
+                with self.subTest(name):
+                    step()
+                    self.assertEqual(self.path(SETTINGS).read_text(), settings)
+                    self.assertEqual(self.log_rows(), [("a row",)])
+                    self.assertEqual(self.path("usr/bin/tarnexcomm").exists(), name != "remove")
+                    self.assert_installed()
+
+        self.root.run("dpkg", "--purge", "tarnexcomm")
+        self.maxDiff = None
+        self.assertEqual(inventory(self.root.path), before)
+
+    def test_what_an_administrator_did_stays(self):
+        settings = self.path(SETTINGS)
+        settings.parent.mkdir(parents=True)
+        settings.write_text("; from the time before the package\n")
+        self.install(self.deb)
+        self.assertEqual(settings.read_text(), "; from the time before the package\n")
+        self.assertEqual(self.owner_and_mode(SETTINGS), "tarnexcomm:tarnexcomm 644")
+
+        self.root.run("systemctl", "disable", "tarnexcomm")
+        self.path(LOG).unlink()
+        self.install(self.deb)
+        self.assertFalse(self.path(ENABLED).is_symlink())
+        self.assertFalse(self.path(LOG).exists())
+
+    def test_a_removed_program_leaves_no_unit_that_starts_it(self):
+        self.install(self.deb)
+        own_unit = self.path("etc/systemd/system/tarnexcomm.service")
+        shutil.copy(self.path("usr/lib/systemd/system/tarnexcomm.service"), own_unit)  # as "/i" does
+        self.root.run("dpkg", "--remove", "tarnexcomm")
+        self.assertFalse(own_unit.exists())
+
+    def test_the_service_needs_nothing_but_its_package(self):
+        """No unit, no mail server, no network, not even a loopback; only the default settings."""
+        self.install(self.deb)
+        with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as manager:
+            manager.setblocking(False)
+            self.addCleanup(os.chdir, os.getcwd())
+            os.chdir(self.path("tmp"))  # the whole path would be too long for an address
+            manager.bind("notify")
+            os.chmod("notify", 0o777)
+            user = ("setpriv", "--reuid=tarnexcomm", "--regid=tarnexcomm", "--init-groups", "--")
+            end_in_order = ("timeout", "--preserve-status", "--signal=TERM", "3")
+            self.root.run(*user, "env", "NOTIFY_SOCKET=/tmp/notify", *end_in_order, "tarnexcomm")
+            self.assertEqual(manager.recv(100), b"READY=1")
+
+
+main()

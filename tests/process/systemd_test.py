@@ -1,0 +1,123 @@
+"""The packaged service under systemd, with all that its unit takes away from it.
+
+Usage: systemd_test.py PACKAGE_BUILDER CACHE_FOLDER
+"""
+
+import pathlib
+import re
+import subprocess
+import sys
+import unittest
+
+from clean_root import needed_packages, main
+from running_system import RunningSystem
+
+BUILDER, CACHE = sys.argv[1:3]
+SETTINGS = "var/lib/tarnexcomm/system/Tarnex.ini"
+
+# Quicker than a test could wait for otherwise; everything else is as the package has it.
+DROP_IN = "[Service]\nWatchdogSec=2s\nRestartSec=0\n"
+
+WANTED = {
+    r";COM20=.*": "COM20=/srv/unit",
+    r"Check1\(42\)=.*": "Check1(42)=1",
+    r"Text1\(34\)=.*": "Text1(34)=13900000001",
+    r"Text1\(29\)=.*": "Text1(29)=mail-server:2525",
+    r"Text1\(58\)=.*": "Text1(58)=unit@example.com",
+    r"Text1\(59\)=.*": "Text1(59)=owner@example.com",
+}
+
+
+class Service(unittest.TestCase):
+    def setUp(self):
+        debs = subprocess.run([BUILDER], check=True, stdout=subprocess.PIPE, text=True).stdout.split()
+        deb = next(deb for deb in debs if "tarnexcomm_" in deb)
+        self.system = RunningSystem(CACHE, needed_packages(deb))
+        self.addCleanup(self.system.close)
+        (self.system.path / "etc/hosts").write_text("127.0.0.1 localhost mail-server\n")
+        self.system.run("dpkg", "--install", self.system.copy_in(deb))
+
+    def log(self, program):
+        return pathlib.Path(self.system.own, program)
+
+    def start(self, program, *arguments):
+        return self.system.start(self.log(program), program, *arguments)
+
+    def wait_for_line(self, program, text):
+        self.system.wait_for(lambda: text in self.log(program).read_text(), f"{text} from {program}")
+
+    def property(self, name):
+        return self.system.run("systemctl", "show", "--value", f"--property={name}", "tarnexcomm").strip()
+
+    def journal(self):
+        return self.system.run("journalctl", "--no-pager", "--unit=tarnexcomm")
+
+    def owner_of(self, process):
+        return self.system.run("stat", "--format=%U", f"/proc/{process}").strip()
+
+    def settings(self):
+        return (self.system.path / SETTINGS).read_text(encoding="gbk")
+
+    def change_settings(self):
+        settings = self.settings()
+        for present, wanted in WANTED.items():
+            settings, found = re.subn(rf"(?m)^{present}$", wanted, settings)
+            self.assertEqual(found, 1, present)
+        (self.system.path / SETTINGS).write_text(settings, encoding="gbk")
+
+    def listen(self):
+        """A monitoring program greets the service and hears what it says."""
+        self.start("tarnex-monitor", "--name", "WebMon", "listen")
+        self.wait_for_line("tarnex-monitor", "txYesRigh")
+
+    def plug_in_a_unit(self):
+        """On a line that belongs to the superuser and to the group of serial ports."""
+        self.start("tarnex-sim", "--link", "/srv/unit")
+        self.system.wait_for((self.system.path / "srv/unit").is_symlink, "the unit's line")
+        self.system.run("sh", "-c", "chgrp dialout /srv/unit && chmod 660 /srv/unit")
+
+    def hurry(self):
+        drop_in = self.system.path / "etc/systemd/system/tarnexcomm.service.d/quick.conf"
+        drop_in.parent.mkdir()
+        drop_in.write_text(DROP_IN)
+        self.system.run("systemctl", "daemon-reload")
+
+    def test_the_service_does_its_work_within_its_limits(self):
+        self.assertEqual(self.property("ActiveState"), "active", "an installed service runs")
+        self.assertEqual(self.owner_of(self.property("MainPID")), "tarnexcomm")
+        self.plug_in_a_unit()
+        self.start("tarnex-mail-sink")
+        self.change_settings()
+        self.system.run("systemctl", "restart", "tarnexcomm")
+
+        self.listen()
+        self.wait_for_line("tarnex-monitor", "tx--Ready")
+        self.assertIn("Text1(33)=Com20", self.settings())
+        self.assertNotIn("may not be opened", self.journal(), "adapters may be used")
+        self.system.run("tarnex-monitor", "notify", "--service", "cpu", "--state", "abnormal")
+        self.wait_for_line("tarnex-sim", "(13900000001): 设备1")
+        self.wait_for_line("tarnex-mail-sink", "-- end of mail")
+        rows = self.system.run("sqlite3", "/var/lib/tarnexcomm/log.db", 'SELECT Direction, Event FROM "Log"')
+        self.assertIn("Out|CPU", rows)
+
+        # A service that has to be killed after its time would be said to have failed.
+        self.system.run("systemctl", "stop", "tarnexcomm")
+        self.assertEqual(self.property("Result"), "success")
+        self.wait_for_line("tarnex-monitor", "tx-SMSEnd")
+
+    def test_a_hanging_service_is_started_again(self):
+        self.hurry()
+        self.system.run("systemctl", "restart", "tarnexcomm")
+        hanging = self.property("MainPID")
+        self.system.run("systemctl", "kill", "--signal=STOP", "tarnexcomm")
+        self.system.wait_for(lambda: self.property("NRestarts") == "1", "a second start")
+        self.system.wait_for(lambda: self.property("ActiveState") == "active", "the service is ready again")
+        self.assertNotEqual(self.property("MainPID"), hanging)
+
+    def test_an_ending_machine_does_not_announce_the_end_of_the_service(self):
+        self.listen()
+        self.system.switch_off()
+        self.assertNotIn("tx-SMSEnd", self.log("tarnex-monitor").read_text())
+
+
+main()
