@@ -1,0 +1,88 @@
+"""The control links of the service over real sockets."""
+
+import socket
+import unittest
+
+import harness
+from harness import Site, wait_until
+
+ALARM = "txSendSMS1031000srv{[b^k^]}"
+
+
+class Links(unittest.TestCase):
+    def test_a_taken_port_is_named_once_and_opened_when_it_is_free(self):
+        site = Site(self)
+        holder = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
+        self.addCleanup(holder.close)
+        holder.bind((site.address, 7842))
+        service = site.service()
+        monitors = [site.monitor(link) for link in (0, 1, 3, 4)]
+        for monitor in monitors:
+            monitor.greet()
+        monitors[0].wait_for(b"tx-States")
+        (line,) = service.lines
+        self.assertIn("UDP port 7842 (address already in use)", line)
+        self.assertIn("End the program that holds the port", line)
+        holder.close()
+        service.wait_for("The control link is open at all ports now.")
+        site.monitor(2).greet()
+        self.assertEqual(len(service.lines), 2)
+        self.assertEqual(service.stop(), 0)
+        for monitor in monitors:
+            monitor.wait_for(b"tx-SMSEnd")
+
+    def test_an_address_of_another_machine_is_told_in_one_line(self):
+        site = Site(self, **{"BindAddress": "192.0.2.1"})
+        service = site.service(wait=False)
+        line = service.wait_for("BindAddress in section [ControlLink]")
+        self.assertIn("7840, 7841, 7842, 7843, 7844 (cannot assign requested address)", line)
+        self.assertEqual(service.stop(), 0)
+        self.assertEqual(len(service.lines), 1)
+
+    def test_datagrams_that_nobody_should_send(self):
+        site = Site(self)
+        service = site.service()
+        monitor = site.monitor()
+        stranger = site.monitor()
+        monitor.greet("friend")
+        huge = 65507
+        strange = [
+            b"", b" ", b"\r\n", b"\x00" * huge, b"txHeartSv ", b"txheartsv", b"tx-SMSEnd",
+            b"unknown", b"\xff" * huge, bytes(range(256)) * 200, b"txHelloN", b"\x81",
+        ]  # fmt: skip
+        memory = service.resident_kib()
+        for _ in range(5):
+            for datagram in strange:
+                monitor.send(datagram)
+                stranger.send(datagram)
+        stranger.send(ALARM + "of a stranger")
+        wait_until(lambda: len(site.rows()) == 2, "the stranger's notification in the log")
+        self.assertEqual(site.rows("Detail"), [("friend",), ("of a stranger",)])
+        monitor.send(b"txSendSMS1031010" + b"\xb2\xe2" * 32000)
+        monitor.send(b"txSendSMS")
+        monitor.send(b"txSendSMS\x81")
+        wait_until(lambda: len(site.rows()) == 5, "all notifications in the log")
+        stranger.send(b"txHelloNx" + b"n" * (huge - 9))
+        stranger.wait_for(b"txYesRigh")
+        self.assertLess(service.resident_kib() - memory, 16 * 1024)
+        self.assertEqual(service.stop(), 0)
+        stranger.wait_for(b"tx-SMSEnd")  # to whoever has greeted last, and to nobody else
+        with self.assertRaises(AssertionError):
+            monitor.wait_for(b"tx-SMSEnd", limit=0.1)
+        self.assertEqual(service.lines, [])
+
+    def test_a_thousand_notifications_at_once_are_all_logged_in_order(self):
+        site = Site(self)
+        service = site.service()
+        monitor = site.monitor()
+        for number in range(1000):
+            monitor.send(ALARM + str(number))
+        monitor.greet("the last one")
+        wait_until(lambda: len(site.rows()) == 1001, "all rows in the log")
+        memos = [str(number) for number in range(1000)] + ["the last one"]
+        self.assertEqual([row[0] for row in site.rows("Detail")], memos)
+        self.assertEqual(service.stop(), 0)
+        self.assertEqual(service.lines, [])
+
+
+harness.run(Links)
