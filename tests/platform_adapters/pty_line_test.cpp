@@ -46,6 +46,27 @@ TEST_F(PtyLineTest, CarriesBytesBothWaysAcrossReopeningAndHangsUpWhenClosed) {
     EXPECT_EQ(line.Open(), "");
 }
 
+TEST_F(PtyLineTest, LosesNothingOfMuchThatComesAtOnce) {
+    ASSERT_EQ(line.Open(), "");
+    TtyPorts ports(loop, {line.DeviceName()});
+    const auto port = ports.Open(1, {}, {[] {}, [] {}}).port;
+    std::string much;
+    for (int i = 0; much.size() < 3000; ++i)
+        much += std::to_string(i) + " ";
+    port->Write(much);
+    ASSERT_TRUE(RunUntil(loop, [&] { return heard.size() >= much.size(); }));
+    EXPECT_EQ(heard, much);
+}
+
+TEST_F(PtyLineTest, KnowsTheSpeedThatTheProgramHasSet) {
+    ASSERT_EQ(line.Open(), "");
+    EXPECT_EQ(line.Baud(), 19200);
+    TtyPorts ports(loop, {line.DeviceName()});
+    const auto port = ports.Open(1, {.baud = 38400, .parity = 'E'}, {[] {}, [] {}}).port;
+    EXPECT_TRUE(port);
+    EXPECT_EQ(line.Baud(), 38400);
+}
+
 TEST_F(PtyLineTest, DropsTheHoldOfAProgramThatDiedAndNoOther) {
     ASSERT_EQ(line.Open(), "");
     const auto open_device = [&] {

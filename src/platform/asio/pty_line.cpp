@@ -2,6 +2,7 @@
 
 #include "platform/asio/error_words.h"
 #include "platform/asio/loop_core.h"
+#include "platform/linux/tty_device.h"
 #include "platform/linux/unique_fd.h"
 
 #include <array>
@@ -55,6 +56,7 @@ class PtyLine::Terminal : public std::enable_shared_from_this<Terminal> {
         programs_end_ = UniqueFd();
     }
     const std::string& DeviceName() const { return device_name_; }
+    int Baud() const { return TtyBaud(programs_end_.Get()); }
 
     void Send(std::string_view bytes) {
         asio::error_code ignored; // the terminal is full: nobody reads it
@@ -80,6 +82,7 @@ class PtyLine::Terminal : public std::enable_shared_from_this<Terminal> {
         if (tcgetattr(terminal, &settings) != 0)
             return false;
         cfmakeraw(&settings);
+        cfsetspeed(&settings, B19200);
         return tcsetattr(terminal, TCSANOW, &settings) == 0;
     }
 
@@ -90,9 +93,10 @@ class PtyLine::Terminal : public std::enable_shared_from_this<Terminal> {
                 const auto self = weak.lock();
                 if (!self || error)
                     return;
-                self->AwaitInput();
-                // The buffer is filled by the loop alone, after this handler.
+                // First, since waiting for more reads at once what is there, into the same buffer.
                 (*self->received_)({self->buffer_.data(), size});
+                if (self->own_end_.is_open())
+                    self->AwaitInput();
             });
     }
 
@@ -131,6 +135,10 @@ void PtyLine::Close() {
 
 std::string PtyLine::DeviceName() const {
     return terminal_ ? terminal_->DeviceName() : "";
+}
+
+int PtyLine::Baud() const {
+    return terminal_ ? terminal_->Baud() : 0;
 }
 
 void PtyLine::Send(std::string_view bytes) {

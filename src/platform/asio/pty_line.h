@@ -24,6 +24,9 @@ class PtyLine {
     bool IsOpen() const { return terminal_ != nullptr; }
     // "/dev/pts/5"; "" while closed.
     std::string DeviceName() const;
+    // The speed that the programs' end is set to, 19200 at first; 0 for an unusual one. A terminal
+    // keeps no parity.
+    int Baud() const;
     // What the terminal cannot take, since nobody reads it, is lost.
     void Send(std::string_view bytes);
 

@@ -102,6 +102,20 @@ void ReleaseTty(int descriptor) {
     ioctl(descriptor, TIOCNXCL);
 }
 
+int TtyBaud(int descriptor) {
+    termios line{};
+    if (tcgetattr(descriptor, &line) != 0)
+        return 0;
+    for (const int baud : {1200, 2400, 4800, 9600, 19200, 38400, 57600, 115200}) {
+        termios usual = line;
+        // The C library takes plain numbers and has its own codes for them.
+        if (cfsetspeed(&usual, static_cast<speed_t>(baud)) == 0 &&
+            cfgetospeed(&usual) == cfgetospeed(&line))
+            return baud;
+    }
+    return 0;
+}
+
 std::size_t TtyOutQueue(int descriptor) {
     int waiting = 0;
     return ioctl(descriptor, TIOCOUTQ, &waiting) == 0 ? static_cast<std::size_t>(waiting) : 0;

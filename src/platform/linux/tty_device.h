@@ -18,6 +18,9 @@ OpenedTty OpenTty(const std::string& path, const LineSettings& settings);
 // dropped, since closing would wait for it.
 void ReleaseTty(int descriptor);
 
+// The speed that the line is set to; 0 for one that is not usual for a serial line.
+int TtyBaud(int descriptor);
+
 // Bytes that the driver has taken and not sent yet.
 std::size_t TtyOutQueue(int descriptor);
 
