@@ -20,6 +20,8 @@
 namespace tarnex {
 namespace {
 
+constexpr int kLoaderBaud = 38400;
+
 constexpr char kUsage[] =
     "Usage: tarnex-sim [OPTION]...\n"
     "A simulated GSM alarm unit on a pseudo terminal.\n"
@@ -64,6 +66,7 @@ class Program {
     std::string Plug();
     std::string Unplug();
     void Quit();
+    void Receive(std::string_view bytes);
     void RunCommand(const std::string& command);
     void RunScript();
     void ShowCommand(std::string_view line);
@@ -74,7 +77,8 @@ class Program {
     IconvCodePage code_page_{"GBK"};
     std::optional<StableLink> link_;
     SimulatedUnit unit_{loop_};
-    PtyLine pty_{loop_, [this](std::string_view bytes) { unit_.Received(bytes); }};
+    PtyLine pty_{loop_, [this](std::string_view bytes) { Receive(bytes); }};
+    int baud_ = 0;
     Line line_{pty_};
     UnitCommands commands_{unit_,
                            {.plug = [this] { return Plug(); },
@@ -147,6 +151,15 @@ std::string Program::Unplug() {
 void Program::Quit() {
     quitting_ = true;
     loop_.Stop();
+}
+
+// A terminal keeps no parity: the speed stands for all settings of the line.
+void Program::Receive(std::string_view bytes) {
+    if (const int baud = pty_.Baud(); baud != baud_) {
+        baud_ = baud;
+        unit_.Opened({.baud = baud, .parity = baud == kLoaderBaud ? 'E' : 'N'});
+    }
+    unit_.Received(bytes);
 }
 
 void Program::RunCommand(const std::string& command) {
