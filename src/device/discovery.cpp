@@ -34,6 +34,16 @@ Task<int> Discovery::Connect(Ports which) {
         if (const int number = LeadingInt16(stored).value_or(0); number != 0)
             first = last = number;
     }
+    co_return co_await Scan(first, last);
+}
+
+Task<int> Discovery::ConnectTo(int number) {
+    if (port_no_ != 0)
+        co_return port_no_;
+    co_return co_await Scan(number, number);
+}
+
+Task<int> Discovery::Scan(int first, int last) {
     const ScanMark mark(scanning_);
     for (int number = first; number <= last; ++number) {
         const bool found = co_await Try(number);

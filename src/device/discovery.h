@@ -29,6 +29,8 @@ class Discovery {
     // Opens the first port on which a unit answers the greeting and returns its number; 0 when
     // there is none. The number of the open port at once when one is open.
     Task<int> Connect(Ports which);
+    // The same on COM<number> alone.
+    Task<int> ConnectTo(int number);
     // Closes the open port; the number that it had, 0 when none was open ("Close").
     int ConnectClose();
     // The number of the open port, 0 for none ("Status").
@@ -47,6 +49,7 @@ class Discovery {
     }
 
   private:
+    Task<int> Scan(int first, int last);
     Task<bool> Try(int number);
     void TellOperator(int number, PortStatus status);
 

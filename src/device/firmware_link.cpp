@@ -67,8 +67,8 @@ Task<bool> FirmwareLink::FirmwareFlash(int port, std::string hexFile) {
     if (!OpenPort(port))
         co_return FlashOK;
     firm_mode_ = true;
-    display_.List1Additem(u"开始握手");
     progress_.step = FlashStep::kHandshake;
+    display_.List1Additem(u"开始握手");
     co_await ShakeHands();
     co_return FlashOK;
 }
@@ -165,8 +165,8 @@ Task<bool> FirmwareLink::AcknowledgeThrice() {
 }
 
 Task<bool> FirmwareLink::Erase() {
-    display_.List1Additem(u"握手成功，开始擦除。");
     progress_.step = FlashStep::kErase;
+    display_.List1Additem(u"握手成功，开始擦除。");
     co_await SendFrame(FirmwareCommand::kErase);
     const bool erased = co_await CheckAck();
     if (!erased)
@@ -175,8 +175,8 @@ Task<bool> FirmwareLink::Erase() {
 }
 
 Task<bool> FirmwareLink::WriteRecords() {
-    display_.List1Additem(u"擦除成功，开始写入。");
     progress_.step = FlashStep::kWrite;
+    display_.List1Additem(u"擦除成功，开始写入。");
     display_.show_address();
     for (;;) {
         HexItem item = ReadHexItem(*hex_file_);

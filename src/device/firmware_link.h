@@ -60,7 +60,7 @@ class FirmwareLink {
 
     // What a tool does for its operator meanwhile.
     struct Display {
-        std::function<void(const Text& line)> List1Additem; // a step begins or failed
+        std::function<void(const Text& line)> List1Additem; // a step has begun or failed
         std::function<void()> show_address;                 // the address begins to change
     };
     void SetDisplay(Display display) { display_ = std::move(display); }

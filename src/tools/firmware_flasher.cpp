@@ -15,11 +15,12 @@ constexpr TextView kDisconnect = u"断　开";
 
 } // namespace
 
-FirmwareFlasher::FirmwareFlasher(const ToolWorld& world, Text version)
+FirmwareFlasher::FirmwareFlasher(const ToolWorld& world, FileDialog& dialog, Text version)
     : ToolForm("FirmwareFlasher", u"(c)Firmware Flasher", world),
       GetAddrTimer(world.clock, "GetAddrTimer", kAddressPeriod,
                    [this] { Text1.SetValue(link_.core.firmware.HEXWriteAddr()); }),
-      version_(std::move(version)), link_(world, nowhere_, nowhere_, [this] { HardwareLost(); }) {
+      CommonDialog_(dialog), version_(std::move(version)),
+      link_(world, nowhere_, nowhere_, [this] { HardwareLost(); }) {
     timers_.Add(GetAddrTimer);
     Command1.OnClick([this] { Command1_Click(); });
     Command41.OnClick([this] { Start(Upgrade()); });
@@ -64,7 +65,7 @@ void FirmwareFlasher::Command1_Click() {
 
 void FirmwareFlasher::ChooseFile() {
     Command1.SetEnabled(false);
-    world_.file_dialog.Show(u"*.hex|*.HEX", [this](const std::string& path) { FileChosen(path); });
+    CommonDialog_.Show(u"*.hex|*.HEX", [this](const std::string& path) { FileChosen(path); });
 }
 
 void FirmwareFlasher::FileChosen(const std::string& path) {

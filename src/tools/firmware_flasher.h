@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tools/tool_form.h"
+#include "ui/file_dialog.h"
 
 namespace tarnex {
 
@@ -8,8 +9,9 @@ namespace tarnex {
 // connect, upgrade.
 class FirmwareFlasher : public ToolForm {
   public:
-    // version: the program's, "1.0.327".
-    FirmwareFlasher(const ToolWorld& world, Text version);
+    // version: the program's, "1.0.327". The dialog must outlive the window.
+    FirmwareFlasher(const ToolWorld& world, FileDialog& dialog, Text version);
+    ~FirmwareFlasher() { CommonDialog_.Withdraw(); }
 
     // Shows the window, or ends the program where another copy of it runs.
     void Form_Load();
@@ -34,6 +36,7 @@ class FirmwareFlasher : public ToolForm {
     void Command6_Click();
     void HardwareLost();
 
+    FileDialog& CommonDialog_;
     Text version_;
     std::string hex_file_; // "" until one is chosen
     Form hidden_{"hidden", u""};

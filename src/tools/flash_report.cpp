@@ -64,7 +64,8 @@ Words TroubleWords(HexTrouble trouble) {
 Words PortWords(PortStatus status) {
     switch (status) {
     case PortStatus::kForbidden:
-        return {"this user may not open it", u"没有权限打开串口"};
+        return {"this user may not open it; the group that owns the device may (dialout)",
+                u"没有权限打开串口"};
     case PortStatus::kBusy:
         return {"another program holds it", u"串口被其它程序占用"};
     case PortStatus::kUnusable:
@@ -165,6 +166,10 @@ std::vector<std::string> FailureInEnglish(const FlashProgress& progress) {
 
 std::string TroubleInEnglish(HexTrouble trouble) {
     return TroubleWords(trouble).english;
+}
+
+std::string PortTroubleInEnglish(PortStatus status) {
+    return PortWords(status).english;
 }
 
 std::string BytesText(std::string_view bytes) {

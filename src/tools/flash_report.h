@@ -20,6 +20,9 @@ std::vector<std::string> FailureInEnglish(const FlashProgress& progress);
 // "the line begins without \":\"".
 std::string TroubleInEnglish(HexTrouble trouble);
 
+// Why a port cannot be opened.
+std::string PortTroubleInEnglish(PortStatus status);
+
 // "5A A5 00 08"; "nothing" for none.
 std::string BytesText(std::string_view bytes);
 

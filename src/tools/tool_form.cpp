@@ -44,7 +44,6 @@ void ToolForm::Form_Unload() {
         return;
     }
     SetVisible(false);
-    world_.file_dialog.Withdraw();
     EndProcess();
 }
 

@@ -2,7 +2,6 @@
 
 #include "device/tarnex_core.h"
 #include "platform/service_controller.h"
-#include "ui/file_dialog.h"
 #include "ui/form.h"
 
 namespace tarnex {
@@ -15,7 +14,6 @@ struct ToolWorld {
     SettingsStore& settings_store;
     const CodePage& code_page;
     InstanceLock& instance_lock;
-    FileDialog& file_dialog;
     OperatorNotices::Sink notice;      // for what an operator must act on
     std::function<void()> end_process; // ends the loop; the process exits with status 0
 };

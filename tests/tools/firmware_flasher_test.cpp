@@ -29,7 +29,7 @@ class FlasherTest : public ToolTest {
         return enabled;
     }
 
-    FirmwareFlasher flasher{world, u"1.0.327"};
+    FirmwareFlasher flasher{world, dialog, u"1.0.327"};
     std::size_t seen = 0;
 };
 
@@ -85,7 +85,7 @@ TEST_F(FlasherTest, LeadsFromTheFileToTheNewVersion) {
                                            u"---------------------------"}));
     EXPECT_EQ(flasher.Command1.Caption(), u"连　接");
     EXPECT_EQ(Enabled(), "101");
-    EXPECT_EQ(unit.Memory.Version, "NEWER1.0");
+    EXPECT_EQ(unit.Memory.Version, "NEWER 1.0");
     flasher.Command1.Click(); // and once more
     clock.RunFor(1min);
     EXPECT_EQ(flasher.Command1.Caption(), u"断　开");
@@ -205,7 +205,7 @@ TEST_F(FlasherTest, APulledAdapterDisconnects) {
 
 TEST_F(FlasherTest, ASecondCopyEndsBeforeItDoesAnything) {
     lock.HeldByAnother = true;
-    FirmwareFlasher second(world, u"1");
+    FirmwareFlasher second(world, dialog, u"1");
     second.Form_Load();
     clock.RunFor(0s);
     EXPECT_TRUE(ended);

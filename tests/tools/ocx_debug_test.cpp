@@ -274,7 +274,7 @@ TEST_F(ConsoleTest, UpgradesFromTheFixedFile) {
                                  u"打开HEX文件", u"用升级模式打开Com3", u"开始握手",
                                  u"握手成功，开始擦除。", u"擦除成功，开始写入。", u"升级成功!",
                                  u"正在断开Tarnex.", u"已经断开Tarnex.", u"------------------"}));
-    EXPECT_EQ(unit.Memory.Version, "NEWER1.0");
+    EXPECT_EQ(unit.Memory.Version, "NEWER 1.0");
     EXPECT_FALSE(console.Text6.Visible());
     EXPECT_EQ(Enabled(), kLinkAndLeave);
 

@@ -7,6 +7,7 @@
 #include "simulator/simulated_stores.h"
 #include "simulator/simulated_unit.h"
 #include "tools/tool_form.h"
+#include "ui/file_dialog.h"
 
 #include <gtest/gtest.h>
 
@@ -25,13 +26,30 @@ class TestFileDialog : public FileDialog {
     std::function<void(const std::string&)> Choose; // nullptr: no dialog is open
 };
 
-// A unit on COM3 that is to be updated from "new.hex" to version "NEWER1.0", and the world of a
+// A data record of a HEX file, with its line end.
+inline std::string HexLine(unsigned address, const std::string& data) {
+    std::string bytes{char(data.size()), char(address >> 8), char(address), '\0'};
+    bytes += data;
+    unsigned sum = 0;
+    for (const char byte : bytes)
+        sum += std::uint8_t(byte);
+    bytes += char(-sum);
+    std::string line = ":";
+    for (const char byte : bytes) {
+        char digits[4];
+        std::snprintf(digits, sizeof digits, "%02X", unsigned(std::uint8_t(byte)));
+        line += digits;
+    }
+    return line + "\n";
+}
+
+// A unit on COM3 that is to be updated from "new.hex" to version "NEWER 1.0", and the world of a
 // tool around it.
 class ToolTest : public testing::Test {
   protected:
     ToolTest() {
         ports.Plug(3, unit);
-        files.Files["new.hex"] = ":1000000056455253494F4E3D4E45574552312E307D\n:00000001FF\n";
+        files.Files["new.hex"] = HexLine(0, "VERSION=NEWER 1.0") + ":00000001FF\n";
         unit.Memory.Name = "673A0031"; // 机1
         unit.OnCommand([this](std::string_view line) { heard.emplace_back(line); });
     }
@@ -53,7 +71,6 @@ class ToolTest : public testing::Test {
                     .settings_store = store,
                     .code_page = gbk,
                     .instance_lock = lock,
-                    .file_dialog = dialog,
                     .notice = [](const std::string&) {},
                     .end_process = [this] { ended = clock.Now(); }};
 };

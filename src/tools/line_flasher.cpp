@@ -1,0 +1,240 @@
+#include "tools/line_flasher.h"
+
+#include "device/answer_rules.h"
+#include "tools/exit_status.h"
+#include "tools/flash_report.h"
+
+namespace tarnex {
+
+namespace {
+
+constexpr Duration kProgressPeriod = 250ms;
+constexpr int kLinePercents = 10; // without a terminal, a line for so many
+constexpr Duration kStartLimit = 60s;
+constexpr Duration kStartPoll = 2s;
+constexpr Duration kSecondInterrupt = 5s;
+
+int StatusOf(PortStatus status) {
+    switch (status) {
+    case PortStatus::kForbidden:
+        return kExitForbidden;
+    case PortStatus::kBusy:
+        return kExitTryLater;
+    case PortStatus::kOk:
+    case PortStatus::kAbsent:
+    case PortStatus::kUnusable:
+    case PortStatus::kClosed:
+    case PortStatus::kLost:
+        break;
+    }
+    return kExitUnavailable;
+}
+
+int StatusOf(const FlashProgress& progress) {
+    switch (progress.fault) {
+    case FlashFault::kNone:
+        break;
+    case FlashFault::kNoFile:
+        return kExitNoFile;
+    case FlashFault::kBadLine:
+        return kExitBadFile;
+    case FlashFault::kNoPort:
+        return StatusOf(progress.port_status);
+    case FlashFault::kNoLoader:
+        return kExitUnavailable;
+    case FlashFault::kSilence:
+    case FlashFault::kWrongAnswer:
+        return kExitWrongAnswer;
+    case FlashFault::kLineLost:
+    case FlashFault::kStuckLine:
+        return kExitLineFailed;
+    }
+    return kExitOk;
+}
+
+} // namespace
+
+LineFlasher::LineFlasher(const ToolWorld& world, FlasherOutput output)
+    : world_(world), output_(std::move(output)),
+      link_(world, nowhere_, nowhere_, [this] { link_.core.discovery.ConnectClose(); }),
+      progress_timer_(world.clock, "progress", kProgressPeriod, [this] { ShowProgress(); }) {
+    link_.core.firmware.SetDisplay(
+        {.List1Additem = [this](const Text&) { ShowProgress(); }, .show_address = [] {}});
+}
+
+int LineFlasher::Check(const std::string& file) {
+    if (const int status = ReadSummary(file); status != kExitOk)
+        return status;
+    for (const std::string& line : SummaryLines(file, summary_))
+        output_.say(line);
+    if (!summary_.Sound()) {
+        output_.complain("An update with this file fails.");
+        return kExitBadFile;
+    }
+    output_.say(summary_.OddCount() == 0 ? "Nothing is odd about it."
+                                         : "An update with this file can succeed all the same.");
+    return kExitOk;
+}
+
+int LineFlasher::ReadSummary(const std::string& file) {
+    const OpenedLineFile opened = world_.files.Open(file);
+    if (!opened.file) {
+        output_.complain(file + ": " + opened.problem);
+        return kExitNoFile;
+    }
+    summary_ = HexSummary::Read(*opened.file);
+    return kExitOk;
+}
+
+Task<int> LineFlasher::Update(int port, std::string file) {
+    if (const int status = ReadSummary(file); status != kExitOk)
+        co_return status;
+    for (const std::string& line : SummaryLines(file, summary_))
+        output_.say(line);
+    if (!summary_.Sound()) {
+        output_.complain("The file cannot be sent. The unit was not touched.");
+        co_return kExitBadFile;
+    }
+    if (const int status = ClaimPort(port); status != kExitOk)
+        co_return status;
+
+    output_.say("Greeting the unit on COM" + std::to_string(port) + " ...");
+    const int found = co_await link_.core.discovery.ConnectTo(port);
+    if (found != 0) {
+        const bool up = co_await ShowUnit();
+        if (!up)
+            co_return kExitTryLater;
+        output_.say("Restarting the unit ...");
+        co_await link_.core.commands.RESET_NOBACK();
+        link_.core.discovery.ConnectClose();
+    } else {
+        output_.say("It does not answer. Perhaps it is without a program: its loader is called.");
+    }
+
+    began_ = step_began_ = world_.clock.Now();
+    progress_timer_.Enable();
+    const bool updated = co_await link_.core.firmware.FirmwareFlash(port, file);
+    progress_timer_.Disable();
+    const int status = Report(updated);
+    if (updated)
+        co_await ShowNewVersion(port);
+    co_return status;
+}
+
+// The lock and the port are had, or what is in the way has been said.
+int LineFlasher::ClaimPort(int port) {
+    if (!world_.instance_lock.Acquire()) {
+        output_.complain("Another program of TarnexComm runs on this machine, perhaps the "
+                         "service. End it first (systemctl stop tarnexcomm), then try again.");
+        return kExitTryLater;
+    }
+    const SerialEvents deaf{.received = [] {}, .lost = [] {}};
+    const PortStatus status = world_.serial_ports.Open(port, LineSettings(), deaf).status;
+    if (status == PortStatus::kOk)
+        return kExitOk;
+    const std::string device = world_.serial_ports.DeviceName(port);
+    output_.complain("COM" + std::to_string(port) + (device.empty() ? "" : " (" + device + ")") +
+                     ": " + PortTroubleInEnglish(status));
+    return StatusOf(status);
+}
+
+// False when the unit does not come up.
+Task<bool> LineFlasher::ShowUnit() {
+    const bool started = co_await UnitStarted();
+    if (!started) {
+        output_.complain("The unit is starting up and does not get ready. Try again later. It was "
+                         "not touched.");
+        co_return false;
+    }
+    CommandSet& commands = link_.core.commands;
+    const Text name = co_await commands.RDName();
+    output_.say("name     " + ToUtf8(name));
+    const Text version = co_await commands.ChkVer();
+    output_.say("version  " + ToUtf8(version));
+    const Text serial = co_await commands.RDSerial();
+    output_.say("serial   " + ToUtf8(serial));
+    co_return true;
+}
+
+Task<bool> LineFlasher::UnitStarted() {
+    const Duration limit = world_.clock.Now() + kStartLimit;
+    for (;;) {
+        const Text greeting = co_await link_.core.discovery.HelloTarnex();
+        if (greeting == kOk)
+            co_return true;
+        if (world_.clock.Now() >= limit)
+            co_return false;
+        co_await Sleep(world_.clock, kStartPoll);
+    }
+}
+
+Task<> LineFlasher::ShowNewVersion(int port) {
+    output_.say("The unit starts up ...");
+    const Duration limit = world_.clock.Now() + kStartLimit;
+    int found = 0;
+    while (found == 0 && world_.clock.Now() < limit) {
+        co_await Sleep(world_.clock, kStartPoll);
+        found = co_await link_.core.discovery.ConnectTo(port);
+    }
+    bool started = false;
+    if (found != 0)
+        started = co_await UnitStarted();
+    if (started) {
+        const Text version = co_await link_.core.commands.ChkVer();
+        output_.say("version  " + ToUtf8(version));
+    } else {
+        output_.complain("The unit has taken the update and does not answer yet. Look after it.");
+    }
+    link_.core.discovery.ConnectClose();
+}
+
+int LineFlasher::Report(bool updated) {
+    if (output_.terminal)
+        output_.show_bar("");
+    const FlashProgress& progress = link_.core.firmware.Progress();
+    const auto took = std::chrono::round<std::chrono::seconds>(world_.clock.Now() - began_);
+    if (updated) {
+        output_.say("Updated: " + std::to_string(progress.bytes) + " bytes in " +
+                    DurationText(took) + ".");
+        return kExitOk;
+    }
+    output_.complain("The update failed after " + DurationText(took) + ".");
+    for (const std::string& line : FailureInEnglish(progress))
+        output_.complain(line);
+    output_.complain("The update can be run again, with the same command.");
+    return StatusOf(progress);
+}
+
+void LineFlasher::ShowProgress() {
+    const FlashProgress& progress = link_.core.firmware.Progress();
+    const Duration now = world_.clock.Now();
+    const bool new_step = progress.step != shown_step_;
+    if (new_step) {
+        shown_step_ = progress.step;
+        step_began_ = now;
+    }
+    const Duration step_time = now - step_began_;
+    const std::string bar = ProgressBar(progress, summary_.Bytes(), step_time);
+    if (output_.terminal) {
+        output_.show_bar(bar);
+    } else if (progress.step != FlashStep::kWrite) {
+        if (new_step && !bar.empty())
+            output_.say(bar);
+    } else if (new_step || Percent(progress, summary_.Bytes()) >= shown_percent_ + kLinePercents) {
+        shown_percent_ = Percent(progress, summary_.Bytes()) / kLinePercents * kLinePercents;
+        output_.say(ProgressLine(progress, summary_.Bytes(), step_time));
+    }
+}
+
+bool LineFlasher::Interrupt() {
+    const Duration now = world_.clock.Now();
+    if (!MustNotEnd() || (interrupted_ && now - *interrupted_ <= kSecondInterrupt))
+        return true;
+    interrupted_ = now;
+    output_.complain(
+        "The unit is being written: without the rest it does not work any more, until "
+        "an update succeeds. Press Ctrl-C again within 5 seconds to end all the same.");
+    return false;
+}
+
+} // namespace tarnex

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "tools/tool_form.h"
+#include "tools/update_progress.h"
+
+namespace tarnex {
+
+// Where the line version of the update says what it does: one line each, without line end.
+struct FlasherOutput {
+    std::function<void(const std::string& line)> say;
+    std::function<void(const std::string& line)> complain;
+    // Takes the place of the bar before; "" takes it away. Not called without a terminal.
+    std::function<void(const std::string& bar)> show_bar;
+    bool terminal = false;
+};
+
+// The update of the unit's program for machines without a display. Everything that it returns is
+// an exit status.
+class LineFlasher {
+  public:
+    // world.end_process is not called. Everything must outlive the flasher.
+    LineFlasher(const ToolWorld& world, FlasherOutput output);
+
+    // Reads the whole file and says what is in it; touches nothing else.
+    int Check(const std::string& file);
+    // The whole update of the unit on COM<port>.
+    Task<int> Update(int port, std::string file);
+
+    // The operator wants the program to end: false when that would leave the unit without a
+    // program, which is said; the second call within 5 s is true.
+    bool Interrupt();
+    // Ending now would leave the unit without a program.
+    bool MustNotEnd() const { return link_.core.firmware.ProgramIncomplete(); }
+
+  private:
+    int ReadSummary(const std::string& file);
+    int ClaimPort(int port);
+    Task<bool> ShowUnit();
+    Task<bool> UnitStarted();
+    Task<> ShowNewVersion(int port);
+    int Report(bool updated);
+    void ShowProgress();
+
+    const ToolWorld world_;
+    const FlasherOutput output_;
+    Form hidden_{"hidden", u""};
+    ListBox nowhere_{hidden_, "nowhere"};
+    ToolLink link_;
+    Timer progress_timer_;
+    HexSummary summary_;
+    Duration began_{};
+    FlashStep shown_step_ = FlashStep::kOpenFile;
+    int shown_percent_ = 0;
+    Duration step_began_{};
+    std::optional<Duration> interrupted_;
+};
+
+} // namespace tarnex

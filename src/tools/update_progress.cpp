@@ -1,0 +1,97 @@
+#include "tools/update_progress.h"
+
+#include "tools/flash_report.h"
+
+#include <cstdio>
+
+namespace tarnex {
+
+namespace {
+
+constexpr int kBarWidth = 16;             // keeps the whole within 80 columns
+constexpr Duration kShortestMeasure = 2s; // less says nothing about the time left
+
+std::string Counted(long count, const char* one, const char* several) {
+    return std::to_string(count) + " " + (count == 1 ? one : several);
+}
+
+std::string AddressText(int address) {
+    char digits[8];
+    std::snprintf(digits, sizeof digits, "%04X", unsigned(address));
+    return digits;
+}
+
+std::string PercentText(const FlashProgress& progress, long total_bytes) {
+    const std::string percent = std::to_string(Percent(progress, total_bytes));
+    return std::string(3 - percent.size(), ' ') + percent + " %";
+}
+
+std::string Figures(const FlashProgress& progress, long total_bytes, Duration step_time) {
+    std::string text =
+        std::to_string(progress.bytes) + "/" + std::to_string(total_bytes) + " bytes";
+    if (!progress.address.empty())
+        text += "  address " + ToUtf8(progress.address);
+    if (progress.bytes > 0 && step_time >= kShortestMeasure) {
+        const auto left = step_time * (total_bytes - progress.bytes) / progress.bytes;
+        text += "  " + DurationText(std::chrono::ceil<std::chrono::seconds>(left)) + " left";
+    }
+    return text;
+}
+
+std::string Waiting(const char* what, Duration step_time) {
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(step_time);
+    return std::string(what) + " ..." + (seconds.count() > 0 ? " " + DurationText(seconds) : "");
+}
+
+} // namespace
+
+std::string DurationText(std::chrono::seconds time) {
+    const auto minutes = std::chrono::floor<std::chrono::minutes>(time);
+    const std::string seconds = std::to_string((time - minutes).count()) + " s";
+    return minutes.count() > 0 ? std::to_string(minutes.count()) + " min " + seconds : seconds;
+}
+
+int Percent(const FlashProgress& progress, long total_bytes) {
+    return total_bytes > 0 ? int(progress.bytes * 100 / total_bytes) : 100;
+}
+
+std::string ProgressBar(const FlashProgress& progress, long total_bytes, Duration step_time) {
+    switch (progress.step) {
+    case FlashStep::kWrite:
+        break;
+    case FlashStep::kHandshake:
+        return Waiting("Calling the unit's loader", step_time);
+    case FlashStep::kErase:
+        return Waiting("Erasing", step_time);
+    case FlashStep::kOpenFile:
+    case FlashStep::kOpenPort:
+    case FlashStep::kDone:
+        return "";
+    }
+    const auto done = std::size_t(Percent(progress, total_bytes) * kBarWidth / 100);
+    return PercentText(progress, total_bytes) + "  [" + std::string(done, '#') +
+           std::string(kBarWidth - done, ' ') + "]  " + Figures(progress, total_bytes, step_time);
+}
+
+std::string ProgressLine(const FlashProgress& progress, long total_bytes, Duration step_time) {
+    return PercentText(progress, total_bytes) + "  " + Figures(progress, total_bytes, step_time);
+}
+
+std::vector<std::string> SummaryLines(const std::string& file, const HexSummary& summary) {
+    std::string content = file + ": " + Counted(summary.Records(), "record", "records") + ", " +
+                          Counted(summary.Bytes(), "byte", "bytes");
+    if (summary.Bytes() > 0)
+        content += ", addresses " + AddressText(summary.LowestAddress()) + " to " +
+                   AddressText(summary.HighestAddress());
+    std::vector<std::string> lines{content};
+    lines.push_back("Estimated time: " + DurationText(summary.LineTime()) +
+                    " on the line, and what the unit needs to erase and to write.");
+    for (const OddHexLine& odd : summary.OddLines())
+        lines.push_back("line " + std::to_string(odd.line) + " " + TroubleInEnglish(odd.trouble));
+    const long more = summary.OddCount() - long(summary.OddLines().size());
+    if (more > 0)
+        lines.push_back("and " + Counted(more, "more odd line", "more odd lines"));
+    return lines;
+}
+
+} // namespace tarnex
