@@ -1,0 +1,198 @@
+// tarnex-flasher: loads new firmware into the unit.
+
+#include "machine.h"
+#include "programs.h"
+#include "tools/exit_status.h"
+#include "tools/line_flasher.h"
+
+#include <charconv>
+#include <csignal>
+#include <cstdio>
+
+#include <getopt.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace tarnex {
+namespace {
+
+constexpr char kUsage[] =
+    "Usage: tarnex-flasher [--port COM3 --file unit.hex]\n"
+    "       tarnex-flasher --check-only --file unit.hex\n"
+    "Loads new firmware into the unit. Without options it opens its window.\n"
+    "\n"
+    "  --port COM3    the port of the unit, COM1 to COM20\n"
+    "  --file FILE    the firmware, an Intel HEX file\n"
+    "  --check-only   read the file, say what is in it and what is odd about it, write nothing\n"
+    "  --help, --version\n"
+    "\n"
+    "No other program of TarnexComm may run meanwhile: systemctl stop tarnexcomm. An update that\n"
+    "broke off can be run again, also where the unit does not answer any more.\n"
+    "\n"
+    "Exit status: 0 done, 64 wrong usage, 65 the file cannot be sent, 66 it cannot be read, 69 no\n"
+    "such port, unit or display, 74 the line failed, 75 something else has the port or the unit "
+    "is\n"
+    "starting up, 76 the unit answered wrong or fell silent, 77 the port may not be opened, 130\n"
+    "interrupted.\n";
+
+constexpr int kHighestPort = 20;
+constexpr int kUsualColumns = 80;
+
+struct Options {
+    int port = 0; // 0: none was named
+    std::string file;
+    bool check_only = false;
+};
+
+int UsageError(const std::string& trouble) {
+    std::fprintf(stderr, "tarnex-flasher: %s (try --help)\n", trouble.c_str());
+    return kExitUsage;
+}
+
+// "COM3", "com3" and "3" are 3; 0 for what is no port.
+int PortNumber(std::string_view text) {
+    if (text.size() > 3 && EqualIgnoringCase(FromUtf8(text.substr(0, 3)), u"COM"))
+        text.remove_prefix(3);
+    int number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool whole = error == std::errc() && end == text.data() + text.size();
+    return whole && number >= 1 && number <= kHighestPort ? number : 0;
+}
+
+// The exit status, or nothing when there is something to do.
+std::optional<int> ReadArguments(int argc, char** argv, Options& options) {
+    const option known[] = {
+        {"port", required_argument, nullptr, 'p'}, {"file", required_argument, nullptr, 'f'},
+        {"check-only", no_argument, nullptr, 'c'}, {"help", no_argument, nullptr, 'h'},
+        {"version", no_argument, nullptr, 'v'},    {}};
+    for (int letter; (letter = getopt_long(argc, argv, "", known, nullptr)) != -1;) {
+        switch (letter) {
+        case 'p':
+            options.port = PortNumber(optarg);
+            if (options.port == 0)
+                return UsageError("\"" + std::string(optarg) + "\" is not COM1 to COM20");
+            break;
+        case 'f':
+            options.file = optarg;
+            break;
+        case 'c':
+            options.check_only = true;
+            break;
+        case 'h':
+            std::fputs(kUsage, stdout);
+            return kExitOk;
+        case 'v':
+            std::puts("tarnex-flasher " TARNEX_VERSION);
+            return kExitOk;
+        default: // getopt_long has said what is wrong
+            return kExitUsage;
+        }
+    }
+    if (optind < argc)
+        return UsageError("unexpected argument \"" + std::string(argv[optind]) + "\"");
+    if (options.file.empty() && (options.check_only || options.port != 0))
+        return UsageError("--file names no file");
+    if (options.port == 0 && !options.check_only && !options.file.empty())
+        return UsageError("--port is missing");
+    return std::nullopt;
+}
+
+// Standard output and standard error. On a terminal the last line may be a bar, which makes way
+// for other lines.
+class Terminal {
+  public:
+    FlasherOutput Output() {
+        return {.say = [this](const std::string& line) { Print(stdout, line); },
+                .complain = [this](const std::string& line) { Print(stderr, line); },
+                .show_bar = [this](const std::string& bar) { ShowBar(bar); },
+                .terminal = isatty(STDOUT_FILENO) == 1};
+    }
+    void ShowBar(const std::string& bar) {
+        if (bar.empty() && !bar_shown_)
+            return;
+        std::printf("\r\x1b[K%s", bar.substr(0, Columns() - 1).c_str());
+        std::fflush(stdout);
+        bar_shown_ = !bar.empty();
+    }
+
+  private:
+    void Print(std::FILE* stream, const std::string& line) {
+        ShowBar("");
+        std::fprintf(stream, "%s\n", line.c_str());
+        std::fflush(stream);
+    }
+    static std::size_t Columns() {
+        winsize size{};
+        const bool known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+        return known ? size.ws_col : kUsualColumns;
+    }
+
+    bool bar_shown_ = false;
+};
+
+// One update on the command line.
+class LineProgram {
+  public:
+    LineProgram() {
+        for (const int signal : {SIGINT, SIGTERM})
+            machine_.loop.OnSignal(signal, [this] {
+                if (flasher_.Interrupt())
+                    End(kExitInterrupted);
+            });
+        machine_.loop.OnSignal(SIGHUP, [this] {
+            if (!flasher_.MustNotEnd()) // the unit comes before whoever watched
+                End(kExitInterrupted);
+        });
+    }
+    int Check(const std::string& file) { return flasher_.Check(file); }
+    int Update(const Options& options) {
+        Task<> update = Drive(options.port, options.file);
+        update.Start();
+        if (!status_)
+            machine_.loop.Run();
+        terminal_.ShowBar("");
+        return *status_;
+    }
+
+  private:
+    Task<> Drive(int port, std::string file) {
+        const int status = co_await flasher_.Update(port, file);
+        End(status);
+    }
+    void End(int status) {
+        status_ = status;
+        machine_.loop.Stop();
+    }
+
+    Machine machine_{"tarnex-flasher"};
+    Terminal terminal_;
+    LineFlasher flasher_{
+        {.clock = machine_.loop,
+         .serial_ports = machine_.ports,
+         .files = machine_.files,
+         .settings_store = machine_.store,
+         .code_page = machine_.code_page,
+         .instance_lock = machine_.lock,
+         .notice = [this](const std::string& line) { terminal_.Output().complain(line); },
+         .end_process = [] {}},
+        terminal_.Output()};
+    std::optional<int> status_;
+};
+
+} // namespace
+
+int RunFlasherProgram(int argc, char** argv) {
+    Options options;
+    if (const std::optional<int> status = ReadArguments(argc, argv, options))
+        return *status;
+    if (options.check_only)
+        return LineProgram().Check(options.file);
+    if (options.port != 0)
+        return LineProgram().Update(options);
+    std::fputs("tarnex-flasher: there is no display to show its window on; --port and --file "
+               "update without one (see --help)\n",
+               stderr);
+    return kExitUnavailable;
+}
+
+} // namespace tarnex

@@ -1,0 +1,63 @@
+// tarnexcomm: the service.
+
+#include "machine.h"
+#include "platform/asio/asio_datagram.h"
+#include "platform/asio/asio_tcp_client.h"
+#include "platform/linux/status_file.h"
+#include "platform/linux/systemd_controller.h"
+#include "platform/sqlite/sqlite_log_table.h"
+#include "programs.h"
+#include "service/echo_line.h"
+#include "service/tarnex_comm.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include <unistd.h>
+
+namespace tarnex {
+namespace {
+
+std::string JoinArguments(int argc, char** argv) {
+    std::string joined;
+    for (int i = 1; i < argc; ++i)
+        joined += (i > 1 ? " " : "") + std::string(argv[i]);
+    return joined;
+}
+
+void Echo(const std::string& list, const Text& line) {
+    std::fputs(EchoLine(list, line).c_str(), stderr);
+}
+
+} // namespace
+
+int RunServiceProgram(int argc, char** argv) {
+    Machine machine("tarnexcomm");
+    AsioLoop& loop = machine.loop;
+    AsioDatagramSockets sockets(loop, machine.settings.bind_address);
+    AsioTcpClients tcp(loop);
+    SqliteLogTable log;
+    SystemdController controller(loop, loop);
+    StatusFile status(StatusFilePath());
+    TarnexComm service({.clock = loop,
+                        .serial_ports = machine.ports,
+                        .sockets = sockets,
+                        .tcp = tcp,
+                        .log_table = log,
+                        .settings_store = machine.store,
+                        .files = machine.files,
+                        .code_page = machine.code_page,
+                        .controller = controller,
+                        .instance_lock = machine.lock,
+                        .view = nullptr,
+                        .notice = [&machine](const std::string& line) { machine.Say(line); },
+                        .echo = Echo,
+                        .end_process = [&loop] { loop.Stop(); },
+                        .status = status.Possible() ? &status : nullptr,
+                        .process_id = getpid()});
+    service.Form_Load(JoinArguments(argc, argv));
+    loop.Run();
+    return EXIT_SUCCESS;
+}
+
+} // namespace tarnex
