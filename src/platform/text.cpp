@@ -17,6 +17,19 @@ bool IsDigit(char16_t c) {
     return c >= u'0' && c <= u'9';
 }
 
+bool IsControl(char16_t c) {
+    return c < 0x20 || (c >= 0x7F && c < 0xA0);
+}
+
+Text Escape(char16_t c) {
+    if (c == u'\r')
+        return u"\\r";
+    if (c == u'\n')
+        return u"\\n";
+    constexpr TextView kDigits = u"0123456789ABCDEF";
+    return Text(u"\\x") + kDigits[c / 16u] + kDigits[c % 16u];
+}
+
 bool IsHighSurrogate(char16_t c) {
     return c >= 0xD800 && c <= 0xDBFF;
 }
@@ -92,6 +105,17 @@ bool EqualIgnoringCase(TextView a, TextView b) {
         if (Lower(a[i]) != Lower(b[i]))
             return false;
     return true;
+}
+
+Text EscapeControls(TextView text) {
+    Text shown;
+    for (const char16_t c : text) {
+        if (IsControl(c))
+            shown += Escape(c);
+        else
+            shown += c;
+    }
+    return shown;
 }
 
 Text ToText(long long number) {

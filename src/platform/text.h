@@ -25,6 +25,9 @@ inline bool Contains(TextView text, TextView part) {
 // ASCII letters compare without case; every other character exactly.
 bool EqualIgnoringCase(TextView a, TextView b);
 
+// Control characters as the escapes "\r", "\n" and "\x1B", so that one line stays one line.
+Text EscapeControls(TextView text);
+
 // Decimal digits, "-" in front of a negative number.
 Text ToText(long long number);
 // The same, padded with zeros in front to at least `digits` digits; number is 0 or more.

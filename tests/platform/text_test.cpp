@@ -24,6 +24,11 @@ TEST(Text, TrimTakesBlanksOnly) {
     EXPECT_EQ(Trim(u"\u3000x"), u"\u3000x");
 }
 
+TEST(Text, ControlCharactersAreEscaped) {
+    EXPECT_EQ(EscapeControls(u"~TX:RDNO1\r\n"), u"~TX:RDNO1\\r\\n");
+    EXPECT_EQ(EscapeControls(u"电\x1b\x7f\x9f\u00a0"), u"电\\x1B\\x7F\\x9F\u00a0");
+}
+
 TEST(Text, Utf8BothWays) {
     for (const Text& text : {Text(u"设备1的CPU"), Text(u"\U0001F600é"), Text(u"\0x", 2)})
         EXPECT_EQ(FromUtf8(ToUtf8(text)), text);
