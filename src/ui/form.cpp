@@ -5,6 +5,19 @@
 
 namespace tarnex {
 
+namespace {
+
+// False when the value was the same already: then nobody need be told.
+template <class Value>
+bool Assign(Value& held, Value value) {
+    if (held == value)
+        return false;
+    held = std::move(value);
+    return true;
+}
+
+} // namespace
+
 Control::Control(Form& form, std::string name) : form_(form), name_(std::move(name)) {
     form.controls_.push_back(this);
 }
@@ -20,31 +33,31 @@ void Control::Changed() {
 }
 
 void Control::SetEnabled(bool enabled) {
-    enabled_ = enabled;
-    Changed();
+    if (Assign(enabled_, enabled))
+        Changed();
 }
 
 void Control::SetVisible(bool visible) {
-    visible_ = visible;
-    Changed();
+    if (Assign(visible_, visible))
+        Changed();
 }
 
 void Control::SetWidth(int twips) {
-    width_ = twips;
-    Changed();
+    if (Assign(width_, twips))
+        Changed();
 }
 
 void Label::SetCaption(Text caption) {
-    caption_ = std::move(caption);
-    Changed();
+    if (Assign(caption_, std::move(caption)))
+        Changed();
 }
 
 Button::Button(Form& form, std::string name, Text caption, Text group)
     : Control(form, std::move(name)), caption_(std::move(caption)), group_(std::move(group)) {}
 
 void Button::SetCaption(Text caption) {
-    caption_ = std::move(caption);
-    Changed();
+    if (Assign(caption_, std::move(caption)))
+        Changed();
 }
 
 void Button::Click() {
@@ -53,8 +66,8 @@ void Button::Click() {
 }
 
 void TextBox::SetValue(Text value) {
-    value_ = std::move(value);
-    Changed();
+    if (Assign(value_, std::move(value)))
+        Changed();
 }
 
 void TextBox::Leave() {
@@ -73,8 +86,8 @@ CheckBox::CheckBox(Form& form, std::string name, Text caption, bool checked)
     : Control(form, std::move(name)), caption_(std::move(caption)), checked_(checked) {}
 
 void CheckBox::SetChecked(bool checked) {
-    checked_ = checked;
-    Changed();
+    if (Assign(checked_, checked))
+        Changed();
 }
 
 void ListBox::Add(Text line) {
@@ -82,6 +95,11 @@ void ListBox::Add(Text line) {
         lines_.erase(lines_.begin(), lines_.end() - std::ptrdiff_t(most_ / 2));
     lines_.push_back(std::move(line));
     selected_ = int(lines_.size()) - 1;
+    Changed();
+}
+
+void ListBox::Select(int index) {
+    selected_ = index >= 0 && index < int(lines_.size()) ? index : -1;
     Changed();
 }
 
@@ -97,20 +115,17 @@ Control* Form::Find(std::string_view name) const {
 }
 
 void Form::SetCaption(Text caption) {
-    caption_ = std::move(caption);
-    if (observer_)
+    if (Assign(caption_, std::move(caption)) && observer_)
         observer_->FormChanged();
 }
 
 void Form::SetVisible(bool visible) {
-    visible_ = visible;
-    if (observer_)
+    if (Assign(visible_, visible) && observer_)
         observer_->FormChanged();
 }
 
 void Form::SetWidth(int twips) {
-    width_ = twips;
-    if (observer_)
+    if (Assign(width_, twips) && observer_)
         observer_->FormChanged();
 }
 

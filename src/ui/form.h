@@ -11,7 +11,7 @@ namespace tarnex {
 
 class Control;
 
-// Told after a control or form changed, so that a view can show it.
+// Told after a control or form changed, so that a view can show it; not when it stays as it was.
 class FormObserver {
   public:
     virtual ~FormObserver() = default;
@@ -115,6 +115,8 @@ class ListBox : public Control {
     const std::vector<Text>& Lines() const { return lines_; }
     // Index of the selected line, -1 for none.
     int Selected() const { return selected_; }
+    // By the operator; an index outside the list selects nothing.
+    void Select(int index);
     // Appends a line and selects it, so that the list follows the newest.
     void Add(Text line);
     void Clear();

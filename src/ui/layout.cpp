@@ -12,7 +12,6 @@ using Look = LayoutNode::Look;
 
 // In pixels at 96 dpi.
 constexpr int kMargin = 10; // between the window's edge and what it holds
-constexpr int kGap = 6;     // between neighbours
 constexpr int kTitleGap = 6;
 constexpr int kTextPadding = 4;    // between a frame and the text in it
 constexpr int kButtonPadding = 12; // left and right of a caption
@@ -47,7 +46,8 @@ class Placer {
     Children VisibleChildren(const LayoutNode& node) const;
 
     int Px(int at_96_dpi) const { return screen_.Pixels(at_96_dpi); }
-    int Gaps(std::size_t children) const { return int(children) * Px(kGap) - Px(kGap); }
+    // Between so many children of a node.
+    int Gaps(const LayoutNode& node, int children) const { return (children - 1) * Px(node.gap); }
     int LinesHeight(int lines) const { return int(lines * screen_.em * kLine + 0.5); }
     int RowHeight() const { return LinesHeight(1) + 2 * Px(kTextPadding); }
     int TitleWidth(const LayoutNode& node) const {
@@ -85,7 +85,7 @@ Size Placer::Least(const LayoutNode& node) const {
 
 Size Placer::LeastOfLine(const LayoutNode& node) const {
     const Children children = VisibleChildren(node);
-    const int gaps = Gaps(children.size());
+    const int gaps = Gaps(node, int(children.size()));
     Size sum{gaps, gaps};
     Size most;
     for (const LayoutNode* child : children) {
@@ -104,8 +104,7 @@ Size Placer::LeastOfGrid(const LayoutNode& node) const {
         cell = {std::max(cell.w, least.w), std::max(cell.h, least.h)};
     }
     const int rows = (int(children.size()) + node.columns - 1) / node.columns;
-    return {node.columns * cell.w + Gaps(std::size_t(node.columns)),
-            rows * cell.h + Gaps(std::size_t(rows))};
+    return {node.columns * cell.w + Gaps(node, node.columns), rows * cell.h + Gaps(node, rows)};
 }
 
 Size Placer::LeastOfLeaf(const LayoutNode& node) const {
@@ -142,11 +141,12 @@ void Placer::Put(const LayoutNode& node, Rect rect) {
 void Placer::PutLine(const LayoutNode& node, Rect rect) {
     const bool row = node.kind == Kind::kRow;
     const Children children = VisibleChildren(node);
-    const std::vector<int> lengths = Lengths(children, row ? rect.w : rect.h, row);
+    const int room = (row ? rect.w : rect.h) - Gaps(node, int(children.size()));
+    const std::vector<int> lengths = Lengths(children, room, row);
     for (std::size_t i = 0; i < children.size(); ++i) {
         (row ? rect.w : rect.h) = lengths[i];
         Put(*children[i], rect);
-        (row ? rect.x : rect.y) += lengths[i] + Px(kGap);
+        (row ? rect.x : rect.y) += lengths[i] + Px(node.gap);
     }
 }
 
@@ -155,8 +155,7 @@ std::vector<int> Placer::Lengths(const Children& children, int room, bool row) c
     std::vector<int> lengths;
     for (const LayoutNode* child : children)
         lengths.push_back(row ? Least(*child).w : Least(*child).h);
-    int spare = room - Gaps(children.size()) - std::reduce(lengths.begin(), lengths.end());
-    spare = std::max(spare, 0);
+    int spare = std::max(room - std::reduce(lengths.begin(), lengths.end()), 0);
 
     std::vector<int> weights;
     for (std::size_t i = 0; i < children.size(); ++i) {
@@ -193,13 +192,13 @@ void Placer::PutGrid(const LayoutNode& node, Rect rect) {
     const Children children = VisibleChildren(node);
     const int columns = node.columns;
     const int height = Least(*children.front()).h;
-    const int room = rect.w - Gaps(std::size_t(columns));
+    const int room = rect.w - Gaps(node, columns);
     for (int i = 0; i < int(children.size()); ++i) {
         const int column = i % columns;
         const int left = room * column / columns;
         const int right = room * (column + 1) / columns;
         Put(*children[std::size_t(i)],
-            {rect.x + left + column * Px(kGap), rect.y + i / columns * (height + Px(kGap)),
+            {rect.x + left + column * Px(node.gap), rect.y + i / columns * (height + Px(node.gap)),
              right - left, height});
     }
 }

@@ -40,6 +40,7 @@ struct LayoutNode {
     int ems = 0;                        // least width of what the control holds
     int lines = 1;                      // least height of what the control holds
     int columns = 1;                    // of a grid
+    int gap = 6;                        // between children, in pixels at 96 dpi
     Look look = Look::kPlain;
     char key = 0; // together with Alt it clicks the control; 0: no key
     Text hint{};  // shown when the pointer rests on the control

@@ -10,6 +10,22 @@ namespace {
 
 using namespace layout_parts;
 
+// One below the other, further apart than what stands in them.
+LayoutNode Sections(Nodes sections, int weight = 0) {
+    LayoutNode column = Column(std::move(sections), weight);
+    column.gap = 10;
+    return column;
+}
+
+// A list box under its heading, and buttons that concern it on the right of the heading.
+LayoutNode ListSection(Text title, std::string list, int lines, int weight, Nodes buttons = {}) {
+    Nodes head{Heading(std::move(title)), Space()};
+    head.insert(head.end(), buttons.begin(), buttons.end());
+    LayoutNode section = Column({Row(std::move(head)), List(std::move(list), 14, lines)}, weight);
+    section.gap = 3;
+    return section;
+}
+
 LayoutNode MainStatus() {
     return Row({Status("mLblTarnexStatus", 10), Field("mTxtStatus", u"就绪", 4, Look::kReadOnly),
                 Field("mTxtTarnexCSQ", u"信号强度", 3, Look::kReadOnly),
@@ -25,27 +41,21 @@ LayoutNode MainMessages() {
 }
 
 LayoutNode MainLists() {
-    return Column({Row({Column({Row({Heading(u"事件"), Space(),
-                                     Press("Command3", 'W', u"切换事件列表的宽度")}),
-                                List("mList1", 16, 4)},
-                               3),
-                        Column({Heading(u"短信发送记录"), List("mList4", 14, 4)}, 2)},
-                       1),
-                   Row({Column({Heading(u"收到的短信"), List("mList2", 14, 3)}, 1),
-                        Column({Row({Heading(u"设备状态与链路"), Space(),
-                                     Press("mCmdLinkCheck", 'K', u"检查是否有监控程序连接")}),
-                                List("mList3", 14, 3)},
-                               1),
-                        Column({Heading(u"控制链路"), List("mList5", 14, 3)}, 1)},
-                       1),
-                   Row({Column({Row({Heading(u"设备调试"), Space(),
-                                     Press("Command5", 'Q', u"切换设备调试列表的宽度"),
-                                     Press("Command6", 'L', u"显示或隐藏通信数据列表")}),
-                                List("List1", 16, 4)},
-                               1),
-                        Column({Heading(u"通信数据"), List("List2", 16, 4)}, 1)},
-                       1)},
-                  1);
+    return Sections(
+        {Row({ListSection(u"事件", "mList1", 4, 3, {Press("Command3", 'W', u"切换事件列表的宽度")}),
+              ListSection(u"短信发送记录", "mList4", 4, 2)},
+             1),
+         Row({ListSection(u"收到的短信", "mList2", 3, 1),
+              ListSection(u"设备状态与链路", "mList3", 3, 1,
+                          {Press("mCmdLinkCheck", 'K', u"检查是否有监控程序连接")}),
+              ListSection(u"控制链路", "mList5", 3, 1)},
+             1),
+         Row({ListSection(u"设备调试", "List1", 4, 1,
+                          {Press("Command5", 'Q', u"切换设备调试列表的宽度"),
+                           Press("Command6", 'L', u"显示或隐藏通信数据列表")}),
+              ListSection(u"通信数据", "List2", 4, 1)},
+             1)},
+        1);
 }
 
 LayoutNode MainButtons() {
@@ -64,7 +74,7 @@ Layout MainWindowLayout() {
 // Titles one below the other line up.
 LayoutNode MailField(std::string box, Text title, Look look = Look::kPlain) {
     LayoutNode field = Field(std::move(box), std::move(title), 16, look);
-    field.title_ems = 5;
+    field.title_ems = 3;
     return field;
 }
 
