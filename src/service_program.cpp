@@ -5,6 +5,7 @@
 #include "platform/asio/asio_tcp_client.h"
 #include "platform/linux/status_file.h"
 #include "platform/linux/systemd_controller.h"
+#include "platform/linux/view_loader.h"
 #include "platform/sqlite/sqlite_log_table.h"
 #include "programs.h"
 #include "service/echo_line.h"
@@ -39,6 +40,8 @@ int RunServiceProgram(int argc, char** argv) {
     SqliteLogTable log;
     SystemdController controller(loop, loop);
     StatusFile status(StatusFilePath());
+    const auto say = [&machine](const std::string& line) { machine.Say(line); };
+    ViewLoader view({.clock = loop, .descriptors = loop, .notice = say});
     TarnexComm service({.clock = loop,
                         .serial_ports = machine.ports,
                         .sockets = sockets,
@@ -49,8 +52,8 @@ int RunServiceProgram(int argc, char** argv) {
                         .code_page = machine.code_page,
                         .controller = controller,
                         .instance_lock = machine.lock,
-                        .view = nullptr,
-                        .notice = [&machine](const std::string& line) { machine.Say(line); },
+                        .view = &view,
+                        .notice = say,
                         .echo = Echo,
                         .end_process = [&loop] { loop.Stop(); },
                         .status = status.Possible() ? &status : nullptr,

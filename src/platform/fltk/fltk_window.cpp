@@ -1,0 +1,154 @@
+#include "platform/fltk/fltk_window.h"
+
+#include "platform/fltk/style.h"
+#include "ui/layouts.h"
+
+#include <algorithm>
+
+#include <FL/Fl.H>
+
+namespace tarnex {
+
+class FltkWindow::LaidOutWindow : public Fl_Double_Window {
+  public:
+    LaidOutWindow(FltkWindow& owner, Size size) : Fl_Double_Window(size.w, size.h), owner_(owner) {
+        callback([](Fl_Widget* widget, void*) {
+            // FLTK takes the Escape key for the wish to close a window.
+            if (Fl::event() != FL_SHORTCUT)
+                static_cast<LaidOutWindow&>(*widget).owner_.form_.Close();
+        });
+    }
+    void resize(int x, int y, int w, int h) override {
+        const bool other_size = w != this->w() || h != this->h();
+        Fl_Double_Window::resize(x, y, w, h);
+        if (other_size)
+            owner_.Arrange();
+    }
+
+  private:
+    FltkWindow& owner_;
+};
+
+FltkWindow::FltkWindow(Form& form, const WindowScreen& screen)
+    : form_(form), screen_(screen), layout_(LayoutOf(form)) {
+    form_.Observe(this);
+    FormChanged();
+}
+
+FltkWindow::~FltkWindow() {
+    form_.Observe(nullptr);
+    if (screen_.lost())
+        window_.release(); // destroying it would talk to the X server
+}
+
+void FltkWindow::ControlChanged(Control& control) {
+    if (!Shown())
+        return;
+    if (const auto leaf = leaf_of_.find(&control); leaf != leaf_of_.end())
+        leaf->second->changed = true;
+    screen_.need_refresh();
+}
+
+void FltkWindow::FormChanged() {
+    if (screen_.lost())
+        return;
+    if (form_.Visible() && !window_)
+        Open();
+    form_changed_ = true;
+    screen_.need_refresh();
+}
+
+void FltkWindow::Open() {
+    form_width_ = form_.Width();
+    const ScreenMetrics& metrics = screen_.metrics;
+    const int width = form_width_ ? metrics.FromTwips(form_width_) : metrics.Pixels(layout_.width);
+    window_ = std::make_unique<LaidOutWindow>(
+        *this, Size{std::min(width, Fl::w()), std::min(metrics.Pixels(layout_.height), Fl::h())});
+    window_->xclass(form_.Name().c_str());
+    MakeWidgets(layout_.root);
+    window_->resizable(nullptr); // the layout does it
+    window_->end();
+    ShowControls();
+    ShowForm();
+    window_->show();
+}
+
+void FltkWindow::MakeWidgets(const LayoutNode& node) {
+    for (const LayoutNode& child : node.children)
+        MakeWidgets(child);
+    if (!node.children.empty() || node.kind == LayoutNode::Kind::kSpace)
+        return;
+    Control* const control = node.control.empty() ? nullptr : form_.Find(node.control);
+    Leaf& leaf = leaves_[&node];
+    leaf = {.widget = &MakeWidget(node, form_), .control = control, .shape = {}};
+    if (control)
+        leaf_of_[control] = &leaf;
+}
+
+void FltkWindow::Refresh() {
+    if (!window_)
+        return;
+    if (!form_.Visible()) {
+        leaf_of_.clear();
+        leaves_.clear();
+        window_.reset();
+        return;
+    }
+    ShowControls();
+    if (form_changed_)
+        ShowForm();
+}
+
+void FltkWindow::ShowControls() {
+    bool shapes_changed = false;
+    for (auto& [control, leaf] : leaf_of_) {
+        if (!leaf->changed)
+            continue;
+        leaf->changed = false;
+        leaf->widget->Show();
+        Fl_Widget& widget = leaf->widget->Widget();
+        if (control->Enabled() != bool(widget.active()))
+            control->Enabled() ? widget.activate() : widget.deactivate();
+        Shape shape{control->Visible(), control->Width(), control->Caption()};
+        if (shape != leaf->shape) {
+            leaf->shape = std::move(shape);
+            shapes_changed = true;
+        }
+    }
+    if (!shapes_changed)
+        return;
+    const Size least = LeastSize(layout_.root, form_, screen_.metrics);
+    window_->size_range(std::min(least.w, Fl::w()), std::min(least.h, Fl::h()));
+    if (least.w > window_->w() || least.h > window_->h())
+        window_->size(std::max(least.w, window_->w()), std::max(least.h, window_->h()));
+    Arrange();
+}
+
+void FltkWindow::ShowForm() {
+    form_changed_ = false;
+    window_->copy_label(ToUtf8(form_.Caption()).c_str());
+    if (form_.Width() != form_width_) {
+        form_width_ = form_.Width();
+        window_->size(screen_.metrics.FromTwips(form_width_), window_->h());
+    }
+}
+
+void FltkWindow::Arrange() {
+    std::map<const LayoutNode*, Rect> rects;
+    for (const Placed& placed :
+         Place(layout_.root, form_, screen_.metrics, {window_->w(), window_->h()}))
+        rects[placed.node] = placed.rect;
+    for (auto& [node, leaf] : leaves_) {
+        Fl_Widget& widget = leaf.widget->Widget();
+        if (const auto found = rects.find(node); found != rects.end()) {
+            const Rect& rect = found->second;
+            widget.resize(rect.x, rect.y, rect.w, rect.h);
+            widget.show();
+        } else {
+            widget.hide();
+        }
+    }
+    window_->redraw();
+}
+
+} // namespace tarnex

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "platform/fltk/control_widgets.h"
+#include "platform/view.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+
+#include <FL/Fl_Double_Window.H>
+
+namespace tarnex {
+
+// What a form's window needs of the screen.
+struct WindowScreen {
+    ScreenMetrics metrics;
+    std::function<bool()> lost;         // no FLTK function may be called any more
+    std::function<void()> need_refresh; // has Refresh() called soon
+};
+
+// The window of one form.
+class FltkWindow : public FormWindow, private FormObserver {
+  public:
+    // form and screen must outlive the window.
+    FltkWindow(Form& form, const WindowScreen& screen);
+    ~FltkWindow() override;
+
+    bool Shown() const override { return window_ && !screen_.lost(); }
+    // Shows what has changed in the form since the last call. Not from within an FLTK callback.
+    void Refresh();
+
+  private:
+    class LaidOutWindow;
+
+    // What a control looked like when it was placed last.
+    struct Shape {
+        bool visible = false;
+        int width = 0;
+        Text caption;
+        friend bool operator==(const Shape&, const Shape&) = default;
+    };
+    struct Leaf {
+        LeafWidget* widget; // the window's
+        Control* control;   // nullptr: a heading
+        bool changed = true;
+        Shape shape;
+    };
+
+    void ControlChanged(Control& control) override;
+    void FormChanged() override;
+
+    void Open();
+    void MakeWidgets(const LayoutNode& node);
+    void ShowControls();
+    void ShowForm();
+    void Arrange();
+
+    Form& form_;
+    const WindowScreen& screen_;
+    Layout layout_;
+    std::unique_ptr<LaidOutWindow> window_; // while it stands on the screen
+    std::map<const LayoutNode*, Leaf> leaves_;
+    std::map<const Control*, Leaf*> leaf_of_;
+    int form_width_ = 0; // as the model had it last
+    bool form_changed_ = true;
+};
+
+} // namespace tarnex

@@ -1,0 +1,120 @@
+#include "platform/fltk/list_widget.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include <FL/Fl.H>
+#include <FL/fl_draw.H>
+
+namespace tarnex {
+
+namespace {
+
+constexpr int kTextIndent = 3; // pixels left of a line
+
+std::string Shown(const Text& line) {
+    return ToUtf8(EscapeControls(line));
+}
+
+} // namespace
+
+ListWidget::ListWidget(ListBox& list) : Fl_Browser_(0, 0, 0, 0), list_(list) {
+    type(FL_HOLD_BROWSER);
+    end(); // a browser is a group, and would take in the widgets after it
+    when(FL_WHEN_CHANGED);
+    callback([](Fl_Widget* widget, void*) {
+        auto& self = static_cast<ListWidget&>(*widget);
+        self.list_.Select(Index(self.selection()));
+    });
+    Show();
+}
+
+void* ListWidget::Item(int index) const {
+    return index >= 0 && index < Count() ? reinterpret_cast<void*>(std::intptr_t(index) + 1)
+                                         : nullptr;
+}
+
+int ListWidget::Index(const void* item) {
+    return int(reinterpret_cast<std::intptr_t>(item)) - 1;
+}
+
+void ListWidget::Show() {
+    if (Count() < shown_) // FLTK may point at lines that are gone
+        new_list();
+    shown_ = Count();
+    if (list_.Selected() != Index(selection()))
+        SelectAndReveal(list_.Selected(), 0);
+    redraw();
+}
+
+int ListWidget::item_width(void* item) const {
+    fl_font(textfont(), textsize());
+    return int(fl_width(Shown(list_.Lines()[std::size_t(Index(item))]).c_str())) + 2 * kTextIndent;
+}
+
+void ListWidget::item_draw(void* item, int x, int y, int, int h) const {
+    const std::string text = Shown(list_.Lines()[std::size_t(Index(item))]);
+    const Fl_Color color =
+        item == selection() ? fl_contrast(textcolor(), selection_color()) : textcolor();
+    fl_font(textfont(), textsize());
+    fl_color(active_r() ? color : fl_inactive(color));
+    fl_draw(text.c_str(), int(text.size()), x + kTextIndent,
+            y + (h + fl_height()) / 2 - fl_descent());
+}
+
+int ListWidget::LinesOnScreen() const {
+    int x = 0;
+    int y = 0;
+    int w = 0;
+    int h = 0;
+    bbox(x, y, w, h);
+    return std::max(h / LineHeight(), 1);
+}
+
+// Scrolls as little as it can; FLTK by itself would put the line into the middle.
+void ListWidget::SelectAndReveal(int index, int callbacks) {
+    const int before = position();
+    select_only(Item(index), callbacks);
+    const int top = std::max(index, 0) * LineHeight();
+    position(std::clamp(before, top - (LinesOnScreen() - 1) * LineHeight(), top));
+}
+
+int ListWidget::IndexByKey(int key) const {
+    const int selected = Index(selection());
+    const int last = Count() - 1;
+    switch (key) {
+    case FL_Home:
+        return std::min(0, last);
+    case FL_End:
+        return last;
+    case FL_Page_Up:
+        return std::max(selected - LinesOnScreen(), std::min(0, last));
+    case FL_Page_Down:
+        return std::min(selected + LinesOnScreen(), last);
+    default:
+        return -1;
+    }
+}
+
+void ListWidget::CopySelected() const {
+    if (!selection())
+        return;
+    const std::string line = ToUtf8(list_.Lines()[std::size_t(Index(selection()))]);
+    Fl::copy(line.c_str(), int(line.size()), 1);
+}
+
+int ListWidget::handle(int event) {
+    if (event == FL_KEYBOARD && Fl::focus() == this) {
+        if (Fl::event_state(FL_CTRL) && Fl::event_key() == 'c') {
+            CopySelected();
+            return 1;
+        }
+        if (const int index = IndexByKey(Fl::event_key()); index >= 0) {
+            SelectAndReveal(index, FL_WHEN_CHANGED);
+            return 1;
+        }
+    }
+    return Fl_Browser_::handle(event);
+}
+
+} // namespace tarnex

@@ -1,0 +1,123 @@
+#include "platform/fltk/style.h"
+
+#include <cmath>
+
+#include <FL/Fl.H>
+#include <FL/Fl_Tooltip.H>
+#include <FL/fl_draw.H>
+#include <fontconfig/fontconfig.h>
+
+namespace tarnex {
+
+namespace {
+
+constexpr double kLetters = 15; // pixels at 96 dpi
+constexpr double kScrollBar = 15;
+
+constexpr Fl_Color Rgb(unsigned value) {
+    return Fl_Color(value << 8);
+}
+constexpr Fl_Color kEdge = Rgb(0xA9B1BB);
+
+int edge_width = 1; // FLTK calls back without an object
+
+void DrawFrame(int x, int y, int w, int h) {
+    fl_color(Fl::draw_box_active() ? kEdge : fl_color_average(kEdge, FL_BACKGROUND_COLOR, 0.5F));
+    for (int i = 0; i < edge_width; ++i)
+        fl_rect(x + i, y + i, w - 2 * i, h - 2 * i);
+}
+
+void DrawBox(int x, int y, int w, int h, Fl_Color color) {
+    fl_color(Fl::draw_box_active() ? color : fl_color_average(color, FL_BACKGROUND_COLOR, 0.4F));
+    fl_rectf(x, y, w, h);
+    DrawFrame(x, y, w, h);
+}
+
+void SetUpFrames(double scale) {
+    edge_width = std::max(1, int(scale));
+    const uchar edge = uchar(edge_width);
+    for (const Fl_Boxtype box : {FL_UP_BOX, FL_DOWN_BOX, FL_THIN_UP_BOX, FL_THIN_DOWN_BOX})
+        Fl::set_boxtype(box, DrawBox, edge, edge, uchar(2 * edge), uchar(2 * edge));
+}
+
+void SetUpColors() {
+    Fl::background(0xEE, 0xF1, 0xF4);
+    Fl::background2(0xFF, 0xFF, 0xFF);
+    Fl::foreground(0x1F, 0x24, 0x2B);
+    Fl::set_color(FL_SELECTION_COLOR, 0x2B, 0x6C, 0xB8);
+    Fl::set_color(FL_INACTIVE_COLOR, 0x8A, 0x93, 0x9E);
+}
+
+struct FontMatch {
+    std::string family;
+    bool chinese = false;
+};
+
+// The sans serif face that the system prefers for Chinese.
+FontMatch FindFont() {
+    FontMatch match;
+    FcPattern* const wanted =
+        FcNameParse(reinterpret_cast<const FcChar8*>("sans-serif:lang=zh-cn"));
+    FcConfigSubstitute(nullptr, wanted, FcMatchPattern);
+    FcDefaultSubstitute(wanted);
+    FcResult result{};
+    if (FcPattern* const found = FcFontMatch(nullptr, wanted, &result)) {
+        FcChar8* family = nullptr;
+        if (FcPatternGetString(found, FC_FAMILY, 0, &family) == FcResultMatch)
+            match.family = reinterpret_cast<const char*>(family);
+        FcLangSet* languages = nullptr;
+        match.chinese =
+            FcPatternGetLangSet(found, FC_LANG, 0, &languages) == FcResultMatch &&
+            FcLangSetHasLang(languages, reinterpret_cast<const FcChar8*>("zh-cn")) == FcLangEqual;
+        FcPatternDestroy(found);
+    }
+    FcPatternDestroy(wanted);
+    return match;
+}
+
+// FLTK draws a text in one face alone, so that face must have every character.
+bool SetUpFont(int letters) {
+    const FontMatch match = FindFont();
+    static const std::string plain = ' ' + match.family; // FLTK keeps the pointers
+    static const std::string bold = 'B' + match.family;
+    if (match.chinese) {
+        Fl::set_font(FL_HELVETICA, plain.c_str());
+        Fl::set_font(FL_HELVETICA_BOLD, bold.c_str());
+    }
+    FL_NORMAL_SIZE = letters;
+    Fl_Tooltip::font(FL_HELVETICA);
+    Fl_Tooltip::size(letters);
+    return match.chinese;
+}
+
+} // namespace
+
+std::string SetUpStyle(double scale) {
+    SetUpColors();
+    SetUpFrames(scale);
+    Fl::scrollbar_size(int(std::lround(kScrollBar * scale)));
+    Fl::dnd_text_ops(false); // dragging text runs a loop of its own
+    if (SetUpFont(int(std::lround(kLetters * scale))))
+        return "";
+    return "there is no font with Chinese characters, so the windows cannot show them. Install "
+           "one, for example the package fonts-wqy-zenhei";
+}
+
+ScreenMetrics Metrics(double scale) {
+    return {.scale = scale, .em = FL_NORMAL_SIZE, .text_width = [](TextView text) {
+                fl_font(FL_HELVETICA, FL_NORMAL_SIZE);
+                return int(std::ceil(fl_width(ToUtf8(text).c_str())));
+            }};
+}
+
+std::string LabelText(TextView text) {
+    std::string label;
+    for (const char c : ToUtf8(text)) {
+        if (c == '@' || c == '&')
+            label += c;
+        label += c;
+    }
+    return label;
+}
+
+} // namespace tarnex

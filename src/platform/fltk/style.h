@@ -1,0 +1,19 @@
+#pragma once
+
+#include "ui/layout.h"
+
+#include <string>
+
+namespace tarnex {
+
+// How everything looks: fonts, colours and frames, for a screen of that scale. Once, before the
+// first window. "", or what an operator should know: no font with Chinese characters.
+std::string SetUpStyle(double scale);
+
+// What layouts need to know of the screen.
+ScreenMetrics Metrics(double scale);
+
+// A text for an FLTK label, in which "@" and "&" have meanings of their own.
+std::string LabelText(TextView text);
+
+} // namespace tarnex

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/view_module.h"
+
+namespace tarnex {
+
+// The view of the module tarnex-view.so, which is loaded when a form becomes visible and not
+// before: beside the program, or where it is installed. Without the module or without a display
+// the program goes on without windows, is told so once, and the next form to become visible tries
+// again.
+class ViewLoader : public View {
+  public:
+    explicit ViewLoader(ViewHost host) : host_(std::move(host)) {}
+    std::unique_ptr<FormWindow> Attach(Form& form) override;
+
+  private:
+    class Window;
+    View* Loaded();
+
+    ViewHost host_;
+    std::unique_ptr<View> view_;
+    bool said_ = false;
+};
+
+} // namespace tarnex
