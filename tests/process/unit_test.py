@@ -246,7 +246,7 @@ class Unit(unittest.TestCase):
         service.wait_for("mList1: 在 com3 找到 Tarnex")
         self.assertEqual(service.stop(), 0)
         for line in service.lines:
-            self.assertRegex(line, "^(List[12]|mList[1-5]): ")
+            self.assertRegex(line, "^(tarnexcomm|List[12]|mList[1-5]): ")
             self.assertTrue(line.isprintable(), line)
 
 
