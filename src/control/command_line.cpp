@@ -32,6 +32,7 @@ class CommandLine {
         app_.fallthrough();
         AddSettings();
         AddStatus();
+        AddDryRuns();
     }
 
     int Run(std::vector<std::string> arguments) {
@@ -63,6 +64,7 @@ class CommandLine {
 
     void AddSettings();
     void AddStatus();
+    void AddDryRuns();
 
     // The innermost command that was given.
     const CLI::App& Deepest() const {
@@ -116,6 +118,7 @@ class CommandLine {
     bool json_ = false;
     StatusOptions status_;
     std::string output_;
+    WhyOptions why_;
 };
 
 void CommandLine::AddSettings() {
@@ -183,6 +186,20 @@ void CommandLine::AddStatus() {
                 [this] { return ShowMetrics(world_, output_); });
     metrics->add_option("--output", output_, "replace this file, in one step for readers")
         ->type_name("FILE");
+}
+
+void CommandLine::AddDryRuns() {
+    CLI::App* why =
+        Command(app_, "why", "what would happen to an event now, and why; sends nothing",
+                "  tarnexctl why '1031010srv{[b^k^]}98%'\n"
+                "  tarnexctl why '1031010{[b^k^]}' --at '2024-05-06 22:30'",
+                [this] { return ExplainRecord(world_, why_); });
+    why->add_option("RECORD", why_.record, "event record, as monitoring programs send it")
+        ->type_name("")
+        ->required();
+    why->add_option("--at", why_.at, "at that local time instead of now")
+        ->type_name("'YYYY-MM-DD HH:MM'");
+    why->add_flag("--json", why_.json, "as JSON");
 }
 
 } // namespace

@@ -25,4 +25,11 @@ ExitStatus ShowStatus(ControlWorld& world, const StatusOptions& options);
 // output: the file to be replaced; "" for standard output.
 ExitStatus ShowMetrics(ControlWorld& world, const std::string& output);
 
+struct WhyOptions {
+    std::string record;
+    std::string at; // "yyyy-mm-dd hh:mm"; "" for now
+    bool json = false;
+};
+ExitStatus ExplainRecord(ControlWorld& world, const WhyOptions& options);
+
 } // namespace tarnex

@@ -17,6 +17,10 @@ struct MailSettings {
     friend bool operator==(const MailSettings&, const MailSettings&) = default;
 };
 
-MailSettings ReadMailSettings(const MyIniFile& ini);
+MailSettings ReadMailSettings(const IniDocument& file);
+// Of one moment, so that a server never meets the password of another one.
+inline MailSettings ReadMailSettings(const MyIniFile& ini) {
+    return ReadMailSettings(*ini.Snapshot());
+}
 
 } // namespace tarnex
