@@ -119,6 +119,7 @@ class CommandLine {
     StatusOptions status_;
     std::string output_;
     WhyOptions why_;
+    SimulateOptions simulate_;
 };
 
 void CommandLine::AddSettings() {
@@ -200,6 +201,22 @@ void CommandLine::AddDryRuns() {
     why->add_option("--at", why_.at, "at that local time instead of now")
         ->type_name("'YYYY-MM-DD HH:MM'");
     why->add_flag("--json", why_.json, "as JSON");
+
+    CLI::App* simulate =
+        Command(app_, "simulate", "run the service with these settings on simulated days of alarms",
+                "  tarnexctl simulate\n"
+                "  tarnexctl simulate --days 30 --seed 2 --start 2024-05-06",
+                [this] { return Simulate(world_, simulate_); });
+    simulate->add_option("--days", simulate_.days, "how many days, 1 to 366")
+        ->type_name("N")
+        ->check(CLI::Range(1, 366))
+        ->capture_default_str();
+    simulate->add_option("--seed", simulate_.seed, "another seed gives other alarms")
+        ->type_name("S")
+        ->capture_default_str();
+    simulate->add_option("--start", simulate_.start, "the first day (today)")
+        ->type_name("YYYY-MM-DD");
+    simulate->add_flag("--json", simulate_.json, "as JSON");
 }
 
 } // namespace

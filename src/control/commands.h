@@ -2,6 +2,8 @@
 
 #include "control/control_world.h"
 
+#include <cstdint>
+
 namespace tarnex {
 
 // The commands of tarnexctl. Each does its work and returns the exit status, or throws Failure.
@@ -31,5 +33,13 @@ struct WhyOptions {
     bool json = false;
 };
 ExitStatus ExplainRecord(ControlWorld& world, const WhyOptions& options);
+
+struct SimulateOptions {
+    int days = 7;
+    std::uint64_t seed = 1;
+    std::string start; // "yyyy-mm-dd"; "" for today
+    bool json = false;
+};
+ExitStatus Simulate(ControlWorld& world, const SimulateOptions& options);
 
 } // namespace tarnex
