@@ -33,6 +33,7 @@ class CommandLine {
         AddSettings();
         AddStatus();
         AddDryRuns();
+        AddLog();
     }
 
     int Run(std::vector<std::string> arguments) {
@@ -65,6 +66,7 @@ class CommandLine {
     void AddSettings();
     void AddStatus();
     void AddDryRuns();
+    void AddLog();
 
     // The innermost command that was given.
     const CLI::App& Deepest() const {
@@ -120,6 +122,9 @@ class CommandLine {
     std::string output_;
     WhyOptions why_;
     SimulateOptions simulate_;
+    std::string path_;
+    std::string schema_;
+    TailOptions tail_;
 };
 
 void CommandLine::AddSettings() {
@@ -217,6 +222,34 @@ void CommandLine::AddDryRuns() {
     simulate->add_option("--start", simulate_.start, "the first day (today)")
         ->type_name("YYYY-MM-DD");
     simulate->add_flag("--json", simulate_.json, "as JSON");
+}
+
+void CommandLine::AddLog() {
+    CLI::App& log = *Command(app_, "log", "make the log database, and follow it",
+                             "  tarnexctl log create\n"
+                             "  tarnexctl log tail",
+                             nullptr);
+    log.require_subcommand(1);
+    CLI::App* create = Command(log, "create", "make a log database; never over an existing file",
+                               "  tarnexctl log create\n"
+                               "  tarnexctl log create /srv/tarnex/log.db",
+                               [this] { return LogCreate(world_, path_, schema_); });
+    create->add_option("FILE", path_, "the database (the one of the settings)")->type_name("");
+    create->add_option("--schema", schema_, "make it by this file (the installed one)")
+        ->type_name("FILE");
+
+    CLI::App* tail = Command(log, "tail", "show the last rows and then new ones, until Ctrl-C",
+                             "  tarnexctl log tail\n"
+                             "  tarnexctl log tail --lines 50 --once\n"
+                             "  tarnexctl log tail --json --once | jq -r .message",
+                             [this] { return LogTail(world_, tail_); });
+    tail->add_option("FILE", tail_.path, "the database (the one of the settings)")->type_name("");
+    tail->add_option("--lines", tail_.lines, "how many of the present rows")
+        ->type_name("N")
+        ->check(CLI::Range(0, 1'000'000))
+        ->capture_default_str();
+    tail->add_flag("--once", tail_.once, "end after the present rows");
+    tail->add_flag("--json", tail_.json, "a JSON object for each row, one a line");
 }
 
 } // namespace

@@ -42,4 +42,14 @@ struct SimulateOptions {
 };
 ExitStatus Simulate(ControlWorld& world, const SimulateOptions& options);
 
+// path: of the database; "" for the one that the settings name. schema: "" for the installed one.
+ExitStatus LogCreate(ControlWorld& world, const std::string& path, const std::string& schema);
+struct TailOptions {
+    std::string path; // "" for the one that the settings name
+    int lines = 10;
+    bool once = false; // ends after the present rows
+    bool json = false;
+};
+ExitStatus LogTail(ControlWorld& world, const TailOptions& options);
+
 } // namespace tarnex

@@ -1,0 +1,149 @@
+#include "control/commands.h"
+#include "control/settings_file.h"
+#include "control/text_output.h"
+#include "platform/linux/folder_owner.h"
+#include "platform/sqlite/log_database.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <ostream>
+
+#include <nlohmann/json.hpp>
+
+namespace tarnex {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr Duration kPollPeriod = 1s;
+
+enum Column { kNumber, kDate, kTime, kDirection, kSource, kMessage, kBySms = 9, kByMail };
+constexpr const char* kColumnNames[] = {"number",  "date",    "time",  "direction", "source",
+                                        "message", "event",   "state", "action",    "by_sms",
+                                        "by_mail", "machine", "detail"};
+
+std::string PathOf(const ControlWorld& world, const std::string& path) {
+    if (!path.empty())
+        return path;
+    const std::string configured =
+        ToUtf8(SettingsFile(world.settings_path).Value(*FindSetting("log-database")));
+    if (configured.empty())
+        throw Failure(kExitData, "the settings name no log database: name a file, or set it with "
+                                 "\"tarnexctl settings set log-database FILE\"");
+    return configured;
+}
+
+std::string ReadSchema(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+        throw Failure(kExitNoInput,
+                      "there is no schema " + path + " that can be read: name one with --schema");
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::string Field(const StoredLogRow& row, std::size_t column) {
+    return Printable(row.columns[column].value_or(""));
+}
+
+std::string Padded(const std::string& text, std::size_t width) {
+    const std::size_t used = DisplayWidth(text);
+    return text + std::string(used < width ? width - used : 0, ' ') + "  ";
+}
+
+std::string Ways(const StoredLogRow& row) {
+    const bool sms = Field(row, kBySms) == "Yes";
+    const bool mail = Field(row, kByMail) == "Yes";
+    return sms && mail ? "SMS+mail" : sms ? "SMS" : mail ? "mail" : "";
+}
+
+// Fixed widths: the rows to come are not known.
+std::string LineOf(const StoredLogRow& row) {
+    return Padded(Field(row, kNumber), 6) + Padded(Field(row, kDate), 10) +
+           Padded(Field(row, kTime), 8) + Padded(Field(row, kDirection), 3) +
+           Padded(Field(row, kSource), 5) + Padded(Ways(row), 8) + Field(row, kMessage);
+}
+
+std::string JsonOf(const StoredLogRow& row) {
+    Json json;
+    for (std::size_t i = 0; i < row.columns.size(); ++i)
+        json[kColumnNames[i]] = row.columns[i] ? Json(*row.columns[i]) : Json();
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+// The rows of one file, and of those that take its place.
+class Tail {
+  public:
+    Tail(const ControlWorld& world, const std::string& path, bool json)
+        : world_(world), path_(path), json_(json) {
+        const std::string problem = reader_.Open(path_);
+        if (!problem.empty())
+            throw Failure(std::filesystem::exists(path_) ? kExitNoRights : kExitNoInput,
+                          "the log database " + path_ + " cannot be read (" + problem +
+                              "): run this as root or as the user of the service, or make it with "
+                              "\"tarnexctl log create\"");
+    }
+
+    void ShowLast(int count) {
+        Show(reader_.Last(count));
+        if (const auto newest = reader_.Last(1); newest && !newest->empty())
+            last_id_ = newest->back().id;
+    }
+
+    void ShowNew() {
+        if (reader_.Moved()) {
+            LogReader replacement;
+            if (!replacement.Open(path_).empty())
+                return; // not there yet
+            std::swap(reader_, replacement);
+            last_id_ = 0;
+        }
+        Show(reader_.After(last_id_));
+    }
+
+  private:
+    void Show(const std::optional<std::vector<StoredLogRow>>& rows) {
+        if (!rows)
+            throw Failure(kExitIo, "the log database " + path_ +
+                                       " cannot be read any more: look for a damaged file or disk");
+        for (const StoredLogRow& row : *rows) {
+            world_.out << (json_ ? JsonOf(row) : LineOf(row)) << '\n';
+            last_id_ = row.id;
+        }
+        world_.out.flush();
+    }
+
+    const ControlWorld& world_;
+    const std::string path_;
+    const bool json_;
+    LogReader reader_;
+    std::int64_t last_id_ = 0;
+};
+
+} // namespace
+
+ExitStatus LogCreate(ControlWorld& world, const std::string& path, const std::string& schema) {
+    const std::string file = PathOf(world, path);
+    const std::string sql =
+        ReadSchema(schema.empty() ? world.data_folder + "/log-schema.sql" : schema);
+    const std::string problem = CreateLogDatabase(file, sql);
+    if (!problem.empty())
+        throw Failure(kExitCannotCreate, problem);
+    world.out << "made " << file << '\n';
+    if (!GiveToFolderOwner(file))
+        world.err << "tarnexctl: warning: " << file
+                  << " does not belong to the owner of its folder; see that the user of the "
+                     "service may write to it\n";
+    return kExitDone;
+}
+
+ExitStatus LogTail(ControlWorld& world, const TailOptions& options) {
+    Tail tail(world, PathOf(world, options.path), options.json);
+    tail.ShowLast(options.lines);
+    while (!options.once && world.pause(kPollPeriod))
+        tail.ShowNew();
+    return kExitDone;
+}
+
+} // namespace tarnex
