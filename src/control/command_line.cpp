@@ -1,6 +1,7 @@
 #include "control/command_line.h"
 
 #include "control/commands.h"
+#include "control/setup_questions.h"
 #include "control/suggestion.h"
 
 #include <ostream>
@@ -34,6 +35,7 @@ class CommandLine {
         AddStatus();
         AddDryRuns();
         AddLog();
+        AddSetup();
     }
 
     int Run(std::vector<std::string> arguments) {
@@ -67,6 +69,7 @@ class CommandLine {
     void AddStatus();
     void AddDryRuns();
     void AddLog();
+    void AddSetup();
 
     // The innermost command that was given.
     const CLI::App& Deepest() const {
@@ -125,6 +128,7 @@ class CommandLine {
     std::string path_;
     std::string schema_;
     TailOptions tail_;
+    SetupOptions setup_;
 };
 
 void CommandLine::AddSettings() {
@@ -250,6 +254,28 @@ void CommandLine::AddLog() {
         ->capture_default_str();
     tail->add_flag("--once", tail_.once, "end after the present rows");
     tail->add_flag("--json", tail_.json, "a JSON object for each row, one a line");
+}
+
+void CommandLine::AddSetup() {
+    CLI::App* setup =
+        Command(app_, "setup", "first start: ask what is needed, write the settings, make the log",
+                "  sudo tarnexctl setup\n"
+                "  tarnexctl setup --port search --number-1 13900000001 --number-2 13900000002 \\\n"
+                "      --sms-centre +8613800100500 --mail-server none",
+                [this] { return Setup(world_, setup_); });
+    for (const SetupQuestion& question : SetupQuestions())
+        setup
+            ->add_option_function<std::string>(
+                FlagOf(question),
+                [this, name = question.name](const std::string& value) {
+                    setup_.answers[name] = value;
+                },
+                question.secret ? std::string(question.prompt) + ", in the first line of a file"
+                                : question.prompt)
+            ->type_name(question.secret ? "FILE" : "ANSWER");
+    setup->add_option("--log-database", setup_.log_path, "log database (log.db beside \"system\")")
+        ->type_name("FILE");
+    setup->add_flag("--force", setup_.force, "write over existing settings; they stay as .old");
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "control/control_world.h"
 
 #include <cstdint>
+#include <map>
 
 namespace tarnex {
 
@@ -51,5 +52,12 @@ struct TailOptions {
     bool json = false;
 };
 ExitStatus LogTail(ControlWorld& world, const TailOptions& options);
+
+struct SetupOptions {
+    std::map<std::string, std::string> answers; // by question; of a secret one a file
+    std::string log_path;                       // "" for log.db above the folder of the settings
+    bool force = false;                         // write over existing settings
+};
+ExitStatus Setup(ControlWorld& world, const SetupOptions& options);
 
 } // namespace tarnex

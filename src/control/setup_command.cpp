@@ -1,0 +1,168 @@
+#include "control/commands.h"
+#include "control/setting_value.h"
+#include "control/settings_check.h"
+#include "control/setup_questions.h"
+#include "control/text_output.h"
+#include "platform/linux/folder_owner.h"
+#include "platform/sqlite/log_database.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <ostream>
+
+namespace tarnex {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kNone = "none";
+constexpr const char* kEncoding = "GBK"; // of the sample
+
+std::string ReadData(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+        throw Failure(kExitNoInput, "there is no " + path +
+                                        " that can be read: install the "
+                                        "program with its data");
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+bool Exists(const std::string& path) {
+    std::error_code error;
+    return fs::exists(path, error);
+}
+
+void RefuseToOverwrite(const std::string& path) {
+    throw Failure(kExitCannotCreate, path +
+                                         " is there already and stays as it is: change it with "
+                                         "\"tarnexctl settings\", or write a new one with "
+                                         "--force, which keeps the old one as " +
+                                         path + ".old");
+}
+
+// The sample with the answers in it.
+class Draft {
+  public:
+    explicit Draft(std::string sample) : content_(std::move(sample)) {}
+
+    void Set(const Setting& setting, const std::string& value) {
+        content_ = IniDocument::Set(content_, encoding_, setting.section, setting.key,
+                                    FromUtf8(value))
+                       .value(); // every value has been checked
+    }
+    void Set(const std::string& name, const std::string& value) { Set(*FindSetting(name), value); }
+    void Switch(const std::string& name, bool on) { Set(name, on ? "1" : "0"); }
+    const std::string& Content() const { return content_; }
+
+  private:
+    const IconvCodePage encoding_{kEncoding};
+    std::string content_;
+};
+
+std::string Content(const std::string& sample, const SetupAnswers& answers,
+                    const std::string& log_path) {
+    Draft draft(sample);
+    for (const SetupQuestion& question : SetupQuestions())
+        if (const auto answer = answers.find(question.name);
+            answer != answers.end() && *question.setting)
+            draft.Set(question.setting, answer->second == kNone ? "" : answer->second);
+    const PortAnswer port = ParsePort(answers.at("port")).value();
+    if (port.number != 0)
+        draft.Set("last-port", std::to_string(port.number));
+    if (!port.device.empty())
+        draft.Set("com1-device", port.device);
+    draft.Switch("sms-to-number-1", true);
+    // One telephone needs each text once.
+    draft.Switch("sms-to-number-2", answers.at("number-2") != answers.at("number-1"));
+    draft.Switch("mail-login", answers.contains("mail-password"));
+    draft.Set("log-database", log_path);
+    return draft.Content();
+}
+
+// The folders above the file, each owned like the one that it stands in.
+void MakeFolders(const fs::path& folder) {
+    if (folder.empty() || Exists(folder.string()))
+        return;
+    MakeFolders(folder.parent_path());
+    std::error_code error;
+    if (!fs::create_directory(folder, error))
+        throw Failure(kExitCannotCreate, "the folder " + folder.string() + " cannot be made (" +
+                                             error.message() +
+                                             "): run this as root (sudo tarnexctl setup)");
+    GiveToFolderOwner(folder.string());
+}
+
+void WriteSettings(const std::string& path, const std::string& content, bool force) {
+    MakeFolders(fs::path(path).parent_path());
+    bool stands_there = false;
+    FileSettingsStore store(path);
+    std::error_code error;
+    if (force && Exists(path))
+        fs::copy_file(path, path + ".old", fs::copy_options::overwrite_existing, error);
+    const bool written =
+        !error && store.Update([&](const std::string& present) -> std::optional<std::string> {
+            stands_there = !present.empty() && !force;
+            return stands_there ? std::nullopt : std::optional(content);
+        });
+    if (stands_there)
+        RefuseToOverwrite(path);
+    if (!written)
+        throw Failure(kExitCannotCreate, path + " cannot be written: run this as root (sudo "
+                                                "tarnexctl setup), and look for a full disk");
+    GiveToFolderOwner(path);
+}
+
+void MakeLog(const ControlWorld& world, const std::string& path, const std::string& schema) {
+    if (Exists(path)) {
+        world.out << "kept the log " << path << '\n';
+        return;
+    }
+    MakeFolders(fs::path(path).parent_path());
+    const std::string problem = CreateLogDatabase(path, schema);
+    if (!problem.empty())
+        throw Failure(kExitCannotCreate, problem);
+    GiveToFolderOwner(path);
+    world.out << "made the log " << path << '\n';
+}
+
+void SayWhatIsNext(const ControlWorld& world) {
+    const SettingsFile file(world.settings_path);
+    for (const Finding& finding : CheckSettings(file))
+        world.out << "note: " << finding.name << " " << finding.text << '\n';
+    world.out << "\nNext:\n"
+                 "  systemctl enable --now tarnexcomm   starts the service, now and with the "
+                 "machine\n"
+                 "  tarnexctl status --watch            the unit is ready about 30 seconds after "
+                 "the start\n"
+                 "  tarnex-monitor notify --service cpu --state abnormal\n"
+                 "                                      sends a first alarm\n"
+                 "  tarnexctl settings list             shows everything else that can be set\n";
+}
+
+} // namespace
+
+ExitStatus Setup(ControlWorld& world, const SetupOptions& options) {
+    const std::string& path = world.settings_path;
+    if (Exists(path) && !options.force)
+        RefuseToOverwrite(path);
+    const std::string sample = ReadData(world.data_folder + "/Tarnex.ini.sample");
+    const std::string schema = ReadData(world.data_folder + "/log-schema.sql");
+    const std::string log_path =
+        options.log_path.empty()
+            ? (fs::absolute(path).parent_path().parent_path() / "log.db").string()
+            : options.log_path;
+    if (const std::string wrong = Objection(*FindSetting("log-database"), FromUtf8(log_path));
+        !wrong.empty())
+        throw Failure(kExitData, "--log-database: \"" + Printable(log_path) + "\" " + wrong);
+
+    const SetupAnswers answers = AskQuestions(world, options.answers);
+    WriteSettings(path, Content(sample, answers, log_path), options.force);
+    world.out << "wrote the settings " << path << '\n';
+    MakeLog(world, log_path, schema);
+    SayWhatIsNext(world);
+    return kExitDone;
+}
+
+} // namespace tarnex
