@@ -1,0 +1,212 @@
+"""The firmware update on the command line, over a real serial line."""
+
+import os
+import pty
+import signal
+import unittest
+
+import harness
+from harness import Program, Site
+
+END = ":00000001FF\n"
+
+
+def record(address, data):
+    content = bytes([len(data), address >> 8, address & 255, 0]) + data
+    return ":" + (content + bytes([-sum(content) & 255])).hex().upper() + "\n"
+
+
+def program(version, size):
+    """A HEX file of that many bytes, which names its version somewhere in the middle."""
+    image = bytearray(bytes(range(256)) * (size // 256))
+    text = b"VERSION=" + version.encode() + b"\0"
+    image[size // 2 : size // 2 + len(text)] = text
+    return "".join(record(at, image[at : at + 16]) for at in range(0, size, 16)) + END
+
+
+class FlasherTest(unittest.TestCase):
+    def setUp(self):
+        self.site = Site(self)
+        self.site.device = self.site.path("unit")
+
+    def file(self, content, name="new.hex"):
+        path = self.site.path(name)
+        with open(path, "wb") as file:
+            file.write(content if isinstance(content, bytes) else content.encode())
+        return path
+
+    def flasher(self, *arguments, **options):
+        environment = dict(
+            os.environ, WINDIR=self.site.folder, TARNEXCOMM_LOCK=self.site.path("lock"),
+            ASAN_OPTIONS="quarantine_size_mb=1",
+        )  # fmt: skip
+        environment.pop("DISPLAY", None)
+        return Program(
+            self, harness.BINARIES + "/tarnex-flasher", arguments, environment, **options
+        )
+
+    def update(self, file, **options):
+        return self.flasher("--port", "COM3", "--file", file, **options)
+
+    def test_updates_the_unit_to_its_new_version(self):
+        unit = self.site.unit("--boot", "1")
+        unit.wait_for("plugged in")
+        flasher = self.update(self.file(program("TARNEX-SIM 2.0", 4096)))
+        self.assertEqual(flasher.wait(), 0)
+        flasher.wait_for("version  TARNEX-SIM 1.0")
+        flasher.wait_for("serial   SIM00000001")
+        flasher.wait_for("Updated: 4096 bytes")
+        flasher.wait_for("version  TARNEX-SIM 2.0")
+        unit.tell("show")
+        unit.wait_for("version           TARNEX-SIM 2.0")
+
+    def test_shows_a_bar_on_a_terminal(self):
+        self.site.unit()
+        own, theirs = pty.openpty()
+        flasher = self.update(self.file(program("TARNEX-SIM 2.0", 4096)), stdout=theirs)
+        os.close(theirs)
+        shown = b""
+        while b"version  TARNEX-SIM 2.0" not in shown:
+            shown += os.read(own, 4096)
+        self.assertEqual(flasher.wait(), 0)
+        os.close(own)
+        self.assertRegex(shown, rb"\r\x1b\[K +\d+ %  \[#+ *\]  \d+/4096 bytes  address [0-9A-F]{4}")
+        for line in shown.replace(b"\r\x1b[K", b"\n").splitlines():
+            if b"%  [" in line:
+                self.assertLess(len(line), 80)
+
+    def test_brings_back_a_unit_whose_update_broke_off(self):
+        unit = self.site.unit("--boot", "1")
+        file = self.file(program("TARNEX-SIM 2.0", 4096))
+        unit.tell("loader write:100 silent")
+        flasher = self.update(file)
+        self.assertEqual(flasher.wait(), 76)
+        flasher.wait_for("writing at address 0630 (line 100 of the file): the unit did not answer")
+        flasher.wait_for("The update can be run again")
+        unit.tell("show")
+        unit.wait_for("without program, in its loader")
+        again = self.update(file)
+        self.assertEqual(again.wait(), 0)
+        again.wait_for("version  TARNEX-SIM 2.0")
+
+    def test_ends_when_the_adapter_is_pulled(self):
+        unit = self.site.unit()
+        flasher = self.update(self.file(program("x", 0xFF00)))
+        flasher.wait_for("  0 %")
+        unit.tell("unplug")
+        self.assertEqual(flasher.wait(), 74)
+        flasher.wait_for("the serial adapter was unplugged")
+
+    def test_a_loader_that_answers_wrong_ends_it(self):
+        unit = self.site.unit()
+        unit.tell("loader erase wrong")
+        unit.tell("show")  # the line before has been obeyed then
+        unit.wait_for("state")
+        flasher = self.update(self.file(program("x", 256)))
+        self.assertEqual(flasher.wait(), 76)
+        flasher.wait_for("erasing the unit's program: the unit answered 5A A5 00 0A")
+
+    def test_a_silent_loader_ends_it_after_all_its_calls(self):
+        unit = self.site.unit()
+        unit.tell("loader deaf")
+        unit.tell("show")
+        unit.wait_for("state")
+        flasher = self.update(self.file(program("x", 256)))
+        self.assertEqual(flasher.wait(limit=250), 69)
+        flasher.wait_for("calling the unit's loader: the unit did not answer")
+        flasher.wait_for("The unit's program was not touched.")
+
+    def test_needs_two_interrupts_to_leave_a_unit_half_written(self):
+        self.site.unit()
+        flasher = self.update(self.file(program("x", 0xFF00)))
+        flasher.wait_for("  0 %")
+        flasher.send_signal(signal.SIGHUP)  # nobody watches any more: the unit comes first
+        flasher.send_signal(signal.SIGINT)
+        flasher.wait_for("Press Ctrl-C again")
+        self.assertTrue(flasher.runs())
+        self.assertEqual(flasher.stop(signal.SIGINT), 130)
+
+    def test_an_interrupt_before_that_ends_it(self):
+        unit = self.site.unit()
+        unit.tell("loader deaf")
+        flasher = self.update(self.file(program("x", 256)))
+        flasher.wait_for("Calling the unit's loader")
+        self.assertEqual(flasher.stop(signal.SIGTERM), 130)
+
+    def test_leaves_the_unit_to_a_service_that_runs(self):
+        unit = self.site.unit()
+        self.site.service()
+        flasher = self.update(self.file(program("x", 256)))
+        self.assertEqual(flasher.wait(), 75)
+        flasher.wait_for("Another program of TarnexComm runs on this machine")
+        self.assertEqual(unit.said("RESET"), [])
+
+    def test_checks_files_and_touches_nothing(self):
+        good = program("x", 256)
+        cases = {
+            "good": (good, 0, "16 records, 256 bytes, addresses 0000 to 00FF"),
+            "crlf": (good.replace("\n", "\r\n"), 0, "Nothing is odd about it."),
+            "empty": ("", 65, "line 1 is missing: the file ends without the end record"),
+            "no_end": (good.replace(END, ""), 65, "line 17 is missing"),
+            "odd": (":010000005AA\n" + END, 65, "line 1 ends in half a byte"),
+            "text": ("hello\n" + END, 65, 'line 1 does not begin with ":"'),
+            "binary": (b"\x7fELF\x00\xff\n" + END.encode(), 65, "line 1 does not begin"),
+            "not_hex": (":0100000Z55AA\n" + END, 65, "line 1 holds a character that is no hex"),
+            "too_long": (record(0, bytes(116)) + END, 65, "more than 115 data bytes"),
+            "longest": (record(0, bytes(115)) + END, 0, "1 record, 115 bytes"),
+            "checksum": (":0100000055AB\n" + END, 0, "line 1 has a wrong checksum"),
+        }
+        for name, (content, status, said) in cases.items():
+            with self.subTest(name):
+                flasher = self.flasher("--check-only", "--file", self.file(content, name))
+                self.assertEqual(flasher.wait(), status)
+                flasher.wait_for(said)
+        self.assertEqual(self.flasher("--check-only", "--file", "/no/such").wait(), 66)
+        self.assertEqual(self.flasher("--check-only", "--file", self.site.folder).wait(), 66)
+
+    def test_a_hundred_megabytes_cost_no_memory(self):
+        line = record(0, bytes(range(16))).encode()
+        path = self.site.path("huge")
+        with open(path, "wb") as file:
+            for _ in range(100):
+                file.write(line * (1_000_000 // len(line)))
+            file.write(b"\n" + b"A" * 1_000_000)
+        flasher = self.flasher("--check-only", "--file", path)
+        highest = 0
+        while flasher.runs():
+            try:
+                highest = max(highest, flasher.resident_kib())
+            except (StopIteration, FileNotFoundError):  # it has just ended
+                break
+        self.assertEqual(flasher.wait(), 65)
+        flasher.wait_for("more odd lines")
+        self.assertLess(highest, 100_000)
+
+    def test_a_bad_file_leaves_the_unit_alone(self):
+        unit = self.site.unit()
+        flasher = self.update(self.file(program("x", 256).replace(END, "")))
+        self.assertEqual(flasher.wait(), 65)
+        flasher.wait_for("The unit was not touched.")
+        self.assertEqual(unit.said("command:"), [])
+
+    def test_says_what_is_wrong_with_its_arguments(self):
+        for arguments, status, said in (
+            (["--port", "COM21", "--file", "x"], 64, "is not COM1 to COM20"),
+            (["--port", "3"], 64, "--file names no file"),
+            (["--file", "x"], 64, "--port is missing"),
+            (["--check-only"], 64, "--file names no file"),
+            (["x"], 64, 'unexpected argument "x"'),
+            (["--version"], 0, "tarnex-flasher 1."),
+            (["--help"], 0, "--check-only"),
+        ):
+            with self.subTest(arguments):
+                flasher = self.flasher(*arguments)
+                self.assertEqual(flasher.wait(), status)
+                flasher.wait_for(said)
+        flasher = self.update(self.file(program("x", 256)))  # and no unit is plugged in
+        self.assertEqual(flasher.wait(), 69)
+        flasher.wait_for("there is no such port")
+
+
+if __name__ == "__main__":
+    harness.run(FlasherTest)
