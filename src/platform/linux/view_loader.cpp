@@ -16,10 +16,11 @@ constexpr char kModule[] = "tarnex-view.so";
 
 std::string FindModule() {
     std::error_code error;
-    const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
-    const std::string beside = program.parent_path() / kModule;
-    return std::filesystem::exists(beside, error) ? beside
-                                                  : std::string(TARNEX_MODULE_FOLDER "/") + kModule;
+    const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+    const auto beside = folder / kModule;
+    return std::filesystem::exists(beside, error)
+               ? beside
+               : folder.parent_path() / TARNEX_MODULE_FOLDER / kModule;
 }
 
 View* OpenView(const ViewHost& host, std::string& trouble) {

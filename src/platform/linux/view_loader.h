@@ -5,7 +5,7 @@
 namespace tarnex {
 
 // The view of the module tarnex-view.so, which is loaded when a form becomes visible and not
-// before: beside the program, or where it is installed. Without the module or without a display
+// before: beside the program, or from ../lib/tarnexcomm. Without the module or without a display
 // the program goes on without windows, is told so once, and the next form to become visible tries
 // again.
 class ViewLoader : public View {
