@@ -1,8 +1,9 @@
-"""What the tests of the running programs share: a site for one service, its neighbours, and waiting.
+"""What the tests of the running programs share: a site for a service, its neighbours, and waiting.
 
 A test file ends in `harness.run(TheTests)` and is started as: FILE FOLDER_OF_THE_PROGRAMS [TEST...]
 
-Every program that a test starts ends with the test, however the test ends.
+Every program that a test starts ends with the test, however the test ends. What the programs have
+said is shown then.
 """
 
 import os
@@ -22,35 +23,43 @@ import unittest
 LIMIT = 90  # seconds until an awaited event counts as missing; no test depends on how long it takes
 READY = b"tx--Ready"
 FIRST_NUMBER = "13900000001"
-SECOND_NUMBER = "13900000002"
-NOBODY = 65534
-
-_SCHEMA = os.path.join(os.path.dirname(__file__), "../../packaging/log-schema.sql")
+NOBODY = 65534  # a user without rights
 
 # Every setting that goes into the unit, and what lets an SMS leave.
-_SETTINGS = {
+SETTINGS = {
     "Service": {"Enable": "Enable"},
     "Check": {
-        "Check1(13)": "1", "Check1(8)": "1", "Check1(9)": "1", "Check1(10)": "1", "Check1(11)": "1",
-        "Check1(12)": "1", "Check1(42)": "1", "Check1(43)": "0", "Check1(44)": "1",
-        "Check1(45)": "1", "Check1(57)": "1", "Check1(5)": "0", "Check1(39)": "0",
+        "Check1(13)": "1",
+        "Check1(8)": "1",
+        "Check1(9)": "1",
+        "Check1(10)": "1",
+        "Check1(11)": "1",
+        "Check1(12)": "1",
+        "Check1(42)": "1",
+        "Check1(44)": "1",
+        "Check1(45)": "1",
+        "Check1(57)": "1",
     },
     "Text": {
-        "Text1(34)": FIRST_NUMBER, "Text1(35)": SECOND_NUMBER, "Text1(36)": "+8613800100500",
-        "Text1(32)": "Demo", "Text1(37)": "",
+        "Text1(34)": FIRST_NUMBER,
+        "Text1(35)": "13900000002",
+        "Text1(36)": "+8613800100500",
+        "Text1(32)": "Demo",
     },
     "Combo": {"combo1(5)": "3", "Combo1(6)": "1"},
-    "Alarm": {"AlarmLabel(7)": "SMS"},
     "Debug": {"DebugMode": "Off"},
-}  # fmt: skip
+}
+SCHEMA = os.path.join(os.path.dirname(__file__), "../../packaging/log-schema.sql")
+
+programs = ""  # the folder of the programs
 
 
-def wait_until(condition, what, limit=LIMIT):
-    """What condition() gives as soon as it is true. For what sends no event of its own."""
-    end = time.monotonic() + limit
+def wait_until(condition, what):
+    """What condition() gives once it is true. For what sends no event of its own."""
+    end = time.monotonic() + LIMIT
     while not (result := condition()):
         if time.monotonic() > end:
-            raise AssertionError(f"not seen within {limit} s: {what}")
+            raise AssertionError(f"not seen within {LIMIT} s: {what}")
         time.sleep(0.01)
     return result
 
@@ -58,23 +67,26 @@ def wait_until(condition, what, limit=LIMIT):
 class Program:
     """A running program, with what it has said on both of its outputs."""
 
-    def __init__(self, test, path, arguments=(), environment=None, user=None, **options):
+    def __init__(self, test, path, arguments=(), user=None, **options):
         if not os.access(path, os.X_OK):
             raise FileNotFoundError(f"{path}: no such program; build it first")
         self.name = os.path.basename(path)
         self.lines = []
         self._news = threading.Condition()
-        # The kernel ends it with this process; nothing else is done to it.
+        # The kernel ends it with this process, were that to be killed.
         command = ["setpriv", "--pdeathsig", "KILL"]
         if user is not None:
             command += [f"--reuid={user}", f"--regid={user}", "--clear-groups"]
-        outputs = {"stdout": subprocess.PIPE, "stderr": subprocess.STDOUT, **options}
+        outputs = {"stdout": subprocess.PIPE, "stderr": subprocess.STDOUT}
         self._process = subprocess.Popen(
-            [*command, path, *arguments], env=environment, encoding="utf-8", errors="replace",
-            stdin=subprocess.PIPE, **outputs,
-        )  # fmt: skip
+            [*command, path, *arguments],
+            stdin=subprocess.PIPE,
+            encoding="utf-8",
+            errors="replace",
+            **(outputs | options),
+        )
         self.pid = self._process.pid
-        self._reader = threading.Thread(target=self._read, daemon=True)
+        self._reader = threading.Thread(target=self._read)
         self._reader.start()
         test.addCleanup(self._clean_up)
 
@@ -85,9 +97,8 @@ class Program:
                 self._news.notify_all()
 
     def _clean_up(self):
-        if self._process.poll() is None:
-            self._process.kill()
-        self._process.wait()
+        if self.runs():
+            self.kill()
         self._reader.join()
         for end in (self._process.stdin, self._process.stdout):
             if end:
@@ -100,15 +111,12 @@ class Program:
         with self._news:
             return [line for line in self.lines if text in line]
 
-    def wait_for(self, text, times=1, limit=LIMIT):
+    def wait_for(self, text, times=1):
         """The line in which text stands for the times-th time."""
-        end = time.monotonic() + limit
         with self._news:
-            while len(found := [line for line in self.lines if text in line]) < times:
-                left = end - time.monotonic()
-                if left <= 0 or not self._news.wait(left):
-                    raise AssertionError(f"{self.name} has not said within {limit} s: {text}")
-        return found[times - 1]
+            if not self._news.wait_for(lambda: len(self.said(text)) >= times, LIMIT):
+                raise AssertionError(f"{self.name} has not said within {LIMIT} s: {text}")
+            return self.said(text)[times - 1]
 
     def tell(self, line):
         """One line of input."""
@@ -127,12 +135,12 @@ class Program:
         self.send_signal(number)
         return self.wait()
 
-    def wait(self, limit=LIMIT):
-        """Its exit status, as soon as it has ended and all that it said was read."""
+    def wait(self):
+        """Its exit status, once it has ended and all that it has said was read."""
         try:
-            status = self._process.wait(limit)
+            status = self._process.wait(LIMIT)
         except subprocess.TimeoutExpired:
-            raise AssertionError(f"{self.name} does not end") from None
+            raise AssertionError(f"{self.name} does not end within {LIMIT} s") from None
         self._reader.join()
         return status
 
@@ -150,59 +158,82 @@ class Program:
 
 
 class Monitor:
-    """The other end of one control link."""
+    """The other end of one control link. It keeps the link alive by itself."""
 
     def __init__(self, test, address, link):
         self._service = (address, 7840 + link)
         self.received = []
+        self._taken = 0  # of these, by wait_for
+        self._news = threading.Condition()
         self._socket = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
         self._socket.bind((address, 0))
-        test.addCleanup(self._socket.close)
+        self._reader = threading.Thread(target=self._read)
+        self._reader.start()
+        test.addCleanup(self._clean_up)
+
+    def _read(self):
+        while True:
+            try:
+                message, sender = self._socket.recvfrom(65536)
+            except ConnectionRefusedError:
+                continue  # the fate of an earlier message
+            if sender == self._socket.getsockname():
+                return
+            if message.startswith(b"tx-States"):
+                self.send("txHeartSv")
+            with self._news:
+                self.received.append(message)
+                self._news.notify_all()
+
+    def _clean_up(self):
+        self._socket.sendto(b"", self._socket.getsockname())
+        self._reader.join()
+        self._socket.close()
 
     def send(self, message):
-        self._socket.sendto(message.encode("gbk") if isinstance(message, str) else message, self._service)
+        data = message.encode("gbk") if isinstance(message, str) else message
+        self._socket.sendto(data, self._service)
 
     def greet(self, name=""):
-        """Greets until the service answers."""
+        """Greets, and waits for the answer."""
         self.send("txHelloNx" + name)
         self.wait_for(b"txYesRigh")
 
-    def wait_for(self, start, limit=LIMIT):
-        """The next message that begins so."""
-        end = time.monotonic() + limit
-        while (left := end - time.monotonic()) > 0:
-            self._socket.settimeout(left)
-            try:
-                message = self._socket.recv(65536)
-            except TimeoutError:
-                break
-            except ConnectionRefusedError:
-                continue  # the fate of an earlier message
-            self.received.append(message)
-            if message.startswith(b"tx-States"):
-                self.send("txHeartSv")
-            if message.startswith(start):
-                return message
-        raise AssertionError(f"not heard within {limit} s: {start}; heard: {self.received}")
+    def wait_for(self, start):
+        """The next message that begins so; what came before it is passed over."""
+
+        def find():
+            for index in range(self._taken, len(self.received)):
+                if self.received[index].startswith(start):
+                    self._taken = index + 1
+                    return self.received[index]
+            return None
+
+        with self._news:
+            if not (message := self._news.wait_for(find, LIMIT)):
+                raise AssertionError(f"not heard in {LIMIT} s: {start}; heard: {self.received}")
+            return message
 
 
 class Site:
-    """A place where one service is installed: folder, settings, address, and what stands around it.
+    """Where one service is installed: a folder, settings, an address, and what stands around it.
 
-    changes: settings by key, as "Check1(42)"="0"; without_log: no log database is made.
+    log=False leaves the log database out. changes: settings by key, like {"Check1(42)": "0"}.
     """
 
     def __init__(self, test, log=True, **changes):
-        self.test = test
+        self._test = test
         self.folder = tempfile.mkdtemp(prefix="tarnex-test-")
         test.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+        os.chmod(self.folder, 0o755)
         os.mkdir(self.path("system"))
         self.address = "127.%d.%d.%d" % (
-            random.randint(220, 250), random.randint(0, 255), random.randint(1, 254),
-        )  # fmt: skip
-        self.device = self.path("unit")
-        self.log = self.path("log.db")
+            random.randint(220, 250),
+            random.randint(0, 255),
+            random.randint(1, 254),
+        )
         self.settings = self.path("system/Tarnex.ini")
+        self.log = self.path("log.db")
         if log:
             self.make_log()
         self._settings = {"Text1(37)": self.log, **changes}
@@ -212,11 +243,11 @@ class Site:
         return os.path.join(self.folder, name)
 
     def give_away(self):
-        """Gives all files to a user without rights, if there is one to give them to. Who owns them."""
+        """Gives all files to a user without rights, if there is need to. Who that is, or None."""
         if os.geteuid() != 0:
             return None
         for top, _, names in os.walk(self.folder):
-            for name in [top, *(os.path.join(top, name) for name in names)]:
+            for name in (top, *(os.path.join(top, name) for name in names)):
                 os.chown(name, NOBODY, NOBODY)
         return NOBODY
 
@@ -224,26 +255,32 @@ class Site:
 
     def settings_text(self, changes=()):
         """The whole file as it was made, comments included, with other values for some keys."""
-        ports = {f"COM{n}": self.device if n == 3 else self.path("no-port") for n in range(1, 21)}
-        sections = {
-            "SerialPorts": ports, "ControlLink": {"BindAddress": self.address}, **_SETTINGS,
-        }  # fmt: skip
-        left = self._settings | dict(changes)
+        ports = {f"COM{n}": self.path("unit" if n == 3 else "no-port") for n in range(1, 21)}
+        own = {"SerialPorts": ports, "ControlLink": {"BindAddress": self.address}}
+        values = self._settings | dict(changes)
         lines = []
-        for section, keys in sections.items():
+        for section, keys in (own | SETTINGS).items():
             lines += [f"; 注释: {section}", f"[{section}]"]
-            for key, value in keys.items():
-                lines.append(f"{key}={left.pop(key, value)}")
-            added = [key for key in left if key.startswith(section + "1(")]
-            lines += [f"{key}={left.pop(key)}" for key in added]
-        lines += ["[Others]", "key=a value ; of another program ", ""]
-        if left:
-            raise KeyError(f"no such setting: {left}")
-        return "\r\n".join(lines)
+            lines += [f"{key}={values.pop(key, value)}" for key, value in keys.items()]
+            added = [key for key in values if key.startswith(section + "1(")]
+            lines += [f"{key}={values.pop(key)}" for key in added]
+        if values:
+            raise KeyError(f"no section is known for {values}")
+        return "\r\n".join([*lines, "[Others]", "key= of another program ; ", ""])
 
     def write_settings(self, changes=()):
+        """Empties the file and writes it anew, without what the service has added."""
         with open(self.settings, "wb") as file:
             file.write(self.settings_text(changes).encode("gbk"))
+
+    def edit_setting(self, key, value):
+        """Changes one value in place."""
+        line = rb"(?m)^(" + re.escape(key.encode()) + rb"=)[^\r\n]*"
+        with open(self.settings, "r+b") as file:
+            text = re.sub(line, lambda found: found[1] + value.encode(), file.read())
+            file.seek(0)
+            file.write(text)
+            file.truncate()
 
     def read_settings(self):
         with open(self.settings, "rb") as file:
@@ -251,10 +288,8 @@ class Site:
 
     def setting(self, key):
         """The value in the file, or None."""
-        for line in self.read_settings().splitlines():
-            if line.startswith(key + "="):
-                return line[len(key) + 1 :]
-        return None
+        found = re.search(rf"(?m)^{re.escape(key)}=([^\r\n]*)", self.read_settings())
+        return found[1] if found else None
 
     def without_own_settings(self):
         """The whole file without what the service adds to it."""
@@ -264,7 +299,7 @@ class Site:
     # ---- log
 
     def make_log(self):
-        with open(_SCHEMA, encoding="utf-8") as schema:
+        with open(SCHEMA, encoding="utf-8") as schema:
             database = sqlite3.connect(self.log)
             database.executescript(schema.read())
             database.close()
@@ -278,48 +313,50 @@ class Site:
 
     # ---- programs
 
-    def service(self, *arguments, wait=True, **options):
-        """Starts the service. It is awaited until its links are open, if it is to run."""
+    def start_service(self, *arguments, windir=None, **options):
+        """Starts the service and does not wait for anything; windir "" leaves WINDIR out."""
         environment = dict(
-            os.environ, WINDIR=self.folder, TARNEXCOMM_LOCK=self.path("lock"),
+            os.environ,
+            WINDIR=self.folder if windir is None else windir,
+            TARNEXCOMM_LOCK=self.path("lock"),
             # Freed memory is given back soon, so that a growth shows.
             ASAN_OPTIONS="quarantine_size_mb=1:allocator_release_to_os_interval_ms=100",
-        )  # fmt: skip
-        for name in options.pop("without", ()):
-            del environment[name]
-        environment.update(options.pop("environment", {}))
-        program = BINARIES + "/tarnexcomm"
-        if options.get("user") is not None:  # who may not enter the folder of the programs
+        )
+        if not environment["WINDIR"]:
+            del environment["WINDIR"]
+        program = programs + "/tarnexcomm"
+        if options.get("user") is not None:  # who perhaps may not enter the folder of the programs
             program = shutil.copy(program, self.folder)
-        service = Program(self.test, program, arguments, environment, **options)
-        if wait:
-            wait_until(lambda: self.is_open() or not service.runs(), "open links")
-            self.test.assertTrue(service.runs(), "the service has ended")
+        return Program(self._test, program, arguments, env=environment, **options)
+
+    def service(self, **options):
+        """Starts the service and waits for its links."""
+        service = self.start_service(**options)
+        wait_until(lambda: self.listens() or not service.runs(), "open links")
+        self._test.assertTrue(service.runs(), "the service has ended")
         return service
 
-    def is_open(self, link=4):
-        """Whether anybody listens on a link."""
+    def listens(self):
+        """Whether the last of the links is open."""
         number = "".join("%02X" % int(part) for part in reversed(self.address.split(".")))
         with open("/proc/net/udp") as table:
-            return f" {number}:{7840 + link:04X} " in table.read()
+            return f" {number}:{7844:04X} " in table.read()
 
-    def unit(self, *arguments):
+    def unit(self):
         """Starts the simulated unit on COM3."""
-        unit = Program(self.test, BINARIES + "/tarnex-sim", ["--link", self.device, *arguments])
+        unit = Program(self._test, programs + "/tarnex-sim", ["--link", self.path("unit")])
         unit.wait_for("plugged in")
         return unit
 
     def monitor(self, link=0):
-        return Monitor(self.test, self.address, link)
-
-
-BINARIES = ""
+        return Monitor(self._test, self.address, link)
 
 
 def run(tests):
-    global BINARIES
+    """Runs the tests that the command line names, or all."""
+    global programs
     if len(sys.argv) < 2:
         sys.exit(f"usage: {sys.argv[0]} FOLDER_OF_THE_PROGRAMS [TEST...]")
-    BINARIES = os.path.abspath(sys.argv[1])
+    programs = os.path.abspath(sys.argv[1])
     names = [f"{tests.__name__}.{name}" for name in sys.argv[2:]]
     unittest.main(argv=[sys.argv[0], *names], verbosity=2)

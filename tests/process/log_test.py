@@ -70,7 +70,7 @@ class WithoutTheTable(Fault):
 
 
 class TooFewColumns(Fault):
-    told = 'has a table "Log" with 3 columns instead of 13: rename the table and make a new one with'
+    told = 'has a table "Log" with 3 columns instead of 13: rename the table and make a new one'
 
     def __init__(self, test):
         super().__init__(test)
@@ -141,9 +141,10 @@ class Log(unittest.TestCase):
         self.told_once(ReadOnly(self))
 
     def test_it_works_again_once_the_fault_is_repaired(self):
-        faults = [kind(self) for kind in (Missing, Folder, NotADatabase, WithoutTheTable, TooFewColumns)]
+        kinds = [Missing, Folder, NotADatabase, WithoutTheTable, TooFewColumns]
         if os.geteuid() == 0:
-            faults += [Forbidden(self), ReadOnly(self)]
+            kinds += [Forbidden, ReadOnly]
+        faults = [kind(self) for kind in kinds]
         running = [(fault, *self.start(fault)) for fault in faults]
         for fault in faults:
             fault.repair()

@@ -13,16 +13,15 @@ SUBJECT = r'Subject: Tarnex K Serial : \d{4}-\d\d-\d\d 设备1"98%"的CPU负荷�
 
 class Mail(unittest.TestCase):
     def sink(self, *arguments, port=0):
-        sink = Program(self, harness.BINARIES + "/tarnex-mail-sink", ["--port", str(port), *arguments])
-        port = int(re.search(r"port (\d+)", sink.wait_for("listening on port"))[1])
-        return sink, port
+        """A running mail server, and its port."""
+        program = harness.programs + "/tarnex-mail-sink"
+        sink = Program(self, program, ["--port", str(port), *arguments])
+        return sink, int(re.search(r"port (\d+)", sink.wait_for("listening on port"))[1])
 
     def start(self, port, **changes):
-        """A service that mails through that port, asked for a mail at once."""
-        site = Site(self, **{
-            "Text1(29)": f"localhost:{port}", "Text1(58)": "unit@site.example",
-            "Text1(59)": "staff@site.example", **changes,
-        })  # fmt: skip
+        """A service that mails through that port and was asked for a mail; its site and itself."""
+        addresses = {"Text1(58)": "unit@site.example", "Text1(59)": "staff@site.example"}
+        site = Site(self, **{"Text1(29)": f"localhost:{port}", **addresses, **changes})
         service = site.service()
         site.monitor().send(ALARM)
         return site, service
@@ -33,9 +32,10 @@ class Mail(unittest.TestCase):
         strict_sink, strict_port = self.sink("--user", "张三", "--password", "geheim 1")
         services = [self.start(open_port)[1], self.start(strict_port, **account)[1]]
         for sink, end in ((open_sink, ""), (strict_sink, ", after log-in")):
-            sink.wait_for("mail from unit@site.example to staff@site.example" + end)
-            sink.wait_for("-- end of mail")
+            line = sink.wait_for("mail from")
+            self.assertTrue(line.endswith("unit@site.example to staff@site.example" + end), line)
             self.assertRegex(sink.wait_for("Subject: "), SUBJECT)
+            sink.wait_for("-- end of mail")
         for service in services:
             self.assertEqual(service.stop(), 0)
             self.assertEqual(service.lines, [])
@@ -54,7 +54,7 @@ class Mail(unittest.TestCase):
         line = unanswered.wait_for("Mail cannot be sent")
         self.assertIn("connection refused. Check the server, Text1(29), and the network.", line)
 
-        site.write_settings({"Text1(31)": "right"})
+        site.edit_setting("Text1(31)", "right")
         late_sink, _ = self.sink(port=free_port)
         for service, sink in ((refused, refusing), (unanswered, late_sink)):
             sink.wait_for("-- end of mail")

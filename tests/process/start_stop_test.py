@@ -1,33 +1,34 @@
-"""How the service starts, is stopped and ends by itself."""
+"""How the service starts, is stopped, and ends by itself."""
 
 import os
 import signal
 import unittest
 
 import harness
-from harness import NOBODY, Site, wait_until
+from harness import NOBODY, Site
+
+
+def files(folder):
+    return sorted(os.path.join(top, name) for top, _, names in os.walk(folder) for name in names)
 
 
 class StartStop(unittest.TestCase):
-    def files(self, folder):
-        return sorted(os.path.join(top, name) for top, _, names in os.walk(folder) for name in names)
-
     def test_any_argument_ends_it_in_silence(self):
         site = Site(self)
-        before = self.files(site.folder)
+        before = files(site.folder)
         for arguments in (["/e"], ["/x"], ["--help"], ["-h"], ["/i", "/u"], ["run"]):
             with self.subTest(arguments):
-                service = site.service(*arguments, wait=False)
+                service = site.start_service(*arguments)
                 self.assertEqual(service.wait(), 0)
                 self.assertEqual(service.lines, [])
-                self.assertEqual(self.files(site.folder), before)
+                self.assertEqual(files(site.folder), before)
 
     def test_a_second_instance_ends_in_silence_and_leaves_the_first_alone(self):
         site = Site(self)
         first = site.service()
         monitor = site.monitor()
         monitor.greet()
-        second = site.service(wait=False)
+        second = site.start_service()
         self.assertEqual(second.wait(), 0)
         self.assertEqual(second.lines, [])
         monitor.greet()
@@ -69,84 +70,76 @@ class StartStop(unittest.TestCase):
             self.assertEqual(service.lines, [])
             monitor.wait_for(b"tx-SMSEnd")
 
-    def test_without_usable_settings_it_says_what_to_do_and_ends(self):
-        def end_with(content, mode=None, user=None):
-            site = Site(self)
-            os.remove(site.settings)
-            if content == "folder":
-                os.mkdir(site.settings)
-            elif content is not None:
-                with open(site.settings, "wb") as file:
-                    file.write(content)
-            if mode is not None:
-                os.chmod(site.settings, mode)
-            os.chmod(site.folder, 0o755)
-            before = self.files(site.path("system"))
-            # Without settings the links stand at 127.0.0.1 for a moment, where others may be.
-            service = site.service(wait=False, user=user)
-            self.assertEqual(service.wait(), 0)
-            self.assertEqual(self.files(site.path("system")), before)
-            lines = [line for line in service.lines if "The control link" not in line]
-            self.assertEqual(len(lines), 1, lines)
-            self.assertIn(site.settings, lines[0])
-            return lines[0]
+    def ends_with(self, content, mode=None, user=None):
+        """What it says before it ends by itself. content: of its settings, None for no file."""
+        site = Site(self)
+        os.remove(site.settings)
+        if content == "folder":
+            os.mkdir(site.settings)
+        elif content is not None:
+            with open(site.settings, "wb") as file:
+                file.write(content)
+        if mode is not None:
+            os.chmod(site.settings, mode)
+        before = files(site.path("system"))
+        service = site.start_service(user=user)
+        self.assertEqual(service.wait(), 0)
+        self.assertEqual(files(site.path("system")), before)
+        # Without settings the links stand at 127.0.0.1 for a moment, where another service may be.
+        (line,) = [line for line in service.lines if "The control link" not in line]
+        self.assertIn(site.settings, line)
+        return line
 
+    def test_without_a_readable_settings_file_it_says_so_and_ends(self):
+        missing = "is missing or cannot be read"
+        self.assertIn(missing, self.ends_with(None))
+        self.assertIn(missing, self.ends_with("folder"))
+        reader = NOBODY if os.geteuid() == 0 else None
+        self.assertIn(missing, self.ends_with(b"[Check]\nCheck1(13)=1\n", 0o000, reader))
+
+    def test_without_permission_in_the_settings_it_says_how_to_give_it_and_ends(self):
         whole = Site(self).settings_text().encode("gbk")
+        utf16 = b"\xff\xfe" + whole.decode("gbk").encode("utf-16-le")
         half = whole[: whole.index(b"Check1(13)") + 8]
-        rubbish = bytes(range(256)) * 300
-        is_root = os.geteuid() == 0
-        for content in (None, "folder"):
-            self.assertIn("is missing or cannot be read", end_with(content))
-        self.assertIn(
-            "is missing or cannot be read", end_with(whole, 0o000, NOBODY if is_root else None)
-        )
-        for content in (b"", half, rubbish, b"\xff\xfe" + whole.decode("gbk").encode("utf-16-le")):
-            self.assertIn("Check1(13)=1", end_with(content))
-        self.assertIn("Check1(13)=1", end_with(whole.replace(b"(13)=1", b"(13)=01")))
+        for content in (b"", half, bytes(range(256)) * 300, utf16, whole.replace(b"=1", b"=01")):
+            self.assertIn("write the line Check1(13)=1 into", self.ends_with(content))
         disabled = whole.replace(b"Enable=Enable", b"Enable=Disable")
-        self.assertIn("Enable=Disable", end_with(disabled))
+        self.assertIn("remove the line Enable=Disable from", self.ends_with(disabled))
 
     def test_without_windir_it_creates_nothing(self):
         base = "/var/lib/tarnexcomm"
         if os.path.exists(base):
             self.skipTest(f"{base} belongs to an installed service")
         site = Site(self)
-        os.remove(site.settings)
-        before = self.files(site.folder)
-        for environment in ({}, {"WINDIR": ""}):
-            with self.subTest(environment):
-                service = site.service(
-                    wait=False, cwd=site.folder, environment=environment, without=["WINDIR"]
-                )
-                self.assertEqual(service.wait(), 0)
-                self.assertTrue(service.said(base + "/system/Tarnex.ini is missing"))
-                self.assertFalse(os.path.exists(base))
-                self.assertFalse(os.path.exists("/system"))
+        before = files(site.folder)
+        service = site.start_service(windir="", cwd=site.folder)
+        self.assertEqual(service.wait(), 0)
+        self.assertTrue(service.said(f"The settings file {base}/system/Tarnex.ini is missing"))
+        self.assertFalse(os.path.exists(base))
+        self.assertFalse(os.path.exists("/system"))
         os.remove(site.path("lock"))
-        self.assertEqual(self.files(site.folder), before)
+        self.assertEqual(files(site.folder), before)
 
-    def test_the_settings_end_it_while_it_runs(self):
-        changes = ({"Enable": "Disable"}, {"Check1(13)": "0"}, None)
-        words = ("remove the line Enable=Disable", "Check1(13)=1", "is missing")
+    def test_its_settings_end_it_while_it_runs(self):
+        disabled, forbidden, missing = Site(self), Site(self), Site(self)
         running = []
-        for _ in changes:
-            site = Site(self)
+        for site, words in (
+            (disabled, "remove the line Enable=Disable"),
+            (forbidden, "write the line Check1(13)=1"),
+            (missing, "is missing or cannot be read"),
+        ):
             service = site.service()
             monitor = site.monitor()
             monitor.greet()
-            running.append((site, service, monitor))
-        for (site, _, _), change in zip(running, changes):
-            if change is None:
-                os.remove(site.settings)
-            else:
-                site.write_settings(change)
-        for (site, service, monitor), word in zip(running, words):
+            running.append((service, monitor, words))
+        disabled.write_settings({"Enable": "Disable"})
+        forbidden.edit_setting("Check1(13)", "0")
+        os.remove(missing.settings)
+        for service, monitor, words in running:
             self.assertEqual(service.wait(), 0)
-            self.assertEqual(len(service.lines), 1)
-            self.assertIn(word, service.lines[0])
-            self.assertFalse(site.is_open())
-            with self.assertRaises(AssertionError):
-                monitor.wait_for(b"tx-SMSEnd", limit=0.1)
+            self.assertEqual(len(service.lines), 1, service.lines)
+            self.assertIn(words, service.lines[0])
+            self.assertNotIn(b"tx-SMSEnd", monitor.received)
 
 
 harness.run(StartStop)
