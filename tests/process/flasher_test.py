@@ -27,7 +27,6 @@ def program(version, size):
 class FlasherTest(unittest.TestCase):
     def setUp(self):
         self.site = Site(self)
-        self.site.device = self.site.path("unit")
 
     def file(self, content, name="new.hex"):
         path = self.site.path(name)
@@ -36,21 +35,14 @@ class FlasherTest(unittest.TestCase):
         return path
 
     def flasher(self, *arguments, **options):
-        environment = dict(
-            os.environ, WINDIR=self.site.folder, TARNEXCOMM_LOCK=self.site.path("lock"),
-            ASAN_OPTIONS="quarantine_size_mb=1",
-        )  # fmt: skip
-        environment.pop("DISPLAY", None)
-        return Program(
-            self, harness.BINARIES + "/tarnex-flasher", arguments, environment, **options
-        )
+        program = harness.programs + "/tarnex-flasher"
+        return Program(self, program, arguments, env=self.site.environment(), **options)
 
     def update(self, file, **options):
         return self.flasher("--port", "COM3", "--file", file, **options)
 
     def test_updates_the_unit_to_its_new_version(self):
         unit = self.site.unit("--boot", "1")
-        unit.wait_for("plugged in")
         flasher = self.update(self.file(program("TARNEX-SIM 2.0", 4096)))
         self.assertEqual(flasher.wait(), 0)
         flasher.wait_for("version  TARNEX-SIM 1.0")

@@ -135,12 +135,12 @@ class Program:
         self.send_signal(number)
         return self.wait()
 
-    def wait(self):
+    def wait(self, limit=LIMIT):
         """Its exit status, once it has ended and all that it has said was read."""
         try:
-            status = self._process.wait(LIMIT)
+            status = self._process.wait(limit)
         except subprocess.TimeoutExpired:
-            raise AssertionError(f"{self.name} does not end within {LIMIT} s") from None
+            raise AssertionError(f"{self.name} does not end within {limit} s") from None
         self._reader.join()
         return status
 
@@ -313,16 +313,24 @@ class Site:
 
     # ---- programs
 
-    def start_service(self, *arguments, windir=None, **options):
-        """Starts the service and does not wait for anything; windir "" leaves WINDIR out."""
+    def environment(self):
+        """In which the programs of this site run: on a machine without a display."""
         environment = dict(
             os.environ,
-            WINDIR=self.folder if windir is None else windir,
+            WINDIR=self.folder,
             TARNEXCOMM_LOCK=self.path("lock"),
             # Freed memory is given back soon, so that a growth shows.
             ASAN_OPTIONS="quarantine_size_mb=1:allocator_release_to_os_interval_ms=100",
         )
-        if not environment["WINDIR"]:
+        environment.pop("DISPLAY", None)
+        return environment
+
+    def start_service(self, *arguments, windir=None, **options):
+        """Starts the service and does not wait for anything; windir "" leaves WINDIR out."""
+        environment = self.environment()
+        if windir is not None:
+            environment["WINDIR"] = windir
+        if windir == "":
             del environment["WINDIR"]
         program = programs + "/tarnexcomm"
         if options.get("user") is not None:  # who perhaps may not enter the folder of the programs
@@ -342,9 +350,10 @@ class Site:
         with open("/proc/net/udp") as table:
             return f" {number}:{7844:04X} " in table.read()
 
-    def unit(self):
+    def unit(self, *arguments):
         """Starts the simulated unit on COM3."""
-        unit = Program(self._test, programs + "/tarnex-sim", ["--link", self.path("unit")])
+        arguments = ["--link", self.path("unit"), *arguments]
+        unit = Program(self._test, programs + "/tarnex-sim", arguments)
         unit.wait_for("plugged in")
         return unit
 

@@ -99,7 +99,7 @@ class Links(unittest.TestCase):
         service.wait_for("mList1: Log:设备1")
         self.assertEqual(service.stop(), 0)
         for line in service.lines:
-            self.assertRegex(line, "^mList[15]: ")
+            self.assertRegex(line, "^(mList[15]|tarnexcomm): ")
             self.assertTrue(line.isprintable(), line)
 
 

@@ -223,7 +223,7 @@ class Unit(unittest.TestCase):
         monitor.greet()
         for _ in range(2):
             monitor.wait_for(b"tx-NoConn")
-        first, second = service.said("tarnexcomm: ")
+        first, second = service.said("tarnexcomm: COM")
         self.assertIn(f"COM3 ({forbidden.path}) may not be opened. Add the user", first)
         self.assertIn(f"COM20 ({held.path}) is held by another program. End that", second)
         os.chmod(forbidden.path, 0o666)
