@@ -161,9 +161,8 @@ void CommandLine::AddSettings() {
                             "  tarnexctl settings set 'Text1(38)' 22:00",
                             [this] { return SettingsSet(world_, name_, value_); });
     set->add_option("NAME", name_, "plain name or key")->type_name("")->required();
-    set->add_option("VALUE", value_,
-                    "the new value->type_name("
-                    "); on or off for switches")
+    set->add_option("VALUE", value_, "the new value; on or off for switches")
+        ->type_name("")
         ->required();
 
     CLI::App* unset = Command(settings, "unset", "take the value of one setting away",
