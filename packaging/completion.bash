@@ -2,7 +2,7 @@
 
 # The long options in the help of a command.
 _tarnex_options() {
-    "$@" --help 2>/dev/null | grep -oE -e '--[a-z][a-z-]*' | sort -u
+    "$@" --help 2>/dev/null | grep -oE -e '--[a-z][a-z0-9-]*' | sort -u
 }
 
 # The first words of the lines below a heading in the help of a command.
@@ -34,7 +34,7 @@ _tarnexctl() {
         fi
     done
     case $prev in
-    --settings-file | --status-file | --output)
+    --settings-file | --status-file | --output | --schema | --log-database | --mail-password-file)
         _filedir
         return
         ;;
@@ -48,6 +48,7 @@ _tarnexctl() {
     "settings get" | "settings set" | "settings unset")
         [[ $prev == "${command[-1]}" ]] && _tarnex_offer "$(_tarnex_settings "$1")"
         ;;
+    "log create" | "log tail") _filedir ;;
     *) _tarnex_offer "$(_tarnex_words Subcommands: "${command[@]}")" ;;
     esac
 }

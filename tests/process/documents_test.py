@@ -37,7 +37,7 @@ def output_of(*command):
 def options_in_help(*command):
     """The long options of a program and of all its commands."""
     text = output_of(*command, "--help")
-    options = set(re.findall(r"--[a-z][a-z-]*", text))
+    options = set(re.findall(r"--[a-z][a-z0-9-]*", text))
     commands = re.search(r"^Subcommands:\n(.*?)\n\n", text, re.MULTILINE | re.DOTALL)
     for name in re.findall(r"^  ([a-z]+)", commands[1], re.MULTILINE) if commands else []:
         options |= options_in_help(*command, name)
@@ -67,7 +67,7 @@ class Documents(unittest.TestCase):
             if program.name == "tarnexcomm":
                 continue  # any argument that it does not know ends it
             with self.subTest(program.name):
-                options = re.findall(r"\bFl (-[a-z][a-z-]*)", self.page(program.name))
+                options = re.findall(r"\bFl (-[a-z][a-z0-9-]*)", self.page(program.name))
                 self.assertEqual({"-" + option for option in options}, options_in_help(program))
 
     def test_the_page_of_the_settings_has_them_all(self):
@@ -93,6 +93,9 @@ class Documents(unittest.TestCase):
             ((*settings, "set", "alarm-"), ["alarm-number-1", "alarm-number-2"]),
             ((*settings, "set", "alarm-number-1", ""), []),
             ((*settings, "list", "--l"), ["--long"]),
+            (("tarnexctl", "setup", "--number-"), ["--number-1", "--number-2"]),
+            (("tarnexctl", "log", "t"), ["tail"]),
+            (("tarnexctl", "log", "create", "/usr/lib/os-r"), ["/usr/lib/os-release"]),
             (("tarnex-monitor", "l"), ["listen"]),
             (("tarnex-monitor", "notify", "--service", "w"), ["web"]),
             (("tarnex-monitor", "notify", "--state", ""), ["abnormal", "normal", "lost"]),
