@@ -11,10 +11,9 @@ class FirmwareFlasher : public ToolForm {
   public:
     // version: the program's, "1.0.327". The dialog must outlive the window.
     FirmwareFlasher(const ToolWorld& world, FileDialog& dialog, Text version);
-    ~FirmwareFlasher() { CommonDialog_.Withdraw(); }
+    ~FirmwareFlasher() override { CommonDialog_.Withdraw(); }
 
-    // Shows the window, or ends the program where another copy of it runs.
-    void Form_Load();
+    void Form_Load() override;
     // Adds a line with the time in front.
     void List1Additem(const Text& text);
 

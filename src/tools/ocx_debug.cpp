@@ -60,7 +60,7 @@ OCXDebug::OCXDebug(const ToolWorld& world)
         const ConsoleCommand& command = kCommands[std::size_t(number - 1)];
         auto& button = buttons_[std::size_t(number - 1)];
         button = std::make_unique<Button>(*this, "Command" + std::to_string(number),
-                                          Text(command.caption), Text(command.group));
+                                          Text(command.caption));
         button->OnClick([this, number] { Start(Press(number)); });
     }
     for (const SavedBox& saved : kSavedBoxes)

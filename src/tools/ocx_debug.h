@@ -13,8 +13,7 @@ class OCXDebug : public ToolForm {
 
     explicit OCXDebug(const ToolWorld& world);
 
-    // Shows the window, or ends the program where another copy of it runs.
-    void Form_Load();
+    void Form_Load() override;
     // Command<number>, 1 to 45.
     Button& Command(int number) { return *buttons_.at(std::size_t(number - 1)); }
 
@@ -37,7 +36,6 @@ class OCXDebug : public ToolForm {
   private:
     // One button. It either calls the device link and lists the answer, or runs a procedure.
     struct ConsoleCommand {
-        TextView group;   // the heading that it stands under
         TextView caption; // at first
         TextView label;   // listed before the call; "" for none
         Task<Text> (*call)(CommandSet& unit, OCXDebug& console);

@@ -22,14 +22,23 @@ ToolForm::ToolForm(std::string name, Text caption, const ToolWorld& world)
 
 bool ToolForm::OnlyCopy() {
     const bool only = world_.instance_lock.Acquire();
-    if (!only)
+    if (!only) {
+        world_.notice("another program of TarnexComm runs on this machine, perhaps the service "
+                      "(systemctl stop tarnexcomm)");
         EndProcess();
+    }
     return only;
 }
 
 void ToolForm::Start(Task<> procedure) {
-    procedure_ = std::move(procedure);
+    procedure_ = RunToEnd(std::move(procedure));
     procedure_.Start();
+}
+
+Task<> ToolForm::RunToEnd(Task<> procedure) {
+    co_await std::move(procedure);
+    if (abandoned_)
+        EndProcess();
 }
 
 void ToolForm::AskBeforeEnd(std::function<bool()> risky, std::function<void()> warn) {
@@ -45,6 +54,12 @@ void ToolForm::Form_Unload() {
     }
     SetVisible(false);
     EndProcess();
+}
+
+void ToolForm::Abandon() {
+    abandoned_ = true;
+    if (!Busy() || !risky_())
+        EndProcess();
 }
 
 void ToolForm::EndProcess() {

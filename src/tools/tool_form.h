@@ -33,14 +33,19 @@ struct ToolLink {
 // The window of a service tool: runs its procedures one at a time, and the program ends with it.
 class ToolForm : public Form {
   public:
+    virtual ~ToolForm() { world_.clock.Cancel(end_); }
+
+    // Shows the window, or ends the program where another copy of it runs.
+    virtual void Form_Load() = 0;
     // Closes the window and ends the program, and with it a command that waits. While the unit's
     // program is incomplete, only a second call does that; the first one is answered by Warn.
     void Form_Unload();
+    // Nobody sees the window any more: ends the program, but not before the unit's program is
+    // complete or its update has failed.
+    void Abandon();
 
   protected:
     ToolForm(std::string name, Text caption, const ToolWorld& world);
-    ~ToolForm() { world_.clock.Cancel(end_); }
-
     // False when another copy of the program runs: this one ends then.
     bool OnlyCopy();
     // Runs a procedure that may wait; the one before must be at its end.
@@ -53,12 +58,14 @@ class ToolForm : public Form {
     TimerList timers_;
 
   private:
+    Task<> RunToEnd(Task<> procedure);
     void EndProcess();
 
     Task<> procedure_;
     std::function<bool()> risky_ = [] { return false; };
     std::function<void()> warn_ = [] {};
     bool warned_ = false;
+    bool abandoned_ = false;
     bool ended_ = false;
     CallId end_;
 };

@@ -52,8 +52,8 @@ void Label::SetCaption(Text caption) {
         Changed();
 }
 
-Button::Button(Form& form, std::string name, Text caption, Text group)
-    : Control(form, std::move(name)), caption_(std::move(caption)), group_(std::move(group)) {}
+Button::Button(Form& form, std::string name, Text caption)
+    : Control(form, std::move(name)), caption_(std::move(caption)) {}
 
 void Button::SetCaption(Text caption) {
     if (Assign(caption_, std::move(caption)))

@@ -63,11 +63,9 @@ class Label : public Control {
 
 class Button : public Control {
   public:
-    Button(Form& form, std::string name, Text caption, Text group = {});
+    Button(Form& form, std::string name, Text caption);
     const Text& Caption() const override { return caption_; }
     void SetCaption(Text caption);
-    // The heading under which a view lays the button out with its like; "" for none.
-    const Text& Group() const { return group_; }
     // What a click does; the form's owner sets it.
     void OnClick(std::function<void()> handler) { on_click_ = std::move(handler); }
     // A press by the operator; ignored while the button is disabled.
@@ -75,7 +73,6 @@ class Button : public Control {
 
   private:
     Text caption_;
-    Text group_;
     std::function<void()> on_click_;
 };
 

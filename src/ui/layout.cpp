@@ -20,6 +20,10 @@ constexpr int kScrollBar = 16;
 
 constexpr double kLine = 1.35; // height of a line of text, in ems
 
+bool HasControls(const LayoutNode& node) {
+    return !node.control.empty() || std::ranges::any_of(node.children, HasControls);
+}
+
 class Placer {
   public:
     Placer(const Form& form, const ScreenMetrics& screen) : form_(form), screen_(screen) {}
@@ -61,10 +65,14 @@ class Placer {
     std::vector<Placed> placed_;
 };
 
+// Of nodes with controls that are all hidden, the headings are hidden too.
 bool Placer::Visible(const LayoutNode& node) const {
     if (!node.control.empty())
         return form_.Find(node.control)->Visible();
-    return node.children.empty() || !VisibleChildren(node).empty();
+    const auto shows_control = [this](const LayoutNode& child) {
+        return HasControls(child) && Visible(child);
+    };
+    return !HasControls(node) || std::ranges::any_of(node.children, shows_control);
 }
 
 Placer::Children Placer::VisibleChildren(const LayoutNode& node) const {

@@ -50,6 +50,23 @@ inline LayoutNode List(std::string box, int ems, int lines) {
         .kind = Kind::kListBox, .control = std::move(box), .weight = 1, .ems = ems, .lines = lines};
 }
 
+// One below the other, further apart than what stands in them.
+inline LayoutNode Sections(Nodes sections, int weight = 0) {
+    LayoutNode column = Column(std::move(sections), weight);
+    column.gap = 10;
+    return column;
+}
+
+// A list box under its heading, and buttons that concern it on the right of the heading.
+inline LayoutNode ListSection(Text title, std::string list, int lines, int weight,
+                              Nodes buttons = {}) {
+    Nodes head{Heading(std::move(title)), Space()};
+    head.insert(head.end(), buttons.begin(), buttons.end());
+    LayoutNode section = Column({Row(std::move(head)), List(std::move(list), 14, lines)}, weight);
+    section.gap = 3;
+    return section;
+}
+
 inline LayoutNode Status(std::string label, int ems) {
     return {.kind = Kind::kLabel,
             .control = std::move(label),

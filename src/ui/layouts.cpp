@@ -1,6 +1,7 @@
 #include "ui/layouts.h"
 
 #include "ui/layout_parts.h"
+#include "ui/tool_layouts.h"
 
 #include <cassert>
 
@@ -9,22 +10,6 @@ namespace tarnex {
 namespace {
 
 using namespace layout_parts;
-
-// One below the other, further apart than what stands in them.
-LayoutNode Sections(Nodes sections, int weight = 0) {
-    LayoutNode column = Column(std::move(sections), weight);
-    column.gap = 10;
-    return column;
-}
-
-// A list box under its heading, and buttons that concern it on the right of the heading.
-LayoutNode ListSection(Text title, std::string list, int lines, int weight, Nodes buttons = {}) {
-    Nodes head{Heading(std::move(title)), Space()};
-    head.insert(head.end(), buttons.begin(), buttons.end());
-    LayoutNode section = Column({Row(std::move(head)), List(std::move(list), 14, lines)}, weight);
-    section.gap = 3;
-    return section;
-}
 
 LayoutNode MainStatus() {
     return Row({Status("mLblTarnexStatus", 10), Field("mTxtStatus", u"就绪", 4, Look::kReadOnly),
@@ -107,6 +92,8 @@ struct NamedLayout {
 constexpr NamedLayout kLayouts[] = {
     {"TarnexComm", MainWindowLayout},
     {"MailSender", MailLayout},
+    {"FirmwareFlasher", FlasherLayout},
+    {"OCXDebug", ConsoleLayout},
 };
 
 } // namespace

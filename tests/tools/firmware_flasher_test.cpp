@@ -170,6 +170,25 @@ TEST_F(FlasherTest, ClosingEndsAWaitingCommandAtOnceButWarnsOfAHalfWrittenUnit) 
     EXPECT_EQ(files.OpenCount, 0);
 }
 
+TEST_F(FlasherTest, WithoutADisplayItEndsOnceTheUnitIsWhole) {
+    Connect();
+    flasher.Command41.Click();
+    ASSERT_TRUE(clock.RunUntil([&] { return flasher.Text1.Visible(); }, 10s));
+    flasher.Abandon();
+    EXPECT_FALSE(ended);
+    ASSERT_TRUE(clock.RunUntil([&] { return ended.has_value(); }, 10s));
+    EXPECT_EQ(unit.Memory.Version, "NEWER 1.0");
+}
+
+TEST_F(FlasherTest, WithoutADisplayAWaitingCommandEndsAtOnce) {
+    flasher.Command1.Click();
+    dialog.Choose("new.hex");
+    flasher.Command1.Click();
+    flasher.Abandon();
+    clock.RunFor(0s);
+    EXPECT_TRUE(ended);
+}
+
 TEST_F(FlasherTest, ClosingEndsASearchAtOnce) {
     unit.Faults.Silent = true;
     flasher.Command1.Click();

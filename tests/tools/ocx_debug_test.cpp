@@ -53,10 +53,8 @@ TEST_F(ConsoleTest, OpensWithItsBoxesAndNothingToDoButToConnect) {
     EXPECT_FALSE(console.Text6.Visible());
     EXPECT_EQ(console.Width(), 9915);
     EXPECT_EQ(Enabled(), kLinkAndLeave);
-    for (int number = 1; number <= OCXDebug::kButtons; ++number) {
+    for (int number = 1; number <= OCXDebug::kButtons; ++number)
         EXPECT_FALSE(console.Command(number).Caption().empty()) << number;
-        EXPECT_FALSE(console.Command(number).Group().empty()) << number;
-    }
 }
 
 TEST_F(ConsoleTest, SavesAllBoxesWhenOneIsLeft) {

@@ -1,0 +1,32 @@
+#include "tests/tools/tool_fixture.h"
+#include "tests/ui/layout_checks.h"
+#include "tools/firmware_flasher.h"
+#include "tools/ocx_debug.h"
+
+namespace tarnex {
+namespace {
+
+using ToolLayouts = ToolTest;
+
+TEST_F(ToolLayouts, AreInOrder) {
+    FirmwareFlasher flasher(world, dialog, u"1.0.0");
+    flasher.Form_Load();
+    CheckLayoutOf(flasher);
+    flasher.Text1.SetVisible(true);
+    CheckLayoutOf(flasher);
+}
+
+TEST_F(ToolLayouts, OfTheConsoleHaveRoomInBothWidths) {
+    OCXDebug console(world);
+    console.Form_Load();
+    console.Text6.SetVisible(true);
+    CheckLayoutOf(console);
+    console.Command(1).Click();
+    ASSERT_TRUE(clock.RunUntil([&] { return console.Command(43).Enabled(); }, 1min));
+    console.Command(43).Click();
+    EXPECT_EQ(console.Width(), 15530);
+    CheckLayoutOf(console);
+}
+
+} // namespace
+} // namespace tarnex
