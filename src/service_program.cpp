@@ -41,7 +41,9 @@ int RunServiceProgram(int argc, char** argv) {
     SystemdController controller(loop, loop);
     StatusFile status(StatusFilePath());
     const auto say = [&machine](const std::string& line) { machine.Say(line); };
-    ViewLoader view({.clock = loop, .descriptors = loop, .notice = say});
+    ViewLoader view({.clock = loop, .descriptors = loop, .notice = say, .lost = [&say] {
+                         say("the display is gone, and the windows with it. Going on without");
+                     }});
     TarnexComm service({.clock = loop,
                         .serial_ports = machine.ports,
                         .sockets = sockets,

@@ -4,6 +4,7 @@
 
 namespace tarnex {
 
+class FileDialog;
 class Form;
 
 // A form's place on the screen; nothing is shown of the form once this is gone.
@@ -22,6 +23,13 @@ class View {
     // once Form::SetVisible has returned, Shown() says whether it is. One window a form. Form and
     // view must outlive the result.
     [[nodiscard]] virtual std::unique_ptr<FormWindow> Attach(Form& form) = 0;
+};
+
+// A view that has its screen.
+class ScreenView : public View {
+  public:
+    // Asks on the same screen; the view's own.
+    virtual FileDialog& Files() = 0;
 };
 
 } // namespace tarnex

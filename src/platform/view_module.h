@@ -14,6 +14,7 @@ struct ViewHost {
     Clock& clock;
     DescriptorSource& descriptors;
     std::function<void(const std::string& line)> notice; // for what an operator must act on
+    std::function<void()> lost; // the screen is gone, and with it every window; from the loop
 };
 
 // A view lives in a module of its own, so that the program needs no window system. The module
@@ -25,7 +26,7 @@ inline constexpr char kViewVersionSymbol[] = "TarnexViewVersion";
 
 // The view, which the caller owns, or nullptr and in trouble what stands in the way. One view a
 // process, and the module stays loaded.
-using OpenViewFunction = View*(const ViewHost& host, std::string& trouble);
+using OpenViewFunction = ScreenView*(const ViewHost& host, std::string& trouble);
 inline constexpr char kOpenViewSymbol[] = "TarnexOpenView";
 
 } // namespace tarnex

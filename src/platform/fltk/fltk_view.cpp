@@ -34,6 +34,7 @@ FltkView::FltkView(ViewHost host, std::unique_ptr<Screen> screen)
       screen_(std::move(screen)), window_screen_{.metrics = Metrics(screen_->Scale()),
                                                  .lost = [this] { return screen_->Lost(); },
                                                  .need_refresh = [this] { RefreshSoon(); }},
+      file_dialog_(*screen_),
       watch_(host_.descriptors.WatchReadable(screen_->Descriptor(), [this] { CheckScreen(); })) {}
 
 FltkView::~FltkView() {
@@ -53,8 +54,9 @@ void FltkView::CheckScreen() {
     screen_->Check();
     if (screen_->Lost() && watch_) {
         watch_.reset();
-        host_.notice("the display is gone, and the windows with it. Going on without");
+        host_.lost();
     }
+    file_dialog_.TakeAnswer();
 }
 
 void FltkView::Tick() {

@@ -91,6 +91,7 @@ void FltkWindow::Refresh() {
     if (!form_.Visible()) {
         leaf_of_.clear();
         leaves_.clear();
+        focus_ = nullptr;
         window_.reset();
         return;
     }
@@ -101,6 +102,7 @@ void FltkWindow::Refresh() {
 
 void FltkWindow::ShowControls() {
     bool shapes_changed = false;
+    Fl_Widget* const focused = Fl::focus();
     for (auto& [control, leaf] : leaf_of_) {
         if (!leaf->changed)
             continue;
@@ -115,6 +117,7 @@ void FltkWindow::ShowControls() {
             shapes_changed = true;
         }
     }
+    KeepFocus(focused);
     if (!shapes_changed)
         return;
     const Size least = LeastSize(layout_.root, form_, screen_.metrics);
@@ -122,6 +125,20 @@ void FltkWindow::ShowControls() {
     if (least.w > window_->w() || least.h > window_->h())
         window_->size(std::max(least.w, window_->w()), std::max(least.h, window_->h()));
     Arrange();
+}
+
+// FLTK takes the focus from what is disabled. Many a procedure disables all buttons while it runs:
+// whoever works by keyboard goes on where he was.
+void FltkWindow::KeepFocus(Fl_Widget* focused_before) {
+    const bool ours = focused_before && focused_before->window() == window_.get();
+    if (ours && !focused_before->active())
+        focus_ = focused_before;
+    const bool nothing_has_it = !Fl::focus() || Fl::focus() == window_.get();
+    if (!focus_ || !focus_->active())
+        return;
+    if (nothing_has_it)
+        focus_->take_focus();
+    focus_ = nullptr;
 }
 
 void FltkWindow::ShowForm() {

@@ -52,6 +52,7 @@ class FltkWindow : public FormWindow, private FormObserver {
     void Open();
     void MakeWidgets(const LayoutNode& node);
     void ShowControls();
+    void KeepFocus(Fl_Widget* focused_before);
     void ShowForm();
     void Arrange();
 
@@ -61,7 +62,8 @@ class FltkWindow : public FormWindow, private FormObserver {
     std::unique_ptr<LaidOutWindow> window_; // while it stands on the screen
     std::map<const LayoutNode*, Leaf> leaves_;
     std::map<const Control*, Leaf*> leaf_of_;
-    int form_width_ = 0; // as the model had it last
+    Fl_Widget* focus_ = nullptr; // it gets the focus back when it is enabled again
+    int form_width_ = 0;         // as the model had it last
     bool form_changed_ = true;
 };
 

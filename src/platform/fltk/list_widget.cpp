@@ -71,12 +71,23 @@ int ListWidget::LinesOnScreen() const {
     return std::max(h / LineHeight(), 1);
 }
 
-// Scrolls as little as it can; FLTK by itself would put the line into the middle.
 void ListWidget::SelectAndReveal(int index, int callbacks) {
     const int before = position();
     select_only(Item(index), callbacks);
+    Reveal(index, before);
+}
+
+// Scrolls as little as it can; FLTK by itself would put the line into the middle.
+void ListWidget::Reveal(int index, int position_before) {
     const int top = std::max(index, 0) * LineHeight();
-    position(std::clamp(before, top - (LinesOnScreen() - 1) * LineHeight(), top));
+    position(std::clamp(position_before, top - (LinesOnScreen() - 1) * LineHeight(), top));
+}
+
+// What was in sight stays there, and no room is left below the last line.
+void ListWidget::resize(int x, int y, int w, int h) {
+    Fl_Browser_::resize(x, y, w, h);
+    const int highest = std::max(Count() - LinesOnScreen(), 0) * LineHeight();
+    Reveal(Index(selection()), std::min(position(), highest));
 }
 
 int ListWidget::IndexByKey(int key) const {
@@ -96,17 +107,20 @@ int ListWidget::IndexByKey(int key) const {
     }
 }
 
-void ListWidget::CopySelected() const {
-    if (!selection())
-        return;
-    const std::string line = ToUtf8(list_.Lines()[std::size_t(Index(selection()))]);
-    Fl::copy(line.c_str(), int(line.size()), 1);
+void ListWidget::Copy(bool every_line) const {
+    std::string copied;
+    if (every_line)
+        for (const Text& line : list_.Lines())
+            copied += ToUtf8(line) + "\n";
+    else if (selection())
+        copied = ToUtf8(list_.Lines()[std::size_t(Index(selection()))]);
+    Fl::copy(copied.c_str(), int(copied.size()), 1);
 }
 
 int ListWidget::handle(int event) {
     if (event == FL_KEYBOARD && Fl::focus() == this) {
         if (Fl::event_state(FL_CTRL) && Fl::event_key() == 'c') {
-            CopySelected();
+            Copy(Fl::event_state(FL_SHIFT) != 0);
             return 1;
         }
         if (const int index = IndexByKey(Fl::event_key()); index >= 0) {

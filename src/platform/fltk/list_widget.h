@@ -13,6 +13,7 @@ class ListWidget : public Fl_Browser_ {
     explicit ListWidget(ListBox& list);
     // The lines or the selection of the list changed.
     void Show();
+    void resize(int x, int y, int w, int h) override;
     int handle(int event) override;
 
   protected:
@@ -37,7 +38,8 @@ class ListWidget : public Fl_Browser_ {
     // The index that a key leads to, or -1 for keys that lead nowhere.
     int IndexByKey(int key) const;
     void SelectAndReveal(int index, int callbacks);
-    void CopySelected() const;
+    void Reveal(int index, int position_before);
+    void Copy(bool every_line) const;
 
     ListBox& list_;
     int shown_ = 0; // lines

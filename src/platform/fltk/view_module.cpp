@@ -11,7 +11,8 @@ TARNEX_EXPORT const char* TarnexViewVersion() {
     return TARNEX_VERSION;
 }
 
-TARNEX_EXPORT tarnex::View* TarnexOpenView(const tarnex::ViewHost& host, std::string& trouble) {
+TARNEX_EXPORT tarnex::ScreenView* TarnexOpenView(const tarnex::ViewHost& host,
+                                                 std::string& trouble) {
     auto screen = tarnex::Screen::Open(trouble);
     if (!screen)
         return nullptr;

@@ -23,7 +23,9 @@ std::string FindModule() {
                : folder.parent_path() / TARNEX_MODULE_FOLDER / kModule;
 }
 
-View* OpenView(const ViewHost& host, std::string& trouble) {
+} // namespace
+
+std::unique_ptr<ScreenView> LoadView(const ViewHost& host, std::string& trouble) {
     const char* const display = std::getenv("DISPLAY");
     if (!display || !*display) {
         trouble = "there is no display (the environment variable DISPLAY is not set)";
@@ -32,7 +34,8 @@ View* OpenView(const ViewHost& host, std::string& trouble) {
     const std::string path = FindModule();
     void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL); // never closed
     if (!module) {
-        trouble = std::string("the window module cannot be loaded: ") + dlerror();
+        trouble = std::string("the window module cannot be loaded: ") + dlerror() +
+                  " (it comes with the package tarnexcomm-view)";
         return nullptr;
     }
     const auto version = reinterpret_cast<ViewVersionFunction*>(dlsym(module, kViewVersionSymbol));
@@ -41,10 +44,8 @@ View* OpenView(const ViewHost& host, std::string& trouble) {
         trouble = path + " belongs to another version of the program";
         return nullptr;
     }
-    return open(host, trouble);
+    return std::unique_ptr<ScreenView>(open(host, trouble));
 }
-
-} // namespace
 
 // Stands in for the window until the form is visible for the first time.
 class ViewLoader::Window : public FormWindow, private FormObserver {
@@ -81,7 +82,7 @@ View* ViewLoader::Loaded() {
     if (view_)
         return view_.get();
     std::string trouble;
-    view_.reset(OpenView(host_, trouble));
+    view_ = LoadView(host_, trouble);
     if (!view_ && !said_) {
         host_.notice("no window can be shown: " + trouble + ". Going on without");
         said_ = true;

@@ -4,10 +4,13 @@
 
 namespace tarnex {
 
-// The view of the module tarnex-view.so, which is loaded when a form becomes visible and not
-// before: beside the program, or from ../lib/tarnexcomm. Without the module or without a display
-// the program goes on without windows, is told so once, and the next form to become visible tries
-// again.
+// The view of the module tarnex-view.so, beside the program or from ../lib/tarnexcomm. Without the
+// module or without a display nullptr, and in trouble why. One view a process.
+std::unique_ptr<ScreenView> LoadView(const ViewHost& host, std::string& trouble);
+
+// The same view for a program that can do without: loaded when a form becomes visible and not
+// before. When that fails the program goes on without windows, is told so once, and the next form
+// to become visible tries again.
 class ViewLoader : public View {
   public:
     explicit ViewLoader(ViewHost host) : host_(std::move(host)) {}
@@ -18,7 +21,7 @@ class ViewLoader : public View {
     View* Loaded();
 
     ViewHost host_;
-    std::unique_ptr<View> view_;
+    std::unique_ptr<ScreenView> view_;
     bool said_ = false;
 };
 

@@ -1,0 +1,78 @@
+#include "platform/fltk/fltk_file_dialog.h"
+
+#include <algorithm>
+
+#include <FL/Fl_Double_Window.H>
+#include <FL/fl_ask.H>
+
+namespace tarnex {
+
+namespace {
+
+void SpeakChinese() {
+    using F = Fl_File_Chooser;
+    F::add_favorites_label = "加入收藏夹";
+    F::all_files_label = "所有文件 (*)";
+    F::custom_filter_label = "其他类型";
+    F::favorites_label = "收藏夹";
+    F::filename_label = "文件名：";
+    F::filesystems_label = "文件系统";
+    F::hidden_label = "显示隐藏文件";
+    F::manage_favorites_label = "整理收藏夹";
+    F::preview_label = "预览";
+    F::show_label = "类型：";
+    fl_ok = "确定";
+    fl_cancel = "取消";
+}
+
+// "*.hex|*.HEX" as FLTK writes it.
+std::string Pattern(const Text& filter) {
+    std::string patterns = ToUtf8(filter);
+    std::ranges::replace(patterns, '|', ',');
+    return "固件文件 ({" + patterns + "})";
+}
+
+// FLTK has laid its dialog out for letters of one size.
+void Enlarge(Fl_Group& group, double scale) {
+    const auto scaled = [scale](int pixels) { return int(pixels * scale + 0.5); };
+    for (int i = 0; i < group.children(); ++i) {
+        Fl_Widget& child = *group.child(i);
+        child.Fl_Widget::resize(scaled(child.x()), scaled(child.y()), scaled(child.w()),
+                                scaled(child.h()));
+        if (Fl_Group* const inner = child.as_group())
+            Enlarge(*inner, scale);
+    }
+    group.init_sizes();
+}
+
+} // namespace
+
+void FltkFileDialog::Show(const Text& filter, std::function<void(const std::string&)> chosen) {
+    SpeakChinese();
+    chosen_ = std::move(chosen);
+    chooser_ = std::make_unique<Fl_File_Chooser>(".", Pattern(filter).c_str(),
+                                                 Fl_File_Chooser::SINGLE, "打开固件文件");
+    chooser_->newButton->hide();
+    Fl_Window& window = *chooser_->newButton->window();
+    Enlarge(window, screen_.Scale());
+    window.Fl_Widget::resize(window.x(), window.y(), int(window.w() * screen_.Scale()),
+                             int(window.h() * screen_.Scale()));
+    chooser_->show();
+}
+
+void FltkFileDialog::Withdraw() {
+    if (screen_.Lost())
+        chooser_.release(); // destroying it would talk to the X server
+    chooser_.reset();
+}
+
+void FltkFileDialog::TakeAnswer() {
+    if (!chooser_ || screen_.Lost() || chooser_->shown())
+        return;
+    const char* const path = chooser_->value();
+    const std::string answer = path ? path : "";
+    chooser_.reset();
+    chosen_(answer);
+}
+
+} // namespace tarnex

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/fltk/screen.h"
+#include "ui/file_dialog.h"
+
+#include <memory>
+
+#include <FL/Fl_File_Chooser.H>
+
+namespace tarnex {
+
+// FLTK's file dialog, shown without a loop of its own.
+class FltkFileDialog : public FileDialog {
+  public:
+    // The screen must outlive the dialog.
+    explicit FltkFileDialog(const Screen& screen) : screen_(screen) {}
+    ~FltkFileDialog() override { Withdraw(); }
+    void Show(const Text& filter, std::function<void(const std::string& path)> chosen) override;
+    void Withdraw() override;
+    // Hands over what the operator has chosen, if that is so. Not from within an FLTK callback.
+    void TakeAnswer();
+
+  private:
+    const Screen& screen_;
+    std::unique_ptr<Fl_File_Chooser> chooser_; // while the dialog is open
+    std::function<void(const std::string& path)> chosen_;
+};
+
+} // namespace tarnex
