@@ -1,7 +1,9 @@
 // tarnex-console: the debug console for service staff.
 
 #include "programs.h"
+#include "tool_window.h"
 #include "tools/exit_status.h"
+#include "tools/ocx_debug.h"
 
 #include <cstdio>
 
@@ -41,8 +43,9 @@ int RunConsoleProgram(int argc, char** argv) {
                      argv[optind]);
         return kExitUsage;
     }
-    std::fputs("tarnex-console: there is no display to show its window on\n", stderr);
-    return kExitUnavailable;
+    return RunToolWindow("tarnex-console", "", [](const ToolWorld& world, ScreenView&) {
+        return std::make_unique<OCXDebug>(world);
+    });
 }
 
 } // namespace tarnex

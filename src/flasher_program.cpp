@@ -2,7 +2,9 @@
 
 #include "machine.h"
 #include "programs.h"
+#include "tool_window.h"
 #include "tools/exit_status.h"
+#include "tools/firmware_flasher.h"
 #include "tools/line_flasher.h"
 
 #include <charconv>
@@ -189,10 +191,11 @@ int RunFlasherProgram(int argc, char** argv) {
         return LineProgram().Check(options.file);
     if (options.port != 0)
         return LineProgram().Update(options);
-    std::fputs("tarnex-flasher: there is no display to show its window on; --port and --file "
-               "update without one (see --help)\n",
-               stderr);
-    return kExitUnavailable;
+    return RunToolWindow("tarnex-flasher", "; --port and --file update without one (see --help)",
+                         [](const ToolWorld& world, ScreenView& view) {
+                             return std::make_unique<FirmwareFlasher>(world, view.Files(),
+                                                                      FromUtf8(TARNEX_VERSION));
+                         });
 }
 
 } // namespace tarnex
