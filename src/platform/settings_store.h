@@ -32,8 +32,8 @@ class SettingsStore {
     // programs of this system use; a file that another program changes meanwhile is read and
     // edited again. No file counts as empty content. Owner and mode stay. edit may run more than
     // once; when it returns nothing, nothing is written. False when the file cannot be written.
-    virtual bool
-    Update(const std::function<std::optional<std::string>(const std::string&)>& edit) = 0;
+    using Edit = std::function<std::optional<std::string>(const std::string&)>;
+    virtual bool Update(const Edit& edit) = 0;
 };
 
 } // namespace tarnex

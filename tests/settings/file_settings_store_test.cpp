@@ -39,6 +39,7 @@ TEST_F(FileSettingsStoreTest, NothingIsReadFromWhatIsNoFile) {
     EXPECT_FALSE(store.Stamp());
     EXPECT_FALSE(store.Read());
     EXPECT_FALSE(store.Update(AppendX));
+    EXPECT_EQ(store.Problem(), std::errc::is_a_directory);
     std::filesystem::remove(path);
 
     ASSERT_EQ(mkfifo(path.c_str(), 0666), 0);
@@ -55,10 +56,14 @@ TEST_F(FileSettingsStoreTest, NothingIsReadFromWhatIsNoFile) {
 }
 
 TEST_F(FileSettingsStoreTest, AReplacementKeepsOwnerAndMode) {
+    const mode_t narrow = umask(0077); // of an administrator, say
     EXPECT_TRUE(store.Update(AppendX));
+    umask(narrow);
     struct stat made;
     ASSERT_EQ(stat(path.c_str(), &made), 0);
     EXPECT_EQ(made.st_mode & 07777, 0640u);
+    ASSERT_EQ(stat((path + ".lock").c_str(), &made), 0);
+    EXPECT_EQ(made.st_mode & 07777, 0644u); // the service's user takes part
     ASSERT_EQ(chmod(path.c_str(), 0604), 0);
     if (geteuid() == 0) {
         ASSERT_EQ(chown(path.c_str(), 1234, 2345), 0);
@@ -153,6 +158,7 @@ TEST_F(FileSettingsStoreTest, ContentBeyondTheLimitIsNeitherReadNorLost) {
     WriteFile(path, most + "b");
     EXPECT_EQ(store.Read(), most);
     EXPECT_FALSE(store.Update(AppendX));
+    EXPECT_EQ(store.Problem(), std::errc::file_too_large);
     EXPECT_EQ(FileContent(path), most + "b");
 }
 
@@ -171,7 +177,9 @@ TEST_F(FileSettingsStoreTest, AFailingWriteLeavesTheFileAsItWas) {
 
     ASSERT_EQ(chmod(folder.Path().c_str(), 0555), 0);
     ASSERT_EQ(chmod(path.c_str(), 0666), 0);
-    EXPECT_TRUE(InChild(true, [&] { return !store.Update(AppendX); }));
+    EXPECT_TRUE(InChild(true, [&] {
+        return !store.Update(AppendX) && store.Problem() == std::errc::permission_denied;
+    }));
     ASSERT_EQ(chmod(folder.Path().c_str(), 0755), 0);
     EXPECT_EQ(FileContent(path), "a");
 }
@@ -180,8 +188,10 @@ TEST_F(FileSettingsStoreTest, ALockThatAnotherProgramKeepsStopsTheWrite) {
     const int lock = open((path + ".lock").c_str(), O_RDONLY | O_CREAT, 0644);
     ASSERT_EQ(flock(lock, LOCK_EX), 0);
     EXPECT_FALSE(store.Update(AppendX));
+    EXPECT_EQ(store.Problem(), std::errc::operation_would_block);
     on_pause = [&] { close(lock); };
     EXPECT_TRUE(store.Update(AppendX));
+    EXPECT_FALSE(store.Problem());
     EXPECT_EQ(FileContent(path), "x");
 }
 

@@ -34,12 +34,17 @@ constexpr auto kLockPause = 10ms;
 struct Image {
     enum class Kind { kFile, kMissing, kUnusable };
     Kind kind = Kind::kUnusable;
+    std::error_code problem; // of one that is unusable
     FileStamp stamp;
     uid_t owner = 0;
     gid_t group = 0;
     mode_t mode = 0;
     std::string content; // at most one byte more than kLongestContent
 };
+
+std::error_code LastError() {
+    return {errno != 0 ? errno : EIO, std::generic_category()};
+}
 
 std::chrono::nanoseconds Age(const FileStamp& stamp) {
     const auto now = std::chrono::system_clock::now().time_since_epoch();
@@ -90,9 +95,11 @@ Image ReadOnce(const std::string& path, bool& changing) {
     const UniqueFd file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!file) {
         image.kind = errno == ENOENT ? Image::Kind::kMissing : Image::Kind::kUnusable;
+        image.problem = LastError();
         return image;
     }
     struct stat before, after;
+    image.problem = std::make_error_code(std::errc::is_a_directory);
     if (fstat(file.Get(), &before) != 0 || !S_ISREG(before.st_mode))
         return image;
     image.content = ReadUpTo(file.Get(), kLongestContent + 1);
@@ -131,13 +138,14 @@ bool WriteAll(int fd, std::string_view bytes) {
     return true;
 }
 
-// A new file with that content on the disk, to take the place of the present one.
-UniqueFd WriteSuccessor(const std::string& path, const std::string& content, const Image& present) {
+// Makes a new file with that content on the disk, to take the place of the present one.
+std::error_code WriteSuccessor(const std::string& path, const std::string& content,
+                               const Image& present, UniqueFd& file) {
     unlink(path.c_str());
-    UniqueFd file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    file = UniqueFd(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
     struct stat made;
     if (!file || fstat(file.Get(), &made) != 0)
-        return {};
+        return LastError();
     bool good = WriteAll(file.Get(), content);
     mode_t mode = kNewFileMode;
     if (present.kind == Image::Kind::kFile) {
@@ -146,21 +154,32 @@ UniqueFd WriteSuccessor(const std::string& path, const std::string& content, con
             good = good && fchown(file.Get(), present.owner, present.group) == 0;
     }
     good = good && fchmod(file.Get(), mode) == 0 && fsync(file.Get()) == 0;
-    if (good)
-        return file;
-    unlink(path.c_str());
-    return {};
+    return good ? std::error_code() : LastError();
 }
 
-// Held as long as the descriptor is open; nothing when another program keeps it.
-UniqueFd TakeLock(const std::string& path, const FileSettingsStore::Pause& pause) {
-    UniqueFd lock(open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK, kLockMode));
-    for (int i = 0; lock && i < kLockAttempts; ++i) {
+// For everybody who may enter the folder, whatever umask this program was started with.
+UniqueFd OpenLock(const std::string& path) {
+    constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK;
+    UniqueFd lock(open(path.c_str(), kFlags | O_CREAT | O_EXCL, kLockMode));
+    if (lock)
+        fchmod(lock.Get(), kLockMode);
+    else if (errno == EEXIST)
+        lock = UniqueFd(open(path.c_str(), kFlags));
+    return lock;
+}
+
+// Held as long as the descriptor is open.
+std::error_code TakeLock(const std::string& path, const FileSettingsStore::Pause& pause,
+                         UniqueFd& lock) {
+    lock = OpenLock(path);
+    if (!lock)
+        return LastError();
+    for (int i = 0; i < kLockAttempts; ++i) {
         if (flock(lock.Get(), LOCK_EX | LOCK_NB) == 0)
-            return lock;
+            return {};
         pause(kLockPause);
     }
-    return {};
+    return std::make_error_code(std::errc::operation_would_block);
 }
 
 } // namespace
@@ -188,40 +207,52 @@ std::optional<std::string> FileSettingsStore::Read() const {
     return std::move(image.content);
 }
 
-bool FileSettingsStore::Update(
-    const std::function<std::optional<std::string>(const std::string&)>& edit) {
+bool FileSettingsStore::Update(const Edit& edit) {
+    problem_ = TryUpdate(edit);
+    return !problem_;
+}
+
+std::error_code FileSettingsStore::TryUpdate(const Edit& edit) {
     const std::string target = FollowLinks(path_);
     const std::string successor = target + ".new";
-    const UniqueFd lock = TakeLock(target + ".lock", pause_);
-    if (!lock)
-        return false;
-    for (int i = 0; i < kUpdateAttempts; ++i) {
-        const Image present = ReadWhole(target, pause_);
-        if (present.kind == Image::Kind::kUnusable || present.content.size() > kLongestContent)
-            return false;
-        // A program that writes in place would lose its second half with the file it writes to.
-        const bool own = own_write_ && SameState(*own_write_, present.stamp);
-        if (present.kind == Image::Kind::kFile && !own && Age(present.stamp) < kWriteTime)
-            pause_(kWriteTime);
-        const std::optional<std::string> content = edit(present.content);
-        if (!content)
-            return true;
-        const UniqueFd file = WriteSuccessor(successor, *content, present);
-        if (!file)
-            return false;
-        const Image now = ReadWhole(target, pause_);
-        if (now.kind != present.kind || now.content != present.content)
-            continue;
-        // The folder is not flushed: a power failure now brings back the old file, whole.
-        if (rename(successor.c_str(), target.c_str()) != 0)
-            break;
-        struct stat status;
-        if (fstat(file.Get(), &status) == 0)
-            own_write_ = StampOf(status);
-        return true;
-    }
+    UniqueFd lock;
+    if (const std::error_code problem = TakeLock(target + ".lock", pause_, lock))
+        return problem;
+    const std::error_code busy = std::make_error_code(std::errc::device_or_resource_busy);
+    std::error_code problem = busy;
+    for (int i = 0; i < kUpdateAttempts && problem == busy; ++i)
+        problem = UpdateOnce(target, successor, edit);
     unlink(successor.c_str());
-    return false;
+    return problem;
+}
+
+std::error_code FileSettingsStore::UpdateOnce(const std::string& target,
+                                              const std::string& successor, const Edit& edit) {
+    const Image present = ReadWhole(target, pause_);
+    if (present.kind == Image::Kind::kUnusable)
+        return present.problem;
+    if (present.content.size() > kLongestContent)
+        return std::make_error_code(std::errc::file_too_large);
+    // A program that writes in place would lose its second half with the file it writes to.
+    const bool own = own_write_ && SameState(*own_write_, present.stamp);
+    if (present.kind == Image::Kind::kFile && !own && Age(present.stamp) < kWriteTime)
+        pause_(kWriteTime);
+    const std::optional<std::string> content = edit(present.content);
+    if (!content)
+        return {};
+    UniqueFd file;
+    if (const std::error_code problem = WriteSuccessor(successor, *content, present, file))
+        return problem;
+    const Image now = ReadWhole(target, pause_);
+    if (now.kind != present.kind || now.content != present.content)
+        return std::make_error_code(std::errc::device_or_resource_busy);
+    // The folder is not flushed: a power failure now brings back the old file, whole.
+    if (rename(successor.c_str(), target.c_str()) != 0)
+        return LastError();
+    struct stat status;
+    if (fstat(file.Get(), &status) == 0)
+        own_write_ = StampOf(status);
+    return {};
 }
 
 } // namespace tarnex

@@ -3,6 +3,8 @@
 #include "platform/clock.h"
 #include "platform/settings_store.h"
 
+#include <system_error>
+
 namespace tarnex {
 
 // The settings in a file. A path that is a symbolic link stands for the file it leads to. Beside
@@ -19,15 +21,23 @@ class FileSettingsStore : public SettingsStore {
     std::string Name() const override { return path_; }
     std::optional<FileStamp> Stamp() const override;
     std::optional<std::string> Read() const override;
-    bool Update(const std::function<std::optional<std::string>(const std::string&)>& edit) override;
+    bool Update(const Edit& edit) override;
+    // What stood in the way of the last Update; nothing after one that returned true. Among them
+    // EWOULDBLOCK: another program keeps the lock; EFBIG: the file is longer than 1 MiB; EBUSY:
+    // another program changes it all the time.
+    std::error_code Problem() const { return problem_; }
 
   private:
     static void Sleep(Duration duration);
+    std::error_code TryUpdate(const Edit& edit);
+    std::error_code UpdateOnce(const std::string& target, const std::string& successor,
+                               const Edit& edit);
 
     std::string path_;
     Pause pause_;
     // The file as Update left it: nobody else is in the middle of writing that.
     std::optional<FileStamp> own_write_;
+    std::error_code problem_;
 };
 
 } // namespace tarnex
