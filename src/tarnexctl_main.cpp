@@ -25,6 +25,7 @@ std::string DataFolder() {
 
 int main(int argc, char** argv) {
     using namespace tarnex;
+    OccupyStandardStreams();
     ControlWorld world{
         .out = std::cout,
         .err = std::cerr,

@@ -3,6 +3,7 @@
 #include "control/commands.h"
 #include "control/setup_questions.h"
 #include "control/suggestion.h"
+#include "control/text_output.h"
 
 #include <ostream>
 #include <sstream>
@@ -217,10 +218,11 @@ void CommandLine::AddDryRuns() {
                 [this] { return Simulate(world_, simulate_); });
     simulate->add_option("--days", simulate_.days, "how many days, 1 to 366")
         ->type_name("N")
-        ->check(CLI::Range(1, 366))
+        ->check(CLI::Range(1, 366).description(""))
         ->capture_default_str();
-    simulate->add_option("--seed", simulate_.seed, "another seed gives other alarms")
+    simulate->add_option("--seed", simulate_.seed, "another number gives other alarms")
         ->type_name("S")
+        ->check(CLI::Range(0, 1'000'000'000).description(""))
         ->capture_default_str();
     simulate->add_option("--start", simulate_.start, "the first day (today)")
         ->type_name("YYYY-MM-DD");
@@ -249,7 +251,7 @@ void CommandLine::AddLog() {
     tail->add_option("FILE", tail_.path, "the database (the one of the settings)")->type_name("");
     tail->add_option("--lines", tail_.lines, "how many of the present rows")
         ->type_name("N")
-        ->check(CLI::Range(0, 1'000'000))
+        ->check(CLI::Range(0, 1'000'000).description(""))
         ->capture_default_str();
     tail->add_flag("--once", tail_.once, "end after the present rows");
     tail->add_flag("--json", tail_.json, "a JSON object for each row, one a line");
@@ -281,12 +283,15 @@ void CommandLine::AddSetup() {
 
 int RunTarnexctl(std::vector<std::string> arguments, ControlWorld& world) {
     try {
-        return CommandLine(world).Run(std::move(arguments));
+        const int status = CommandLine(world).Run(std::move(arguments));
+        if (!world.out.flush())
+            throw Failure(kExitIo, "standard output cannot be written: look for a full disk");
+        return status;
     } catch (const Failure& failure) {
-        world.err << "tarnexctl: " << failure.what() << '\n';
+        world.err << "tarnexctl: " << Printable(failure.what()) << '\n';
         return failure.status;
     } catch (const std::exception& error) {
-        world.err << "tarnexctl: " << error.what() << " (a fault of this program)\n";
+        world.err << "tarnexctl: " << Printable(error.what()) << " (a fault of this program)\n";
         return kExitSoftware;
     }
 }

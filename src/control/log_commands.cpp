@@ -1,12 +1,10 @@
 #include "control/commands.h"
+#include "control/file_access.h"
 #include "control/settings_file.h"
 #include "control/text_output.h"
 #include "platform/linux/folder_owner.h"
 #include "platform/sqlite/log_database.h"
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <ostream>
 
 #include <nlohmann/json.hpp>
@@ -36,11 +34,9 @@ std::string PathOf(const ControlWorld& world, const std::string& path) {
 }
 
 std::string ReadSchema(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
-        throw Failure(kExitNoInput,
-                      "there is no schema " + path + " that can be read: name one with --schema");
-    return {std::istreambuf_iterator<char>(file), {}};
+    if (const std::error_code problem = ReadingProblem(path))
+        throw CannotRead("schema " + path, problem, "name another with --schema");
+    return ReadWholeFile(path);
 }
 
 std::string Field(const StoredLogRow& row, std::size_t column) {
@@ -77,36 +73,44 @@ class Tail {
   public:
     Tail(const ControlWorld& world, const std::string& path, bool json)
         : world_(world), path_(path), json_(json) {
-        const std::string problem = reader_.Open(path_);
-        if (!problem.empty())
-            throw Failure(std::filesystem::exists(path_) ? kExitNoRights : kExitNoInput,
-                          "the log database " + path_ + " cannot be read (" + problem +
-                              "): run this as root or as the user of the service, or make it with "
-                              "\"tarnexctl log create\"");
+        if (const std::error_code problem = ReadingProblem(path_))
+            throw CannotRead("log database " + path_, problem,
+                             "make it with \"tarnexctl log create\", or name another");
+        if (const std::string problem = reader_.Open(path_); !problem.empty())
+            throw Unreadable(problem);
     }
 
     void ShowLast(int count) {
-        Show(reader_.Last(count));
-        if (const auto newest = reader_.Last(1); newest && !newest->empty())
+        if (count > 0)
+            Show(reader_.Last(count));
+        else if (const auto newest = reader_.Last(1); newest && !newest->empty())
             last_id_ = newest->back().id;
     }
 
     void ShowNew() {
-        if (reader_.Moved()) {
-            LogReader replacement;
-            if (!replacement.Open(path_).empty())
-                return; // not there yet
-            std::swap(reader_, replacement);
-            last_id_ = 0;
-        }
-        Show(reader_.After(last_id_));
+        ShowFurther();
+        LogReader replacement;
+        if (!reader_.Moved() || !replacement.Open(path_).empty())
+            return; // or not there yet
+        std::swap(reader_, replacement);
+        last_id_ = 0;
+        ShowFurther();
     }
 
   private:
+    void ShowFurther() {
+        const auto rows = reader_.After(last_id_);
+        if (rows || !reader_.LockedOut()) // else next time
+            Show(rows);
+    }
+
+    Failure Unreadable(const std::string& problem) const {
+        return {kExitIo, "the log database " + path_ + " " + problem};
+    }
+
     void Show(const std::optional<std::vector<StoredLogRow>>& rows) {
         if (!rows)
-            throw Failure(kExitIo, "the log database " + path_ +
-                                       " cannot be read any more: look for a damaged file or disk");
+            throw Unreadable(reader_.Problem());
         for (const StoredLogRow& row : *rows) {
             world_.out << (json_ ? JsonOf(row) : LineOf(row)) << '\n';
             last_id_ = row.id;
@@ -141,7 +145,7 @@ ExitStatus LogCreate(ControlWorld& world, const std::string& path, const std::st
 ExitStatus LogTail(ControlWorld& world, const TailOptions& options) {
     Tail tail(world, PathOf(world, options.path), options.json);
     tail.ShowLast(options.lines);
-    while (!options.once && world.pause(kPollPeriod))
+    while (!options.once && world.out && world.pause(kPollPeriod))
         tail.ShowNew();
     return kExitDone;
 }

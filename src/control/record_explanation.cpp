@@ -13,6 +13,7 @@
 #include "settings/load_settings.h"
 
 #include <algorithm>
+#include <filesystem>
 
 namespace tarnex {
 
@@ -76,8 +77,11 @@ class Explainer {
         block(!on, "sms-to-number-" + n + " is off");
         sms.taken = result.event.SMSableNo == u"1" && !result.quiet && result.times > 0 &&
                     Contains(SmsRecipients(settings_), ToText(recipient));
-        if (sms.taken)
+        if (sms.taken) {
             sms.reasons = {"the SMS flag of the record is 1", "sms-to-number-" + n + " is on"};
+            block(Trim(sms.number).empty(),
+                  "but alarm-number-" + n + " is empty, so the unit has nobody to send it to");
+        }
         return sms;
     }
 
@@ -116,8 +120,13 @@ class Explainer {
         if (!ServiceName(event.ServiceNo))
             way.reasons.push_back("services from 91 on have no rows");
         way.taken = way.reasons.empty();
-        if (way.taken)
-            way.reasons = {"a row goes to " + ToUtf8(settings_.LogPath)};
+        if (!way.taken)
+            return way;
+        const std::string path = ToUtf8(settings_.LogPath);
+        way.reasons = {"a row goes to " + path};
+        std::error_code error;
+        if (!std::filesystem::exists(path, error) && !error)
+            way.reasons.push_back("but that file is not there, so the row is lost");
         return way;
     }
 

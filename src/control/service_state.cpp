@@ -1,10 +1,7 @@
 #include "control/service_state.h"
 
+#include "control/file_access.h"
 #include "control/text_output.h"
-
-#include <cerrno>
-#include <fstream>
-#include <iterator>
 
 namespace tarnex {
 
@@ -14,19 +11,6 @@ using Json = nlohmann::ordered_json;
 
 constexpr int kFormat = 1;
 constexpr const char* kStart = "start it with \"systemctl start tarnexcomm\"";
-
-// Nothing when there is no file.
-std::optional<std::string> ReadStatusFile(const std::string& path) {
-    errno = 0;
-    std::ifstream file(path, std::ios::binary);
-    if (file)
-        return std::string(std::istreambuf_iterator<char>(file), {});
-    if (errno == ENOENT || errno == ENOTDIR)
-        return std::nullopt;
-    throw Failure(kExitNoRights, "the status file " + path +
-                                     " cannot be read: run this as root or as the user of the "
-                                     "service (sudo tarnexctl ...)");
-}
 
 Json Parse(const std::string& path, const std::string& text) {
     Json json = Json::parse(text, nullptr, false);
@@ -44,13 +28,15 @@ Json Parse(const std::string& path, const std::string& text) {
 ServiceState ReadServiceState(const ControlWorld& world) {
     ServiceState state;
     state.now = std::chrono::floor<std::chrono::seconds>(world.now().time_since_epoch()).count();
-    const auto text = ReadStatusFile(world.status_path);
-    if (!text) {
+    const std::error_code problem = ReadingProblem(world.status_path);
+    if (problem == std::errc::no_such_file_or_directory) {
         state.absence = "the service does not run, or has no runtime folder (there is no " +
                         world.status_path + "): " + kStart;
         return state;
     }
-    state.status = Parse(world.status_path, *text);
+    if (problem)
+        throw CannotRead("status file " + world.status_path, problem, "");
+    state.status = Parse(world.status_path, ReadWholeFile(world.status_path));
     const long process = state.status.at("pid").get<long>();
     state.running = world.is_service(process);
     if (!state.running)

@@ -1,5 +1,6 @@
 #include "control/setting_catalog.h"
 
+#include "control/calendar_words.h"
 #include "control/suggestion.h"
 #include "platform/linux/serial_names.h"
 
@@ -133,17 +134,9 @@ constexpr UnitRecord kUnitRecords[] = {
 };
 // clang-format on
 
-constexpr const char* kDays[] = {"Sunday",   "Monday", "Tuesday", "Wednesday",
-                                 "Thursday", "Friday", "Saturday"};
 constexpr int kFirstDayKey = 46;  // Check1
 constexpr int kFirstTimeKey = 38; // Text1
 constexpr int kPorts = std::tuple_size_v<SerialPaths>;
-
-std::string LowerCase(std::string text) {
-    std::ranges::transform(text, text.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; });
-    return text;
-}
 
 Setting MakeSetting(const Row& row) {
     Setting setting;
@@ -161,8 +154,8 @@ Setting MakeSetting(const Row& row) {
 
 void AddQuietDays(std::vector<Setting>& catalog) {
     for (int day = 0; day < 7; ++day) {
-        const std::string name = kDays[day];
-        const std::string prefix = "quiet-" + LowerCase(name);
+        const std::string name = WeekdayName(day);
+        const std::string prefix = QuietSettingName(day);
         Setting on = MakeSetting({"Quiet time", u"Check", {}, "", kSwitch, "", "", "", kReload});
         on.key = u"Check1(" + ToText(kFirstDayKey + day) + u")";
         on.name = prefix;
@@ -250,15 +243,20 @@ const std::vector<Setting>& SettingCatalog() {
     return catalog;
 }
 
+std::string QuietSettingName(int weekday) {
+    std::string name = std::string("quiet-") + WeekdayName(weekday);
+    name[6] = char(name[6] - 'A' + 'a');
+    return name;
+}
+
 const Setting* FindSetting(const std::string& name) {
-    for (const Setting& setting : SettingCatalog()) {
-        const std::string key = ToUtf8(setting.key);
-        const std::string wanted = LowerCase(name);
-        if (wanted == setting.name || wanted == LowerCase(key) ||
-            wanted == LowerCase(ToUtf8(setting.section) + "/" + key))
-            return &setting;
-    }
-    return nullptr;
+    const Text wanted = FromUtf8(name);
+    const auto found = std::ranges::find_if(SettingCatalog(), [&](const Setting& setting) {
+        return EqualIgnoringCase(wanted, FromUtf8(setting.name)) ||
+               EqualIgnoringCase(wanted, setting.key) ||
+               EqualIgnoringCase(wanted, setting.section + u"/" + setting.key);
+    });
+    return found == SettingCatalog().end() ? nullptr : &*found;
 }
 
 const Setting* FindSetting(TextView section, TextView key) {

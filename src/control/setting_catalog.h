@@ -46,6 +46,9 @@ struct Setting {
 // Every key that the service reads or writes, in the order of the groups.
 const std::vector<Setting>& SettingCatalog();
 
+// "quiet-sunday" for 0, to 6
+std::string QuietSettingName(int weekday);
+
 // By plain name or by key, without case; for a key that stands in several sections "section/key"
 // says which. nullptr when there is none.
 const Setting* FindSetting(const std::string& name);

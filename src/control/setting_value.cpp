@@ -97,11 +97,12 @@ bool Fits(const Setting& setting, TextView value) {
     return true;
 }
 
-std::string Joined(const std::vector<std::string>& words) {
-    std::string joined;
+// "a, b or c"
+std::string Alternatives(const std::vector<std::string>& words) {
+    std::string text;
     for (std::size_t i = 0; i < words.size(); ++i)
-        joined += (i == 0 ? "" : i + 1 < words.size() ? ", " : " or ") + words[i];
-    return joined;
+        text += (i == 0 ? "" : i + 1 < words.size() ? ", " : " or ") + words[i];
+    return text;
 }
 
 } // namespace
@@ -117,7 +118,7 @@ std::string AllowedValues(const Setting& setting) {
     case kTime:
         return "a time of day as hh:mm";
     case kChoice:
-        return Joined(Choices(setting));
+        return Alternatives(Choices(setting));
     case kPath:
         return "a path that begins with \"/\"";
     case kServer:

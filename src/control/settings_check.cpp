@@ -13,8 +13,6 @@ namespace {
 using Level = Finding::Level;
 
 constexpr std::size_t kSafePhoneLength = 7;
-constexpr const char* kDays[] = {"sunday",   "monday", "tuesday", "wednesday",
-                                 "thursday", "friday", "saturday"};
 
 class Checker {
   public:
@@ -24,8 +22,8 @@ class Checker {
         Gates();
         AlarmNumber("alarm-number-1");
         AlarmNumber("alarm-number-2");
-        UnitSettings();
         SmsWays();
+        UnitSettings();
         Links();
         QuietTime();
         Mail();
@@ -83,7 +81,8 @@ class Checker {
             Warn("unit-link", "is off: the unit is not searched for, and no notification goes by "
                               "SMS");
         if (LeadingInt16(Value("send-count")).value_or(1) <= 0)
-            Warn("send-count", "is 0, so no notification goes by SMS; 1 sends each once");
+            Warn("send-count",
+                 "is empty, 0 or no number, so no notification goes by SMS; 1 sends each once");
         if (!On("sms-to-number-1") && !On("sms-to-number-2"))
             Warn("sms-to-number-1", "and sms-to-number-2 are off, so no notification goes by SMS");
     }
@@ -98,15 +97,16 @@ class Checker {
         if (!On("quiet-time"))
             return;
         bool any_day = false;
-        for (const std::string day : kDays) {
-            if (!On("quiet-" + day))
+        for (int weekday = 0; weekday < 7; ++weekday) {
+            const std::string day = QuietSettingName(weekday);
+            if (!On(day))
                 continue;
             any_day = true;
-            const Text from = FormattedHourMinute(Value("quiet-" + day + "-from"));
-            const Text to = FormattedHourMinute(Value("quiet-" + day + "-to"));
+            const Text from = FormattedHourMinute(Value(day + "-from"));
+            const Text to = FormattedHourMinute(Value(day + "-to"));
             if (from > to)
-                Warn("quiet-" + day + "-from",
-                     "is later than quiet-" + day + "-to (" + ToUtf8(from) + " to " + ToUtf8(to) +
+                Warn(day + "-from",
+                     "is later than " + day + "-to (" + ToUtf8(from) + " to " + ToUtf8(to) +
                          "), so this day is never quiet: a quiet time cannot pass midnight");
         }
         if (!any_day)

@@ -97,19 +97,21 @@ void PrintShort(const ControlWorld& world, const SettingsFile& file,
     table.Print(world);
 }
 
-// What is wrong with the setting as it is now, for a person who has just changed it.
-void Warn(const ControlWorld& world, const Setting& setting) {
-    for (const Finding& finding : CheckSettings(SettingsFile(world.settings_path)))
-        if (finding.name == setting.name)
-            world.err << "tarnexctl: warning: " << finding.name << " " << finding.text << '\n';
-}
-
-void Confirm(const ControlWorld& world, const Setting& setting) {
-    const SettingsFile file(world.settings_path);
-    const TextView value = file.Value(setting);
-    world.out << setting.name << ": " << Printable(Effect(setting, value)) << " ("
+// Changes the setting and says what that does, and what is now wrong with it or on its account.
+ExitStatus Change(ControlWorld& world, const Setting& setting,
+                  const std::function<void(SettingsFile&)>& change) {
+    SettingsFile before(world.settings_path);
+    change(before);
+    const SettingsFile now(world.settings_path);
+    world.out << setting.name << ": " << Printable(Effect(setting, now.Value(setting))) << " ("
               << setting.in_force << ")\n";
-    Warn(world, setting);
+    const std::vector<Finding> known = CheckSettings(before);
+    for (const Finding& finding : CheckSettings(now))
+        if (finding.name == setting.name ||
+            std::ranges::count(known, finding.text, &Finding::text) == 0)
+            world.err << "tarnexctl: warning: " << finding.name << " " << Printable(finding.text)
+                      << '\n';
+    return kExitDone;
 }
 
 const Setting& Changeable(const std::string& name) {
@@ -154,17 +156,13 @@ ExitStatus SettingsSet(ControlWorld& world, const std::string& name, const std::
                                      "use \"tarnexctl settings unset " +
                                      setting.name + "\"");
     if (const std::string objection = Objection(setting, value); !objection.empty())
-        throw Failure(kExitData, setting.name + ": \"" + Printable(typed) + "\" " + objection);
-    SettingsFile(world.settings_path).Set(setting, value);
-    Confirm(world, setting);
-    return kExitDone;
+        throw Failure(kExitData, setting.name + ": \"" + typed + "\" " + objection);
+    return Change(world, setting, [&](SettingsFile& file) { file.Set(setting, value); });
 }
 
 ExitStatus SettingsUnset(ControlWorld& world, const std::string& name) {
     const Setting& setting = Changeable(name);
-    SettingsFile(world.settings_path).Unset(setting);
-    Confirm(world, setting);
-    return kExitDone;
+    return Change(world, setting, [&](SettingsFile& file) { file.Unset(setting); });
 }
 
 ExitStatus SettingsCheck(ControlWorld& world, bool json) {

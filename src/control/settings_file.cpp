@@ -1,7 +1,8 @@
 #include "control/settings_file.h"
 
+#include "control/file_access.h"
+
 #include <algorithm>
-#include <filesystem>
 
 namespace tarnex {
 
@@ -10,15 +11,8 @@ namespace {
 std::string ReadContent(const FileSettingsStore& store) {
     if (auto content = store.Read())
         return std::move(*content);
-    std::error_code error;
-    const bool exists = std::filesystem::exists(store.Name(), error);
-    if (!exists && !error)
-        throw Failure(kExitNoInput, "there is no settings file " + store.Name() +
-                                        ": make one with \"tarnexctl setup\", or name another "
-                                        "with --settings-file");
-    throw Failure(kExitNoRights, "the settings file " + store.Name() +
-                                     " cannot be read: run this as root or as the user of the "
-                                     "service (sudo tarnexctl ...)");
+    throw CannotRead("settings file " + store.Name(), ReadingProblem(store.Name()),
+                     "make one with \"tarnexctl setup\", or name another with --settings-file");
 }
 
 StartSettings ReadStart(const std::string& content) {
@@ -47,8 +41,8 @@ void SettingsFile::Set(const Setting& setting, TextView value) {
                                      ", which would become unreadable. Convert the file first, "
                                      "with iconv, and change the line CodePage by hand");
     MyIniFile file(store_, code_page_);
-    const bool possible = file.WriteIniStr(setting.section, setting.key, value);
-    CheckWritten(possible && !file.LastWriteFailed());
+    file.WriteIniStr(setting.section, setting.key, value);
+    CheckWritten(!file.LastWriteFailed());
 }
 
 void SettingsFile::Unset(const Setting& setting) {
@@ -64,10 +58,7 @@ void SettingsFile::Unset(const Setting& setting) {
 
 void SettingsFile::CheckWritten(bool written) const {
     if (!written)
-        throw Failure(kExitCannotCreate,
-                      "the settings file " + path_ +
-                          " cannot be written: run this as root or as the user of the service "
-                          "(sudo tarnexctl ...), and look for a full disk");
+        throw CannotWrite("settings file " + path_, store_.Problem());
 }
 
 } // namespace tarnex

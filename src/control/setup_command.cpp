@@ -1,4 +1,5 @@
 #include "control/commands.h"
+#include "control/file_access.h"
 #include "control/setting_value.h"
 #include "control/settings_check.h"
 #include "control/setup_questions.h"
@@ -7,8 +8,6 @@
 #include "platform/sqlite/log_database.h"
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <ostream>
 
 namespace tarnex {
@@ -17,16 +16,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kNone = "none";
 constexpr const char* kEncoding = "GBK"; // of the sample
 
 std::string ReadData(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
-        throw Failure(kExitNoInput, "there is no " + path +
-                                        " that can be read: install the "
-                                        "program with its data");
-    return {std::istreambuf_iterator<char>(file), {}};
+    if (const std::error_code problem = ReadingProblem(path))
+        throw CannotRead("file " + path, problem, "install the program with its data");
+    return ReadWholeFile(path);
 }
 
 bool Exists(const std::string& path) {
@@ -88,29 +83,32 @@ void MakeFolders(const fs::path& folder) {
     MakeFolders(folder.parent_path());
     std::error_code error;
     if (!fs::create_directory(folder, error))
-        throw Failure(kExitCannotCreate, "the folder " + folder.string() + " cannot be made (" +
-                                             error.message() +
-                                             "): run this as root (sudo tarnexctl setup)");
+        throw CannotWrite("folder " + folder.string(), error);
     GiveToFolderOwner(folder.string());
+}
+
+void KeepOld(const std::string& path) {
+    std::error_code error;
+    fs::copy_file(path, path + ".old", fs::copy_options::overwrite_existing, error);
+    if (error)
+        throw CannotWrite("copy " + path + ".old", error);
 }
 
 void WriteSettings(const std::string& path, const std::string& content, bool force) {
     MakeFolders(fs::path(path).parent_path());
+    if (force && Exists(path))
+        KeepOld(path);
     bool stands_there = false;
     FileSettingsStore store(path);
-    std::error_code error;
-    if (force && Exists(path))
-        fs::copy_file(path, path + ".old", fs::copy_options::overwrite_existing, error);
     const bool written =
-        !error && store.Update([&](const std::string& present) -> std::optional<std::string> {
+        store.Update([&](const std::string& present) -> std::optional<std::string> {
             stands_there = !present.empty() && !force;
             return stands_there ? std::nullopt : std::optional(content);
         });
     if (stands_there)
         RefuseToOverwrite(path);
     if (!written)
-        throw Failure(kExitCannotCreate, path + " cannot be written: run this as root (sudo "
-                                                "tarnexctl setup), and look for a full disk");
+        throw CannotWrite("settings file " + path, store.Problem());
     GiveToFolderOwner(path);
 }
 
@@ -155,7 +153,7 @@ ExitStatus Setup(ControlWorld& world, const SetupOptions& options) {
             : options.log_path;
     if (const std::string wrong = Objection(*FindSetting("log-database"), FromUtf8(log_path));
         !wrong.empty())
-        throw Failure(kExitData, "--log-database: \"" + Printable(log_path) + "\" " + wrong);
+        throw Failure(kExitData, "--log-database: \"" + log_path + "\" " + wrong);
 
     const SetupAnswers answers = AskQuestions(world, options.answers);
     WriteSettings(path, Content(sample, answers, log_path), options.force);

@@ -1,18 +1,17 @@
 #include "control/setup_questions.h"
 
+#include "control/file_access.h"
 #include "control/setting_value.h"
 #include "control/text_output.h"
 #include "platform/linux/serial_names.h"
 
 #include <algorithm>
-#include <fstream>
 #include <ostream>
 
 namespace tarnex {
 
 namespace {
 
-constexpr const char* kNone = "none";
 constexpr const char* kSearch = "search";
 constexpr const char* kPortForms = "a device such as /dev/ttyUSB0, COM1 to COM20, or search";
 
@@ -42,21 +41,18 @@ std::string Wrong(const SetupQuestion& question, const std::string& answer) {
 }
 
 std::string ReadSecret(const std::string& path) {
-    std::ifstream file(path);
-    std::string line;
-    if (!std::getline(file, line))
-        throw Failure(kExitNoInput, path + " cannot be read, or holds no password in its first "
-                                           "line");
-    return line;
+    if (const std::error_code problem = ReadingProblem(path))
+        throw CannotRead("password file " + path, problem, "name another");
+    const std::string content = ReadWholeFile(path);
+    return content.substr(0, content.find_first_of("\r\n"));
 }
 
 std::string Given(const SetupQuestion& question, const std::string& flag_value) {
     const std::string answer = question.secret ? ReadSecret(flag_value) : flag_value;
     if (const std::string wrong = Wrong(question, answer); !wrong.empty())
-        throw Failure(kExitData,
-                      FlagOf(question) + ": " +
-                          (question.secret ? "the password" : "\"" + Printable(answer) + "\"") +
-                          " " + wrong);
+        throw Failure(kExitData, FlagOf(question) + ": " +
+                                     (question.secret ? "the password" : "\"" + answer + "\"") +
+                                     " " + wrong);
     return answer;
 }
 

@@ -7,15 +7,18 @@
 
 namespace tarnex {
 
+// What answers a question that asks for nothing needed.
+inline constexpr const char* kNone = "none";
+
 // What setup asks. Each question has a flag of its name.
 struct SetupQuestion {
     const char* name;
     const char* prompt;
     const char* setting;       // that takes the answer, which must fit it; "" for none
     const char* default_value; // "": the question needs an answer; "=name": the answer to that one
-    bool none_allowed;         // "none" is an answer
+    bool none_allowed;         // kNone is an answer
     bool secret;               // typed without an echo; the flag, + "-file", names a file
-    const char* only_if;       // asked if the answer to that question is not "none"; "" for always
+    const char* only_if;       // asked if the answer to that question is not kNone; "" for always
 };
 
 std::span<const SetupQuestion> SetupQuestions();

@@ -25,8 +25,7 @@ CalendarTime StartOf(const ControlWorld& world, const std::string& start) {
     }
     const auto moment = ParseMoment(start);
     if (!moment || start.size() > 10)
-        throw Failure(kExitUsage,
-                      "--start: \"" + Printable(start) + "\" is no day; write it as 2024-05-06");
+        throw Failure(kExitUsage, "--start: \"" + start + "\" is no day; write it as 2024-05-06");
     return *moment;
 }
 
@@ -69,13 +68,6 @@ Totals TotalsOf(const DryRunResult& result) {
         totals.longest_wait = std::max(totals.longest_wait, alarm.wait);
     }
     return totals;
-}
-
-std::string Joined(const std::vector<std::string>& texts) {
-    std::string joined;
-    for (const std::string& text : texts)
-        joined += (joined.empty() ? "" : "; ") + text;
-    return joined;
 }
 
 long long Seconds(Duration duration) {

@@ -36,11 +36,11 @@ std::vector<std::string> StepNames() {
 
 std::string MissingSteps(const std::string& steps) {
     const std::vector<std::string> names = StepNames();
-    std::string missing;
+    std::vector<std::string> missing;
     for (std::size_t i = 0; i < std::min(names.size(), steps.size()); ++i)
         if (steps[i] != '1')
-            missing += (missing.empty() ? "" : ", ") + names[i];
-    return missing;
+            missing.push_back(names[i]);
+    return Joined(missing, ", ");
 }
 
 class StatusPage {
@@ -224,7 +224,7 @@ ExitStatus Watch(const ControlWorld& world, const StatusOptions& options) {
         Show(world, state, options);
         world.out.flush();
         shown = now;
-    } while (world.pause(kWatchPeriod));
+    } while (world.out && world.pause(kWatchPeriod));
     return kExitDone;
 }
 

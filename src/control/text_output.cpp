@@ -71,6 +71,13 @@ void TextTable::Print(const ControlWorld& world) const {
     }
 }
 
+std::string Joined(const std::vector<std::string>& texts, const std::string& separator) {
+    std::string joined;
+    for (const std::string& text : texts)
+        joined += (joined.empty() ? "" : separator) + text;
+    return joined;
+}
+
 std::string Counted(long long number, const std::string& noun) {
     return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
 }

@@ -37,6 +37,8 @@ class TextTable {
     std::vector<std::vector<Cell>> rows_;
 };
 
+// "a; b; c"
+std::string Joined(const std::vector<std::string>& texts, const std::string& separator = "; ");
 // "1 mail", "2 mails"
 std::string Counted(long long number, const std::string& noun);
 // "35 s", "12 min", "3 h 5 min", "2 d 4 h"

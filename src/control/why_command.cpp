@@ -28,19 +28,11 @@ CalendarTime MomentOf(const ControlWorld& world, const std::string& at) {
         return world.calendar();
     if (const auto moment = ParseMoment(at))
         return *moment;
-    throw Failure(kExitUsage,
-                  "--at: \"" + Printable(at) + "\" is no moment; write it as '2024-05-06 22:30'");
+    throw Failure(kExitUsage, "--at: \"" + at + "\" is no moment; write it as '2024-05-06 22:30'");
 }
 
-std::string NameOf(std::optional<TextView> name) {
-    return name && !name->empty() ? ToUtf8(*name) : "no name";
-}
-
-std::string Joined(const std::vector<std::string>& reasons) {
-    std::string joined;
-    for (const std::string& reason : reasons)
-        joined += (joined.empty() ? "" : "; ") + reason;
-    return joined;
+std::string WithName(const std::string& number, std::optional<TextView> name) {
+    return number + ", " + (name && !name->empty() ? ToUtf8(*name) : "no name");
 }
 
 // What the service that runs now would do with the SMS.
@@ -91,10 +83,10 @@ class Page {
     void Record(const EventRecord& event) {
         Section("Record");
         Add({"  machine", std::to_string(event.MachineNo)});
-        Add({"  service", std::to_string(event.ServiceNo), NameOf(ServiceName(event.ServiceNo))});
         const int state = LeadingInt16(event.StatusNo).value_or(0);
-        Add({"  state", ToUtf8(event.StatusNo), NameOf(StateName(state))});
-        Add({"  action", std::to_string(event.AutoNo), NameOf(ActionName(event.AutoNo))});
+        Add({"  service", WithName(std::to_string(event.ServiceNo), ServiceName(event.ServiceNo))});
+        Add({"  state", WithName(ToUtf8(event.StatusNo), StateName(state))});
+        Add({"  action", WithName(std::to_string(event.AutoNo), ActionName(event.AutoNo))});
         Add({"  SMS flag", ToUtf8(event.SMSableNo)});
         Add({"  mail flag", ToUtf8(event.EmailableNo)});
         Add({"  machine name", ToUtf8(event.MachineName)});

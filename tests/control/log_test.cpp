@@ -65,7 +65,8 @@ TEST_F(LogCommands, SayWhatStandsInTheWay) {
         {{"create", "--schema", folder / "none.sql"}, 66, "--schema"},
         {{"create", "--schema", settings}, 73, "cannot be made"},
         {{"tail", "--once"}, 66, "tarnexctl log create"},
-        {{"tail", settings}, 77, "cannot be read"},
+        {{"tail", settings}, 74, "is not an SQLite database"},
+        {{"tail", folder.Path()}, 66, "name a file"},
         {{"tail", "--lines", "many"}, 64, "--lines"},
         {{"create", "--shcema", "x"}, 64, "did you mean \"--schema\"?"},
     };

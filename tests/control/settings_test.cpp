@@ -127,6 +127,13 @@ TEST_F(SettingsCommands, WarnsOfADangerousChange) {
     EXPECT_EQ(Run({"settings", "unset", "alarm-number-2"}), 0);
     EXPECT_TRUE(Says("EVERYBODY MAY COMMAND BY SMS"));
     EXPECT_TRUE(Warns("warning: alarm-number-2 is empty"));
+    for (const auto& [name, value] : std::map<std::string, std::string>{
+             {"quiet-time", "on"}, {"quiet-monday", "on"}, {"quiet-monday-from", "05:00"}}) {
+        EXPECT_EQ(Run({"settings", "set", name, value}), 0);
+    }
+    EXPECT_EQ(Run({"settings", "set", "quiet-monday-to", "04:00"}), 0);
+    EXPECT_TRUE(Warns("warning: quiet-monday-from is later than quiet-monday-to"));
+    EXPECT_FALSE(Warns("alarm-number-2")); // nothing new
     EXPECT_EQ(Run({"settings", "set", "sms-to-number-1", "1"}), 0);
     EXPECT_EQ(err.str(), "");
 }
@@ -176,7 +183,16 @@ TEST_F(SettingsCommands, WithoutRightsSaysSo) {
     EXPECT_TRUE(InChild(true, [&] { return Run({"settings", "list"}) == 77; }));
     chmod(settings.c_str(), 0644);
     chmod(folder.Path().c_str(), 0755);
-    EXPECT_TRUE(InChild(true, [&] { return Run({"settings", "set", "link-0", "off"}) == 73; }));
+    EXPECT_TRUE(InChild(true, [&] { return Run({"settings", "set", "link-0", "off"}) == 77; }));
+    world.settings_path = folder.Path();
+    EXPECT_EQ(Run({"settings", "list"}), 66);
+    Error();
+}
+
+TEST_F(SettingsCommands, AnOutputThatCannotBeWrittenIsNoSuccess) {
+    out.setstate(std::ios::badbit); // a full disk
+    EXPECT_EQ(Run({"settings", "list"}), 74);
+    Error();
 }
 
 } // namespace

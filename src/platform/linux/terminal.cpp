@@ -2,7 +2,9 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <tuple>
 
+#include <fcntl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -33,6 +35,12 @@ class WithoutEcho {
 };
 
 } // namespace
+
+void OccupyStandardStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(stream, F_GETFD) < 0)
+            std::ignore = open("/dev/null", O_RDONLY); // takes the lowest number that is free
+}
 
 bool StandardOutputIsTerminal() {
     return isatty(STDOUT_FILENO) == 1;

@@ -5,6 +5,10 @@
 
 namespace tarnex {
 
+// Keeps files that are opened later from taking the place of a standard stream that the process was
+// started without: writing to that one then fails.
+void OccupyStandardStreams();
+
 // Whether a person reads that stream of the process, and colours may be used on it.
 bool StandardOutputIsTerminal();
 bool StandardErrorIsTerminal();

@@ -16,6 +16,21 @@ namespace {
 
 constexpr int kPatienceMs = 2000; // for another program's lock
 
+struct Explanation {
+    int code;
+    const char* text;
+};
+// clang-format off
+constexpr Explanation kExplanations[] = {
+    {SQLITE_BUSY,     "is locked by another program: end what keeps it locked"},
+    {SQLITE_READONLY, "needs files beside it that only its users may make: run this as root or as the user of the service"},
+    {SQLITE_CANTOPEN, "cannot be opened: run this as root or as the user of the service"},
+    {SQLITE_NOTADB,   "is not an SQLite database: name another file"},
+    {SQLITE_ERROR,    "has no table \"Log\": name another file, or make one with \"tarnexctl log create\""},
+    {SQLITE_CORRUPT,  "is damaged: move it away and make a new one with \"tarnexctl log create\""},
+};
+// clang-format on
+
 struct CloseDatabase {
     void operator()(sqlite3* database) const { sqlite3_close(database); }
 };
@@ -68,6 +83,16 @@ struct LogReader::Connection {
         return Statement(statement);
     }
 
+    std::string Problem() const {
+        const int code = sqlite3_errcode(database.get());
+        if (code == SQLITE_OK || code == SQLITE_DONE)
+            return "";
+        const auto known = std::ranges::find(kExplanations, code & 0xFF, &Explanation::code);
+        return known != std::end(kExplanations)
+                   ? known->text
+                   : std::string("cannot be read: ") + sqlite3_errmsg(database.get());
+    }
+
     // The rows of a statement of which column 0 is the id.
     static std::optional<std::vector<StoredLogRow>> Run(sqlite3_stmt* statement,
                                                         std::int64_t argument) {
@@ -101,12 +126,22 @@ std::string LogReader::Open(const std::string& path) {
     connection->database = OpenDatabase(path, SQLITE_OPEN_READONLY);
     connection->last =
         connection->Prepare("SELECT rowid, * FROM \"Log\" ORDER BY rowid DESC LIMIT ?");
+    if (!connection->last)
+        return connection->Problem();
     connection->after =
         connection->Prepare("SELECT rowid, * FROM \"Log\" WHERE rowid > ? ORDER BY rowid");
-    if (!connection->last || !connection->after)
-        return sqlite3_errmsg(connection->database.get());
+    if (!connection->after)
+        return connection->Problem();
     connection_ = std::move(connection);
     return "";
+}
+
+std::string LogReader::Problem() const {
+    return connection_->Problem();
+}
+
+bool LogReader::LockedOut() const {
+    return sqlite3_errcode(connection_->database.get()) == SQLITE_BUSY;
 }
 
 std::optional<std::vector<StoredLogRow>> LogReader::Last(int count) const {

@@ -28,9 +28,13 @@ class LogReader {
     LogReader& operator=(LogReader&&) noexcept;
     ~LogReader();
 
-    // "" when the file can be read, else what stands in the way, in words for an operator.
+    // "" when the file can be read, else what stands in the way, to follow its name: "is damaged".
     std::string Open(const std::string& path);
-    // The last rows, oldest first; nothing when the file cannot be read any more.
+    // The same about the last reading.
+    std::string Problem() const;
+    // The last reading failed only since another program kept the file locked for 2 s.
+    bool LockedOut() const;
+    // The last rows, oldest first; nothing when the file cannot be read.
     std::optional<std::vector<StoredLogRow>> Last(int count) const;
     // All rows behind that id, oldest first; the same.
     std::optional<std::vector<StoredLogRow>> After(std::int64_t id) const;
