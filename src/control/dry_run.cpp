@@ -23,7 +23,7 @@ class DryRun {
           monitor_(system_.clock, system_.network, system_.code_page, {.name = u"monitor"}) {
         ServeMail();
         system_.unit.OnSent([this](const SentSms& sms) { NoteSent(sms); });
-        mail_sink_.OnMail = [this](const ReceivedMail&) { ++result_.mails; };
+        mail_sink_.OnMail = [this](const ReceivedMail& mail) { NoteMail(mail); };
     }
 
     DryRunResult Run(int days, const std::vector<PlannedAlarm>& alarms,
@@ -70,7 +70,7 @@ class DryRun {
                              .text = why.text,
                              .held_back = {},
                              .sms_queued = why.queued,
-                             .mail = why.mail.taken};
+                             .mail_queued = why.mail.taken};
         if (why.queued == 0)
             for (const auto& sms : why.sms)
                 for (const std::string& reason : sms.reasons)
@@ -86,6 +86,16 @@ class DryRun {
                                              .queued_at = system_.clock.Now()});
         result_.alarms.push_back(std::move(outcome));
         monitor_.SendEvent(event);
+    }
+
+    void NoteMail(const ReceivedMail& mail) {
+        ++result_.mails;
+        const auto sent = std::ranges::find_if(result_.alarms, [&](const AlarmOutcome& alarm) {
+            return alarm.mail_queued && !alarm.mail_sent &&
+                   mail.content.find(system_.code_page.Encode(alarm.text)) != std::string::npos;
+        });
+        if (sent != result_.alarms.end())
+            sent->mail_sent = true;
     }
 
     void NoteSent(const SentSms& sms) {

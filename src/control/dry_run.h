@@ -16,13 +16,14 @@ struct AlarmOutcome {
     std::size_t sms_queued = 0;
     std::size_t sms_sent = 0;
     Duration wait{}; // until the last SMS was sent
-    bool mail = false;
+    bool mail_queued = false;
+    bool mail_sent = false;
 };
 
 struct DryRunResult {
     std::vector<AlarmOutcome> alarms;
     std::size_t other_sms = 0; // about the monitoring program
-    std::size_t mails = 0;
+    std::size_t mails = 0; // that were sent, others included
     std::size_t log_rows = 0;
     std::vector<std::string> said; // what the service would tell an operator, each once
     bool ended = false;            // the service ended at once: the settings do not let it run

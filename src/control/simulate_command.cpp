@@ -85,11 +85,16 @@ Cell SmsCell(const AlarmOutcome& alarm) {
     return {sent, Colour::kGood};
 }
 
+Cell MailCell(const AlarmOutcome& alarm) {
+    if (!alarm.mail_queued)
+        return "no mail";
+    return alarm.mail_sent ? Cell("mail", Colour::kGood) : Cell("mail not sent", Colour::kBad);
+}
+
 void Print(const ControlWorld& world, const DryRunResult& result, const SimulateOptions& options) {
     TextTable table;
     for (const AlarmOutcome& alarm : result.alarms)
-        table.Add({MomentText(alarm.at), SmsCell(alarm), alarm.mail ? "mail" : "no mail",
-                   ToUtf8(alarm.text)});
+        table.Add({MomentText(alarm.at), SmsCell(alarm), MailCell(alarm), ToUtf8(alarm.text)});
     table.Print(world);
     const Totals totals = TotalsOf(result);
     world.out << '\n'
@@ -131,7 +136,8 @@ void PrintJson(const ControlWorld& world, const DryRunResult& result,
                                   {"sms_sent", alarm.sms_sent},
                                   {"wait_seconds", Seconds(alarm.wait)},
                                   {"held_back", alarm.held_back},
-                                  {"mail", alarm.mail}});
+                                  {"mail_queued", alarm.mail_queued},
+                                  {"mail_sent", alarm.mail_sent}});
     world.out << json.dump(2) << '\n';
 }
 

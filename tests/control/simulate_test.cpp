@@ -55,7 +55,7 @@ TEST_F(Simulation, EveryAlarmLeavesOnTheWaysThatTheSettingsGive) {
     ASSERT_EQ(result.alarms.size(), 5u);
     for (const AlarmOutcome& alarm : result.alarms) {
         EXPECT_EQ(alarm.sms_sent, 4u);
-        EXPECT_TRUE(alarm.mail);
+        EXPECT_TRUE(alarm.mail_sent);
     }
     EXPECT_GE(result.alarms[0].wait, 3 * 8s); // a send of the queue each 8 s at most
     EXPECT_EQ(result.mails, 5u);
@@ -77,6 +77,7 @@ TEST_F(Simulation, QuietTimeHoldsBack) {
         EXPECT_EQ(result.alarms[i].held_back.size(), quiet ? 1u : 0u);
     }
     EXPECT_EQ(result.mails, 0u);
+    EXPECT_TRUE(result.alarms[0].mail_queued && !result.alarms[0].mail_sent);
     EXPECT_EQ(result.said.size(), 1u); // mails have nowhere to go
 }
 
