@@ -16,9 +16,14 @@ constexpr std::size_t kLongestName = 15; // that the system keeps
 bool ProcessRuns(long process, const std::string& program) {
     if (process <= 0 || (kill(static_cast<pid_t>(process), 0) != 0 && errno != EPERM))
         return false;
-    std::ifstream file("/proc/" + std::to_string(process) + "/comm");
-    std::string name;
-    return !std::getline(file, name) || name == program.substr(0, kLongestName);
+    // "4711 (tarnexcomm) S ..."; Z: it has ended, and nobody has asked how.
+    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+    std::string line;
+    if (!std::getline(file, line))
+        return true;
+    const std::string begin =
+        std::to_string(process) + " (" + program.substr(0, kLongestName) + ") ";
+    return line.starts_with(begin) && !line.substr(begin.size()).starts_with('Z');
 }
 
 } // namespace tarnex
