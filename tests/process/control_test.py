@@ -1,0 +1,145 @@
+"""The operator's command beside a running service."""
+
+import json
+import os
+import subprocess
+import unittest
+
+import harness
+from harness import NOBODY, READY, Program, Site
+
+FIRST, SECOND, OTHER = "13900000001", "13900000002", "13900000009"
+ANSWERS = ["--number-1", FIRST, "--number-2", SECOND]
+ANSWERS += ["--sms-centre", "+8613800100500", "--mail-server", "none"]
+# Long enough for two pieces.
+ALARM = "1031010srv{[b^k^]}" + "98% of all that a processor can do for so long that people notice"
+
+
+class ControlSite(Site):
+    """A place where nothing is yet, for an operator to begin."""
+
+    def __init__(self, test):
+        super().__init__(test, log=False)
+        os.remove(self.settings)
+        os.rmdir(self.path("system"))
+        self.status = self.path("status.json")
+
+    def environment(self):
+        return super().environment() | {"TARNEXCOMM_STATUS": self.status}
+
+    def start(self, *arguments):
+        """tarnexctl with work that does not end by itself."""
+        program = harness.programs + "/tarnexctl"
+        return Program(self._test, program, arguments, env=self.environment())
+
+    def run(self, *arguments, before=(), stdout=subprocess.PIPE):
+        """tarnexctl, started by the program before."""
+        return subprocess.run(
+            [*before, harness.programs + "/tarnexctl", *arguments],
+            env=self.environment(),
+            stdin=subprocess.DEVNULL,
+            stdout=stdout,
+            stderr=subprocess.PIPE,
+            encoding="utf-8",
+            timeout=harness.LIMIT,
+        )
+
+    def ctl(self, *arguments):
+        """What tarnexctl prints when all is well."""
+        result = self.run(*arguments)
+        self._test.assertEqual((result.returncode, result.stderr), (0, ""), arguments)
+        return result.stdout
+
+    def ask(self, *arguments):
+        return json.loads(self.ctl(*arguments, "--json"))
+
+    def set_up(self):
+        self.ctl("setup", "--port", self.path("unit"), *ANSWERS)
+        # The usual address may be another service's.
+        self.ctl("settings", "set", "bind-address", self.address)
+
+
+class Control(unittest.TestCase):
+    def fails(self, status, text, result):
+        """It ended so and said why in one line."""
+        self.assertEqual(result.returncode, status, result.stderr)
+        self.assertEqual(result.stderr.count("\n"), 1, result.stderr)
+        self.assertIn(text, result.stderr)
+
+    def test_the_first_start(self):
+        site = ControlSite(self)
+        site.set_up()
+        self.assertEqual(site.run("settings", "check").returncode, 0)
+        self.fails(69, "systemctl start tarnexcomm", site.run("status"))
+        self.assertIn("\ntarnexcomm_up 0\n", site.ctl("metrics"))
+
+        unit = site.unit("--sms-seconds", "1")
+        service = site.service()
+        watch = site.start("status", "--watch")
+        tail = site.start("log", "tail")
+        monitor = site.monitor()
+        monitor.greet("门卫")
+        monitor.wait_for(READY)
+        watch.wait_for("11 of 11 start-up steps done")
+        self.assertTrue(watch.said("being searched for"))
+        status = site.ask("status")
+        self.assertEqual(status["pid"], service.pid)
+        self.assertEqual((status["unit"]["port"], status["unit"]["steps"]), (1, "1" * 11))
+        self.assertEqual((status["links"][0]["connected"], status["links"][0]["name"]), (True, "门卫"))
+        collected = site.path("tarnexcomm.prom")
+        site.ctl("metrics", "--output", collected)
+        with open(collected, encoding="utf-8") as file:
+            self.assertIn('tarnexcomm_unit_state{state="ready"} 1\n', file.read())
+
+        self.what_why_says_is_sent(site, unit, monitor, watch, tail)
+
+        site.ctl("settings", "set", "alarm-number-1", OTHER)
+        unit.wait_for(f"command: WRNO1({OTHER})")
+        service.kill()
+        self.fails(69, f"process {service.pid} has gone", site.run("status"))
+        self.assertIn("\ntarnexcomm_up 0\n", site.ctl("metrics"))
+        watch.wait_for(f"process {service.pid} has gone")
+
+    def what_why_says_is_sent(self, site, unit, monitor, watch, tail):
+        why = site.ask("why", ALARM)
+        self.assertEqual((len(why["pieces"]), why["sms_in_all"]), (2, 4))
+        monitor.send("txSendSMS" + ALARM)
+        watch.wait_for("sent 4, given up 0")
+        told = [
+            f"SMS to number {sms['recipient']} ({sms['number']}): {piece}"
+            for piece in why["pieces"]
+            for sms in why["sms"]
+            if sms["taken"]
+        ]
+        sent = [line[line.index("SMS to number") :] for line in unit.said("SMS to number")]
+        self.assertEqual(sent, told)
+        self.assertIn("  " + why["text"], tail.wait_for(why["text"]))
+        row = json.loads(site.ctl("log", "tail", "--once", "--json").splitlines()[-1])
+        self.assertEqual((row["message"], row["by_sms"]), (why["text"], "Yes"))
+
+    def test_what_stands_in_the_way(self):
+        site = ControlSite(self)
+        self.fails(66, "tarnexctl setup", site.run("settings", "list"))
+        self.fails(64, "missing: --port", site.run("setup"))
+        site.set_up()
+        with open("/dev/full", "w", encoding="ascii") as full:
+            for command in (["settings", "list"], ["metrics"], ["--help"], ["simulate", "--days", "1"]):
+                self.fails(74, "standard output", site.run(*command, stdout=full))
+        # No file that is written may take the place of a closed output.
+        wanted = site.read_settings().replace("Check1(9)=1", "Check1(9)=0")
+        closed = ["sh", "-c", '"$@" >&-', "sh"]
+        self.fails(74, "standard output", site.run("settings", "set", "link-1", "off", before=closed))
+        self.assertEqual(site.read_settings(), wanted)
+
+        if os.geteuid() != 0:
+            return  # only root can play two users
+        stranger = ["setpriv", f"--reuid={NOBODY}", f"--regid={NOBODY}", "--clear-groups"]
+        for command in (["settings", "list"], ["why", ALARM], ["simulate"], ["log", "tail"]):
+            self.fails(77, "run this as root", site.run(*command, before=stranger))
+        os.chmod(site.settings, 0o644)
+        change = ["settings", "set", "link-1", "on"]
+        self.fails(77, "run this as root", site.run(*change, before=stranger))
+        self.fails(69, "does not run", site.run("status", before=stranger))
+
+
+harness.run(Control)
