@@ -2,11 +2,14 @@
 #include "control/file_access.h"
 #include "control/setting_value.h"
 #include "control/settings_check.h"
+#include "control/settings_file.h"
 #include "control/setup_questions.h"
 #include "control/text_output.h"
 #include "platform/linux/folder_owner.h"
 #include "platform/sqlite/log_database.h"
 
+#include <algorithm>
+#include <array>
 #include <filesystem>
 #include <ostream>
 
@@ -89,20 +92,33 @@ void MakeFolders(const fs::path& folder) {
 
 void KeepOld(const std::string& path) {
     std::error_code error;
-    fs::copy_file(path, path + ".old", fs::copy_options::overwrite_existing, error);
+    const std::string old = path + ".old";
+    fs::copy_file(path, old, fs::copy_options::overwrite_existing, error);
     if (error)
-        throw CannotWrite("copy " + path + ".old", error);
+        throw CannotWrite("copy " + old, error);
+    GiveToFolderOwner(old);
 }
 
-void WriteSettings(const std::string& path, const std::string& content, bool force) {
+// Whether nobody has set the system up yet: the numbers are the place-holders of the sample, which
+// the package puts there so that the service starts.
+bool StillTheSample(const std::string& path, const std::string& sample_path) {
+    const SettingsFile present(path);
+    const SettingsFile sample(sample_path);
+    return std::ranges::all_of(
+        std::array{"alarm-number-1", "alarm-number-2"}, [&](const char* name) {
+            return present.Value(*FindSetting(name)) == sample.Value(*FindSetting(name));
+        });
+}
+
+void WriteSettings(const std::string& path, const std::string& content, bool replace) {
     MakeFolders(fs::path(path).parent_path());
-    if (force && Exists(path))
+    if (replace && Exists(path))
         KeepOld(path);
     bool stands_there = false;
     FileSettingsStore store(path);
     const bool written =
         store.Update([&](const std::string& present) -> std::optional<std::string> {
-            stands_there = !present.empty() && !force;
+            stands_there = !present.empty() && !replace;
             return stands_there ? std::nullopt : std::optional(content);
         });
     if (stands_there)
@@ -130,8 +146,7 @@ void SayWhatIsNext(const ControlWorld& world) {
     for (const Finding& finding : CheckSettings(file))
         world.out << "note: " << finding.name << " " << finding.text << '\n';
     world.out << "\nNext:\n"
-                 "  systemctl enable --now tarnexcomm   starts the service, now and with the "
-                 "machine\n"
+                 "  systemctl restart tarnexcomm        starts the service with these settings\n"
                  "  tarnexctl status --watch            the unit is ready about 30 seconds after "
                  "the start\n"
                  "  tarnex-monitor notify --service cpu --state abnormal\n"
@@ -143,9 +158,11 @@ void SayWhatIsNext(const ControlWorld& world) {
 
 ExitStatus Setup(ControlWorld& world, const SetupOptions& options) {
     const std::string& path = world.settings_path;
-    if (Exists(path) && !options.force)
+    const std::string sample_path = world.data_folder + "/Tarnex.ini.sample";
+    const std::string sample = ReadData(sample_path);
+    const bool replace = options.force || (Exists(path) && StillTheSample(path, sample_path));
+    if (Exists(path) && !replace)
         RefuseToOverwrite(path);
-    const std::string sample = ReadData(world.data_folder + "/Tarnex.ini.sample");
     const std::string schema = ReadData(world.data_folder + "/log-schema.sql");
     const std::string log_path =
         options.log_path.empty()
@@ -156,7 +173,7 @@ ExitStatus Setup(ControlWorld& world, const SetupOptions& options) {
         throw Failure(kExitData, "--log-database: \"" + log_path + "\" " + wrong);
 
     const SetupAnswers answers = AskQuestions(world, options.answers);
-    WriteSettings(path, Content(sample, answers, log_path), options.force);
+    WriteSettings(path, Content(sample, answers, log_path), replace);
     world.out << "wrote the settings " << path << '\n';
     MakeLog(world, log_path, schema);
     SayWhatIsNext(world);

@@ -141,5 +141,15 @@ TEST_F(Setup, RefusesWrongAnswersAndOldFiles) {
     EXPECT_TRUE(Says("kept the log"));
 }
 
+TEST_F(Setup, TakesThePlaceOfASampleThatNobodyHasSetUp) {
+    fs::create_directories(folder / "base/system");
+    const std::string untouched = FileContent(TARNEX_PACKAGING "/Tarnex.ini.sample") + "[X]\n";
+    WriteFile(world.settings_path, untouched);
+    EXPECT_EQ(Run(kAllFlags), 0) << err.str();
+    EXPECT_EQ(Setting("alarm-number-1"), "13900000001");
+    EXPECT_EQ(FileContent(world.settings_path + ".old"), untouched);
+    EXPECT_EQ(Run(kAllFlags), 73) << "these are somebody's";
+}
+
 } // namespace
 } // namespace tarnex
