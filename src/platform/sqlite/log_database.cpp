@@ -8,6 +8,7 @@
 #include <filesystem>
 
 #include <sqlite3.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace tarnex {
@@ -15,6 +16,7 @@ namespace tarnex {
 namespace {
 
 constexpr int kPatienceMs = 2000; // for another program's lock
+constexpr mode_t kMode = 0640;    // people's messages; who may read the settings may read them
 
 struct Explanation {
     int code;
@@ -66,7 +68,8 @@ std::string CreateLogDatabase(const std::string& path, const std::string& schema
     std::string problem = Build(draft, schema);
     if (problem.empty())
         problem = SqliteLogTable().Open(FromUtf8(draft)); // the service must be able to use it
-    if (problem.empty() && link(draft.c_str(), path.c_str()) != 0)
+    if (problem.empty() &&
+        (chmod(draft.c_str(), kMode) != 0 || link(draft.c_str(), path.c_str()) != 0))
         problem = std::strerror(errno);
     std::filesystem::remove(draft, error);
     return problem.empty() ? "" : path + " cannot be made: " + problem;

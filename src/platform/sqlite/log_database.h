@@ -10,8 +10,8 @@
 namespace tarnex {
 
 // Makes a log database by a schema (SQL text). It appears at path complete or not at all, and never
-// in the place of an existing file. "" when that succeeds, else what stands in the way, in words
-// for an operator.
+// in the place of an existing file. Its owner may write to it and its group may read it. "" when
+// that succeeds, else what stands in the way, in words for an operator.
 std::string CreateLogDatabase(const std::string& path, const std::string& schema);
 
 // A row of the table "Log" as text by position, 0 to 12; nothing for NULL.
