@@ -28,7 +28,7 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_SERVICE_PACKAGE_NAME tarnexcomm)
 set(CPACK_DEBIAN_SERVICE_PACKAGE_SECTION comm)
 set(CPACK_DEBIAN_SERVICE_PACKAGE_DEPENDS
-    "systemd | systemd-standalone-sysusers | systemd-sysusers, sqlite3")
+    "systemd | systemd-standalone-sysusers | systemd-sysusers")
 set(CPACK_DEBIAN_SERVICE_DESCRIPTION
 "service beside a GSM alarm unit on a serial port
 TarnexComm keeps up a GSM alarm unit on a serial port and tells local
