@@ -2,11 +2,12 @@
 
 What takes long is kept in a cache folder for the next time; what a test does to the system is kept
 in memory, and nobody else sees it. Where there can be no such system (only the superuser can make
-one) the test is skipped.
+one) the tests are skipped.
 """
 
 import ctypes
 import fcntl
+import glob
 import hashlib
 import os
 import pathlib
@@ -26,15 +27,18 @@ def skip(reason):
     raise unittest.SkipTest(reason)
 
 
-def main():
-    """Runs the tests of the program; exit status SKIPPED when one of them could not run."""
-    if os.geteuid() != 0:
-        print("SKIPPED: only the superuser can make a system of its own")
-        sys.exit(SKIPPED)
-    result = unittest.main(argv=sys.argv[:1], exit=False).result
+def main(tests, names):
+    """Runs the named tests, or all; exit status SKIPPED when one of them could not run."""
+    names = [f"{tests.__name__}.{name}" for name in names]
+    result = unittest.main(argv=[sys.argv[0], *names], exit=False).result
     for _, reason in result.skipped:
         print("SKIPPED:", reason)
     sys.exit(1 if not result.wasSuccessful() else SKIPPED if result.skipped else 0)
+
+
+def find_package(folder, name):
+    (deb,) = glob.glob(f"{folder}/{name}_*.deb")
+    return deb
 
 
 def needed_packages(deb):
@@ -63,7 +67,7 @@ def make_base(base, packages):
     release = platform.freedesktop_os_release()["VERSION_CODENAME"]
     if not shutil.which("debootstrap", path=ENVIRONMENT["PATH"]):
         skip("debootstrap is not installed")
-    half_made = base.with_suffix(".half-made")
+    half_made = base.with_suffix(".new")
     shutil.rmtree(half_made, ignore_errors=True)
     result = subprocess.run(
         ["debootstrap", "--variant=minbase", "--include=" + ",".join(packages), release, half_made, own_mirror(release)],
@@ -72,6 +76,8 @@ def make_base(base, packages):
         stderr=subprocess.STDOUT,
         text=True,
     )
+    if "Couldn't find these debs" in result.stdout:
+        raise AssertionError(result.stdout)
     if result.returncode != 0:
         skip("debootstrap failed: " + result.stdout.strip().rpartition("\n")[2])
     for archive in (half_made / "var/cache/apt/archives").glob("*.deb"):
@@ -85,6 +91,8 @@ def mount(kind, options, where):
 
 def hide_mounts():
     """What this process mounts from now on is seen by it and its children, and goes with them."""
+    if os.geteuid() != 0:
+        skip("only the superuser can make a system of its own")
     new_namespace = 0x00020000
     libc = ctypes.CDLL(None, use_errno=True)
     if libc.unshare(new_namespace) != 0:
@@ -96,15 +104,15 @@ class CleanRoot:
     """A fresh system with the given packages, in the folder path, until it is closed."""
 
     def __init__(self, cache, packages):
+        hide_mounts()
         cache = pathlib.Path(cache).resolve()
         cache.mkdir(parents=True, exist_ok=True)
         packages = sorted(set(packages))
         base = cache / ("base-" + hashlib.sha256(" ".join(packages).encode()).hexdigest()[:12])
-        with open(cache / "lock", "w") as lock:
+        with open(base.with_suffix(".lock"), "w") as lock:
             fcntl.flock(lock, fcntl.LOCK_EX)
             if not base.exists():
                 make_base(base, packages)
-        hide_mounts()
         self.own = tempfile.mkdtemp()
         mount("tmpfs", "mode=755", self.own)
         self.path = pathlib.Path(self.own, "root")

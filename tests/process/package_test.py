@@ -1,6 +1,6 @@
 """The Debian package in a clean system: installed, upgraded, removed and purged.
 
-Usage: package_test.py PACKAGE_BUILDER CACHE_FOLDER
+Usage: package_test.py PACKAGE_FOLDER CACHE_FOLDER [TEST...]
 """
 
 import contextlib
@@ -17,9 +17,9 @@ import sys
 import tempfile
 import unittest
 
-from clean_root import CleanRoot, needed_packages, main
+from clean_root import CleanRoot, find_package, main, needed_packages
 
-BUILDER, CACHE = sys.argv[1:3]
+PACKAGES, CACHE = sys.argv[1:3]
 STATE = "var/lib/tarnexcomm"
 SETTINGS = f"{STATE}/system/Tarnex.ini"
 LOG = f"{STATE}/log.db"
@@ -27,10 +27,6 @@ ENABLED = "etc/systemd/system/multi-user.target.wants/tarnexcomm.service"
 
 # What the package managers themselves write down.
 BOOK_KEEPING = re.compile(r"/(proc|tmp|var/(cache|log|lib/dpkg)|etc/(passwd|group|shadow|gshadow)-|etc/\.pwd\.lock)(/|$)")
-
-
-def build_packages():
-    return subprocess.run([BUILDER], check=True, stdout=subprocess.PIPE, text=True).stdout.split()
 
 
 def next_version(deb, folder):
@@ -68,12 +64,8 @@ def inventory(root):
 
 
 class Package(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.debs = build_packages()
-        cls.deb = next(deb for deb in cls.debs if "tarnexcomm_" in deb)
-
     def setUp(self):
+        self.deb = find_package(PACKAGES, "tarnexcomm")
         self.root = CleanRoot(CACHE, needed_packages(self.deb))
         self.addCleanup(self.root.close)
 
@@ -156,6 +148,32 @@ class Package(unittest.TestCase):
         self.root.run("dpkg", "--remove", "tarnexcomm")
         self.assertFalse(own_unit.exists())
 
+    def test_what_is_installed_works(self):
+        self.install(self.deb)
+        completions = self.path("usr/share/bash-completion/completions")
+        for program in self.path("usr/bin").glob("tarnex*"):
+            with self.subTest(program.name):
+                section = "8" if program.name in ("tarnexcomm", "tarnexctl") else "1"
+                subprocess.run(
+                    ["mman", "-M", self.path("usr/share/man"), "-w", section, program.name],
+                    check=True,
+                    capture_output=True,
+                )
+                if program.name != "tarnexcomm":
+                    self.assertIn("1.", self.root.run(program.name, "--version"))
+                    load = f'. "/{completions.relative_to(self.root.path)}/$1" && complete -p "$1"'
+                    self.assertIn(program.name, self.root.run("bash", "-c", load, "bash", program.name))
+
+    def test_the_first_command_sets_it_up(self):
+        self.install(self.deb)
+        self.path(LOG).unlink()
+        numbers = ("--number-1", "13900000001", "--number-2", "13900000002", "--sms-centre", "+8613800100500")
+        self.root.run("tarnexctl", "setup", "--port", "search", *numbers, "--mail-server", "none")
+        self.assert_installed()
+        self.assertEqual(self.log_rows(), [])
+        self.root.run("tarnexctl", "settings", "check")
+        self.assertEqual(self.root.run("tarnexctl", "settings", "get", "alarm-number-1"), "13900000001\n")
+
     def test_the_service_needs_nothing_but_its_package(self):
         """No unit, no mail server, no network, not even a loopback; only the default settings."""
         self.install(self.deb)
@@ -171,4 +189,4 @@ class Package(unittest.TestCase):
             self.assertEqual(manager.recv(100), b"READY=1")
 
 
-main()
+main(Package, sys.argv[3:])

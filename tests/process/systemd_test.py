@@ -1,22 +1,20 @@
 """The packaged service under systemd, with all that its unit takes away from it.
 
-Usage: systemd_test.py PACKAGE_BUILDER CACHE_FOLDER
+Usage: systemd_test.py PACKAGE_FOLDER CACHE_FOLDER [TEST...]
 """
 
 import pathlib
 import re
-import subprocess
 import sys
 import unittest
 
-from clean_root import needed_packages, main
+from clean_root import find_package, main, needed_packages
 from running_system import RunningSystem
 
-BUILDER, CACHE = sys.argv[1:3]
+PACKAGES, CACHE = sys.argv[1:3]
 SETTINGS = "var/lib/tarnexcomm/system/Tarnex.ini"
 
-# Quicker than a test could wait for otherwise; everything else is as the package has it.
-DROP_IN = "[Service]\nWatchdogSec=2s\nRestartSec=0\n"
+UNIT_FOLDERS = ("etc/systemd/system", "usr/lib/systemd/system")
 
 WANTED = {
     r";COM20=.*": "COM20=/srv/unit",
@@ -30,12 +28,12 @@ WANTED = {
 
 class Service(unittest.TestCase):
     def setUp(self):
-        debs = subprocess.run([BUILDER], check=True, stdout=subprocess.PIPE, text=True).stdout.split()
-        deb = next(deb for deb in debs if "tarnexcomm_" in deb)
-        self.system = RunningSystem(CACHE, needed_packages(deb))
+        debs = [find_package(PACKAGES, name) for name in ("tarnexcomm", "tarnexcomm-view")]
+        needed = {package for deb in debs for package in needed_packages(deb)} - {"tarnexcomm"}
+        self.system = RunningSystem(CACHE, needed)
         self.addCleanup(self.system.close)
         (self.system.path / "etc/hosts").write_text("127.0.0.1 localhost mail-server\n")
-        self.system.run("dpkg", "--install", self.system.copy_in(deb))
+        self.system.run("dpkg", "--install", *map(self.system.copy_in, debs))
 
     def log(self, program):
         return pathlib.Path(self.system.own, program)
@@ -76,10 +74,11 @@ class Service(unittest.TestCase):
         self.system.wait_for((self.system.path / "srv/unit").is_symlink, "the unit's line")
         self.system.run("sh", "-c", "chgrp dialout /srv/unit && chmod 660 /srv/unit")
 
-    def hurry(self):
-        drop_in = self.system.path / "etc/systemd/system/tarnexcomm.service.d/quick.conf"
-        drop_in.parent.mkdir()
-        drop_in.write_text(DROP_IN)
+    def drop_in(self, name, lines):
+        """Everything else is as the package has it."""
+        file = self.system.path / f"etc/systemd/system/tarnexcomm.service.d/{name}.conf"
+        file.parent.mkdir()
+        file.write_text("[Service]\n" + lines)
         self.system.run("systemctl", "daemon-reload")
 
     def test_the_service_does_its_work_within_its_limits(self):
@@ -97,8 +96,7 @@ class Service(unittest.TestCase):
         self.system.run("tarnex-monitor", "notify", "--service", "cpu", "--state", "abnormal")
         self.wait_for_line("tarnex-sim", "(13900000001): 设备1")
         self.wait_for_line("tarnex-mail-sink", "-- end of mail")
-        rows = self.system.run("sqlite3", "/var/lib/tarnexcomm/log.db", 'SELECT Direction, Event FROM "Log"')
-        self.assertIn("Out|CPU", rows)
+        self.assertIn('"event":"CPU', self.system.run("tarnexctl", "log", "tail", "--once", "--json"))
 
         # A service that has to be killed after its time would be said to have failed.
         self.system.run("systemctl", "stop", "tarnexcomm")
@@ -106,7 +104,7 @@ class Service(unittest.TestCase):
         self.wait_for_line("tarnex-monitor", "tx-SMSEnd")
 
     def test_a_hanging_service_is_started_again(self):
-        self.hurry()
+        self.drop_in("quick", "WatchdogSec=2s\nRestartSec=0\n")  # quicker than a test could wait for
         self.system.run("systemctl", "restart", "tarnexcomm")
         hanging = self.property("MainPID")
         self.system.run("systemctl", "kill", "--signal=STOP", "tarnexcomm")
@@ -114,10 +112,33 @@ class Service(unittest.TestCase):
         self.system.wait_for(lambda: self.property("ActiveState") == "active", "the service is ready again")
         self.assertNotEqual(self.property("MainPID"), hanging)
 
+    def test_it_starts_with_nothing_and_listens_when_it_is_ready(self):
+        (self.system.path / "var/lib/tarnexcomm/log.db").unlink()
+        self.system.run("systemctl", "restart", "tarnexcomm")
+        self.assertEqual(self.property("ActiveState"), "active")
+        sockets = self.system.run("cat", f"/proc/{self.property('MainPID')}/net/udp")
+        for port in range(7840, 7845):
+            self.assertIn(f" 0100007F:{port:04X} ", sockets)
+
+    def test_the_windows_are_found_where_they_are_installed(self):
+        self.system.run("tarnexctl", "settings", "set", "debug-mode", "on")
+        self.drop_in("display", "Environment=DISPLAY=:9\n")
+        self.system.run("systemctl", "restart", "tarnexcomm")
+        self.system.wait_for(lambda: "no window can be shown" in self.journal(), "a window was tried")
+        self.assertIn('the display ":9" does not let us in', self.journal())
+
+    def test_its_own_unit_is_that_of_the_package(self):
+        self.system.run("tarnexcomm", "/i")
+        own, packaged = (self.system.path / folder / "tarnexcomm.service" for folder in UNIT_FOLDERS)
+        self.assertEqual(own.read_text().partition("\n[X-Parameters]")[0], packaged.read_text())
+        self.system.run("tarnexcomm", "/u")
+        self.assertFalse(own.exists())
+        self.assertEqual(self.property("UnitFileState"), "disabled")
+
     def test_an_ending_machine_does_not_announce_the_end_of_the_service(self):
         self.listen()
         self.system.switch_off()
         self.assertNotIn("tx-SMSEnd", self.log("tarnex-monitor").read_text())
 
 
-main()
+main(Service, sys.argv[3:])
