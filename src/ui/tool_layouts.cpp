@@ -107,12 +107,12 @@ Layout FlasherLayout() {
 // Debug output stands on the right, in what the window is widened by for it.
 Layout ConsoleLayout() {
     constexpr int kAllThatIsSpare = 1000;
-    return {.width = 661,
-            .height = 900,
-            .root = Row({Column({ConsoleCommands(), ConsoleLists()}, 1),
-                         Sections({ListSection(u"设备调试", "DebugList", 4, 1),
-                                   ListSection(u"通信数据", "TrafficList", 4, 1)},
-                                  kAllThatIsSpare)})};
+    LayoutNode root = Row({Column({ConsoleCommands(), ConsoleLists()}, 1),
+                           Sections({ListSection(u"设备调试", "DebugList", 4, 1),
+                                     ListSection(u"通信数据", "TrafficList", 4, 1)},
+                                    kAllThatIsSpare)});
+    root.gap = 12;
+    return {.width = 661, .height = 900, .root = std::move(root)};
 }
 
 } // namespace tarnex

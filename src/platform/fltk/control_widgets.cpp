@@ -31,6 +31,17 @@ class LeafOf : public Base, public LeafWidget {
     explicit LeafOf(Arguments&&... arguments)
         : Base(0, 0, 0, 0, std::forward<Arguments>(arguments)...) {}
     Fl_Widget& Widget() override { return *this; }
+    int handle(int event) override {
+        if (event == FL_FOCUS || event == FL_UNFOCUS)
+            this->redraw();
+        return Base::handle(event);
+    }
+
+  protected:
+    void draw() override {
+        Base::draw();
+        DrawFocus(*this);
+    }
 };
 
 class HeadingWidget : public LeafOf<Fl_Box> {
@@ -72,7 +83,7 @@ class ButtonWidget : public LeafOf<Fl_Button> {
             do_callback();
             return 1;
         }
-        return Fl_Button::handle(event);
+        return LeafOf::handle(event);
     }
 
   private:
@@ -133,7 +144,7 @@ class InputWidget : public LeafOf<Input> {
             this->value(shown.c_str());
     }
     int handle(int event) override {
-        const int handled = Input::handle(event);
+        const int handled = LeafOf<Input>::handle(event);
         if (event == FL_UNFOCUS)
             model_.Leave();
         return handled;

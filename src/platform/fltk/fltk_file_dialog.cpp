@@ -14,6 +14,7 @@ void SpeakChinese() {
     F::add_favorites_label = "加入收藏夹";
     F::all_files_label = "所有文件 (*)";
     F::custom_filter_label = "其他类型";
+    F::existing_file_label = "请选择已有的文件。";
     F::favorites_label = "收藏夹";
     F::filename_label = "文件名：";
     F::filesystems_label = "文件系统";
@@ -23,6 +24,7 @@ void SpeakChinese() {
     F::show_label = "类型：";
     fl_ok = "确定";
     fl_cancel = "取消";
+    fl_close = "关闭";
 }
 
 // "*.hex|*.HEX" as FLTK writes it.

@@ -102,7 +102,6 @@ void FltkWindow::Refresh() {
 
 void FltkWindow::ShowControls() {
     bool shapes_changed = false;
-    Fl_Widget* const focused = Fl::focus();
     for (auto& [control, leaf] : leaf_of_) {
         if (!leaf->changed)
             continue;
@@ -110,14 +109,13 @@ void FltkWindow::ShowControls() {
         leaf->widget->Show();
         Fl_Widget& widget = leaf->widget->Widget();
         if (control->Enabled() != bool(widget.active()))
-            control->Enabled() ? widget.activate() : widget.deactivate();
+            Enable(widget, control->Enabled());
         Shape shape{control->Visible(), control->Width(), control->Caption()};
         if (shape != leaf->shape) {
             leaf->shape = std::move(shape);
             shapes_changed = true;
         }
     }
-    KeepFocus(focused);
     if (!shapes_changed)
         return;
     const Size least = LeastSize(layout_.root, form_, screen_.metrics);
@@ -129,16 +127,21 @@ void FltkWindow::ShowControls() {
 
 // FLTK takes the focus from what is disabled. Many a procedure disables all buttons while it runs:
 // whoever works by keyboard goes on where he was.
-void FltkWindow::KeepFocus(Fl_Widget* focused_before) {
-    const bool ours = focused_before && focused_before->window() == window_.get();
-    if (ours && !focused_before->active())
-        focus_ = focused_before;
-    const bool nothing_has_it = !Fl::focus() || Fl::focus() == window_.get();
-    if (!focus_ || !focus_->active())
+void FltkWindow::Enable(Fl_Widget& widget, bool enabled) {
+    if (!enabled) {
+        if (Fl::focus() == &widget) {
+            focus_ = &widget;
+            Fl::focus(window_.get());
+        }
+        widget.deactivate();
         return;
-    if (nothing_has_it)
-        focus_->take_focus();
+    }
+    widget.activate();
+    if (focus_ != &widget)
+        return;
     focus_ = nullptr;
+    if (Fl::focus() == window_.get()) // the operator has not moved it meanwhile
+        widget.take_focus();
 }
 
 void FltkWindow::ShowForm() {

@@ -52,7 +52,7 @@ class FltkWindow : public FormWindow, private FormObserver {
     void Open();
     void MakeWidgets(const LayoutNode& node);
     void ShowControls();
-    void KeepFocus(Fl_Widget* focused_before);
+    void Enable(Fl_Widget& widget, bool enabled);
     void ShowForm();
     void Arrange();
 

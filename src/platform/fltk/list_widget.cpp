@@ -1,5 +1,7 @@
 #include "platform/fltk/list_widget.h"
 
+#include "platform/fltk/style.h"
+
 #include <algorithm>
 #include <cstdint>
 
@@ -111,13 +113,20 @@ void ListWidget::Copy(bool every_line) const {
     std::string copied;
     if (every_line)
         for (const Text& line : list_.Lines())
-            copied += ToUtf8(line) + "\n";
+            copied += Shown(line) + "\n";
     else if (selection())
-        copied = ToUtf8(list_.Lines()[std::size_t(Index(selection()))]);
+        copied = Shown(list_.Lines()[std::size_t(Index(selection()))]);
     Fl::copy(copied.c_str(), int(copied.size()), 1);
 }
 
+void ListWidget::draw() {
+    Fl_Browser_::draw();
+    DrawFocus(*this);
+}
+
 int ListWidget::handle(int event) {
+    if (event == FL_FOCUS || event == FL_UNFOCUS)
+        redraw();
     if (event == FL_KEYBOARD && Fl::focus() == this) {
         if (Fl::event_state(FL_CTRL) && Fl::event_key() == 'c') {
             Copy(Fl::event_state(FL_SHIFT) != 0);

@@ -17,6 +17,7 @@ class ListWidget : public Fl_Browser_ {
     int handle(int event) override;
 
   protected:
+    void draw() override;
     // FLTK's items are the numbers of the lines, from 1.
     void* item_first() const override { return Item(0); }
     void* item_last() const override { return Item(Count() - 1); }

@@ -110,6 +110,14 @@ ScreenMetrics Metrics(double scale) {
             }};
 }
 
+void DrawFocus(const Fl_Widget& widget) {
+    if (Fl::focus() != &widget)
+        return;
+    fl_color(FL_SELECTION_COLOR);
+    for (int i = 0; i < 2 * edge_width; ++i)
+        fl_rect(widget.x() + i, widget.y() + i, widget.w() - 2 * i, widget.h() - 2 * i);
+}
+
 std::string LabelText(TextView text) {
     std::string label;
     for (const char c : ToUtf8(text)) {

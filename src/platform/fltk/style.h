@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include <FL/Fl_Widget.H>
+
 namespace tarnex {
 
 // How everything looks: fonts, colours and frames, for a screen of that scale. Once, before the
@@ -12,6 +14,9 @@ std::string SetUpStyle(double scale);
 
 // What layouts need to know of the screen.
 ScreenMetrics Metrics(double scale);
+
+// Shows that a widget has the input focus, if that is so; drawn over the widget.
+void DrawFocus(const Fl_Widget& widget);
 
 // A text for an FLTK label, in which "@" and "&" have meanings of their own.
 std::string LabelText(TextView text);
