@@ -1,0 +1,269 @@
+"""The windows of the service tools, on a display of the test's own.
+
+With TARNEX_PICTURES naming a folder it keeps pictures of them there.
+"""
+
+import os
+import signal
+import unittest
+
+import harness
+from flasher_test import program
+from harness import FIRST_NUMBER, Program, Site, wait_until
+from screen import Screen
+
+FLASHER_TITLE = "(c)Firmware Flasher  v1.0.0"
+CONNECTED = "已在Com3成功连接Tarnex."
+
+# Places in pixels of a screen of 96 dpi, from the left and the top or, negative, from the right and the bottom.
+FLASHER_LIST = (300, 200)
+CONSOLE_LIST = (100, -60)
+CONSOLE_SMS = (-100, -60)
+
+# What stands in the console, row by row, with the gap below: numbers of buttons, names of boxes.
+CONSOLE_ROWS = (
+    ((1, 39, 43, 6), 8),
+    (("Text1", "Text2", "Text3"), 4),
+    ((2, 3, 4), 4),
+    ((7, 8, 9), 8),
+    (("Text5",), 6),
+    ((25, 26, 27), 8),
+    ((15, 12, 13, 23), 4),
+    ((18, 16, 17, 33), 4),
+    ((21, 20, 19, 22), 4),
+    ((31, 32, None, None), 8),
+    ((10, 11, 14), 8),
+    (("Text4", 34, 35), 4),
+    ((37, 38, 40), 8),
+    (("Text7", 24, 45), 4),
+    ((42, 36, 28), 4),
+    ((5, None, None), 8),
+    ((44, 30, 29, 41), 0),
+)
+# What each button lists: a line of its own and, below, the answer.
+CONSOLE_LABELS = {
+    2: "读第一报警电话", 3: "读第二报警电话", 4: "读取短消息中心",
+    7: "写电话号码1", 8: "写电话号码2", 9: "写短消息中心",
+    25: "向第一报警发信", 26: "向第二报警发信", 27: "读取短信发送状态",
+    15: "读通讯报警时间", 12: "写通讯报警1分", 13: "写通讯报警3分", 23: "读报警状态",
+    18: "读报警次数", 16: "写报警次数1", 17: "写报警次数2",
+    21: "打开电源报警", 20: "关闭电源报警", 19: "打开通讯报警", 22: "关闭通讯报警",
+    31: "发送PC报警", 32: "解除PC报警", 10: "LCD1测试", 11: "LCD2测试", 14: "LCD控制释放",
+    34: "读取Name参数", 35: "写入Name", 37: "允许Name", 38: "禁止Name", 40: "读取Name状态",
+    24: "读序列号", 45: "写序列号", 42: "读取硬件版本", 36: "读取CSQ", 28: "读取Tarnex发出命令",
+    39: "Hello, tarnex", 5: "复位Tarnex",
+}  # fmt: skip
+
+
+def console_place(wanted):
+    """The middle of a button or box of the console."""
+    left, width, height, top = 91, 560, 28, 10
+    for row, gap in CONSOLE_ROWS:
+        if wanted in row:
+            return left + width * (2 * row.index(wanted) + 1) // (2 * len(row)), top + height // 2
+        top += height + gap
+    raise KeyError(wanted)
+
+
+def ends_so(window, place, text):
+    """Whether a line of the list ends so."""
+    return any(line.endswith(text) for line in window.lines(*place))
+
+
+class ToolWindowsTest(unittest.TestCase):
+    def setUp(self):
+        self.site = Site(self)
+        os.environ["HOME"] = self.site.folder
+
+    def start(self, name):
+        environment = dict(os.environ, WINDIR=self.site.folder, TARNEXCOMM_LOCK=self.site.path("lock"))
+        return Program(self, f"{harness.programs}/{name}", env=environment, cwd=self.site.folder)
+
+    def make_firmware(self, name):
+        with open(self.site.path(name), "w") as file:
+            file.write(program("TARNEX-SIM 2.0", 4096))
+
+    def wait_for_line(self, window, place, text):
+        wait_until(lambda: ends_so(window, place, text), text)
+
+    # ---- the firmware window
+
+    def update_firmware(self, dpi):
+        unit = self.site.unit()
+        self.make_firmware("固件.hex")
+        screen = Screen(self, dpi)
+        flasher = self.start("tarnex-flasher")
+        window = screen.window(FLASHER_TITLE)
+        window.key("alt+o")
+        dialog = screen.window("打开固件文件")
+        dialog.type("固件.hex")
+        dialog.picture(f"flasher-file-{dpi}")
+        dialog.key("Return")
+        self.wait_for_line(window, FLASHER_LIST, "固件.hex")
+        window.key("alt+o")
+        self.wait_for_line(window, FLASHER_LIST, "可以开始更新Firmware!")
+        window.picture(f"flasher-connected-{dpi}")
+        window.key("alt+u")
+        self.wait_for_line(window, FLASHER_LIST, "擦除成功，开始写入。")
+        window.picture(f"flasher-writing-{dpi}")
+        self.wait_for_line(window, FLASHER_LIST, "升级成功!")
+        window.picture(f"flasher-done-{dpi}")
+        window.key("alt+x")
+        self.assertEqual(flasher.wait(), 0)
+        unit.tell("show")
+        unit.wait_for("version           TARNEX-SIM 2.0")
+
+    def test_firmware_is_updated(self):
+        self.update_firmware(96)
+
+    def test_firmware_is_updated_on_a_fine_screen(self):
+        self.update_firmware(192)
+
+    # ---- the console
+
+    def open_console(self, screen):
+        """Opens it and connects it to the unit."""
+        console = self.start("tarnex-console")
+        window = screen.window("OCXDebug")
+        window.click(*console_place(1))
+        self.wait_for_line(window, CONSOLE_LIST, CONNECTED)
+        return console, window
+
+    def press(self, window, number, lists, lines_below=1):
+        """Presses a button, again where all were disabled a moment ago, until that is listed."""
+
+        def pressed():
+            if lists in window.lines(*CONSOLE_LIST)[-1 - lines_below :]:
+                return True
+            window.click(*console_place(number))
+            return False
+
+        wait_until(pressed, f"{lists}, after Command{number}")
+
+    def test_console_obeys_every_button(self):
+        unit = self.site.unit()
+        self.make_firmware("Tarnex_20050626.hex")
+        console, window = self.open_console(Screen(self))
+        window.click(*console_place(44))
+        wait_until(lambda: self.site.setting("TarnexName") == "脚脚(设备名)", "the test values")
+        for number, label in CONSOLE_LABELS.items():
+            if number != 5:
+                self.press(window, number, label)
+        window.picture("console-96")
+        self.press(window, 33, "关闭通讯报警")
+        unit.tell(f"sms {FIRST_NUMBER} 你好")
+        self.wait_for_line(window, CONSOLE_SMS, "内容:你好")
+        self.press(window, 30, "初始化完毕", 0)
+        self.press(window, 29, "发送完毕，复查结果", 0)
+        self.press(window, 41, "------------------", 0)
+        self.assertIn("升级成功!", window.lines(*CONSOLE_LIST))
+        window.picture("console-updated-96")
+        window.click(*console_place(6))
+        self.assertEqual(console.wait(), 0)
+        for word in ("WRNO1(13900000001)", "RDNO2", "TXPWRON", "SENDSMS1", "QorvexWsr(SIM00000002)"):
+            self.assertTrue(unit.said(word), word)
+
+    def test_console_resets_the_unit(self):
+        unit = self.site.unit()
+        _, window = self.open_console(Screen(self))
+        self.press(window, 5, CONSOLE_LABELS[5])
+        unit.wait_for("command: RESET")
+
+    def test_console_works_by_keyboard(self):
+        unit = self.site.unit()
+        screen = Screen(self)
+        console = self.start("tarnex-console")
+        window = screen.window("OCXDebug")
+        window.key("alt+c")
+        self.wait_for_line(window, CONSOLE_LIST, CONNECTED)
+        window.key("Tab", "Tab", "Tab")  # over the other list, round to the second button
+        # All buttons are disabled while one is at work; the focus comes back to it.
+        for key in ("Return", "space", "space"):
+            heard = len(unit.said("Hello,tarnex"))
+            wait_until(lambda: window.key(key) or len(unit.said("Hello,tarnex")) > heard, "one more greeting")
+        window.close()
+        self.assertEqual(console.wait(), 0)
+
+    def test_console_keeps_what_is_typed_and_pasted(self):
+        self.site.unit()
+        _, window = self.open_console(Screen(self))
+        window.click(*console_place("Text4"))
+        window.type("机房一号（测试）")
+        window.key("Tab")
+        wait_until(lambda: self.site.setting("TarnexName") == "机房一号（测试）", "the name in the settings")
+        self.assertEqual(window.copied(*CONSOLE_LIST, "End", "ctrl+c"), CONNECTED)
+        window.click(*console_place("Text5"))
+        window.key("ctrl+v", "Tab")
+        wait_until(lambda: self.site.setting("Message") == CONNECTED, "the text in the settings")
+
+    def test_console_shows_the_line_in_a_wider_window(self):
+        self.site.unit()
+        _, window = self.open_console(Screen(self))
+        self.assertEqual(window.size(), (661, 900))
+        window.click(*console_place(43))
+        wait_until(lambda: window.size() == (1035, 900), "the wide window")
+        self.press(window, 36, "读取CSQ")
+        self.wait_for_line(window, (-100, 200), "CSQ=20")
+        self.wait_for_line(window, (-100, -60), "Get :TX:TXCSQ(20,0)\\r\\n")
+        window.picture("console-debug-96")
+        window.resize(1380, 960)
+        window.picture("console-large-96")
+        window.click(*console_place(43))
+        wait_until(lambda: window.size() == (661, 960), "the narrow window")
+
+    def test_console_on_a_fine_screen(self):
+        self.site.unit()
+        _, window = self.open_console(Screen(self, 192, "2200x2000"))
+        self.assertEqual(window.size(), (1322, 1800))
+        window.click(*console_place(44))
+        self.press(window, 42, "读取硬件版本")
+        window.picture("console-192")
+        window.click(*console_place(43))
+        wait_until(lambda: window.size() == (2071, 1800), "the wide window")
+        window.picture("console-debug-192")
+
+    def test_console_ends_while_a_command_waits(self):
+        unit = self.site.unit()
+        console, window = self.open_console(Screen(self))
+        unit.tell("silent on")
+        window.click(*console_place(36))
+        unit.wait_for("RDCSQ")
+        window.close()
+        self.assertEqual(console.wait(), 0)
+
+    # ---- where there is no window
+
+    def test_tools_say_why_there_is_no_window(self):
+        os.environ.pop("DISPLAY", None)
+        for tool, advice in (("tarnex-console", ""), ("tarnex-flasher", "--port and --file update without one")):
+            with self.subTest(tool):
+                without = self.start(tool)
+                self.assertEqual(without.wait(), 69)
+                without.wait_for(f"{tool}: no window can be shown: there is no display")
+                without.wait_for(advice)
+
+    def test_only_one_tool_runs(self):
+        screen = Screen(self)
+        first = self.start("tarnex-flasher")
+        screen.window(FLASHER_TITLE)
+        second = self.start("tarnex-console")
+        self.assertEqual(second.wait(), 0)
+        second.wait_for("another program of TarnexComm runs on this machine")
+        self.assertEqual(first.stop(signal.SIGTERM), 0)
+
+    def test_an_update_survives_the_display(self):
+        unit = self.site.unit()
+        self.make_firmware("Tarnex_20050626.hex")
+        screen = Screen(self)
+        console, window = self.open_console(screen)
+        window.click(*console_place(41))
+        self.wait_for_line(window, CONSOLE_LIST, "擦除成功，开始写入。")
+        screen.server.kill()
+        self.assertEqual(console.wait(), 0)
+        console.wait_for("the display is gone")
+        unit.tell("show")
+        unit.wait_for("version           TARNEX-SIM 2.0")
+
+
+if __name__ == "__main__":
+    harness.run(ToolWindowsTest)
