@@ -23,7 +23,7 @@ struct AlarmOutcome {
 struct DryRunResult {
     std::vector<AlarmOutcome> alarms;
     std::size_t other_sms = 0; // about the monitoring program
-    std::size_t mails = 0; // that were sent, others included
+    std::size_t mails = 0;     // that were sent, others included
     std::size_t log_rows = 0;
     std::vector<std::string> said; // what the service would tell an operator, each once
     bool ended = false;            // the service ended at once: the settings do not let it run
