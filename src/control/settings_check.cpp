@@ -19,6 +19,7 @@ class Checker {
     explicit Checker(const SettingsFile& file) : file_(file) {}
 
     std::vector<Finding> Run() {
+        FileForm();
         Gates();
         AlarmNumber("alarm-number-1");
         AlarmNumber("alarm-number-2");
@@ -46,6 +47,21 @@ class Checker {
         Say(Level::kWarning, name, text);
     }
     void Error(const std::string& name, const std::string& text) { Say(Level::kError, name, text); }
+
+    // What an editor may have made of the file.
+    void FileForm() {
+        const std::string& content = file_.Content();
+        if (content.find('\0') != std::string::npos)
+            Error("file", "is UTF-16, or no text at all; save it as " + file_.EncodingName());
+        if (content.starts_with("\xEF\xBB\xBF"))
+            Warn("line 1", "begins with a byte order mark, so a section that stands there is not "
+                           "found; save the file without it");
+        if (file_.EncodingName() == "UTF-8" ? !file_.IsUtf8() : file_.IsChineseUtf8())
+            Warn("code-page", "is " + file_.EncodingName() +
+                                  ", but the file holds texts that are none, so these come out as "
+                                  "other characters; convert the file with iconv, or set the other "
+                                  "code page");
+    }
 
     void Gates() {
         if (!On("service-enabled"))

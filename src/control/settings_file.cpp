@@ -19,10 +19,6 @@ StartSettings ReadStart(const std::string& content) {
     return ReadStartSettings(IniDocument(content, IconvCodePage("UTF-8")));
 }
 
-bool IsAscii(const std::string& content) {
-    return std::ranges::all_of(content, [](unsigned char c) { return c < 0x80; });
-}
-
 } // namespace
 
 SettingsFile::SettingsFile(const std::string& path)
@@ -30,16 +26,31 @@ SettingsFile::SettingsFile(const std::string& path)
       encoding_(IconvCodePage::Supported(start_.code_page) ? start_.code_page : "GBK"),
       code_page_(encoding_), document_(content_, code_page_) {}
 
+bool SettingsFile::IsAscii() const {
+    return std::ranges::all_of(content_, [](unsigned char c) { return c < 0x80; });
+}
+
+bool SettingsFile::IsUtf8() const {
+    const IconvCodePage utf8("UTF-8");
+    return utf8.Encode(utf8.Decode(content_)) == content_;
+}
+
+bool SettingsFile::IsChineseUtf8() const {
+    const auto chinese = [](char16_t c) { return c >= 0x4E00 && c <= 0x9FFF; };
+    return IsUtf8() && std::ranges::any_of(FromUtf8(content_), chinese);
+}
+
 void SettingsFile::Set(const Setting& setting, TextView value) {
     if (code_page_.Decode(code_page_.Encode(value)) != value)
         throw Failure(kExitData, setting.name + " cannot hold \"" + ToUtf8(value) +
                                      "\": some of it does not exist in " + encoding_ +
                                      ", the code page of the settings");
-    if (setting.name == "code-page" && ToUtf8(value) != encoding_ && !IsAscii(content_))
-        throw Failure(kExitData, "code-page cannot be changed: " + path_ + " holds texts in " +
-                                     encoding_ +
-                                     ", which would become unreadable. Convert the file first, "
-                                     "with iconv, and change the line CodePage by hand");
+    const bool unreadable =
+        !IsAscii() && (value == u"UTF-8" ? !IsChineseUtf8() : value == u"GBK" && IsUtf8());
+    if (setting.name == "code-page" && unreadable)
+        throw Failure(kExitData, "code-page cannot be " + ToUtf8(value) + ": " + path_ +
+                                     " holds texts that are none. Convert the file first, with "
+                                     "iconv, and change the line CodePage by hand");
     MyIniFile file(store_, code_page_);
     file.WriteIniStr(setting.section, setting.key, value);
     CheckWritten(!file.LastWriteFailed());

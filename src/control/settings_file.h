@@ -23,6 +23,9 @@ class SettingsFile {
     // The one that the service uses: GBK where the settings name an unknown one.
     const CodePage& Encoding() const { return code_page_; }
     const std::string& EncodingName() const { return encoding_; }
+    bool IsAscii() const;
+    bool IsUtf8() const;        // short texts in GBK can be, too, by chance
+    bool IsChineseUtf8() const; // beyond doubt
 
     TextView Value(const Setting& setting) const {
         return document_.Get(setting.section, setting.key);

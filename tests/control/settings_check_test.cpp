@@ -79,6 +79,7 @@ TEST_F(SettingsCheck, NamesEveryDanger) {
         {"Text1(37)=", "Text1(37)=", 1, {"log-database"}},
         {";BindAddress=", "BindAddress=0.0.0.0", 1, {"bind-address"}},
         {";CodePage=", "CodePage=latin1", 1, {"code-page"}},
+        {"Text1(32)=", "Text1(32)=机房", 1, {"code-page"}}, // not in GBK
         {"AlarmLabel(7)=", "AlarmLabel(7)=both", 1, {"link-events-way"}},
         {"Check1(9)=", "Check1(9)=yes", 1, {"link-1"}},
     };
@@ -101,6 +102,14 @@ TEST_F(SettingsCheck, AWindowOverMidnightIsNeverQuiet) {
     EXPECT_EQ(Named(), Names{});
     Put("Text1(40)=", "Text1(40)=9:00"); // shown as 09:00
     EXPECT_EQ(Named(), Names{});
+}
+
+TEST_F(SettingsCheck, PointsOutWhatAnEditorHasMadeOfTheFile) {
+    const std::string good = FileContent(settings);
+    WriteFile(settings, "\xEF\xBB\xBF" + good);
+    EXPECT_EQ(Named(), Names{"line 1"});
+    WriteFile(settings, good + std::string(1, '\0'));
+    EXPECT_EQ(Named(), Names{"file"});
 }
 
 TEST_F(SettingsCheck, PointsOutLinesThatMeanNothing) {

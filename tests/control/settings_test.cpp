@@ -170,7 +170,12 @@ TEST_F(SettingsCommands, RefusesNonsenseInOneLine) {
     EXPECT_NE(Error().find("make one with \"tarnexctl setup\""), std::string::npos);
 }
 
-TEST_F(SettingsCommands, TheCodePageOfAFileWithTextsStays) {
+TEST_F(SettingsCommands, TheCodePageIsThatOfTheTextsInTheFile) {
+    for (const char* text : {"\xBB\xFA\xB7\xBF", "\xCA\xD4"}) { // the second could be UTF-8, too
+        WriteFile(settings, "[Text]\nText1(32)=" + std::string(text) + "\n");
+        EXPECT_EQ(Run({"settings", "set", "code-page", "UTF-8"}), 65);
+    }
+    WriteFile(settings, "[Text]\nText1(32)=\n");
     EXPECT_EQ(Run({"settings", "set", "code-page", "UTF-8"}), 0);
     EXPECT_EQ(Run({"settings", "set", "unit-name", "机房"}), 0);
     EXPECT_NE(FileContent(settings).find("Text1(32)=机房"), std::string::npos);
