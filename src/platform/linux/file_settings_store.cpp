@@ -1,6 +1,7 @@
 #include "platform/linux/file_settings_store.h"
 
 #include "platform/linux/unique_fd.h"
+#include "platform/linux/write_all.h"
 
 #include <cerrno>
 #include <filesystem>
@@ -124,18 +125,6 @@ Image ReadWhole(const std::string& path, const FileSettingsStore::Pause& pause) 
         image = ReadOnce(path, changing);
     }
     return image;
-}
-
-bool WriteAll(int fd, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = write(fd, bytes.data(), bytes.size());
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written <= 0)
-            return false;
-        bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
 }
 
 // Makes a new file with that content on the disk, to take the place of the present one.

@@ -1,6 +1,7 @@
 #include "platform/linux/replace_file.h"
 
 #include "platform/linux/unique_fd.h"
+#include "platform/linux/write_all.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -12,16 +13,6 @@
 namespace tarnex {
 
 namespace {
-
-bool WriteAll(int file, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = write(file, bytes.data(), bytes.size());
-        if (written < 0 && errno != EINTR)
-            return false;
-        bytes.remove_prefix(written > 0 ? std::size_t(written) : 0);
-    }
-    return true;
-}
 
 bool WriteNew(const std::string& path, std::string_view content) {
     unlink(path.c_str());
