@@ -120,7 +120,7 @@ class CommandLine {
 
     ListOptions list_;
     std::string name_;
-    std::string value_;
+    std::optional<std::string> value_;
     bool json_ = false;
     StatusOptions status_;
     std::string output_;
@@ -162,9 +162,8 @@ void CommandLine::AddSettings() {
                             "  tarnexctl settings set 'Text1(38)' 22:00",
                             [this] { return SettingsSet(world_, name_, value_); });
     set->add_option("NAME", name_, "plain name or key")->type_name("")->required();
-    set->add_option("VALUE", value_, "the new value; on or off for switches")
-        ->type_name("")
-        ->required();
+    set->add_option("VALUE", value_, "the new value; on or off for switches (it is asked for)")
+        ->type_name("");
 
     CLI::App* unset = Command(settings, "unset", "take the value of one setting away",
                               "  tarnexctl settings unset mail-server",

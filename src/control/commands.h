@@ -16,7 +16,9 @@ struct ListOptions {
 };
 ExitStatus SettingsList(ControlWorld& world, const ListOptions& options);
 ExitStatus SettingsGet(ControlWorld& world, const std::string& name);
-ExitStatus SettingsSet(ControlWorld& world, const std::string& name, const std::string& value);
+// A missing value is asked for.
+ExitStatus SettingsSet(ControlWorld& world, const std::string& name,
+                       const std::optional<std::string>& value);
 ExitStatus SettingsUnset(ControlWorld& world, const std::string& name);
 ExitStatus SettingsCheck(ControlWorld& world, bool json);
 

@@ -14,6 +14,9 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+// Of a value in the short list, where the effect tells it whole.
+constexpr std::size_t kValueColumns = 24;
+
 const Setting& Known(const std::string& name) {
     if (const Setting* setting = FindSetting(name))
         return *setting;
@@ -91,8 +94,8 @@ void PrintShort(const ControlWorld& world, const SettingsFile& file,
             table.Add({{group, Colour::kBold}});
         }
         const TextView value = file.Value(*setting);
-        table.Add({"  " + setting->name, ToUtf8(setting->key), ShownValue(*setting, value),
-                   Effect(*setting, value)});
+        table.Add({"  " + setting->name, ToUtf8(setting->key),
+                   Shortened(ShownValue(*setting, value), kValueColumns), Effect(*setting, value)});
     }
     table.Print(world);
 }
@@ -114,12 +117,27 @@ ExitStatus Change(ControlWorld& world, const Setting& setting,
     return kExitDone;
 }
 
+std::string Quoted(const Setting& setting, const std::string& typed) {
+    return setting.kind == SettingKind::kPassword ? "this" : "\"" + typed + "\"";
+}
+
 const Setting& Changeable(const std::string& name) {
     const Setting& setting = Known(name);
     if (setting.kind == SettingKind::kRecord)
         throw Failure(kExitUsage, setting.name + " is written by the service alone; it cannot be "
                                                  "changed here");
     return setting;
+}
+
+// So that a password stands in no list of processes and in no shell's history.
+std::string AskFor(const ControlWorld& world, const Setting& setting) {
+    const bool secret = setting.kind == SettingKind::kPassword;
+    const auto line = world.ask
+                          ? world.ask(setting.name + " (" + AllowedValues(setting) + "): ", secret)
+                          : std::nullopt;
+    if (!line)
+        throw Failure(kExitUsage, "the value is missing (try \"tarnexctl settings set --help\")");
+    return *line;
 }
 
 } // namespace
@@ -147,8 +165,10 @@ ExitStatus SettingsGet(ControlWorld& world, const std::string& name) {
     return kExitDone;
 }
 
-ExitStatus SettingsSet(ControlWorld& world, const std::string& name, const std::string& typed) {
+ExitStatus SettingsSet(ControlWorld& world, const std::string& name,
+                       const std::optional<std::string>& given) {
     const Setting& setting = Changeable(name);
+    const std::string typed = given ? *given : AskFor(world, setting);
     const Text value = StoredForm(setting, typed);
     if (Trim(value).empty())
         throw Failure(kExitData, setting.name +
@@ -156,7 +176,7 @@ ExitStatus SettingsSet(ControlWorld& world, const std::string& name, const std::
                                      "use \"tarnexctl settings unset " +
                                      setting.name + "\"");
     if (const std::string objection = Objection(setting, value); !objection.empty())
-        throw Failure(kExitData, setting.name + ": \"" + typed + "\" " + objection);
+        throw Failure(kExitData, setting.name + ": " + Quoted(setting, typed) + " " + objection);
     return Change(world, setting, [&](SettingsFile& file) { file.Set(setting, value); });
 }
 

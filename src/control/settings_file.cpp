@@ -21,6 +21,16 @@ StartSettings ReadStart(const std::string& content) {
 
 } // namespace
 
+void CheckHolds(const IconvCodePage& code_page, const std::string& encoding, const Setting& setting,
+                TextView value) {
+    const bool secret = setting.kind == SettingKind::kPassword;
+    if (code_page.Decode(code_page.Encode(value)) != value)
+        throw Failure(kExitData, setting.name + " cannot hold " +
+                                     (secret ? "this" : "\"" + ToUtf8(value) + "\"") +
+                                     ": some of it does not exist in " + encoding +
+                                     ", the code page of the settings");
+}
+
 SettingsFile::SettingsFile(const std::string& path)
     : path_(path), store_(path), content_(ReadContent(store_)), start_(ReadStart(content_)),
       encoding_(IconvCodePage::Supported(start_.code_page) ? start_.code_page : "GBK"),
@@ -41,10 +51,7 @@ bool SettingsFile::IsChineseUtf8() const {
 }
 
 void SettingsFile::Set(const Setting& setting, TextView value) {
-    if (code_page_.Decode(code_page_.Encode(value)) != value)
-        throw Failure(kExitData, setting.name + " cannot hold \"" + ToUtf8(value) +
-                                     "\": some of it does not exist in " + encoding_ +
-                                     ", the code page of the settings");
+    CheckHolds(code_page_, encoding_, setting, value);
     const bool unreadable =
         !IsAscii() && (value == u"UTF-8" ? !IsChineseUtf8() : value == u"GBK" && IsUtf8());
     if (setting.name == "code-page" && unreadable)

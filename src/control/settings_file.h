@@ -10,6 +10,10 @@
 
 namespace tarnex {
 
+// Throws Failure for a value that a code page of that name cannot hold.
+void CheckHolds(const IconvCodePage& code_page, const std::string& encoding, const Setting& setting,
+                TextView value);
+
 // The settings file as a command finds it, read once. Every function that cannot do its work
 // throws Failure.
 class SettingsFile {

@@ -45,17 +45,18 @@ class Draft {
   public:
     explicit Draft(std::string sample) : content_(std::move(sample)) {}
 
-    void Set(const Setting& setting, const std::string& value) {
-        content_ = IniDocument::Set(content_, encoding_, setting.section, setting.key,
-                                    FromUtf8(value))
-                       .value(); // every value has been checked
+    void Set(const std::string& name, const std::string& utf8) {
+        const Setting& setting = *FindSetting(name);
+        const Text value = FromUtf8(utf8);
+        CheckHolds(code_page_, kEncoding, setting, value);
+        content_ = IniDocument::Set(content_, code_page_, setting.section, setting.key, value)
+                       .value(); // the value fits the setting
     }
-    void Set(const std::string& name, const std::string& value) { Set(*FindSetting(name), value); }
     void Switch(const std::string& name, bool on) { Set(name, on ? "1" : "0"); }
     const std::string& Content() const { return content_; }
 
   private:
-    const IconvCodePage encoding_{kEncoding};
+    const IconvCodePage code_page_{kEncoding};
     std::string content_;
 };
 

@@ -32,6 +32,15 @@ std::size_t DisplayWidth(std::string_view utf8) {
     return width;
 }
 
+std::string Shortened(const std::string& utf8, std::size_t columns) {
+    if (DisplayWidth(utf8) <= columns)
+        return utf8;
+    Text text = FromUtf8(utf8);
+    while (DisplayWidth(ToUtf8(text)) >= columns)
+        text.pop_back();
+    return ToUtf8(text) + "…";
+}
+
 std::string Printable(std::string_view utf8) {
     Text text = FromUtf8(utf8);
     std::ranges::replace_if(

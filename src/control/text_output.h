@@ -11,6 +11,9 @@ namespace tarnex {
 // Columns that a text takes on a terminal; Chinese characters take two.
 std::size_t DisplayWidth(std::string_view utf8);
 
+// The text, cut to that many columns, the last one "…" where it is cut.
+std::string Shortened(const std::string& utf8, std::size_t columns);
+
 // The text with "?" for control characters, which could drive the terminal: it comes from
 // elsewhere.
 std::string Printable(std::string_view utf8);

@@ -107,6 +107,27 @@ TEST_F(SettingsCommands, ListShowsNamesValuesAndEffects) {
     EXPECT_EQ(out.str(), "geheim\n");
 }
 
+TEST_F(SettingsCommands, AMissingValueIsAskedFor) {
+    world.ask = [](const std::string&, bool secret) { return secret ? "geheim" : "机房"; };
+    EXPECT_EQ(Run({"settings", "set", "mail-password"}), 0);
+    EXPECT_EQ(Run({"settings", "set", "unit-name"}), 0);
+    EXPECT_EQ(Run({"settings", "get", "mail-password"}), 0);
+    EXPECT_EQ(out.str(), "geheim\n");
+    EXPECT_EQ(Run({"settings", "get", "unit-name"}), 0);
+    EXPECT_EQ(out.str(), "机房\n");
+}
+
+TEST_F(SettingsCommands, ALongValueIsCutInTheListOnly) {
+    std::string name;
+    for (int i = 0; i < 20; ++i)
+        name += "机房";
+    Run({"settings", "set", "unit-name", name});
+    Run({"settings", "list", "unit-name"});
+    EXPECT_TRUE(Says("  机房机房机房机房机房机…  the unit is called " + name)) << out.str();
+    Run({"settings", "list", "--long", "unit-name"});
+    EXPECT_TRUE(Says("value     " + name)) << out.str();
+}
+
 TEST_F(SettingsCommands, SetWritesOneValueAndUnsetTakesItAway) {
     const std::string before = FileContent(settings);
     EXPECT_EQ(Run({"settings", "set", "power-alarm", "on"}), 0);
@@ -153,7 +174,7 @@ TEST_F(SettingsCommands, RefusesNonsenseInOneLine) {
         {{"set", "sent-count", "1"}, 64, "did you mean \"send-count\"?"},
         {{"get", "Chek1(13)"}, 64, "did you mean \"Check1(13)\"?"},
         {{"list", "xyzzy"}, 64, "there is no setting \"xyzzy\""},
-        {{"set", "send-count"}, 64, "VALUE is required"},
+        {{"set", "send-count"}, 64, "the value is missing"}, // nobody is there to ask
         {{"set", "send-count", "1", "2"}, 64, "\"2\" is one word too many"},
         {{"lst"}, 64, "did you mean \"list\"?"},
         {{}, 64, "the command is missing"},

@@ -126,6 +126,9 @@ TEST_F(Setup, RefusesWrongAnswersAndOldFiles) {
         EXPECT_EQ(Run(arguments), 65) << row.answer;
         EXPECT_NE(Error().find(row.error), std::string::npos) << err.str();
     }
+    AnswerWith({"search", "110", "110", "110", "mail", "a@b", "c@d", "u", "\xC3\xA4"}); // ä
+    EXPECT_EQ(Run({"setup"}), 65);
+    EXPECT_NE(Error().find("mail-password cannot hold this"), std::string::npos);
     EXPECT_FALSE(fs::exists(folder / "base"));
 
     fs::create_directories(folder / "base/system");

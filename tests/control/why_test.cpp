@@ -87,7 +87,7 @@ TEST_F(Why, AgreesWithTheService) {
                 content += "Check1(" + std::string(key) + ")=" + std::to_string(pick(4) > 0) + "\n";
         content += "[Combo]\nCombo1(6)=" + std::to_string(pick(5) * (pick(4) ? 1 : 60) - 1) +
                    "\n[Text]\nText1(40)=" + std::to_string(pick(24)) +
-                   ":00\nText1(41)=" + std::to_string(pick(24)) + ":30\n";
+                   ":00\nText1(41)=" + std::to_string(pick(24)) + ":30\nText1(37)=/x/log.db\n";
         WriteFile(settings, content);
         std::string record;
         for (const int choices : {10, 10, 4, 4, 5, 2, 2})
@@ -113,6 +113,10 @@ TEST_F(Why, AgreesWithTheService) {
             << content << record;
         EXPECT_EQ(status["mail"]["queued"], std::size_t(why.mail.taken)) << record;
         EXPECT_EQ(status["events"]["dispatched"], 2);
+        EXPECT_EQ(system.log.Rows.size(), std::size_t(1 + why.log.taken)) << record; // a greeting
+        if (why.log.taken) {
+            EXPECT_EQ(system.log.Rows.back()[5], LogValue(why.text));
+        }
     }
 }
 
