@@ -3,6 +3,7 @@
 #include "platform/linux/replace_file.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <ostream>
 #include <sstream>
 
@@ -10,6 +11,7 @@ namespace tarnex {
 
 namespace {
 
+namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 
 // A value of the status as a metric.
@@ -144,6 +146,12 @@ ExitStatus ShowMetrics(ControlWorld& world, const std::string& output) {
         world.out << text;
         return kExitDone;
     }
+    // A new file would take the place of what that is for everybody.
+    std::error_code error;
+    const fs::file_status there = fs::symlink_status(output, error);
+    if (fs::exists(there) && !fs::is_regular_file(there))
+        throw Failure(kExitCannotCreate, output + " is no ordinary file, and stays as it is; leave "
+                                                  "--output out for standard output");
     const std::string problem = ReplaceFile(output, text);
     if (!problem.empty())
         throw Failure(kExitCannotCreate, output + " cannot be written (" + problem +

@@ -1,6 +1,7 @@
 #include "service/service_status.h"
 #include "tests/control/control_fixture.h"
 
+#include <filesystem>
 #include <regex>
 #include <set>
 
@@ -151,6 +152,9 @@ TEST_F(StatusCommands, MetricsAreGoodPrometheusText) {
     EXPECT_EQ(FileContent(folder / "tarnexcomm.prom"), text);
     EXPECT_EQ(Run({"metrics", "--output", folder / "none/x.prom"}), 73);
     EXPECT_NE(Error().find("No such file"), std::string::npos);
+    symlink("/dev/null", (folder / "link").c_str()); // as /dev/stdout is one
+    EXPECT_EQ(Run({"metrics", "--output", folder / "link"}), 73);
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "link"));
 }
 
 } // namespace
