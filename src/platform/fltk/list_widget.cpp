@@ -49,13 +49,18 @@ void ListWidget::Show() {
     redraw();
 }
 
+std::string ListWidget::TextOf(const void* item) const {
+    const int index = Index(item);
+    return index >= 0 && index < Count() ? Shown(list_.Lines()[std::size_t(index)]) : "";
+}
+
 int ListWidget::item_width(void* item) const {
     fl_font(textfont(), textsize());
-    return int(fl_width(Shown(list_.Lines()[std::size_t(Index(item))]).c_str())) + 2 * kTextIndent;
+    return int(fl_width(TextOf(item).c_str())) + 2 * kTextIndent;
 }
 
 void ListWidget::item_draw(void* item, int x, int y, int, int h) const {
-    const std::string text = Shown(list_.Lines()[std::size_t(Index(item))]);
+    const std::string text = TextOf(item);
     const Fl_Color color =
         item == selection() ? fl_contrast(textcolor(), selection_color()) : textcolor();
     fl_font(textfont(), textsize());
@@ -114,13 +119,18 @@ void ListWidget::Copy(bool every_line) const {
     if (every_line)
         for (const Text& line : list_.Lines())
             copied += Shown(line) + "\n";
-    else if (selection())
-        copied = Shown(list_.Lines()[std::size_t(Index(selection()))]);
+    else
+        copied = TextOf(selection());
     Fl::copy(copied.c_str(), int(copied.size()), 1);
 }
 
 void ListWidget::draw() {
+    const int lines_before = LinesOnScreen();
     Fl_Browser_::draw();
+    if (LinesOnScreen() < lines_before) { // a scroll bar has come to stand on the newest line
+        Reveal(Index(selection()), position());
+        Fl_Browser_::draw();
+    }
     DrawFocus(*this);
 }
 

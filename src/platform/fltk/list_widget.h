@@ -31,6 +31,8 @@ class ListWidget : public Fl_Browser_ {
     void item_draw(void* item, int x, int y, int w, int h) const override;
 
   private:
+    // As it is shown; "" for a line that has gone since FLTK last looked.
+    std::string TextOf(const void* item) const;
     int Count() const { return int(list_.Lines().size()); }
     void* Item(int index) const;
     static int Index(const void* item);
