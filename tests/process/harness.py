@@ -223,6 +223,7 @@ class Site:
 
     def __init__(self, test, log=True, **changes):
         self._test = test
+        self.desktop = {}  # what a desktop adds to the environment
         self.folder = tempfile.mkdtemp(prefix="tarnex-test-")
         test.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
         os.chmod(self.folder, 0o755)
@@ -314,7 +315,7 @@ class Site:
     # ---- programs
 
     def environment(self):
-        """In which the programs of this site run: on a machine without a display."""
+        """In which the programs of this site run: without a display, unless it has a desktop."""
         environment = dict(
             os.environ,
             WINDIR=self.folder,
@@ -323,7 +324,7 @@ class Site:
             ASAN_OPTIONS="quarantine_size_mb=1:allocator_release_to_os_interval_ms=100",
         )
         environment.pop("DISPLAY", None)
-        return environment
+        return environment | self.desktop
 
     def start_service(self, *arguments, windir=None, **options):
         """Starts the service and does not wait for anything; windir "" leaves WINDIR out."""

@@ -11,12 +11,8 @@ from harness import Program, wait_until
 PICTURES = os.environ.get("TARNEX_PICTURES")  # a folder in which pictures of the windows are kept
 
 
-def output_of(*command):
-    return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, encoding="utf-8").stdout
-
-
 class Screen:
-    """An X server that shows its screen to nobody. The programs of the test find it by themselves."""
+    """An X server that shows its screen to nobody. Programs find it in the environment."""
 
     def __init__(self, test, dpi=96, size="1400x1000"):
         self.scale = dpi / 96
@@ -26,19 +22,27 @@ class Screen:
         os.close(write)
         with open(read) as number:
             self.name = ":" + number.readline().strip()
-        os.environ["DISPLAY"] = self.name
-        os.environ["LC_ALL"] = "C.UTF-8"  # the tools of X take texts in that encoding then
         # What the toolkit's libraries keep until the process ends is not for us to judge.
         leaks = os.path.join(os.path.dirname(__file__), "library_leaks.txt")
-        os.environ["LSAN_OPTIONS"] = f"suppressions={leaks}:print_suppressions=0"
+        self.environment = {
+            "DISPLAY": self.name,
+            "LC_ALL": "C.UTF-8",
+            "LSAN_OPTIONS": f"suppressions={leaks}:print_suppressions=0",
+        }
         resources = f"Xft.dpi: {dpi}"
-        output_of("xprop", "-root", "-f", "RESOURCE_MANAGER", "8s", "-set", "RESOURCE_MANAGER", resources)
+        self.run("xprop", "-root", "-f", "RESOURCE_MANAGER", "8s", "-set", "RESOURCE_MANAGER", resources)
+
+    def run(self, *command):
+        """What a tool of X prints."""
+        environment = os.environ | self.environment
+        outputs = {"stdout": subprocess.PIPE, "stderr": subprocess.DEVNULL}
+        return subprocess.run(command, env=environment, encoding="utf-8", **outputs).stdout
 
     def window(self, title):
         """The window with that title, once it is there."""
 
         def find():
-            tree = output_of("xwininfo", "-root", "-tree")
+            tree = self.run("xwininfo", "-root", "-tree")
             found = re.search(rf'(0x[0-9a-f]+) "{re.escape(title)}"', tree)
             window = found and Window(self, int(found[1], 16))
             return window if window and window.shown() else None
@@ -52,27 +56,32 @@ class Window:
         self._number = number
 
     def shown(self):
-        return "IsViewable" in output_of("xwininfo", "-id", str(self._number))
+        return "IsViewable" in self._screen.run("xwininfo", "-id", str(self._number))
 
     def size(self):
-        lines = output_of("xdotool", "getwindowgeometry", "--shell", str(self._number)).split()
+        lines = self._screen.run("xdotool", "getwindowgeometry", "--shell", str(self._number)).split()
         values = dict(line.split("=") for line in lines)
         return int(values["WIDTH"]), int(values["HEIGHT"])
 
     def resize(self, width, height):
-        output_of("xdotool", "windowsize", str(self._number), str(width), str(height))
+        self._screen.run("xdotool", "windowsize", str(self._number), str(width), str(height))
         wait_until(lambda: self.size() == (width, height), f"the size {width}x{height}")
+
+    def least_size(self):
+        """The smallest that an operator can make it."""
+        hints = self._screen.run("xprop", "-id", str(self._number), "WM_NORMAL_HINTS")
+        return tuple(int(n) for n in re.search(r"minimum size: (\d+) by (\d+)", hints).groups())
 
     def click(self, x, y, button=1):
         """A click at a place in pixels of a screen of 96 dpi; negative ones are from the right or the bottom."""
         place = [str(int(at * self._screen.scale) % size) for at, size in zip((x, y), self.size())]
-        output_of("xdotool", "mousemove", "--window", str(self._number), *place, "click", str(button))
+        self._screen.run("xdotool", "mousemove", "--window", str(self._number), *place, "click", str(button))
 
     def key(self, *names):
-        output_of("xdotool", "windowfocus", "--sync", str(self._number), "key", "--delay", "30", *names)
+        self._screen.run("xdotool", "windowfocus", "--sync", str(self._number), "key", "--delay", "30", *names)
 
     def type(self, text):
-        output_of("xdotool", "windowfocus", "--sync", str(self._number), "type", "--delay", "30", text)
+        self._screen.run("xdotool", "windowfocus", "--sync", str(self._number), "type", "--delay", "30", text)
 
     def close(self):
         """What a window manager does when the operator closes the window."""
@@ -88,11 +97,15 @@ class Window:
         """All lines of the list at that place."""
         return self.copied(x, y, "ctrl+shift+c").splitlines()
 
+    def wait_for_line(self, place, text):
+        """Waits until a line of the list at that place ends so."""
+        wait_until(lambda: any(line.endswith(text) for line in self.lines(*place)), text)
+
     def picture(self, name):
         """Keeps a picture, if somebody wants pictures."""
         if PICTURES:
             path = os.path.join(PICTURES, name + ".png")
-            subprocess.run(["import", "-window", str(self._number), "+dither", "-colors", "24", "PNG8:" + path], check=True)
+            self._screen.run("import", "-window", str(self._number), "+dither", "-colors", "24", "PNG8:" + path)
 
 
 class Client:

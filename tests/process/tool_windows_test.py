@@ -3,7 +3,6 @@
 With TARNEX_PICTURES naming a folder it keeps pictures of them there.
 """
 
-import os
 import signal
 import unittest
 
@@ -65,33 +64,29 @@ def console_place(wanted):
     raise KeyError(wanted)
 
 
-def ends_so(window, place, text):
-    """Whether a line of the list ends so."""
-    return any(line.endswith(text) for line in window.lines(*place))
-
-
 class ToolWindowsTest(unittest.TestCase):
     def setUp(self):
         self.site = Site(self)
-        os.environ["HOME"] = self.site.folder
+
+    def screen(self, *arguments):
+        screen = Screen(self, *arguments)
+        self.site.desktop = screen.environment | {"HOME": self.site.folder}
+        return screen
 
     def start(self, name):
-        environment = dict(os.environ, WINDIR=self.site.folder, TARNEXCOMM_LOCK=self.site.path("lock"))
-        return Program(self, f"{harness.programs}/{name}", env=environment, cwd=self.site.folder)
+        options = {"env": self.site.environment(), "cwd": self.site.folder}
+        return Program(self, f"{harness.programs}/{name}", **options)
 
     def make_firmware(self, name):
         with open(self.site.path(name), "w") as file:
             file.write(program("TARNEX-SIM 2.0", 4096))
-
-    def wait_for_line(self, window, place, text):
-        wait_until(lambda: ends_so(window, place, text), text)
 
     # ---- the firmware window
 
     def update_firmware(self, dpi):
         unit = self.site.unit()
         self.make_firmware("固件.hex")
-        screen = Screen(self, dpi)
+        screen = self.screen(dpi)
         flasher = self.start("tarnex-flasher")
         window = screen.window(FLASHER_TITLE)
         window.key("alt+o")
@@ -99,14 +94,14 @@ class ToolWindowsTest(unittest.TestCase):
         dialog.type("固件.hex")
         dialog.picture(f"flasher-file-{dpi}")
         dialog.key("Return")
-        self.wait_for_line(window, FLASHER_LIST, "固件.hex")
+        window.wait_for_line(FLASHER_LIST, "固件.hex")
         window.key("alt+o")
-        self.wait_for_line(window, FLASHER_LIST, "可以开始更新Firmware!")
+        window.wait_for_line(FLASHER_LIST, "可以开始更新Firmware!")
         window.picture(f"flasher-connected-{dpi}")
         window.key("alt+u")
-        self.wait_for_line(window, FLASHER_LIST, "擦除成功，开始写入。")
+        window.wait_for_line(FLASHER_LIST, "擦除成功，开始写入。")
         window.picture(f"flasher-writing-{dpi}")
-        self.wait_for_line(window, FLASHER_LIST, "升级成功!")
+        window.wait_for_line(FLASHER_LIST, "升级成功!")
         window.picture(f"flasher-done-{dpi}")
         window.key("alt+x")
         self.assertEqual(flasher.wait(), 0)
@@ -126,7 +121,7 @@ class ToolWindowsTest(unittest.TestCase):
         console = self.start("tarnex-console")
         window = screen.window("OCXDebug")
         window.click(*console_place(1))
-        self.wait_for_line(window, CONSOLE_LIST, CONNECTED)
+        window.wait_for_line(CONSOLE_LIST, CONNECTED)
         return console, window
 
     def press(self, window, number, lists, lines_below=1):
@@ -143,7 +138,7 @@ class ToolWindowsTest(unittest.TestCase):
     def test_console_obeys_every_button(self):
         unit = self.site.unit()
         self.make_firmware("Tarnex_20050626.hex")
-        console, window = self.open_console(Screen(self))
+        console, window = self.open_console(self.screen())
         window.click(*console_place(44))
         wait_until(lambda: self.site.setting("TarnexName") == "脚脚(设备名)", "the test values")
         for number, label in CONSOLE_LABELS.items():
@@ -152,7 +147,7 @@ class ToolWindowsTest(unittest.TestCase):
         window.picture("console-96")
         self.press(window, 33, "关闭通讯报警")
         unit.tell(f"sms {FIRST_NUMBER} 你好")
-        self.wait_for_line(window, CONSOLE_SMS, "内容:你好")
+        window.wait_for_line(CONSOLE_SMS, "内容:你好")
         self.press(window, 30, "初始化完毕", 0)
         self.press(window, 29, "发送完毕，复查结果", 0)
         self.press(window, 41, "------------------", 0)
@@ -165,17 +160,17 @@ class ToolWindowsTest(unittest.TestCase):
 
     def test_console_resets_the_unit(self):
         unit = self.site.unit()
-        _, window = self.open_console(Screen(self))
+        _, window = self.open_console(self.screen())
         self.press(window, 5, CONSOLE_LABELS[5])
         unit.wait_for("command: RESET")
 
     def test_console_works_by_keyboard(self):
         unit = self.site.unit()
-        screen = Screen(self)
+        screen = self.screen()
         console = self.start("tarnex-console")
         window = screen.window("OCXDebug")
         window.key("alt+c")
-        self.wait_for_line(window, CONSOLE_LIST, CONNECTED)
+        window.wait_for_line(CONSOLE_LIST, CONNECTED)
         window.key("Tab", "Tab", "Tab")  # over the other list, round to the second button
         # All buttons are disabled while one is at work; the focus comes back to it.
         for key in ("Return", "space", "space"):
@@ -186,7 +181,7 @@ class ToolWindowsTest(unittest.TestCase):
 
     def test_console_keeps_what_is_typed_and_pasted(self):
         self.site.unit()
-        _, window = self.open_console(Screen(self))
+        _, window = self.open_console(self.screen())
         window.click(*console_place("Text4"))
         window.type("机房一号（测试）")
         window.key("Tab")
@@ -198,13 +193,13 @@ class ToolWindowsTest(unittest.TestCase):
 
     def test_console_shows_the_line_in_a_wider_window(self):
         self.site.unit()
-        _, window = self.open_console(Screen(self))
+        _, window = self.open_console(self.screen())
         self.assertEqual(window.size(), (661, 900))
         window.click(*console_place(43))
         wait_until(lambda: window.size() == (1035, 900), "the wide window")
         self.press(window, 36, "读取CSQ")
-        self.wait_for_line(window, (-100, 200), "CSQ=20")
-        self.wait_for_line(window, (-100, -60), "Get :TX:TXCSQ(20,0)\\r\\n")
+        window.wait_for_line((-100, 200), "CSQ=20")
+        window.wait_for_line((-100, -60), "Get :TX:TXCSQ(20,0)\\r\\n")
         window.picture("console-debug-96")
         window.resize(1380, 960)
         window.picture("console-large-96")
@@ -213,7 +208,7 @@ class ToolWindowsTest(unittest.TestCase):
 
     def test_console_on_a_fine_screen(self):
         self.site.unit()
-        _, window = self.open_console(Screen(self, 192, "2200x2000"))
+        _, window = self.open_console(self.screen(192, "2200x2000"))
         self.assertEqual(window.size(), (1322, 1800))
         window.click(*console_place(44))
         self.press(window, 42, "读取硬件版本")
@@ -224,7 +219,7 @@ class ToolWindowsTest(unittest.TestCase):
 
     def test_console_ends_while_a_command_waits(self):
         unit = self.site.unit()
-        console, window = self.open_console(Screen(self))
+        console, window = self.open_console(self.screen())
         unit.tell("silent on")
         window.click(*console_place(36))
         unit.wait_for("RDCSQ")
@@ -234,7 +229,6 @@ class ToolWindowsTest(unittest.TestCase):
     # ---- where there is no window
 
     def test_tools_say_why_there_is_no_window(self):
-        os.environ.pop("DISPLAY", None)
         for tool, advice in (("tarnex-console", ""), ("tarnex-flasher", "--port and --file update without one")):
             with self.subTest(tool):
                 without = self.start(tool)
@@ -243,7 +237,7 @@ class ToolWindowsTest(unittest.TestCase):
                 without.wait_for(advice)
 
     def test_only_one_tool_runs(self):
-        screen = Screen(self)
+        screen = self.screen()
         first = self.start("tarnex-flasher")
         screen.window(FLASHER_TITLE)
         second = self.start("tarnex-console")
@@ -254,10 +248,10 @@ class ToolWindowsTest(unittest.TestCase):
     def test_an_update_survives_the_display(self):
         unit = self.site.unit()
         self.make_firmware("Tarnex_20050626.hex")
-        screen = Screen(self)
+        screen = self.screen()
         console, window = self.open_console(screen)
         window.click(*console_place(41))
-        self.wait_for_line(window, CONSOLE_LIST, "擦除成功，开始写入。")
+        window.wait_for_line(CONSOLE_LIST, "擦除成功，开始写入。")
         screen.server.kill()
         self.assertEqual(console.wait(), 0)
         console.wait_for("the display is gone")

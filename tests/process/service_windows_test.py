@@ -1,0 +1,132 @@
+"""The windows of the service, on a display of the test's own.
+
+With TARNEX_PICTURES naming a folder it keeps pictures of them there.
+"""
+
+import re
+import unittest
+
+import harness
+from harness import FIRST_NUMBER, READY, Program, Site, wait_until
+from screen import Screen
+
+ALARM = "txSendSMS1031010srv{[b^k^]}98%"
+MAIL_TITLE = "邮件发送"
+
+# Places in a new main window, in pixels of a screen of 96 dpi.
+EVENTS = (100, 140)
+SMS_SENT = (700, 200)
+SMS_RECEIVED = (100, 400)
+DEVICE_EVENTS = (500, 400)
+LINKS = (700, 400)
+DEBUG = (100, 580)
+TRAFFIC = (700, 580)
+
+
+class ServiceWindowsTest(unittest.TestCase):
+    def start(self, dpi=96, size="1400x1000", **changes):
+        """A service on a desktop; the service, its unit and a monitoring program."""
+        self.site = Site(self, **({"DebugMode": "On"} | changes))
+        self.screen = Screen(self, dpi, size)
+        self.site.desktop = self.screen.environment
+        unit = self.site.unit()
+        service = self.site.service()
+        monitor = self.site.monitor()
+        monitor.greet()
+        return service, unit, monitor
+
+    def main_window(self):
+        return self.screen.window("TarnexComm")
+
+    def test_main_window_shows_what_the_service_does(self):
+        service, unit, monitor = self.start()
+        window = self.main_window()
+        self.assertEqual(window.size(), (1000, 720))
+        monitor.wait_for(READY)
+        window.wait_for_line(LINKS, "Send0:tx--Ready")
+        window.wait_for_line(TRAFFIC, "Get :TX:TXCSQ(20,0)\\r\\n")
+        window.wait_for_line(DEBUG, "CSQ=20")
+        monitor.send(ALARM)
+        window.wait_for_line(EVENTS, '设备1"98%"的CPU负荷异常(srv)。回复：1901重启设备，1902关闭设备。')
+        unit.wait_for("SENDSMS1")
+        window.wait_for_line(SMS_SENT, "发送成功")
+        unit.tell(f"sms {FIRST_NUMBER} 你好")
+        wait_until(lambda: any("你好" in line for line in window.lines(*SMS_RECEIVED)), "a received SMS")
+        window.key("alt+k")
+        window.wait_for_line(DEVICE_EVENTS, "True")
+        window.picture("main-96")
+        window.key("alt+l")  # hides the list of the traffic; that of the debug lines takes its place
+        wait_until(lambda: "CSQ=20" in window.lines(*TRAFFIC), "a wide list of debug lines")
+        window.key("alt+c")
+        wait_until(lambda: "Send0:tx--Ready" not in window.lines(*LINKS), "an empty list")
+        self.assertNotEqual(window.lines(*EVENTS), [])  # these stay
+        window.resize(*window.least_size())
+        window.picture("main-least-96")
+        window.key("alt+x")
+        self.assertEqual(service.wait(), 0)
+        monitor.wait_for(b"tx-SMSEnd")
+        self.assertEqual(service.lines, [])
+
+    def test_main_window_on_a_fine_screen(self):
+        service, _, monitor = self.start(192, "2200x1600")
+        window = self.main_window()
+        self.assertEqual(window.size(), (2000, 1440))
+        monitor.wait_for(READY)
+        window.wait_for_line(TRAFFIC, "Get :TX:TXCSQ(20,0)\\r\\n")
+        window.picture("main-192")
+        window.key("alt+m")
+        self.screen.window(MAIL_TITLE).picture("mail-192")
+        window.close()
+        self.assertEqual(service.wait(), 0)
+        monitor.wait_for(b"tx-SMSEnd")
+
+    def test_mail_form_is_reached_from_the_main_window(self):
+        sink = Program(self, harness.programs + "/tarnex-mail-sink", ["--port", "0"])
+        port = re.search(r"port (\d+)", sink.wait_for("listening on port"))[1]
+        addresses = {"Text1(58)": "unit@site.example", "Text1(59)": "staff@site.example"}
+        service, _, _ = self.start(**{"Text1(29)": f"localhost:{port}", **addresses})
+        window = self.main_window()
+        window.key("alt+m")
+        form = self.screen.window(MAIL_TITLE)
+        form.key("alt+t")  # into the queue
+        sink.wait_for("Test msg.")
+        self.assertEqual(form.copied(300, 58, "ctrl+a", "ctrl+c"), f"localhost:{port}")
+        form.click(300, 300)
+        form.key("ctrl+End")
+        form.type("第二封邮件")
+        form.key("alt+s")  # at once, with what is on the form
+        sink.wait_for("第二封邮件")
+        form.picture("mail-96")
+        form.key("alt+x")
+        wait_until(lambda: not form.shown(), "the form is closed")
+        self.assertTrue(window.shown())
+        self.assertEqual(service.stop(), 0)
+
+    def test_debug_mode_is_switched_while_the_service_runs(self):
+        service, unit, monitor = self.start(DebugMode="Off")
+        for mode in ("On", "Off", "On"):
+            monitor.wait_for(READY)
+            self.site.edit_setting("DebugMode", mode)
+            unit.tell("unplug")  # the service begins anew
+            if mode == "On":
+                window = self.main_window()
+            else:
+                wait_until(lambda: not window.shown(), "the window is closed")
+            monitor.wait_for(b"txNexLost")
+            unit.tell("plug")
+            monitor.greet()
+        self.assertEqual(service.stop(), 0)
+
+    def test_service_outlives_its_display(self):
+        service, unit, monitor = self.start()
+        self.main_window()
+        monitor.wait_for(READY)
+        self.screen.server.kill()
+        service.wait_for("the display is gone, and the windows with it. Going on without")
+        service.wait_for("List2: Get :TX:TXCSQ(20,0)")  # where the lists have gone
+        monitor.wait_for(b"tx-States")
+        self.assertEqual(service.stop(), 0)
+
+
+if __name__ == "__main__":
+    harness.run(ServiceWindowsTest)
