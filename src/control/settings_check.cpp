@@ -101,6 +101,10 @@ class Checker {
                  "is empty, 0 or no number, so no notification goes by SMS; 1 sends each once");
         if (!On("sms-to-number-1") && !On("sms-to-number-2"))
             Warn("sms-to-number-1", "and sms-to-number-2 are off, so no notification goes by SMS");
+        if (On("sms-to-number-1") && On("sms-to-number-2") && !Empty("alarm-number-1") &&
+            Value("alarm-number-1") == Value("alarm-number-2"))
+            Warn("sms-to-number-2", "is on for the number that sms-to-number-1 is on for, so one "
+                                    "telephone gets everything twice; switch it off");
     }
 
     void Links() {

@@ -7,6 +7,7 @@
 #include "control/text_output.h"
 #include "platform/linux/folder_owner.h"
 #include "platform/sqlite/log_database.h"
+#include "platform/sqlite/sqlite_log_table.h"
 
 #include <algorithm>
 #include <array>
@@ -132,6 +133,8 @@ void WriteSettings(const std::string& path, const std::string& content, bool rep
 void MakeLog(const ControlWorld& world, const std::string& path, const std::string& schema) {
     if (Exists(path)) {
         world.out << "kept the log " << path << '\n';
+        if (const std::string problem = SqliteLogTable().Open(FromUtf8(path)); !problem.empty())
+            world.err << "tarnexctl: warning: " << Printable(problem) << '\n';
         return;
     }
     MakeFolders(fs::path(path).parent_path());

@@ -61,7 +61,7 @@ TEST_F(LogCommands, SayWhatStandsInTheWay) {
         int status;
         const char* error;
     } rows[] = {
-        {{"create", folder / "none/log.db"}, 73, "unable to open"},
+        {{"create", folder / "none/log.db"}, 73, "its folder is missing"},
         {{"create", "--schema", folder / "none.sql"}, 66, "--schema"},
         {{"create", "--schema", settings}, 73, "cannot be made"},
         {{"tail", "--once"}, 66, "tarnexctl log create"},

@@ -92,6 +92,13 @@ TEST_F(SettingsCheck, NamesEveryDanger) {
     }
 }
 
+TEST_F(SettingsCheck, OneTelephoneNeedsEachTextOnce) {
+    Put("Check1(43)=", "Check1(43)=1");
+    EXPECT_EQ(Named(), Names{});
+    Put("Text1(35)=", "Text1(35)=13900000001");
+    EXPECT_EQ(Named(), Names{"sms-to-number-2"});
+}
+
 TEST_F(SettingsCheck, AWindowOverMidnightIsNeverQuiet) {
     Put("Check1(6)=", "Check1(6)=1");
     Put("Check1(47)=", "Check1(47)=1");

@@ -52,9 +52,11 @@ Database OpenDatabase(const std::string& path, int flags) {
 // "", or what is wrong.
 std::string Build(const std::string& path, const std::string& schema) {
     const Database database = OpenDatabase(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
-    if (sqlite3_exec(database.get(), schema.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK)
-        return "";
-    return sqlite3_errmsg(database.get());
+    if (sqlite3_errcode(database.get()) == SQLITE_CANTOPEN)
+        return "its folder is missing or may not be written to. Make the folder, or run this as "
+               "root or as the user of the service";
+    const int result = sqlite3_exec(database.get(), schema.c_str(), nullptr, nullptr, nullptr);
+    return result == SQLITE_OK ? "" : sqlite3_errmsg(database.get());
 }
 
 } // namespace
