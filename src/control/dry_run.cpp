@@ -40,9 +40,10 @@ class DryRun {
         for (int day = 1; day <= days; ++day) {
             progress(day);
             system_.clock.RunTo(day * 24h);
+            EndDay();
         }
         system_.clock.RunFor(kRunOut);
-        result_.log_rows = system_.log.Rows.size();
+        EndDay();
         const std::set<std::string> said(system_.said.begin(), system_.said.end());
         result_.said.assign(said.begin(), said.end());
         return std::move(result_);
@@ -56,6 +57,14 @@ class DryRun {
         Text text;
         Duration queued_at;
     };
+
+    // Keeps the memory of a long run small: some settings make thousands of rows and lines a day.
+    void EndDay() {
+        result_.log_rows += system_.log.Rows.size();
+        system_.log.Rows.clear();
+        system_.echoed.clear();
+        mail_sink_.Mails.clear();
+    }
 
     void ServeMail() {
         const auto server = ParseServerAddress(ReadMailSettings(file_.Document()).SmtpServer);
