@@ -191,12 +191,16 @@ class StatusPage {
     TextTable table_;
 };
 
+// What is no longer true stands apart, so that nobody takes it for the present state.
 Json AsJson(const ServiceState& state) {
     Json json{{"running", state.running}};
-    if (!state.status.is_null()) {
-        json["seconds_since_change"] = state.SecondsSince(state.status.at("written_at"));
+    if (state.status.is_null())
+        return json;
+    json["seconds_since_change"] = state.SecondsSince(state.status.at("written_at"));
+    if (state.running)
         json.update(state.status);
-    }
+    else
+        json["last_status"] = state.status;
     return json;
 }
 

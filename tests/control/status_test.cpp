@@ -85,6 +85,7 @@ TEST_F(StatusCommands, TellsAServiceThatDoesNotRun) {
               std::string::npos);
     EXPECT_EQ(Run({"status", "--json"}), 69);
     EXPECT_EQ(json::parse(out.str())["running"], false);
+    EXPECT_FALSE(json::parse(out.str()).contains("unit")); // which was ready
     EXPECT_EQ(Run({"metrics"}), 0);
     EXPECT_TRUE(Says("\ntarnexcomm_up 0\n"));
     EXPECT_FALSE(Says("sms"));
