@@ -32,9 +32,10 @@ class LeafOf : public Base, public LeafWidget {
         : Base(0, 0, 0, 0, std::forward<Arguments>(arguments)...) {}
     Fl_Widget& Widget() override { return *this; }
     int handle(int event) override {
-        if (event == FL_FOCUS || event == FL_UNFOCUS)
+        const int handled = Base::handle(event);
+        if (handled && (event == FL_FOCUS || event == FL_UNFOCUS))
             this->redraw();
-        return Base::handle(event);
+        return handled;
     }
 
   protected:
