@@ -1,5 +1,6 @@
 #include "control/commands.h"
 #include "control/file_access.h"
+#include "control/json_output.h"
 #include "control/settings_file.h"
 #include "control/text_output.h"
 #include "platform/linux/folder_owner.h"
@@ -7,13 +8,9 @@
 
 #include <ostream>
 
-#include <nlohmann/json.hpp>
-
 namespace tarnex {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 constexpr Duration kPollPeriod = 1s;
 
@@ -58,14 +55,14 @@ std::string Ways(const StoredLogRow& row) {
 std::string LineOf(const StoredLogRow& row) {
     return Padded(Field(row, kNumber), 6) + Padded(Field(row, kDate), 10) +
            Padded(Field(row, kTime), 8) + Padded(Field(row, kDirection), 3) +
-           Padded(Field(row, kSource), 5) + Padded(Ways(row), 8) + Field(row, kMessage);
+           Padded(Field(row, kSource), 5) + Padded(Ways(row), 8) + Field(row, kMessage) + '\n';
 }
 
 std::string JsonOf(const StoredLogRow& row) {
     Json json;
     for (std::size_t i = 0; i < row.columns.size(); ++i)
         json[kColumnNames[i]] = row.columns[i] ? Json(*row.columns[i]) : Json();
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+    return JsonText(json, -1);
 }
 
 // The rows of one file, and of those that take its place.
@@ -112,7 +109,7 @@ class Tail {
         if (!rows)
             throw Unreadable(reader_.Problem());
         for (const StoredLogRow& row : *rows) {
-            world_.out << (json_ ? JsonOf(row) : LineOf(row)) << '\n';
+            world_.out << (json_ ? JsonOf(row) : LineOf(row));
             last_id_ = row.id;
         }
         world_.out.flush();

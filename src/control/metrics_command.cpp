@@ -12,8 +12,6 @@ namespace tarnex {
 namespace {
 
 namespace fs = std::filesystem;
-using Json = nlohmann::ordered_json;
-
 // A value of the status as a metric.
 struct Metric {
     const char* name; // without "tarnexcomm_"

@@ -7,8 +7,6 @@ namespace tarnex {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 constexpr int kFormat = 1;
 constexpr const char* kStart = "start it with \"systemctl start tarnexcomm\"";
 

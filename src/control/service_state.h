@@ -1,21 +1,18 @@
 #pragma once
 
 #include "control/control_world.h"
-
-#include <nlohmann/json.hpp>
+#include "control/json_output.h"
 
 namespace tarnex {
 
 // What the status file of the service says, and whether that is still true.
 struct ServiceState {
     bool running = false;
-    std::string absence;           // why it does not count as running, for people
-    nlohmann::ordered_json status; // an object; null when there is no file
-    long long now = 0;             // s since 1970, as the times in it
+    std::string absence; // why it does not count as running, for people
+    Json status;         // an object; null when there is no file
+    long long now = 0;   // s since 1970, as the times in it
 
-    long long SecondsSince(const nlohmann::ordered_json& time) const {
-        return now - time.get<long long>();
-    }
+    long long SecondsSince(const Json& time) const { return now - time.get<long long>(); }
 };
 
 // Throws Failure for a file that cannot be read or is none of the service.

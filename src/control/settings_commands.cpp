@@ -1,4 +1,5 @@
 #include "control/commands.h"
+#include "control/json_output.h"
 #include "control/setting_value.h"
 #include "control/settings_check.h"
 #include "control/text_output.h"
@@ -6,13 +7,9 @@
 #include <algorithm>
 #include <ostream>
 
-#include <nlohmann/json.hpp>
-
 namespace tarnex {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 // Of a value in the short list, where the effect tells it whole.
 constexpr std::size_t kValueColumns = 24;
@@ -149,7 +146,7 @@ ExitStatus SettingsList(ControlWorld& world, const ListOptions& options) {
         Json list = Json::array();
         for (const Setting* setting : settings)
             list.push_back(ToJson(*setting, file.Value(*setting)));
-        world.out << list.dump(2) << '\n';
+        world.out << JsonText(list);
     } else if (options.long_form) {
         for (const Setting* setting : settings)
             PrintLong(world, *setting, file.Value(*setting));
@@ -198,7 +195,7 @@ ExitStatus SettingsCheck(ControlWorld& world, bool json) {
         table.Add({{word, error ? Colour::kBad : Colour::kWarning}, finding.name, finding.text});
     }
     if (json) {
-        world.out << list.dump(2) << '\n';
+        world.out << JsonText(list);
     } else {
         table.Print(world);
         world.out << file.Path() << ": " << Counted(errors, "error") << ", "

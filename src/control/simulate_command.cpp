@@ -1,18 +1,15 @@
 #include "control/calendar_words.h"
 #include "control/commands.h"
 #include "control/dry_run.h"
+#include "control/json_output.h"
 #include "control/text_output.h"
 
 #include <algorithm>
 #include <ostream>
 
-#include <nlohmann/json.hpp>
-
 namespace tarnex {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 // Work that takes longer than this shows how far it is.
 constexpr auto kPatience = 1s;
@@ -138,7 +135,7 @@ void PrintJson(const ControlWorld& world, const DryRunResult& result,
                                   {"held_back", alarm.held_back},
                                   {"mail_queued", alarm.mail_queued},
                                   {"mail_sent", alarm.mail_sent}});
-    world.out << json.dump(2) << '\n';
+    world.out << JsonText(json);
 }
 
 } // namespace

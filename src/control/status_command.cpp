@@ -11,8 +11,6 @@ namespace tarnex {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 constexpr Duration kWatchPeriod = 1s;
 constexpr const char* kClearScreen = "\x1b[H\x1b[2J";
 
@@ -206,7 +204,7 @@ Json AsJson(const ServiceState& state) {
 
 void Show(const ControlWorld& world, const ServiceState& state, const StatusOptions& options) {
     if (options.json)
-        world.out << AsJson(state).dump(options.watch ? -1 : 2) << '\n';
+        world.out << JsonText(AsJson(state), options.watch ? -1 : 2);
     else if (state.running)
         StatusPage(state).Print(world);
     else if (options.watch)

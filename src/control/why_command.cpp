@@ -12,8 +12,6 @@ namespace tarnex {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 // Monitoring programs send it in front of the record.
 constexpr std::string_view kRequestCode = "txSendSMS";
 
@@ -167,7 +165,7 @@ ExitStatus ExplainRecord(ControlWorld& world, const WhyOptions& options) {
     const Text record = encoding.Decode(encoding.Encode(FromUtf8(RecordOf(options.record))));
     const RecordExplanation why = Explain(file, record, at);
     if (options.json) {
-        world.out << ToJson(why, at).dump(2) << '\n';
+        world.out << JsonText(ToJson(why, at));
         return kExitDone;
     }
     Page page(why, at);
