@@ -2,6 +2,7 @@
 
 #include "control/calendar_words.h"
 #include "control/suggestion.h"
+#include "notify/quiet_time.h"
 #include "platform/linux/serial_names.h"
 
 #include <algorithm>
@@ -283,7 +284,8 @@ std::string Effect(const Setting& setting, TextView value) {
         return setting.when_not_set;
     std::string effect = setting.when_set;
     if (const std::size_t at = effect.find("{}"); at != std::string::npos)
-        effect.replace(at, 2, ToUtf8(Trim(value)));
+        effect.replace(
+            at, 2, ToUtf8(setting.kind == kTime ? FormattedHourMinute(value) : Text(Trim(value))));
     return effect;
 }
 
