@@ -91,7 +91,7 @@ class ToolWindowsTest(unittest.TestCase):
         window = screen.window(FLASHER_TITLE)
         window.key("alt+o")
         dialog = screen.window("打开固件文件")
-        dialog.type("固件.hex")
+        dialog.type(self.site.path("固件.hex"))
         dialog.picture(f"flasher-file-{dpi}")
         dialog.key("Return")
         window.wait_for_line(FLASHER_LIST, "固件.hex")

@@ -1,8 +1,10 @@
 #include "platform/fltk/fltk_file_dialog.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include <FL/Fl_Double_Window.H>
+#include <FL/Fl_File_Input.H>
 #include <FL/fl_ask.H>
 
 namespace tarnex {
@@ -47,6 +49,28 @@ void Enlarge(Fl_Group& group, double scale) {
     group.init_sizes();
 }
 
+Fl_File_Input* FindInput(const Fl_Group& group) {
+    for (int i = 0; i < group.children(); ++i) {
+        if (auto* const input = dynamic_cast<Fl_File_Input*>(group.child(i)))
+            return input;
+        if (const Fl_Group* const inner = group.child(i)->as_group())
+            if (Fl_File_Input* const input = FindInput(*inner))
+                return input;
+    }
+    return nullptr;
+}
+
+// FLTK takes a lone "/" for a folder without a name and deletes it: no path could be typed that
+// begins so.
+void LetPathsBegin(Fl_File_Input& input) {
+    static Fl_Callback* of_the_dialog = nullptr;
+    of_the_dialog = input.callback();
+    input.callback([](Fl_Widget* widget, void* data) {
+        if (std::string_view(static_cast<Fl_File_Input*>(widget)->value()) != "/")
+            of_the_dialog(widget, data);
+    });
+}
+
 } // namespace
 
 void FltkFileDialog::Show(const Text& filter, std::function<void(const std::string&)> chosen) {
@@ -56,6 +80,8 @@ void FltkFileDialog::Show(const Text& filter, std::function<void(const std::stri
                                                  Fl_File_Chooser::SINGLE, "打开固件文件");
     chooser_->newButton->hide();
     Fl_Window& window = *chooser_->newButton->window();
+    if (Fl_File_Input* const input = FindInput(window))
+        LetPathsBegin(*input);
     Enlarge(window, screen_.Scale());
     window.Fl_Widget::resize(window.x(), window.y(), int(window.w() * screen_.Scale()),
                              int(window.h() * screen_.Scale()));
