@@ -19,6 +19,7 @@ class Screen:
         read, write = os.pipe()
         arguments = ["-displayfd", str(write), "-noreset", "-screen", "0", size + "x24"]
         self.server = Program(test, shutil.which("Xvfb"), arguments, pass_fds=[write])
+        test.addCleanup(self.server.stop)  # orderly, so that no lock file is left
         os.close(write)
         with open(read) as number:
             self.name = ":" + number.readline().strip()

@@ -121,7 +121,7 @@ class ServiceWindowsTest(unittest.TestCase):
         service, unit, monitor = self.start()
         self.main_window()
         monitor.wait_for(READY)
-        self.screen.server.kill()
+        self.screen.server.stop()
         service.wait_for("the display is gone, and the windows with it. Going on without")
         service.wait_for("List2: Get :TX:TXCSQ(20,0)")  # where the lists have gone
         monitor.wait_for(b"tx-States")

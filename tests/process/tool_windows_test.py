@@ -252,7 +252,7 @@ class ToolWindowsTest(unittest.TestCase):
         console, window = self.open_console(screen)
         window.click(*console_place(41))
         window.wait_for_line(CONSOLE_LIST, "擦除成功，开始写入。")
-        screen.server.kill()
+        screen.server.stop()
         self.assertEqual(console.wait(), 0)
         console.wait_for("the display is gone")
         unit.tell("show")
