@@ -36,7 +36,7 @@ FirmwareLink::FirmwareLink(Parts parts)
     : FirmComTimer(parts.clock, "FirmComTimer", kByteLimit,
                    [this] {
                        FirmComTimer.Disable();
-                       ByteTimedOut = true;
+                       ByteTimedOut_ = true;
                        changed_.Notify();
                    }),
       parts_(parts), display_{.List1Additem = [](const Text&) {}, .show_address = [] {}},
@@ -56,21 +56,21 @@ void FirmwareLink::HardwareLost() {
 
 Task<bool> FirmwareLink::FirmwareFlash(int port, std::string hexFile) {
     const Closing closing(*this);
-    FlashOK = false;
-    FlashDone = false;
+    FlashOK_ = false;
+    FlashDone_ = false;
     line_lost_ = false;
     progress_ = FlashProgress();
     display_.List1Additem(u"打开HEX文件");
     if (!OpenFile(hexFile))
-        co_return FlashOK;
+        co_return FlashOK_;
     display_.List1Additem(u"用升级模式打开Com" + ToText(port));
     if (!OpenPort(port))
-        co_return FlashOK;
+        co_return FlashOK_;
     firm_mode_ = true;
     progress_.step = FlashStep::kHandshake;
     display_.List1Additem(u"开始握手");
     co_await ShakeHands();
-    co_return FlashOK;
+    co_return FlashOK_;
 }
 
 bool FirmwareLink::OpenFile(const std::string& path) {
@@ -97,18 +97,18 @@ bool FirmwareLink::OpenPort(int port) {
 
 // Calls the loader until it answers; the exchange then runs in the receive event, while this waits.
 Task<> FirmwareLink::ShakeHands() {
-    for (int attempt = 0; attempt < kAttempts && !FlashDone; ++attempt) {
+    for (int attempt = 0; attempt < kAttempts && !FlashDone_; ++attempt) {
         const bool sent = co_await SendFrame(FirmwareCommand::kHandshake);
         if (sent)
             co_await Sleep(parts_.clock, kAttemptPeriod);
         while (exchange_.Running())
             co_await changed_.Wait();
-        if ((!sent || line_lost_) && !FlashDone)
+        if ((!sent || line_lost_) && !FlashDone_)
             End(Fail(line_lost_ ? FlashFault::kLineLost : FlashFault::kStuckLine));
     }
-    if (!FlashDone)
+    if (!FlashDone_)
         Fail(FlashFault::kNoLoader);
-    if (FlashOK)
+    if (FlashOK_)
         co_await Sleep(parts_.clock, kLastFrameLimit);
 }
 
@@ -121,7 +121,7 @@ void FirmwareLink::OnComm() {
 
 Task<> FirmwareLink::Exchange() {
     parts_.port.SetRThreshold(0); // until the port is opened again
-    FlashDone = false;
+    FlashDone_ = false;
     const bool written = co_await WriteProgram();
     if (written)
         progress_.step = FlashStep::kDone;
@@ -131,8 +131,8 @@ Task<> FirmwareLink::Exchange() {
 
 void FirmwareLink::End(bool ok) {
     firm_mode_ = false;
-    FlashOK = ok;
-    FlashDone = true;
+    FlashOK_ = ok;
+    FlashDone_ = true;
     parts_.trace.DebugAdd(TextView(ok ? u"Flash写入正常!" : u"Flash写入错误!"));
 }
 
@@ -251,7 +251,7 @@ Task<bool> FirmwareLink::ReadAnswer(std::span<const int> pattern) {
         const std::uint8_t byte = co_await ReadByte();
         if (line_lost_)
             co_return Fail(FlashFault::kLineLost);
-        if (ByteTimedOut)
+        if (ByteTimedOut_)
             co_return Fail(FlashFault::kSilence);
         progress_.answer += char(byte);
         if (expected >= 0 && byte != expected)
@@ -262,10 +262,10 @@ Task<bool> FirmwareLink::ReadAnswer(std::span<const int> pattern) {
 
 // 255 when none came in time, or the line was lost.
 Task<std::uint8_t> FirmwareLink::ReadByte() {
-    ByteTimedOut = false;
+    ByteTimedOut_ = false;
     FirmComTimer.SetInterval(kByteLimit);
     FirmComTimer.Enable();
-    while (parts_.port.InBufferCount() < 1 && !ByteTimedOut && !line_lost_)
+    while (parts_.port.InBufferCount() < 1 && !ByteTimedOut_ && !line_lost_)
         co_await changed_.Wait();
     FirmComTimer.Disable();
     co_return parts_.port.InputByte().value_or(0xFF);

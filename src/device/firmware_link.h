@@ -127,9 +127,9 @@ class FirmwareLink {
     Task<> exchange_;
     FlashProgress progress_;
     bool firm_mode_ = false;
-    bool FlashOK = false;
-    bool FlashDone = false;
-    bool ByteTimedOut = false;
+    bool FlashOK_ = false;
+    bool FlashDone_ = false;
+    bool ByteTimedOut_ = false;
     bool line_lost_ = false;
 };
 
