@@ -52,7 +52,7 @@ class Placer {
     int Px(int at_96_dpi) const { return screen_.Pixels(at_96_dpi); }
     // Between so many children of a node.
     int Gaps(const LayoutNode& node, int children) const { return (children - 1) * Px(node.gap); }
-    int LinesHeight(int lines) const { return int(lines * screen_.em * kLine + 0.5); }
+    int LinesHeight(int lines) const { return int(std::lround(lines * screen_.em * kLine)); }
     int RowHeight() const { return LinesHeight(1) + 2 * Px(kTextPadding); }
     int TitleWidth(const LayoutNode& node) const {
         return node.title.empty() ? 0
@@ -118,7 +118,7 @@ Size Placer::LeastOfGrid(const LayoutNode& node) const {
 Size Placer::LeastOfLeaf(const LayoutNode& node) const {
     const Text& text = node.control.empty() ? node.title : form_.Find(node.control)->Caption();
     const double letters = node.look == Look::kStrong ? kStrongLetters : 1;
-    const int text_width = int(screen_.text_width(text) * letters + 0.5);
+    const int text_width = int(std::lround(screen_.text_width(text) * letters));
     const int held_width = node.ems * screen_.em;
     const int frame = 2 * Px(kTextPadding);
     switch (node.kind) {

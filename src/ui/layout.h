@@ -2,6 +2,7 @@
 
 #include "ui/form.h"
 
+#include <cmath>
 #include <functional>
 #include <string>
 #include <vector>
@@ -72,7 +73,7 @@ struct ScreenMetrics {
     int em = 14;                               // in pixels of the screen
     std::function<int(TextView)> text_width{}; // the same, in plain letters
 
-    int Pixels(double at_96_dpi) const { return int(at_96_dpi * scale + 0.5); }
+    int Pixels(double at_96_dpi) const { return int(std::lround(at_96_dpi * scale)); }
     int FromTwips(int twips) const { return Pixels(twips / 15.0); }
 };
 

@@ -1,6 +1,7 @@
 #include "platform/fltk/fltk_file_dialog.h"
 
 #include <algorithm>
+#include <cmath>
 #include <string_view>
 
 #include <FL/Fl_Double_Window.H>
@@ -38,7 +39,7 @@ std::string Pattern(const Text& filter) {
 
 // FLTK has laid its dialog out for letters of one size.
 void Enlarge(Fl_Group& group, double scale) {
-    const auto scaled = [scale](int pixels) { return int(pixels * scale + 0.5); };
+    const auto scaled = [scale](int pixels) { return int(std::lround(pixels * scale)); };
     for (int i = 0; i < group.children(); ++i) {
         Fl_Widget& child = *group.child(i);
         child.Fl_Widget::resize(scaled(child.x()), scaled(child.y()), scaled(child.w()),
@@ -90,7 +91,7 @@ void FltkFileDialog::Show(const Text& filter, std::function<void(const std::stri
 
 void FltkFileDialog::Withdraw() {
     if (screen_.Lost())
-        chooser_.release(); // destroying it would talk to the X server
+        (void)chooser_.release(); // destroying it would talk to the X server
     chooser_.reset();
 }
 

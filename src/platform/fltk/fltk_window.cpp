@@ -38,7 +38,7 @@ FltkWindow::FltkWindow(Form& form, const WindowScreen& screen)
 FltkWindow::~FltkWindow() {
     form_.Observe(nullptr);
     if (screen_.lost())
-        window_.release(); // destroying it would talk to the X server
+        (void)window_.release(); // destroying it would talk to the X server
 }
 
 void FltkWindow::ControlChanged(Control& control) {
