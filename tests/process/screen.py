@@ -79,10 +79,10 @@ class Window:
         self._screen.run("xdotool", "mousemove", "--window", str(self._number), *place, "click", str(button))
 
     def key(self, *names):
-        self._screen.run("xdotool", "windowfocus", "--sync", str(self._number), "key", "--delay", "30", *names)
+        self._screen.run("xdotool", "windowfocus", str(self._number), "key", "--delay", "30", *names)
 
     def type(self, text):
-        self._screen.run("xdotool", "windowfocus", "--sync", str(self._number), "type", "--delay", "30", text)
+        self._screen.run("xdotool", "windowfocus", str(self._number), "type", "--delay", "30", text)
 
     def close(self):
         """What a window manager does when the operator closes the window."""
@@ -98,9 +98,12 @@ class Window:
         """All lines of the list at that place."""
         return self.copied(x, y, "ctrl+shift+c").splitlines()
 
+    def has_line(self, place, text):
+        """Whether a line of the list at that place ends so."""
+        return any(line.endswith(text) for line in self.lines(*place))
+
     def wait_for_line(self, place, text):
-        """Waits until a line of the list at that place ends so."""
-        wait_until(lambda: any(line.endswith(text) for line in self.lines(*place)), text)
+        wait_until(lambda: self.has_line(place, text), text)
 
     def picture(self, name):
         """Keeps a picture, if somebody wants pictures."""

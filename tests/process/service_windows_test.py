@@ -90,12 +90,12 @@ class ServiceWindowsTest(unittest.TestCase):
         form = self.screen.window(MAIL_TITLE)
         form.key("alt+t")  # into the queue
         sink.wait_for("Test msg.")
-        self.assertEqual(form.copied(300, 58, "ctrl+a", "ctrl+c"), f"localhost:{port}")
+        wait_until(lambda: form.copied(300, 58, "ctrl+a", "ctrl+c") == f"localhost:{port}", "the server")
         form.click(300, 300)
         form.key("ctrl+End")
-        form.type("第二封邮件")
+        form.type(", again")
         form.key("alt+s")  # at once, with what is on the form
-        sink.wait_for("第二封邮件")
+        sink.wait_for(", again")
         form.picture("mail-96")
         form.key("alt+x")
         wait_until(lambda: not form.shown(), "the form is closed")

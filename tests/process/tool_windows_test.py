@@ -77,34 +77,49 @@ class ToolWindowsTest(unittest.TestCase):
         options = {"env": self.site.environment(), "cwd": self.site.folder}
         return Program(self, f"{harness.programs}/{name}", **options)
 
-    def make_firmware(self, name):
+    def make_firmware(self, name, size=4096):
         with open(self.site.path(name), "w") as file:
-            file.write(program("TARNEX-SIM 2.0", 4096))
+            file.write(program("TARNEX-SIM 2.0", size))
+
+    def insist(self, act, done, what):
+        """Acts until it is done: what is still shown as disabled ignores the operator."""
+        wait_until(lambda: done() or act(), what)
+
+    def leave(self, tool, window):
+        self.insist(lambda: window.key("alt+x"), lambda: not tool.runs(), "the end of " + tool.name)
+        self.assertEqual(tool.wait(), 0)
 
     # ---- the firmware window
 
-    def update_firmware(self, dpi):
-        unit = self.site.unit()
-        self.make_firmware("固件.hex")
+    def press_key(self, window, key, lists):
+        """Presses a key in the firmware window until that is listed."""
+        self.insist(lambda: window.key(key), lambda: window.has_line(FLASHER_LIST, lists), lists)
+
+    def start_update(self, dpi, size):
+        """Opens the firmware window and goes as far as to the writing."""
+        self.make_firmware("unit.hex", size)
         screen = self.screen(dpi)
         flasher = self.start("tarnex-flasher")
         window = screen.window(FLASHER_TITLE)
         window.key("alt+o")
         dialog = screen.window("打开固件文件")
-        dialog.type(self.site.path("固件.hex"))
+        dialog.type(self.site.path("unit.hex"))
         dialog.picture(f"flasher-file-{dpi}")
         dialog.key("Return")
-        window.wait_for_line(FLASHER_LIST, "固件.hex")
-        window.key("alt+o")
+        window.wait_for_line(FLASHER_LIST, "unit.hex")
+        self.press_key(window, "alt+o", "正在连接Tarnex.")
         window.wait_for_line(FLASHER_LIST, "可以开始更新Firmware!")
         window.picture(f"flasher-connected-{dpi}")
-        window.key("alt+u")
-        window.wait_for_line(FLASHER_LIST, "擦除成功，开始写入。")
+        self.press_key(window, "alt+u", "擦除成功，开始写入。")
         window.picture(f"flasher-writing-{dpi}")
+        return flasher, window
+
+    def update_firmware(self, dpi):
+        unit = self.site.unit()
+        flasher, window = self.start_update(dpi, 4096)
         window.wait_for_line(FLASHER_LIST, "升级成功!")
         window.picture(f"flasher-done-{dpi}")
-        window.key("alt+x")
-        self.assertEqual(flasher.wait(), 0)
+        self.leave(flasher, window)
         unit.tell("show")
         unit.wait_for("version           TARNEX-SIM 2.0")
 
@@ -113,6 +128,14 @@ class ToolWindowsTest(unittest.TestCase):
 
     def test_firmware_is_updated_on_a_fine_screen(self):
         self.update_firmware(192)
+
+    def test_closing_while_it_writes_has_to_be_confirmed(self):
+        self.site.unit()
+        flasher, window = self.start_update(96, 0xFF00)
+        window.close()
+        window.wait_for_line(FLASHER_LIST, "正在写入，现在退出会使设备程序不完整。再次关闭窗口将强行退出。")
+        window.close()
+        self.assertEqual(flasher.wait(), 0)
 
     # ---- the console
 
@@ -125,22 +148,22 @@ class ToolWindowsTest(unittest.TestCase):
         return console, window
 
     def press(self, window, number, lists, lines_below=1):
-        """Presses a button, again where all were disabled a moment ago, until that is listed."""
-
-        def pressed():
-            if lists in window.lines(*CONSOLE_LIST)[-1 - lines_below :]:
-                return True
-            window.click(*console_place(number))
-            return False
-
-        wait_until(pressed, f"{lists}, after Command{number}")
+        """Presses a button until that is listed, with at most so many lines below."""
+        self.insist(
+            lambda: window.click(*console_place(number)),
+            lambda: lists in window.lines(*CONSOLE_LIST)[-1 - lines_below :],
+            f"{lists}, after Command{number}",
+        )
 
     def test_console_obeys_every_button(self):
         unit = self.site.unit()
         self.make_firmware("Tarnex_20050626.hex")
         console, window = self.open_console(self.screen())
-        window.click(*console_place(44))
-        wait_until(lambda: self.site.setting("TarnexName") == "脚脚(设备名)", "the test values")
+        self.insist(
+            lambda: window.click(*console_place(44)),
+            lambda: self.site.setting("TarnexName") == "脚脚(设备名)",
+            "the test values",
+        )
         for number, label in CONSOLE_LABELS.items():
             if number != 5:
                 self.press(window, number, label)
@@ -153,8 +176,7 @@ class ToolWindowsTest(unittest.TestCase):
         self.press(window, 41, "------------------", 0)
         self.assertIn("升级成功!", window.lines(*CONSOLE_LIST))
         window.picture("console-updated-96")
-        window.click(*console_place(6))
-        self.assertEqual(console.wait(), 0)
+        self.leave(console, window)
         for word in ("WRNO1(13900000001)", "RDNO2", "TXPWRON", "SENDSMS1", "QorvexWsr(SIM00000002)"):
             self.assertTrue(unit.said(word), word)
 
@@ -182,11 +204,16 @@ class ToolWindowsTest(unittest.TestCase):
     def test_console_keeps_what_is_typed_and_pasted(self):
         self.site.unit()
         _, window = self.open_console(self.screen())
-        window.click(*console_place("Text4"))
-        window.type("机房一号（测试）")
-        window.key("Tab")
-        wait_until(lambda: self.site.setting("TarnexName") == "机房一号（测试）", "the name in the settings")
-        self.assertEqual(window.copied(*CONSOLE_LIST, "End", "ctrl+c"), CONNECTED)
+
+        def enter_name():
+            window.click(*console_place("Text4"))
+            window.key("ctrl+a")
+            window.type("机房一号（测试）")
+            window.key("Tab")
+
+        # xdotool redefines a key for each Chinese character, which on a busy machine may come too early.
+        self.insist(enter_name, lambda: self.site.setting("TarnexName") == "机房一号（测试）", "the name in the settings")
+        wait_until(lambda: window.copied(*CONSOLE_LIST, "End", "ctrl+c") == CONNECTED, "a copied line")
         window.click(*console_place("Text5"))
         window.key("ctrl+v", "Tab")
         wait_until(lambda: self.site.setting("Message") == CONNECTED, "the text in the settings")
@@ -195,7 +222,7 @@ class ToolWindowsTest(unittest.TestCase):
         self.site.unit()
         _, window = self.open_console(self.screen())
         self.assertEqual(window.size(), (661, 900))
-        window.click(*console_place(43))
+        self.press(window, 43, "OCXDebug信息已打开", 0)
         wait_until(lambda: window.size() == (1035, 900), "the wide window")
         self.press(window, 36, "读取CSQ")
         window.wait_for_line((-100, 200), "CSQ=20")
@@ -203,17 +230,16 @@ class ToolWindowsTest(unittest.TestCase):
         window.picture("console-debug-96")
         window.resize(1380, 960)
         window.picture("console-large-96")
-        window.click(*console_place(43))
+        self.press(window, 43, "OCXDebug信息已关闭", 0)
         wait_until(lambda: window.size() == (661, 960), "the narrow window")
 
     def test_console_on_a_fine_screen(self):
         self.site.unit()
         _, window = self.open_console(self.screen(192, "2200x2000"))
         self.assertEqual(window.size(), (1322, 1800))
-        window.click(*console_place(44))
         self.press(window, 42, "读取硬件版本")
         window.picture("console-192")
-        window.click(*console_place(43))
+        self.press(window, 43, "OCXDebug信息已打开", 0)
         wait_until(lambda: window.size() == (2071, 1800), "the wide window")
         window.picture("console-debug-192")
 
@@ -221,8 +247,7 @@ class ToolWindowsTest(unittest.TestCase):
         unit = self.site.unit()
         console, window = self.open_console(self.screen())
         unit.tell("silent on")
-        window.click(*console_place(36))
-        unit.wait_for("RDCSQ")
+        self.insist(lambda: window.click(*console_place(36)), lambda: unit.said("RDCSQ"), "a command")
         window.close()
         self.assertEqual(console.wait(), 0)
 
@@ -250,8 +275,7 @@ class ToolWindowsTest(unittest.TestCase):
         self.make_firmware("Tarnex_20050626.hex")
         screen = self.screen()
         console, window = self.open_console(screen)
-        window.click(*console_place(41))
-        window.wait_for_line(CONSOLE_LIST, "擦除成功，开始写入。")
+        self.press(window, 41, "擦除成功，开始写入。", 20)
         screen.server.stop()
         self.assertEqual(console.wait(), 0)
         console.wait_for("the display is gone")
