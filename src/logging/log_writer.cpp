@@ -9,7 +9,7 @@ namespace {
 
 constexpr const char* kNotConfigured =
     "No log database is configured, so log rows are lost: set Text1(37) in section [Text] of the "
-    "settings file to the path of an SQLite file that was made with log-schema.sql.";
+    "settings file to the path of an SQLite file that was made with \"tarnexctl log create\".";
 
 enum Column {
     kDate = 1,

@@ -100,7 +100,7 @@ TEST_F(SqliteLogTableTest, ColumnsAreFoundByPositionUnderAnyName) {
 
 TEST_F(SqliteLogTableTest, WhatCannotBeUsedIsSaidInPlainWords) {
     Has(table.Append(Row(u"")), "No log database is open");
-    Has(Open(), path + " is missing: make it with log-schema.sql");
+    Has(Open(), path + " is missing: make it with \"tarnexctl log create\"");
     EXPECT_FALSE(std::filesystem::exists(path));
 
     WriteFile(path, "");

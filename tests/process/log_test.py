@@ -33,7 +33,7 @@ class Fault:
 
 
 class Missing(Fault):
-    told = "is missing: make it with log-schema.sql"
+    told = 'is missing: make it with "tarnexctl log create"'
 
 
 class Folder(Fault):
@@ -49,7 +49,7 @@ class Folder(Fault):
 
 
 class NotADatabase(Fault):
-    told = "is not an SQLite database: name another file in Text1(37), or make one with"
+    told = "is not an SQLite database: name another file in Text1(37), or move it away and make one with"
 
     def __init__(self, test):
         super().__init__(test)

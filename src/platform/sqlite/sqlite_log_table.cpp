@@ -23,14 +23,14 @@ struct Explanation {
 // clang-format off
 constexpr Explanation kExplanations[] = {
     {SQLITE_BUSY,             "is locked by another program: end what keeps it locked, or switch the file to WAL mode, in which readers lock nobody out"},
-    {SQLITE_READONLY_DBMOVED, "was moved or deleted while it was in use: put it back, or make a new one with log-schema.sql"},
+    {SQLITE_READONLY_DBMOVED, "was moved or deleted while it was in use: put it back, or make a new one with \"tarnexctl log create\""},
     {SQLITE_READONLY,         "cannot be written: give the user of this service write access to the file and its folder"},
     {SQLITE_CANTOPEN,         "cannot be opened: give the user of this service read and write access to the file and its folder"},
     {SQLITE_PERM,             "cannot be opened: give the user of this service read and write access to the file and its folder"},
     {SQLITE_FULL,             "cannot grow: free space on its disk"},
     {SQLITE_IOERR,            "cannot be read or written: look for a full disk, a used-up quota or a failing disk"},
-    {SQLITE_NOTADB,           "is not an SQLite database: name another file in Text1(37), or make one with log-schema.sql"},
-    {SQLITE_CORRUPT,          "is damaged: move it away and make a new one with log-schema.sql"},
+    {SQLITE_NOTADB,           "is not an SQLite database: name another file in Text1(37), or move it away and make one with \"tarnexctl log create\""},
+    {SQLITE_CORRUPT,          "is damaged: move it away and make a new one with \"tarnexctl log create\""},
 };
 // clang-format on
 
@@ -175,7 +175,7 @@ std::string SqliteLogTable::Open(const Text& path) {
     // Of the file in use the next row finds out whether it can still be used.
     const bool in_use = connection_ && connection_->Path() == file;
     if (status.type() == std::filesystem::file_type::not_found)
-        return in_use ? "" : About(file, "is missing: make it with log-schema.sql");
+        return in_use ? "" : About(file, "is missing: make it with \"tarnexctl log create\"");
     if (status.type() == std::filesystem::file_type::directory)
         return About(file, "is a folder: name a file in Text1(37)");
 
