@@ -46,7 +46,7 @@ class RunningSystem(CleanRoot):
     """Runs until it is closed or switched off."""
 
     def __init__(self, cache, packages):
-        super().__init__(cache, [*packages, "systemd", "systemd-sysv", "dbus"])
+        super().__init__(cache, [*packages, "systemd", "systemd-sysv", "dbus", "udev"])
         self.programs = []
         self.console = pathlib.Path(self.own, "console")
         self.console.touch()

@@ -50,6 +50,9 @@ class Service(unittest.TestCase):
     def journal(self):
         return self.system.run("journalctl", "--no-pager", "--unit=tarnexcomm")
 
+    def rows(self):
+        return self.system.run("tarnexctl", "log", "tail", "--once", "--json")
+
     def owner_of(self, process):
         return self.system.run("stat", "--format=%U", f"/proc/{process}").strip()
 
@@ -96,7 +99,7 @@ class Service(unittest.TestCase):
         self.system.run("tarnex-monitor", "notify", "--service", "cpu", "--state", "abnormal")
         self.wait_for_line("tarnex-sim", "(13900000001): 设备1")
         self.wait_for_line("tarnex-mail-sink", "-- end of mail")
-        self.assertIn('"event":"CPU', self.system.run("tarnexctl", "log", "tail", "--once", "--json"))
+        self.assertIn('"event":"CPU', self.rows())
 
         # A service that has to be killed after its time would be said to have failed.
         self.system.run("systemctl", "stop", "tarnexcomm")
@@ -126,6 +129,23 @@ class Service(unittest.TestCase):
         self.system.run("systemctl", "restart", "tarnexcomm")
         self.system.wait_for(lambda: "no window can be shown" in self.journal(), "a window was tried")
         self.assertIn('the display ":9" does not let us in', self.journal())
+
+    def test_modem_managers_leave_a_named_port_alone(self):
+        rules = self.system.path / "etc/udev/rules.d/65-tarnex-port.rules"
+        rules.write_text('SUBSYSTEM=="tty", KERNEL=="tty", ENV{TARNEX_PORT}="unit"\n')
+        named, other = (self.system.run("udevadm", "test", f"/sys/class/tty/{port}") for port in ("tty", "ptmx"))
+        for line in ("ID_MM_PORT_IGNORE=1", "ID_MM_DEVICE_IGNORE=1", "DEVLINKS=/dev/tarnex-unit"):
+            self.assertIn(f"\n{line}\n", named)
+        self.assertIn("gid=20, mode=0660", named)  # dialout
+        self.assertNotIn("ID_MM", other)
+        self.assertNotRegex(named, r"(?m)^.*(Invalid|Unknown|error).*\n")
+
+    def test_a_machine_without_its_user_runs_it_as_the_superuser(self):
+        self.drop_in("root", "User=root\n")
+        self.system.run("systemctl", "restart", "tarnexcomm")
+        self.assertEqual(self.owner_of(self.property("MainPID")), "root")
+        self.system.run("tarnex-monitor", "notify", "--service", "cpu", "--state", "abnormal")
+        self.system.wait_for(lambda: '"event":"CPU' in self.rows(), "the row")
 
     def test_its_own_unit_is_that_of_the_package(self):
         self.system.run("tarnexcomm", "/i")
