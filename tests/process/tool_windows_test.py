@@ -270,6 +270,17 @@ class ToolWindowsTest(unittest.TestCase):
         second.wait_for("another program of TarnexComm runs on this machine")
         self.assertEqual(first.stop(signal.SIGTERM), 0)
 
+    def test_a_question_ends_with_the_display(self):
+        screen = self.screen()
+        flasher = self.start("tarnex-flasher")
+        screen.window(FLASHER_TITLE).key("alt+o")
+        dialog = screen.window("打开固件文件")
+        dialog.type("no-such-file")
+        dialog.key("Return")
+        screen.window("提示")
+        screen.server.stop()
+        flasher.wait()
+
     def test_an_update_survives_the_display(self):
         unit = self.site.unit()
         self.make_firmware("Tarnex_20050626.hex")

@@ -28,6 +28,7 @@ void SpeakChinese() {
     fl_ok = "确定";
     fl_cancel = "取消";
     fl_close = "关闭";
+    fl_message_title_default("提示");
 }
 
 // "*.hex|*.HEX" as FLTK writes it.

@@ -47,7 +47,20 @@ std::unique_ptr<Screen> Screen::Open(std::string& trouble) {
     const auto note_loss = [](Display*, void* lost) { *static_cast<bool*>(lost) = true; };
     XSetIOErrorExitHandler(display, note_loss, &screen->lost_); // the default ends the program
     fl_open_display(display);
+    Fl::add_check(EndLoops, screen.get());
     return screen;
+}
+
+Screen::~Screen() {
+    Fl::remove_check(EndLoops, this);
+}
+
+// Called in each turn of a loop of FLTK's own. Menus and messages of the file dialog run such
+// loops, and without a display they never end. Nothing is at work while a file is chosen.
+void Screen::EndLoops(void* screen) {
+    Screen& self = *static_cast<Screen*>(screen);
+    if (self.lost_ && ++self.turns_after_loss_ > 1) // one may be the end of a Check()
+        std::_Exit(EXIT_FAILURE);
 }
 
 int Screen::Descriptor() const {

@@ -10,6 +10,7 @@ class Screen {
   public:
     // nullptr, and in trouble why, when there is no X server that lets us in.
     static std::unique_ptr<Screen> Open(std::string& trouble);
+    ~Screen();
     Screen(const Screen&) = delete;
     Screen& operator=(const Screen&) = delete;
 
@@ -24,7 +25,10 @@ class Screen {
 
   private:
     Screen() = default;
+    static void EndLoops(void* screen);
+
     bool lost_ = false;
+    int turns_after_loss_ = 0;
 };
 
 } // namespace tarnex
