@@ -119,6 +119,8 @@ class Service(unittest.TestCase):
         (self.system.path / "var/lib/tarnexcomm/log.db").unlink()
         self.system.run("systemctl", "restart", "tarnexcomm")
         self.assertEqual(self.property("ActiveState"), "active")
+        told = self.system.run("stat", "--format=%U %a", "/run/tarnexcomm")
+        self.assertEqual(told, "tarnexcomm 750\n", "messages on their way are nobody else's")
         sockets = self.system.run("cat", f"/proc/{self.property('MainPID')}/net/udp")
         for port in range(7840, 7845):
             self.assertIn(f" 0100007F:{port:04X} ", sockets)
