@@ -136,11 +136,16 @@ void FltkWindow::Enable(Fl_Widget& widget, bool enabled) {
         widget.deactivate();
         return;
     }
+    const bool kept = Fl::focus() == window_.get(); // the operator has not moved it meanwhile
+    if (kept)
+        Fl::focus(nullptr); // else FLTK gives it to the first widget that becomes active
     widget.activate();
+    if (kept)
+        Fl::focus(window_.get());
     if (focus_ != &widget)
         return;
     focus_ = nullptr;
-    if (Fl::focus() == window_.get()) // the operator has not moved it meanwhile
+    if (kept)
         widget.take_focus();
 }
 
