@@ -202,7 +202,8 @@ class Unit(unittest.TestCase):
         written, memory, cpu = line.written, service.resident_kib(), service.cpu_seconds()
         line.wait_for(b"Hello,tarnex", 3)
         self.assertGreater(line.written - written, 100_000)
-        self.assertLess(service.resident_kib() - memory, 400)
+        # What is freed is given back a little later; what is kept only becomes more.
+        wait_until(lambda: service.resident_kib() - memory < 400, "as little memory as before")
         self.assertLess(service.cpu_seconds() - cpu, 2)
         line.talk = FakeUnit.answer_among_rubbish
         monitor.wait_for(READY)
