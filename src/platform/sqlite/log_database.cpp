@@ -1,5 +1,6 @@
 #include "platform/sqlite/log_database.h"
 
+#include "platform/sqlite/sqlite_handles.h"
 #include "platform/sqlite/sqlite_log_table.h"
 
 #include <algorithm>
@@ -7,7 +8,6 @@
 #include <cstring>
 #include <filesystem>
 
-#include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -18,10 +18,6 @@ namespace {
 constexpr int kPatienceMs = 2000; // for another program's lock
 constexpr mode_t kMode = 0640;    // people's messages; who may read the settings may read them
 
-struct Explanation {
-    int code;
-    const char* text;
-};
 // clang-format off
 constexpr Explanation kExplanations[] = {
     {SQLITE_BUSY,     "is locked by another program: end what keeps it locked"},
@@ -32,15 +28,6 @@ constexpr Explanation kExplanations[] = {
     {SQLITE_CORRUPT,  "is damaged: move it away and make a new one with \"tarnexctl log create\""},
 };
 // clang-format on
-
-struct CloseDatabase {
-    void operator()(sqlite3* database) const { sqlite3_close(database); }
-};
-struct FinalizeStatement {
-    void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-};
-using Database = std::unique_ptr<sqlite3, CloseDatabase>;
-using Statement = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
 
 Database OpenDatabase(const std::string& path, int flags) {
     sqlite3* database = nullptr;
@@ -82,20 +69,12 @@ struct LogReader::Connection {
     Statement last;
     Statement after;
 
-    Statement Prepare(const char* sql) const {
-        sqlite3_stmt* statement = nullptr;
-        sqlite3_prepare_v2(database.get(), sql, -1, &statement, nullptr);
-        return Statement(statement);
-    }
-
     std::string Problem() const {
         const int code = sqlite3_errcode(database.get());
         if (code == SQLITE_OK || code == SQLITE_DONE)
             return "";
-        const auto known = std::ranges::find(kExplanations, code & 0xFF, &Explanation::code);
-        return known != std::end(kExplanations)
-                   ? known->text
-                   : std::string("cannot be read: ") + sqlite3_errmsg(database.get());
+        const char* const known = FindExplanation(kExplanations, code);
+        return known ? known : std::string("cannot be read: ") + sqlite3_errmsg(database.get());
     }
 
     // The rows of a statement of which column 0 is the id.
@@ -130,11 +109,11 @@ std::string LogReader::Open(const std::string& path) {
     auto connection = std::make_unique<Connection>();
     connection->database = OpenDatabase(path, SQLITE_OPEN_READONLY);
     connection->last =
-        connection->Prepare("SELECT rowid, * FROM \"Log\" ORDER BY rowid DESC LIMIT ?");
+        Prepare(connection->database, "SELECT rowid, * FROM \"Log\" ORDER BY rowid DESC LIMIT ?");
     if (!connection->last)
         return connection->Problem();
-    connection->after =
-        connection->Prepare("SELECT rowid, * FROM \"Log\" WHERE rowid > ? ORDER BY rowid");
+    connection->after = Prepare(connection->database,
+                                "SELECT rowid, * FROM \"Log\" WHERE rowid > ? ORDER BY rowid");
     if (!connection->after)
         return connection->Problem();
     connection_ = std::move(connection);
@@ -161,9 +140,7 @@ std::optional<std::vector<StoredLogRow>> LogReader::After(std::int64_t id) const
 }
 
 bool LogReader::Moved() const {
-    int moved = 0;
-    sqlite3_file_control(connection_->database.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
-    return moved != 0;
+    return tarnex::Moved(connection_->database);
 }
 
 } // namespace tarnex

@@ -1,10 +1,9 @@
 #include "platform/sqlite/sqlite_log_table.h"
 
-#include <algorithm>
+#include "platform/sqlite/sqlite_handles.h"
+
 #include <filesystem>
 #include <vector>
-
-#include <sqlite3.h>
 
 namespace tarnex {
 
@@ -14,11 +13,6 @@ constexpr int kLockWaitMs = 50;
 constexpr std::size_t kColumns = std::tuple_size_v<LogRow>;
 // Little memory, and no wait for the disk at each row of a file in WAL mode.
 constexpr const char* kConnectionSetup = "PRAGMA cache_size = -64; PRAGMA synchronous = NORMAL;";
-
-struct Explanation {
-    int code; // extended or primary result code; the first match counts
-    const char* text;
-};
 
 // clang-format off
 constexpr Explanation kExplanations[] = {
@@ -36,21 +30,6 @@ constexpr Explanation kExplanations[] = {
 
 std::string About(const std::string& path, const std::string& what) {
     return "The log database " + path + " " + what + ".";
-}
-
-struct CloseDatabase {
-    void operator()(sqlite3* database) const { sqlite3_close(database); }
-};
-struct FinalizeStatement {
-    void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-};
-using Database = std::unique_ptr<sqlite3, CloseDatabase>;
-using Statement = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
-
-Statement Prepare(sqlite3* database, const std::string& sql, unsigned flags = 0) {
-    sqlite3_stmt* statement = nullptr;
-    sqlite3_prepare_v3(database, sql.c_str(), -1, flags, &statement, nullptr);
-    return Statement(statement);
 }
 
 std::string Quoted(const std::string& name) {
@@ -82,7 +61,8 @@ class SqliteLogTable::Connection {
     bool LockedOut() const { return PrimaryCode() == SQLITE_BUSY; }
 
     std::string Append(const LogRow& row) {
-        if (Moved())
+        // In WAL mode SQLite would go on storing rows in a file that nobody can find any more.
+        if (Moved(database_))
             return Explain(SQLITE_READONLY_DBMOVED);
         for (std::size_t i = 1; i < kColumns; ++i)
             Bind(static_cast<int>(i), row[i]);
@@ -109,7 +89,7 @@ class SqliteLogTable::Connection {
             return Explain(SQLITE_READONLY);
 
         std::vector<std::string> columns;
-        const Statement info = Prepare(database, "PRAGMA table_info(\"Log\")");
+        const Statement info = Prepare(database_, "PRAGMA table_info(\"Log\")");
         while (info && sqlite3_step(info.get()) == SQLITE_ROW)
             columns.emplace_back(reinterpret_cast<const char*>(sqlite3_column_text(info.get(), 1)));
         if (PrimaryCode() != SQLITE_OK && PrimaryCode() != SQLITE_DONE)
@@ -120,7 +100,7 @@ class SqliteLogTable::Connection {
             return About(path_, "has a table \"Log\" with " + std::to_string(columns.size()) +
                                     " columns instead of " + std::to_string(kColumns) +
                                     ": rename the table and make a new one with log-schema.sql");
-        insert_ = Prepare(database, InsertSql(columns), SQLITE_PREPARE_PERSISTENT);
+        insert_ = Prepare(database_, InsertSql(columns), SQLITE_PREPARE_PERSISTENT);
         return insert_ ? "" : Explain();
     }
 
@@ -136,25 +116,14 @@ class SqliteLogTable::Connection {
         }
     }
 
-    // In WAL mode SQLite would go on storing rows in a file that nobody can find any more.
-    bool Moved() const {
-        int moved = 0;
-        sqlite3_file_control(database_.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
-        return moved != 0;
-    }
-
     void WaitForLocks(bool wait) { sqlite3_busy_timeout(database_.get(), wait ? kLockWaitMs : 0); }
 
     int PrimaryCode() const { return sqlite3_errcode(database_.get()) & 0xFF; }
 
     std::string Explain() const { return Explain(sqlite3_extended_errcode(database_.get())); }
     std::string Explain(int code) const {
-        const auto fits = [code](const Explanation& known) {
-            return known.code == code || known.code == (code & 0xFF);
-        };
-        const auto known = std::ranges::find_if(kExplanations, fits);
-        if (known != std::end(kExplanations))
-            return About(path_, known->text);
+        if (const char* const known = FindExplanation(kExplanations, code))
+            return About(path_, known);
         return About(path_, std::string("fails (") + sqlite3_errmsg(database_.get()) +
                                 "): compare its table \"Log\" with log-schema.sql");
     }
