@@ -4,7 +4,7 @@
 
 namespace tarnex {
 
-// The view of the module tarnex-view.so, beside the program or from ../lib/tarnexcomm. Without the
+// The view of the module tarnex-view.so, beside the program or where it is installed. Without the
 // module or without a display nullptr, and in trouble why. One view a process.
 std::unique_ptr<ScreenView> LoadView(const ViewHost& host, std::string& trouble);
 
