@@ -128,11 +128,12 @@ ExitStatus LogCreate(ControlWorld& world, const std::string& path, const std::st
     const std::string file = PathOf(world, path);
     const std::string sql =
         ReadSchema(schema.empty() ? world.data_folder + "/log-schema.sql" : schema);
+    const AsFolderOwner owner(file);
     const std::string problem = CreateLogDatabase(file, sql);
     if (!problem.empty())
         throw Failure(kExitCannotCreate, problem);
     world.out << "made " << file << '\n';
-    if (!GiveToFolderOwner(file))
+    if (!BelongsToFolderOwner(file))
         world.err << "tarnexctl: warning: " << file
                   << " does not belong to the owner of its folder; see that the user of the "
                      "service may write to it\n";

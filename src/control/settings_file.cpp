@@ -1,6 +1,7 @@
 #include "control/settings_file.h"
 
 #include "control/file_access.h"
+#include "platform/linux/folder_owner.h"
 
 #include <algorithm>
 
@@ -58,12 +59,14 @@ void SettingsFile::Set(const Setting& setting, TextView value) {
         throw Failure(kExitData, "code-page cannot be " + ToUtf8(value) + ": " + path_ +
                                      " holds texts that are none. Convert the file first, with "
                                      "iconv, and change the line CodePage by hand");
+    const AsFolderOwner owner(path_);
     MyIniFile file(store_, code_page_);
     file.WriteIniStr(setting.section, setting.key, value);
     CheckWritten(!file.LastWriteFailed());
 }
 
 void SettingsFile::Unset(const Setting& setting) {
+    const AsFolderOwner owner(path_);
     CheckWritten(store_.Update([&](const std::string& present) -> std::optional<std::string> {
         std::string content = present;
         for (std::string before; content != before;) { // a later line of the same key would count

@@ -81,15 +81,12 @@ std::string Content(const std::string& sample, const SetupAnswers& answers,
     return draft.Content();
 }
 
-// The folders above the file, each owned like the one that it stands in.
 void MakeFolders(const fs::path& folder) {
-    if (folder.empty() || Exists(folder.string()))
-        return;
-    MakeFolders(folder.parent_path());
     std::error_code error;
-    if (!fs::create_directory(folder, error))
+    if (!folder.empty())
+        fs::create_directories(folder, error);
+    if (error)
         throw CannotWrite("folder " + folder.string(), error);
-    GiveToFolderOwner(folder.string());
 }
 
 void KeepOld(const std::string& path) {
@@ -98,7 +95,6 @@ void KeepOld(const std::string& path) {
     fs::copy_file(path, old, fs::copy_options::overwrite_existing, error);
     if (error)
         throw CannotWrite("copy " + old, error);
-    GiveToFolderOwner(old);
 }
 
 // Whether nobody has set the system up yet: the numbers are the place-holders of the sample, which
@@ -113,6 +109,7 @@ bool StillTheSample(const std::string& path, const std::string& sample_path) {
 }
 
 void WriteSettings(const std::string& path, const std::string& content, bool replace) {
+    const AsFolderOwner owner(path);
     MakeFolders(fs::path(path).parent_path());
     if (replace && Exists(path))
         KeepOld(path);
@@ -127,10 +124,10 @@ void WriteSettings(const std::string& path, const std::string& content, bool rep
         RefuseToOverwrite(path);
     if (!written)
         throw CannotWrite("settings file " + path, store.Problem());
-    GiveToFolderOwner(path);
 }
 
 void MakeLog(const ControlWorld& world, const std::string& path, const std::string& schema) {
+    const AsFolderOwner owner(path);
     if (Exists(path)) {
         world.out << "kept the log " << path << '\n';
         if (const std::string problem = SqliteLogTable().Open(FromUtf8(path)); !problem.empty())
@@ -141,7 +138,6 @@ void MakeLog(const ControlWorld& world, const std::string& path, const std::stri
     const std::string problem = CreateLogDatabase(path, schema);
     if (!problem.empty())
         throw Failure(kExitCannotCreate, problem);
-    GiveToFolderOwner(path);
     world.out << "made the log " << path << '\n';
 }
 

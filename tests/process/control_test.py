@@ -2,6 +2,7 @@
 
 import json
 import os
+import shutil
 import subprocess
 import unittest
 
@@ -140,6 +141,24 @@ class Control(unittest.TestCase):
         change = ["settings", "set", "link-1", "on"]
         self.fails(77, "run this as root", site.run(*change, before=stranger))
         self.fails(69, "does not run", site.run("status", before=stranger))
+
+    def test_root_has_no_more_rights_in_a_folder_than_its_owner(self):
+        if os.geteuid() != 0:
+            self.skipTest("only root can have more")
+        site = ControlSite(self)
+        os.chown(site.folder, NOBODY, NOBODY)
+        site.set_up()
+        for top, folders, files in os.walk(site.folder):
+            for name in folders + files:
+                self.assertEqual(os.stat(os.path.join(top, name)).st_uid, NOBODY, name)
+
+        os.mkdir(site.path("of-root"))
+        target = shutil.copy(site.settings, site.path("of-root"))
+        os.remove(site.settings)
+        os.symlink(target, site.settings)
+        before = site.read_settings()
+        self.fails(77, "settings file", site.run("settings", "set", "link-1", "off"))
+        self.assertEqual(site.read_settings(), before)
 
 
 harness.run(Control)
