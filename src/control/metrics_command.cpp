@@ -12,6 +12,7 @@ namespace tarnex {
 namespace {
 
 namespace fs = std::filesystem;
+
 // A value of the status as a metric.
 struct Metric {
     const char* name; // without "tarnexcomm_"
