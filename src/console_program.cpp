@@ -1,8 +1,8 @@
 // tarnex-console: the debug console for service staff.
 
+#include "platform/exit_status.h"
 #include "programs.h"
 #include "tool_window.h"
-#include "tools/exit_status.h"
 #include "tools/ocx_debug.h"
 
 #include <cstdio>
@@ -30,10 +30,10 @@ int RunConsoleProgram(int argc, char** argv) {
         switch (letter) {
         case 'h':
             std::fputs(kUsage, stdout);
-            return kExitOk;
+            return kExitDone;
         case 'v':
             std::puts("tarnex-console " TARNEX_VERSION);
-            return kExitOk;
+            return kExitDone;
         default: // getopt_long has said what is wrong
             return kExitUsage;
         }

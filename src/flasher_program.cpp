@@ -1,9 +1,9 @@
 // tarnex-flasher: loads new firmware into the unit.
 
 #include "machine.h"
+#include "platform/exit_status.h"
 #include "programs.h"
 #include "tool_window.h"
-#include "tools/exit_status.h"
 #include "tools/firmware_flasher.h"
 #include "tools/line_flasher.h"
 
@@ -82,10 +82,10 @@ std::optional<int> ReadArguments(int argc, char** argv, Options& options) {
             break;
         case 'h':
             std::fputs(kUsage, stdout);
-            return kExitOk;
+            return kExitDone;
         case 'v':
             std::puts("tarnex-flasher " TARNEX_VERSION);
-            return kExitOk;
+            return kExitDone;
         default: // getopt_long has said what is wrong
             return kExitUsage;
         }

@@ -1,8 +1,8 @@
 #include "tool_window.h"
 
 #include "machine.h"
+#include "platform/exit_status.h"
 #include "platform/linux/view_loader.h"
-#include "tools/exit_status.h"
 
 #include <csignal>
 
@@ -43,7 +43,7 @@ int RunToolWindow(const char* program, const std::string& advice, const MakeTool
     const std::unique_ptr<FormWindow> window = view->Attach(*tool);
     tool->Form_Load();
     loop.Run();
-    return kExitOk;
+    return kExitDone;
 }
 
 } // namespace tarnex

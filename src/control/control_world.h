@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/clock.h"
+#include "platform/exit_status.h"
 
 #include <iosfwd>
 #include <optional>
@@ -9,21 +10,6 @@
 #include <vector>
 
 namespace tarnex {
-
-// Exit statuses of tarnexctl, those of sysexits.h where these fit.
-enum ExitStatus {
-    kExitDone = 0,
-    kExitWarnings = 1,     // settings check
-    kExitErrors = 2,       // settings check
-    kExitUsage = 64,       // wrong words on the command line
-    kExitData = 65,        // a value that cannot be
-    kExitNoInput = 66,     // a file that is missing or cannot be read
-    kExitUnavailable = 69, // the service does not run
-    kExitSoftware = 70,
-    kExitCannotCreate = 73,
-    kExitIo = 74,
-    kExitNoRights = 77,
-};
 
 // Ends a command: what is wrong, why, and what to do, in one line.
 struct Failure : std::runtime_error {

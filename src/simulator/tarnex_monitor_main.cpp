@@ -76,9 +76,9 @@ void Listener::Show(const Text& message) {
 
 void Listener::CheckAnswered() {
     if (!answered_)
-        End(Fail(kExitNoService, "nobody answers at " +
-                                     NameOf(ServiceEndpoint(arguments_.monitor)) +
-                                     "; is the service running?"));
+        End(Fail(kExitUnavailable, "nobody answers at " +
+                                       NameOf(ServiceEndpoint(arguments_.monitor)) +
+                                       "; is the service running?"));
 }
 
 void Listener::EndUnseen() {
@@ -96,7 +96,7 @@ int SendOnce(const MonitorArguments& arguments, const Text& message) {
     const IconvCodePage code_page(arguments.encoding);
     const std::string obstacle = SendDatagram(service, code_page.Encode(message));
     if (!obstacle.empty())
-        return Fail(kExitNoService, NameOf(service) + ": " + obstacle);
+        return Fail(kExitUnavailable, NameOf(service) + ": " + obstacle);
     std::printf("sent to %s: %s\n", NameOf(service).c_str(), ToUtf8(message).c_str());
     return kExitDone;
 }

@@ -1,7 +1,7 @@
 #include "tools/line_flasher.h"
 
 #include "device/answer_rules.h"
-#include "tools/exit_status.h"
+#include "platform/exit_status.h"
 #include "tools/flash_report.h"
 
 namespace tarnex {
@@ -17,7 +17,7 @@ constexpr Duration kSecondInterrupt = 5s;
 int StatusOf(PortStatus status) {
     switch (status) {
     case PortStatus::kForbidden:
-        return kExitForbidden;
+        return kExitNoRights;
     case PortStatus::kBusy:
         return kExitTryLater;
     case PortStatus::kOk:
@@ -35,9 +35,9 @@ int StatusOf(const FlashProgress& progress) {
     case FlashFault::kNone:
         break;
     case FlashFault::kNoFile:
-        return kExitNoFile;
+        return kExitNoInput;
     case FlashFault::kBadLine:
-        return kExitBadFile;
+        return kExitData;
     case FlashFault::kNoPort:
         return StatusOf(progress.port_status);
     case FlashFault::kNoLoader:
@@ -47,9 +47,9 @@ int StatusOf(const FlashProgress& progress) {
         return kExitWrongAnswer;
     case FlashFault::kLineLost:
     case FlashFault::kStuckLine:
-        return kExitLineFailed;
+        return kExitIo;
     }
-    return kExitOk;
+    return kExitDone;
 }
 
 } // namespace
@@ -63,39 +63,39 @@ LineFlasher::LineFlasher(const ToolWorld& world, FlasherOutput output)
 }
 
 int LineFlasher::Check(const std::string& file) {
-    if (const int status = ReadSummary(file); status != kExitOk)
+    if (const int status = ReadSummary(file); status != kExitDone)
         return status;
     for (const std::string& line : SummaryLines(file, summary_))
         output_.say(line);
     if (!summary_.Sound()) {
         output_.complain("An update with this file fails.");
-        return kExitBadFile;
+        return kExitData;
     }
     output_.say(summary_.OddCount() == 0 ? "Nothing is odd about it."
                                          : "An update with this file can succeed all the same.");
-    return kExitOk;
+    return kExitDone;
 }
 
 int LineFlasher::ReadSummary(const std::string& file) {
     const OpenedLineFile opened = world_.files.Open(file);
     if (!opened.file) {
         output_.complain(file + ": " + opened.problem);
-        return kExitNoFile;
+        return kExitNoInput;
     }
     summary_ = HexSummary::Read(*opened.file);
-    return kExitOk;
+    return kExitDone;
 }
 
 Task<int> LineFlasher::Update(int port, std::string file) {
-    if (const int status = ReadSummary(file); status != kExitOk)
+    if (const int status = ReadSummary(file); status != kExitDone)
         co_return status;
     for (const std::string& line : SummaryLines(file, summary_))
         output_.say(line);
     if (!summary_.Sound()) {
         output_.complain("The file cannot be sent. The unit was not touched.");
-        co_return kExitBadFile;
+        co_return kExitData;
     }
-    if (const int status = ClaimPort(port); status != kExitOk)
+    if (const int status = ClaimPort(port); status != kExitDone)
         co_return status;
 
     output_.say("Greeting the unit on COM" + std::to_string(port) + " ...");
@@ -131,7 +131,7 @@ int LineFlasher::ClaimPort(int port) {
     const SerialEvents deaf{.received = [] {}, .lost = [] {}};
     const PortStatus status = world_.serial_ports.Open(port, LineSettings(), deaf).status;
     if (status == PortStatus::kOk)
-        return kExitOk;
+        return kExitDone;
     const std::string device = world_.serial_ports.DeviceName(port);
     output_.complain("COM" + std::to_string(port) + (device.empty() ? "" : " (" + device + ")") +
                      ": " + PortTroubleInEnglish(status));
@@ -196,7 +196,7 @@ int LineFlasher::Report(bool updated) {
     if (updated) {
         output_.say("Updated: " + std::to_string(progress.bytes) + " bytes in " +
                     DurationText(took) + ".");
-        return kExitOk;
+        return kExitDone;
     }
     output_.complain("The update failed after " + DurationText(took) + ".");
     for (const std::string& line : FailureInEnglish(progress))

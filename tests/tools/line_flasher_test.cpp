@@ -1,5 +1,5 @@
+#include "platform/exit_status.h"
 #include "tests/tools/tool_fixture.h"
-#include "tools/exit_status.h"
 #include "tools/line_flasher.h"
 
 namespace tarnex {
@@ -46,7 +46,7 @@ class LineFlasherTest : public ToolTest {
 
 TEST_F(LineFlasherTest, SaysWhatIsInAFileAndWritesNothing) {
     LineFlasher flasher(world, Output(false));
-    EXPECT_EQ(flasher.Check("new.hex"), kExitOk);
+    EXPECT_EQ(flasher.Check("new.hex"), kExitDone);
     EXPECT_EQ(said, (std::vector<std::string>{
                         "new.hex: 1 record, 17 bytes, addresses 0000 to 0010",
                         "Estimated time: 1 s on the line, and what the unit needs to erase and to "
@@ -54,21 +54,21 @@ TEST_F(LineFlasherTest, SaysWhatIsInAFileAndWritesNothing) {
                         "Nothing is odd about it."}));
     said.clear();
     files.Files["bad.hex"] = ":0100000055AB\nhello\n";
-    EXPECT_EQ(flasher.Check("bad.hex"), kExitBadFile);
+    EXPECT_EQ(flasher.Check("bad.hex"), kExitData);
     EXPECT_EQ((std::vector<std::string>{said.begin() + 2, said.end()}),
               (std::vector<std::string>{
                   "line 1 has a wrong checksum; it is sent all the same",
                   "line 2 does not begin with \":\"",
                   "line 3 is missing: the file ends without the end record :00000001FF",
                   "! An update with this file fails."}));
-    EXPECT_EQ(flasher.Check("none.hex"), kExitNoFile);
+    EXPECT_EQ(flasher.Check("none.hex"), kExitNoInput);
     EXPECT_EQ(said.back(), "! none.hex: no such file");
     clock.RunFor(1min);
     EXPECT_TRUE(heard.empty());
 }
 
 TEST_F(LineFlasherTest, UpdatesTheUnitAndShowsItsNewVersion) {
-    EXPECT_EQ(Update("new.hex"), kExitOk);
+    EXPECT_EQ(Update("new.hex"), kExitDone);
     said.erase(said.begin(), said.begin() + 2);
     EXPECT_EQ(said, (std::vector<std::string>{"Greeting the unit on COM3 ...", "name     机1",
                                               "version  TARNEX-SIM 1.0", "serial   SIM00000001",
@@ -79,12 +79,12 @@ TEST_F(LineFlasherTest, UpdatesTheUnitAndShowsItsNewVersion) {
 }
 
 TEST_F(LineFlasherTest, ShowsItsProgress) {
-    EXPECT_EQ(Update("long.hex"), kExitOk);
+    EXPECT_EQ(Update("long.hex"), kExitDone);
     EXPECT_TRUE(Said("  0 %  0/32000 bytes"));
     EXPECT_TRUE(Said(" 52 %  16736/32000 bytes  address 4160  5 s left"));
     EXPECT_TRUE(bars.empty());
 
-    EXPECT_EQ(Update("long.hex", true), kExitOk);
+    EXPECT_EQ(Update("long.hex", true), kExitDone);
     EXPECT_EQ(bars.back(), "");
     EXPECT_NE(bars.at(bars.size() - 3).find("%  [###"), std::string::npos);
     EXPECT_FALSE(Said("%"));
@@ -99,20 +99,20 @@ TEST_F(LineFlasherTest, TellsWhereItFailedAndBringsABrokenUnitBack) {
     EXPECT_TRUE(Said("! The update can be run again, with the same command."));
     EXPECT_FALSE(unit.Loader().HasProgram());
 
-    EXPECT_EQ(Update("new.hex"), kExitOk);
+    EXPECT_EQ(Update("new.hex"), kExitDone);
     EXPECT_TRUE(Said("It does not answer."));
     EXPECT_TRUE(Said("version  NEWER 1.0"));
 }
 
 TEST_F(LineFlasherTest, EveryObstacleHasItsStatus) {
     files.Files["bad.hex"] = "hello\n";
-    EXPECT_EQ(Update("bad.hex"), kExitBadFile);
-    EXPECT_EQ(Update("none.hex"), kExitNoFile);
+    EXPECT_EQ(Update("bad.hex"), kExitData);
+    EXPECT_EQ(Update("none.hex"), kExitNoInput);
     lock.HeldByAnother = true;
     EXPECT_EQ(Update("new.hex"), kExitTryLater);
     lock.HeldByAnother = false;
     for (const auto& [port, status] : {std::pair{PortStatus::kAbsent, kExitUnavailable},
-                                       std::pair{PortStatus::kForbidden, kExitForbidden},
+                                       std::pair{PortStatus::kForbidden, kExitNoRights},
                                        std::pair{PortStatus::kBusy, kExitTryLater}}) {
         ports.SetStatus(3, port);
         EXPECT_EQ(Update("new.hex"), status);
@@ -126,14 +126,14 @@ TEST_F(LineFlasherTest, EveryObstacleHasItsStatus) {
     EXPECT_TRUE(Said("! The unit's program was not touched."));
     unit.Loader().Deaf = false;
     clock.CallAfter(1s, [this] { ports.Unplug(3); });
-    EXPECT_EQ(Update("long.hex"), kExitLineFailed);
+    EXPECT_EQ(Update("long.hex"), kExitIo);
     EXPECT_TRUE(Said("the serial adapter was unplugged"));
 }
 
 TEST_F(LineFlasherTest, WaitsForAUnitThatStartsUp) {
     unit.Boot();
     clock.RunFor(6s); // the loader does not listen any more
-    EXPECT_EQ(Update("new.hex"), kExitOk);
+    EXPECT_EQ(Update("new.hex"), kExitDone);
     unit.Times.Boot = 5min;
     unit.Boot();
     clock.RunFor(6s);
