@@ -20,7 +20,8 @@ struct Remedy {
     const char* remedy;
 };
 constexpr const char* kBecomeUser =
-    "run this as root or as the user of the service (sudo tarnexctl ...)";
+    "run this as root or as the user of the service (sudo tarnexctl ...); even root may do no more "
+    "in a user's folder than that user";
 
 // clang-format off
 constexpr Remedy kWriting[] = {

@@ -30,6 +30,11 @@ std::string PathOf(const ControlWorld& world, const std::string& path) {
     return configured;
 }
 
+// The file in which the path of the database stands; "" when a person gave it.
+std::string NamedIn(const ControlWorld& world, const std::string& path) {
+    return path.empty() ? world.settings_path : "";
+}
+
 std::string ReadSchema(const std::string& path) {
     if (const std::error_code problem = ReadingProblem(path))
         throw CannotRead("schema " + path, problem, "name another with --schema");
@@ -128,7 +133,7 @@ ExitStatus LogCreate(ControlWorld& world, const std::string& path, const std::st
     const std::string file = PathOf(world, path);
     const std::string sql =
         ReadSchema(schema.empty() ? world.data_folder + "/log-schema.sql" : schema);
-    const AsFolderOwner owner(file);
+    const AsFolderOwner owner(file, NamedIn(world, path));
     const std::string problem = CreateLogDatabase(file, sql);
     if (!problem.empty())
         throw Failure(kExitCannotCreate, problem);
@@ -141,7 +146,9 @@ ExitStatus LogCreate(ControlWorld& world, const std::string& path, const std::st
 }
 
 ExitStatus LogTail(ControlWorld& world, const TailOptions& options) {
-    Tail tail(world, PathOf(world, options.path), options.json);
+    const std::string path = PathOf(world, options.path);
+    const AsFolderOwner owner(path, NamedIn(world, options.path)); // reading makes files beside it
+    Tail tail(world, path, options.json);
     tail.ShowLast(options.lines);
     while (!options.once && world.out && world.pause(kPollPeriod))
         tail.ShowNew();

@@ -1,5 +1,6 @@
 #include "control/commands.h"
 #include "control/service_state.h"
+#include "platform/linux/folder_owner.h"
 #include "platform/linux/replace_file.h"
 
 #include <algorithm>
@@ -145,6 +146,7 @@ ExitStatus ShowMetrics(ControlWorld& world, const std::string& output) {
         world.out << text;
         return kExitDone;
     }
+    const AsFolderOwner owner(output);
     // A new file would take the place of what that is for everybody.
     std::error_code error;
     const fs::file_status there = fs::symlink_status(output, error);

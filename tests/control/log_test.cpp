@@ -5,7 +5,6 @@
 #include <filesystem>
 
 #include <nlohmann/json.hpp>
-#include <sys/stat.h>
 
 namespace tarnex {
 namespace {
@@ -42,17 +41,6 @@ TEST_F(LogCommands, CreateMakesWhatTheServiceUsesAndOverwritesNothing) {
     EXPECT_EQ(Run({"log", "tail", "--once"}), 0);
     EXPECT_TRUE(Says("first"));
     EXPECT_FALSE(fs::exists(path + ".new"));
-}
-
-TEST_F(LogCommands, ANewFileBelongsToTheOwnerOfItsFolder) {
-    if (geteuid() != 0)
-        GTEST_SKIP() << "only the superuser gives files away";
-    ASSERT_EQ(chown(folder.Path().c_str(), 65534, 65534), 0);
-    EXPECT_EQ(Run({"log", "create", folder / "other.db"}), 0);
-    struct stat status {};
-    ASSERT_EQ(stat((folder / "other.db").c_str(), &status), 0);
-    EXPECT_EQ(status.st_uid, 65534u);
-    EXPECT_EQ(status.st_gid, 65534u);
 }
 
 TEST_F(LogCommands, SayWhatStandsInTheWay) {

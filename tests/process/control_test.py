@@ -145,20 +145,25 @@ class Control(unittest.TestCase):
     def test_root_has_no_more_rights_in_a_folder_than_its_owner(self):
         if os.geteuid() != 0:
             self.skipTest("only root can have more")
-        site = ControlSite(self)
+        site, of_root = ControlSite(self), ControlSite(self)
         os.chown(site.folder, NOBODY, NOBODY)
         site.set_up()
         for top, folders, files in os.walk(site.folder):
             for name in folders + files:
                 self.assertEqual(os.stat(os.path.join(top, name)).st_uid, NOBODY, name)
 
-        os.mkdir(site.path("of-root"))
-        target = shutil.copy(site.settings, site.path("of-root"))
-        os.remove(site.settings)
-        os.symlink(target, site.settings)
-        before = site.read_settings()
-        self.fails(77, "settings file", site.run("settings", "set", "link-1", "off"))
-        self.assertEqual(site.read_settings(), before)
+        of_root.set_up()
+        before = of_root.read_settings()
+        for name in ("system/Tarnex.ini", "system"):
+            os.rename(site.path(name), site.path("moved-" + os.path.basename(name)))
+            os.symlink(of_root.path(name), site.path(name))
+            self.fails(77, "settings file", site.run("settings", "set", "link-1", "off"))
+            self.assertEqual(of_root.read_settings(), before, name)
+
+        of_root.edit_setting("Text1(37)", of_root.path("made.db"))
+        os.chown(of_root.settings, NOBODY, NOBODY)
+        self.fails(73, "cannot be made", of_root.run("log", "create"))
+        self.assertFalse(os.path.exists(of_root.path("made.db")))
 
 
 harness.run(Control)

@@ -2,7 +2,9 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <deque>
 #include <filesystem>
+#include <optional>
 #include <system_error>
 
 #include <grp.h>
@@ -16,31 +18,69 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr uid_t kSuperuser = 0;
+constexpr int kMostLinks = 40; // as the kernel follows
 
 fs::path FolderOf(const std::string& path) {
     const fs::path folder = fs::path(path).parent_path();
     return folder.empty() ? "." : folder;
 }
 
+struct Owner {
+    uid_t user;
+    gid_t group;
+    std::string of;
+};
+
+// The first owner other than the superuser on the way to path: of a folder or link, and of the file
+// at its end where file_counts says so.
+std::optional<Owner> FirstOwner(const std::string& path, bool file_counts) {
+    const fs::path whole = fs::absolute(path);
+    std::deque<fs::path> rest(whole.begin(), whole.end());
+    fs::path current;
+    for (int links = 0; !rest.empty() && links < kMostLinks;) {
+        const fs::path name = rest.front();
+        rest.pop_front();
+        if (name == "..") {
+            current = current.parent_path();
+            continue;
+        }
+        struct stat status {};
+        const fs::path next = current / name;
+        if (lstat(next.c_str(), &status) != 0)
+            return std::nullopt; // the rest has no owner yet
+        if (status.st_uid != kSuperuser && (file_counts || !S_ISREG(status.st_mode)))
+            return Owner{status.st_uid, status.st_gid, next.string()};
+        if (!S_ISLNK(status.st_mode)) {
+            current = next;
+            continue;
+        }
+        ++links;
+        std::error_code error;
+        const fs::path target = fs::read_symlink(next, error);
+        rest.insert(rest.begin(), target.begin(), target.end());
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
-AsFolderOwner::AsFolderOwner(const std::string& path) {
-    struct stat owner {};
-    fs::path folder = FolderOf(path);
-    while (stat(folder.c_str(), &owner) != 0) {
-        if (folder == folder.parent_path())
-            return;
-        folder = folder.parent_path();
-    }
-    if (geteuid() != kSuperuser || owner.st_uid == kSuperuser)
+AsFolderOwner::AsFolderOwner(const std::string& path, const std::string& named_in) {
+    if (geteuid() != kSuperuser)
+        return;
+    std::optional<Owner> owner;
+    if (!named_in.empty())
+        owner = FirstOwner(named_in, true);
+    if (!owner)
+        owner = FirstOwner(path, false);
+    if (!owner)
         return;
     group_ = getegid();
     groups_.resize(std::size_t(getgroups(0, nullptr)));
     acting_ = getgroups(int(groups_.size()), groups_.data()) >= 0 && setgroups(0, nullptr) == 0 &&
-              setegid(owner.st_gid) == 0 && seteuid(owner.st_uid) == 0;
+              setegid(owner->group) == 0 && seteuid(owner->user) == 0;
     if (!acting_)
         throw std::system_error(errno, std::generic_category(),
-                                "cannot act as the owner of " + folder.string());
+                                "cannot act as the owner of " + owner->of);
 }
 
 AsFolderOwner::~AsFolderOwner() {

@@ -7,13 +7,14 @@
 
 namespace tarnex {
 
-// While it lives, the superuser acts as owner and group of the folder in which path stands, or of
-// the nearest one above that exists, so that what it makes there belongs to them. And whoever owns
-// a folder could lead it astray, with links to the files of others. Everybody else acts as before.
+// While it lives, the superuser acts as the first owner other than the superuser of what leads to
+// path, each folder and link from the root on: whoever owns one could lead it astray, to the files
+// of others. What it makes then belongs to that owner, too. Where the path stands in a file,
+// named_in, whatever leads to that and the file itself come first. Everybody else acts as before.
 // For a process of one thread, one at a time. Throws std::system_error when the superuser may not.
 class AsFolderOwner {
   public:
-    explicit AsFolderOwner(const std::string& path);
+    explicit AsFolderOwner(const std::string& path, const std::string& named_in = "");
     AsFolderOwner(const AsFolderOwner&) = delete;
     AsFolderOwner& operator=(const AsFolderOwner&) = delete;
     ~AsFolderOwner();
