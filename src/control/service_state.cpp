@@ -3,6 +3,8 @@
 #include "control/file_access.h"
 #include "control/text_output.h"
 
+#include <filesystem>
+
 namespace tarnex {
 
 namespace {
@@ -10,8 +12,30 @@ namespace {
 constexpr int kFormat = 1;
 constexpr const char* kStart = "start it with \"systemctl start tarnexcomm\"";
 
-Json Parse(const std::string& path, const std::string& text) {
-    Json json = Json::parse(text, nullptr, false);
+// What the service writes has some 10 KiB and is nested 4 deep. A deeper one would be printed by as
+// many calls inside each other.
+constexpr std::uintmax_t kLongest = 1 << 20;
+constexpr int kDeepest = 16;
+
+Json Parse(const std::string& path) {
+    std::error_code error;
+    const bool too_long = std::filesystem::file_size(path, error) > kLongest;
+    bool too_deep = false;
+    Json json;
+    if (!too_long)
+        json = Json::parse(
+            ReadWholeFile(path),
+            [&](int depth, Json::parse_event_t event, const Json&) {
+                const bool starts = event == Json::parse_event_t::array_start ||
+                                    event == Json::parse_event_t::object_start;
+                too_deep = too_deep || (starts && depth == kDeepest);
+                return !too_deep;
+            },
+            false);
+    if (too_long || too_deep)
+        throw Failure(kExitData, path + " is too " + (too_long ? "long" : "deeply nested") +
+                                     " for a status file of the service: name another with "
+                                     "--status-file");
     if (!json.is_object() || !json.contains("format"))
         throw Failure(kExitData, path + " is not a status file of the service: name another with "
                                         "--status-file");
@@ -34,7 +58,7 @@ ServiceState ReadServiceState(const ControlWorld& world) {
     }
     if (problem)
         throw CannotRead("status file " + world.status_path, problem, "");
-    state.status = Parse(world.status_path, ReadWholeFile(world.status_path));
+    state.status = Parse(world.status_path);
     const long process = state.status.at("pid").get<long>();
     state.running = world.is_service(process);
     if (!state.running)

@@ -96,11 +96,21 @@ TEST_F(StatusCommands, TellsAServiceThatDoesNotRun) {
 }
 
 TEST_F(StatusCommands, RefusesOtherFiles) {
-    for (const char* content : {"", "no json", "[]", "{\"format\": 2}", "{\"format\": 1}",
-                                "{\"format\": 1, \"pid\": 4711, \"written_at\": \"now\"}"}) {
+    std::string whole = FileContent(world.status_path);
+    const std::string begun = whole.substr(0, whole.rfind('}')) + ",\"more\":";
+    const std::string deepest = begun + std::string(15, '[') + std::string(15, ']') + "}";
+    WriteFile(world.status_path, deepest + std::string((1 << 20) - deepest.size(), ' '));
+    EXPECT_EQ(Run({"status", "--json"}), 0);
+    for (const std::string& content :
+         {std::string(), std::string("no json"), std::string("[]"), std::string("{\"format\": 2}"),
+          std::string("{\"format\": 1}"),
+          std::string("{\"format\": 1, \"pid\": 4711, \"written_at\": \"now\"}"),
+          begun + std::string(16, '[') + std::string(16, ']') + "}",
+          begun + std::string(200'000, '[') + std::string(200'000, ']') + "}",
+          whole.append((1 << 20) + 1 - whole.size(), ' ')}) {
         WriteFile(world.status_path, content);
         for (const char* command : {"status", "metrics"}) {
-            EXPECT_EQ(Run({command}), 65) << content;
+            EXPECT_EQ(Run({command}), 65) << content.substr(0, 60);
             EXPECT_NE(Error().find("status.json"), std::string::npos);
         }
     }
