@@ -94,9 +94,11 @@ void OCXDebug::DisableButtons() {
         button->SetEnabled(false);
 }
 
-// Without a unit there is nothing to do but to connect one, or to leave.
+// Without a unit there is nothing to do but to connect one, or to leave. What a button did may have
+// closed the port, or an adapter was pulled meanwhile.
 void OCXDebug::EnableButtons() {
-    const bool connected = Command(kConnectButton).Caption() == kDisconnect;
+    const bool connected = link_.core.discovery.ConnectStatus() != 0;
+    Command(kConnectButton).SetCaption(Text(connected ? kDisconnect : kConnect));
     for (int number = 1; number <= kButtons; ++number)
         if (connected || number == kConnectButton || number == kLeaveButton)
             Command(number).SetEnabled(true);
@@ -151,14 +153,12 @@ Task<> OCXDebug::Run(int number) {
 }
 
 Task<> OCXDebug::ToggleLink() {
-    Button& button = Command(kConnectButton);
     Discovery& discovery = link_.core.discovery;
-    if (button.Caption() == kConnect) {
+    if (Command(kConnectButton).Caption() == kConnect) {
         Log(u"正在连接Tarnex.");
         const int port = co_await discovery.Connect(Discovery::Ports::kAll);
         if (port != 0) {
             Log(u"已在Com" + ToText(port) + u"成功连接Tarnex.");
-            button.SetCaption(Text(kDisconnect));
         } else {
             Log(u"无法连接Tarnex.");
         }
@@ -167,7 +167,6 @@ Task<> OCXDebug::ToggleLink() {
         discovery.ConnectClose();
         Log(u"已经断开Tarnex.");
         Log(u"------------------");
-        button.SetCaption(Text(kConnect));
     }
 }
 
