@@ -23,10 +23,8 @@ HexSummary HexSummary::Read(LineFile& file) {
 
 bool HexSummary::Add(const HexItem& item) {
     ++lines_;
-    if (std::holds_alternative<HexEnd>(item)) {
-        ended_ = true;
+    if (std::holds_alternative<HexEnd>(item))
         return false;
-    }
     if (const auto* trouble = std::get_if<HexTrouble>(&item)) {
         AddTrouble(*trouble);
         return *trouble != HexTrouble::kNoEndRecord;
@@ -63,10 +61,12 @@ void HexSummary::AddRecord(const HexRecord& record) {
 }
 
 void HexSummary::AddTrouble(HexTrouble trouble) {
-    faulty_ = faulty_ || EndsUpdate(trouble);
+    const OddHexLine odd{.line = lines_, .trouble = trouble};
+    if (!fault_ && EndsUpdate(trouble))
+        fault_ = odd;
     ++odd_count_;
     if (odd_.size() < kMostListed)
-        odd_.push_back({.line = lines_, .trouble = trouble});
+        odd_.push_back(odd);
 }
 
 std::chrono::seconds HexSummary::LineTime() const {

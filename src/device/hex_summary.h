@@ -4,6 +4,7 @@
 
 #include <bitset>
 #include <chrono>
+#include <optional>
 #include <vector>
 
 namespace tarnex {
@@ -24,8 +25,9 @@ class HexSummary {
     // Reads the file to its end record, or to its end, faults or not.
     static HexSummary Read(LineFile& file);
 
-    // An update with this file can succeed.
-    bool Sound() const { return ended_ && !faulty_; }
+    // The first line that cannot be sent, in a file that was read to its end; without one an
+    // update with this file can succeed.
+    const std::optional<OddHexLine>& Fault() const { return fault_; }
 
     long Records() const { return records_; }
     long Bytes() const { return bytes_; }
@@ -47,8 +49,7 @@ class HexSummary {
     long bytes_ = 0;
     int lowest_ = 0xFFFF;
     int highest_ = 0;
-    bool ended_ = false;
-    bool faulty_ = false;
+    std::optional<OddHexLine> fault_;
     std::vector<OddHexLine> odd_;
     long odd_count_ = 0;
     std::bitset<0x10000> written_;

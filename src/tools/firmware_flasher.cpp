@@ -1,6 +1,7 @@
 #include "tools/firmware_flasher.h"
 
 #include "platform/calendar_text.h"
+#include "tools/firmware_file.h"
 #include "tools/flash_report.h"
 #include "tools/unit_identity.h"
 
@@ -74,6 +75,9 @@ void FirmwareFlasher::FileChosen(const std::string& path) {
         return;
     hex_file_ = path;
     List1Additem(FromUtf8(path));
+    const FirmwareFile file = ReadFirmwareFile(world_.files, path);
+    if (!file.Sendable())
+        ListFailure(file.verdict);
     Command1.SetCaption(Text(kConnect));
 }
 
@@ -112,6 +116,11 @@ Task<> FirmwareFlasher::Upgrade() {
     Command1.SetEnabled(false);
     Command6.SetEnabled(false);
     Command41.SetEnabled(false);
+    const FirmwareFile file = ReadFirmwareFile(world_.files, hex_file_);
+    if (!file.Sendable()) {
+        EndInFailure(file.verdict);
+        co_return;
+    }
     TarnexCore& core = link_.core;
     co_await core.discovery.HelloTarnex(); // whatever it answers, the upgrade goes on
     const std::function<void(const Text&)> add = [this](const Text& line) { List1Additem(line); };
@@ -120,20 +129,30 @@ Task<> FirmwareFlasher::Upgrade() {
     List1Additem(u"正在升级Firmware,请等待.");
     List1Additem(u"");
     co_await core.commands.RESET_NOBACK();
-    const int port = core.discovery.ConnectClose();
+    port_ = core.discovery.ConnectClose();
     GetAddrTimer.Enable();
-    const bool upgraded = co_await core.firmware.FirmwareFlash(port, hex_file_);
+    const bool upgraded = co_await core.firmware.FirmwareFlash(port_, hex_file_);
     if (upgraded) {
         List1Additem(u"升级成功!");
         Disconnect();
         GetAddrTimer.Disable();
         Text1.SetVisible(false);
     } else {
-        List1Additem(u"升级失败!");
-        for (const Text& line : FailureInChinese(core.firmware.Progress()))
-            List1Additem(line);
-        Command6.SetEnabled(true);
+        EndInFailure(core.firmware.Progress());
     }
+}
+
+// From now on one can only leave.
+void FirmwareFlasher::EndInFailure(const FlashProgress& progress) {
+    List1Additem(u"升级失败!");
+    ListFailure(progress);
+    Command6.SetEnabled(true);
+}
+
+void FirmwareFlasher::ListFailure(const FlashProgress& progress) {
+    const std::string command = UpdateCommand("COM" + std::to_string(port_), hex_file_);
+    for (const Text& line : FailureInChinese(progress, command))
+        List1Additem(line);
 }
 
 void FirmwareFlasher::Command6_Click() {

@@ -32,12 +32,15 @@ class FirmwareFlasher : public ToolForm {
     Task<> Connect();
     void Disconnect();
     Task<> Upgrade();
+    void EndInFailure(const FlashProgress& progress);
+    void ListFailure(const FlashProgress& progress);
     void Command6_Click();
     void HardwareLost();
 
     FileDialog& CommonDialog_;
     Text version_;
     std::string hex_file_; // "" until one is chosen
+    int port_ = 0;         // of the last update
     Form hidden_{"hidden", u""};
     ListBox nowhere_{hidden_, "nowhere"};
     ToolLink link_;

@@ -143,24 +143,58 @@ bool ProgramTouched(const FlashProgress& progress) {
     return progress.step == FlashStep::kErase || progress.step == FlashStep::kWrite;
 }
 
+bool FileIsToBlame(const FlashProgress& progress) {
+    return progress.fault == FlashFault::kNoFile || progress.fault == FlashFault::kBadLine;
+}
+
+std::string ForShell(const std::string& word) {
+    constexpr std::string_view kHarmless = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"
+                                           "0123456789_-+=:,./@%";
+    if (word.find_first_not_of(kHarmless) == word.npos)
+        return word;
+    std::string quoted = "'";
+    for (const char c : word)
+        quoted += c == '\'' ? "'\\''" : std::string(1, c);
+    return quoted + "'";
+}
+
 } // namespace
 
-std::vector<Text> FailureInChinese(const FlashProgress& progress) {
+std::string UpdateCommand(const std::string& port, const std::string& file) {
+    return "tarnex-flasher --port " + ForShell(port) + " --file " + ForShell(file);
+}
+
+std::vector<Text> FailureInChinese(const FlashProgress& progress, const std::string& command) {
     Text place(StepWords(progress.step).chinese);
     if (progress.step == FlashStep::kWrite && progress.fault != FlashFault::kBadLine)
         place += u"地址" + progress.address;
     std::vector<Text> lines{place + u"：" + CauseInChinese(progress) + u"。"};
-    lines.push_back(ProgramTouched(progress) ? u"设备程序可能不完整，请再次升级。"
-                                             : u"设备程序没有改动，可以再次升级。");
+    if (ProgramTouched(progress))
+        lines.push_back(u"设备程序可能不完整，恢复命令：" + FromUtf8(command));
+    else if (!FileIsToBlame(progress))
+        lines.push_back(u"设备程序没有改动，可以再次升级。");
+    else
+        lines.push_back(u"设备程序没有改动。请更换文件。");
     return lines;
 }
 
-std::vector<std::string> FailureInEnglish(const FlashProgress& progress) {
+std::vector<std::string> FailureInEnglish(const FlashProgress& progress,
+                                          const std::string& command) {
     std::vector<std::string> lines{Place(progress) + ": " + Cause(progress)};
-    lines.push_back(ProgramTouched(progress)
-                        ? "The unit's program is incomplete; the unit works no more until an "
-                          "update succeeds."
-                        : "The unit's program was not touched.");
+    if (ProgramTouched(progress)) {
+        lines.push_back("The unit's program is incomplete; the unit works no more until an "
+                        "update succeeds.");
+        lines.push_back("Bring it back: " + command);
+        return lines;
+    }
+    lines.push_back("The unit's program was not touched.");
+    if (FileIsToBlame(progress))
+        lines.push_back("Take another file.");
+    else if (progress.fault == FlashFault::kNoLoader)
+        lines.push_back("Check the cable, then switch the unit off and on while the same command "
+                        "calls its loader: it listens for some seconds after each start.");
+    else
+        lines.push_back("The update can be run again, with the same command.");
     return lines;
 }
 

@@ -13,9 +13,15 @@ namespace tarnex {
 inline constexpr TextView kCloseWarning =
     u"正在写入，现在退出会使设备程序不完整。再次关闭窗口将强行退出。";
 
-// Where a failed update stood, what the unit answered, what to do; line by line.
-std::vector<Text> FailureInChinese(const FlashProgress& progress);
-std::vector<std::string> FailureInEnglish(const FlashProgress& progress);
+// The command that updates the unit on that port, for a shell: "tarnex-flasher --port COM3 --file
+// unit.hex". It needs no unit that answers a greeting.
+std::string UpdateCommand(const std::string& port, const std::string& file);
+
+// Where a failed update stood, what ended it, how the unit is now and what to do; line by line.
+// command: what brings back a unit without its program.
+std::vector<Text> FailureInChinese(const FlashProgress& progress, const std::string& command);
+std::vector<std::string> FailureInEnglish(const FlashProgress& progress,
+                                          const std::string& command);
 
 // "the line begins without \":\"".
 std::string TroubleInEnglish(HexTrouble trouble);

@@ -63,37 +63,33 @@ LineFlasher::LineFlasher(const ToolWorld& world, FlasherOutput output)
 }
 
 int LineFlasher::Check(const std::string& file) {
-    if (const int status = ReadSummary(file); status != kExitDone)
+    if (const int status = ReadFile(file); status == kExitNoInput)
         return status;
-    for (const std::string& line : SummaryLines(file, summary_))
-        output_.say(line);
-    if (!summary_.Sound()) {
+    if (!file_.Sendable()) {
         output_.complain("An update with this file fails.");
         return kExitData;
     }
-    output_.say(summary_.OddCount() == 0 ? "Nothing is odd about it."
-                                         : "An update with this file can succeed all the same.");
+    output_.say(file_.summary.OddCount() == 0
+                    ? "Nothing is odd about it."
+                    : "An update with this file can succeed all the same.");
     return kExitDone;
 }
 
-int LineFlasher::ReadSummary(const std::string& file) {
-    const OpenedLineFile opened = world_.files.Open(file);
-    if (!opened.file) {
-        output_.complain(file + ": " + opened.problem);
-        return kExitNoInput;
-    }
-    summary_ = HexSummary::Read(*opened.file);
-    return kExitDone;
+// Says what is in the file.
+int LineFlasher::ReadFile(const std::string& path) {
+    file_ = ReadFirmwareFile(world_.files, path);
+    if (file_.verdict.fault == FlashFault::kNoFile)
+        output_.complain(path + ": " + file_.verdict.file_problem);
+    else
+        for (const std::string& line : SummaryLines(path, file_.summary))
+            output_.say(line);
+    return StatusOf(file_.verdict);
 }
 
 Task<int> LineFlasher::Update(int port, std::string file) {
-    if (const int status = ReadSummary(file); status != kExitDone)
+    if (const int status = ReadFile(file); status != kExitDone) {
+        output_.complain("The file cannot be sent. The unit was not touched. Take another file.");
         co_return status;
-    for (const std::string& line : SummaryLines(file, summary_))
-        output_.say(line);
-    if (!summary_.Sound()) {
-        output_.complain("The file cannot be sent. The unit was not touched.");
-        co_return kExitData;
     }
     if (const int status = ClaimPort(port); status != kExitDone)
         co_return status;
@@ -115,7 +111,7 @@ Task<int> LineFlasher::Update(int port, std::string file) {
     progress_timer_.Enable();
     const bool updated = co_await link_.core.firmware.FirmwareFlash(port, file);
     progress_timer_.Disable();
-    const int status = Report(updated);
+    const int status = Report(port, updated);
     if (updated)
         co_await ShowNewVersion(port);
     co_return status;
@@ -188,7 +184,7 @@ Task<> LineFlasher::ShowNewVersion(int port) {
     link_.core.discovery.ConnectClose();
 }
 
-int LineFlasher::Report(bool updated) {
+int LineFlasher::Report(int port, bool updated) {
     if (output_.terminal)
         output_.show_bar("");
     const FlashProgress& progress = link_.core.firmware.Progress();
@@ -199,9 +195,9 @@ int LineFlasher::Report(bool updated) {
         return kExitDone;
     }
     output_.complain("The update failed after " + DurationText(took) + ".");
-    for (const std::string& line : FailureInEnglish(progress))
+    const std::string again = UpdateCommand("COM" + std::to_string(port), file_.path);
+    for (const std::string& line : FailureInEnglish(progress, again))
         output_.complain(line);
-    output_.complain("The update can be run again, with the same command.");
     return StatusOf(progress);
 }
 
@@ -214,15 +210,16 @@ void LineFlasher::ShowProgress() {
         step_began_ = now;
     }
     const Duration step_time = now - step_began_;
-    const std::string bar = ProgressBar(progress, summary_.Bytes(), step_time);
+    const long total = file_.summary.Bytes();
+    const std::string bar = ProgressBar(progress, total, step_time);
     if (output_.terminal) {
         output_.show_bar(bar);
     } else if (progress.step != FlashStep::kWrite) {
         if (new_step && !bar.empty())
             output_.say(bar);
-    } else if (new_step || Percent(progress, summary_.Bytes()) >= shown_percent_ + kLinePercents) {
-        shown_percent_ = Percent(progress, summary_.Bytes()) / kLinePercents * kLinePercents;
-        output_.say(ProgressLine(progress, summary_.Bytes(), step_time));
+    } else if (new_step || Percent(progress, total) >= shown_percent_ + kLinePercents) {
+        shown_percent_ = Percent(progress, total) / kLinePercents * kLinePercents;
+        output_.say(ProgressLine(progress, total, step_time));
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/firmware_file.h"
 #include "tools/tool_form.h"
 #include "tools/update_progress.h"
 
@@ -33,12 +34,12 @@ class LineFlasher {
     bool MustNotEnd() const { return link_.core.firmware.ProgramIncomplete(); }
 
   private:
-    int ReadSummary(const std::string& file);
+    int ReadFile(const std::string& path);
     int ClaimPort(int port);
     Task<bool> ShowUnit();
     Task<bool> UnitStarted();
     Task<> ShowNewVersion(int port);
-    int Report(bool updated);
+    int Report(int port, bool updated);
     void ShowProgress();
 
     const ToolWorld world_;
@@ -47,7 +48,7 @@ class LineFlasher {
     ListBox nowhere_{hidden_, "nowhere"};
     ToolLink link_;
     Timer progress_timer_;
-    HexSummary summary_;
+    FirmwareFile file_;
     Duration began_{};
     FlashStep shown_step_ = FlashStep::kOpenFile;
     int shown_percent_ = 0;

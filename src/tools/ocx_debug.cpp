@@ -2,6 +2,7 @@
 
 #include "device/answer_rules.h"
 #include "platform/calendar_text.h"
+#include "tools/firmware_file.h"
 #include "tools/flash_report.h"
 #include "tools/unit_identity.h"
 
@@ -204,6 +205,11 @@ Task<> OCXDebug::AlarmsOff() {
 
 Task<> OCXDebug::Upgrade() {
     TarnexCore& core = link_.core;
+    const FirmwareFile file = ReadFirmwareFile(world_.files, kFirmwareFile);
+    if (!file.Sendable()) {
+        ListFailure(file.verdict, core.discovery.ConnectClose());
+        co_return;
+    }
     const Text greeting = co_await core.discovery.HelloTarnex();
     if (greeting != kOk) {
         Log(greeting == u"INIT" ? u"设备正在初始化,请稍候再试." : greeting);
@@ -226,10 +232,15 @@ Task<> OCXDebug::Upgrade() {
         GetAddrTimer.Disable();
         Text6.SetVisible(false);
     } else {
-        Log(u"升级失败!");
-        for (const Text& line : FailureInChinese(core.firmware.Progress()))
-            Log(line);
+        ListFailure(core.firmware.Progress(), port);
     }
+}
+
+void OCXDebug::ListFailure(const FlashProgress& progress, int port) {
+    Log(u"升级失败!");
+    const std::string command = UpdateCommand("COM" + std::to_string(port), kFirmwareFile);
+    for (const Text& line : FailureInChinese(progress, command))
+        Log(line);
 }
 
 Task<> OCXDebug::ToggleDebug() {

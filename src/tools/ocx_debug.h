@@ -62,6 +62,7 @@ class OCXDebug : public ToolForm {
     Task<> Initialise();
     Task<> AlarmsOff();
     Task<> Upgrade();
+    void ListFailure(const FlashProgress& progress, int port);
     Task<> ToggleDebug();
     Task<> FillTestValues();
     Task<Text> WriteNextSerial();

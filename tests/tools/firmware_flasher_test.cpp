@@ -121,13 +121,36 @@ TEST_F(FlasherTest, AfterAFailureOneCanOnlyLeave) {
     const std::vector<Text> logged = Logged();
     EXPECT_EQ((std::vector<Text>{logged.end() - 3, logged.end()}),
               (std::vector<Text>{u"升级失败!", u"写入地址0000：设备应答错误：5A A5 00 08。",
-                                 u"设备程序可能不完整，请再次升级。"}));
+                                 u"设备程序可能不完整，恢复命令：tarnex-flasher --port COM3 "
+                                 u"--file new.hex"}));
     EXPECT_EQ(Enabled(), "001");
     EXPECT_TRUE(flasher.GetAddrTimer.Enabled());
     EXPECT_FALSE(ports.OpenSettings(3));
     flasher.Command6.Click();
     clock.RunFor(0s);
     EXPECT_TRUE(ended);
+}
+
+TEST_F(FlasherTest, ABadFileLeavesTheUnitAlone) {
+    const std::vector<Text> trouble{u"打开文件：文件第2行含有非十六进制字符。",
+                                    u"设备程序没有改动。请更换文件。"};
+    Logged();
+    flasher.Command1.Click();
+    files.Files["it's.hex"] = files.Files["new.hex"];
+    files.Files["it's.hex"].insert(files.Files["new.hex"].find('\n') + 1, ":0100000Z55AA\n");
+    dialog.Choose("it's.hex");
+    std::vector<Text> logged = Logged();
+    EXPECT_EQ((std::vector<Text>{logged.begin() + 1, logged.end()}), trouble);
+    flasher.Command1.Click();
+    clock.RunFor(1s);
+    Logged();
+    heard.clear();
+    flasher.Command41.Click();
+    clock.RunFor(1min);
+    logged = Logged();
+    EXPECT_EQ(logged, (std::vector<Text>{u"升级失败!", trouble[0], trouble[1]}));
+    EXPECT_TRUE(heard.empty());
+    EXPECT_EQ(Enabled(), "001");
 }
 
 TEST_F(FlasherTest, WithoutAUnitOneMayTryAgain) {

@@ -96,7 +96,7 @@ TEST_F(LineFlasherTest, TellsWhereItFailedAndBringsABrokenUnitBack) {
     EXPECT_TRUE(Said("! writing at address 3E70 (line 1000 of the file): the unit did not answer "
                      "within 8 seconds; it had sent nothing"));
     EXPECT_TRUE(Said("! The unit's program is incomplete"));
-    EXPECT_TRUE(Said("! The update can be run again, with the same command."));
+    EXPECT_TRUE(Said("! Bring it back: tarnex-flasher --port COM3 --file long.hex"));
     EXPECT_FALSE(unit.Loader().HasProgram());
 
     EXPECT_EQ(Update("new.hex"), kExitDone);
