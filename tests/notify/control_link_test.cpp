@@ -132,7 +132,7 @@ TEST_F(ControlLinkTest, FourLossChecksWithoutAHeartbeatLoseTheLink) {
     Greet(third);
     clock.RunTo(45s);
     third.SendHeartbeat();
-    clock.RunTo(46s);
+    clock.RunTo(55s);
     third.Send(u"txHeartSv "); // no heartbeat
     QueuedSMS();
     clock.RunTo(79999ms);
