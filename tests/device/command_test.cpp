@@ -90,7 +90,7 @@ TEST_F(CommandTest, ClosedPortEndsACommandAtOnce) {
     EXPECT_EQ(losses, 0);
 }
 
-TEST_F(CommandTest, LostHardwareFailsTheWaitingCommandAtOnce) {
+TEST_F(CommandTest, LostHardwareFailsTheCommandAtOnce) {
     Open();
     Running<Text> command(clock, core.commands.RDAT());
     clock.RunFor(3s);
@@ -99,6 +99,15 @@ TEST_F(CommandTest, LostHardwareFailsTheWaitingCommandAtOnce) {
     EXPECT_EQ(command.result, kFailed);
     EXPECT_EQ(losses, 1);
     EXPECT_EQ(core.discovery.ConnectStatus(), 0);
+
+    Open();
+    lists.DebugOn = core.OCXDebug(u"On");
+    clock.CallAfter(10ms, [this] { ports.Unplug(7); }); // just before the command is written
+    Running<Text> refused(clock, core.commands.RDAT());
+    clock.RunFor(10ms);
+    EXPECT_EQ(refused.result, kFailed);
+    EXPECT_EQ(losses, 2);
+    EXPECT_EQ(form.List1.Lines().back(), u"sendtocom8021错误导致硬件丢失");
 }
 
 TEST_F(CommandTest, SwitchingTheTraceShowsItsLines) {
@@ -187,10 +196,9 @@ TEST_F(CommandTest, SignalQueryReturnsWhatWasKnownBefore) {
     clock.RunFor(20ms);
     Running<Text> second(clock, core.commands.RDCSQ());
     EXPECT_EQ(second.result, u"21");
-    clock.RunFor(1s);
-
     device.Replies.clear();
-    clock.RunFor(59019ms); // 60 s after the last report, to the millisecond
+    device.SendAfter(1s, "TX:TXCSQ(?)\r\n"); // a report all the same
+    clock.RunFor(61019ms);                   // 60 s after the last report, to the millisecond
     Running<Text> still(clock, core.commands.RDCSQ());
     EXPECT_EQ(still.result, u"21");
     clock.RunFor(1ms);
