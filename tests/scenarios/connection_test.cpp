@@ -59,13 +59,21 @@ TEST_F(Connection, AStartingUnitIsGreetedUntilItIsUp) {
     EXPECT_EQ(ReceivedAt(u"txBooting"), 20090ms);
     EXPECT_EQ(service->Window().mLblTarnexStatus.Caption(), u"硬件状态:启动中");
     EXPECT_EQ(Setting(u"TarnexComm", u"TelNo1"), u"");
+    monitor.ForgetMessages();
+    unit.Faults.Instead["Hello,tarnex"] = "ERROR";
+    clock.RunTo(30200ms); // refused at 25 s: the port is closed, and searched again
+    EXPECT_TRUE(monitor.Received(u"tx-NoConn"));
+    unit.Faults.Instead.clear();
     // Its own "InitGsmOk", read before the greeting, would drop it once more: that is how a
     // restart shows itself.
     ASSERT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 3min));
 }
 
 TEST_F(Connection, AUnitThatFallsSilentIsLostAndFoundAgain) {
+    store.SetContent(settings.Set("Debug", "DebugMode", "On").Content());
     StartToReady();
+    clock.RunFor(11s);
+    service->Window().mList1.Clear();
     monitor.ForgetMessages();
     unit.Faults.Silent = true;
     const Duration silent = clock.Now();
@@ -76,6 +84,9 @@ TEST_F(Connection, AUnitThatFallsSilentIsLostAndFoundAgain) {
     EXPECT_LE(clock.Now() - silent, 60s + 6 * 5s);
     EXPECT_FALSE(service->Unit().UnitConnected);
     EXPECT_EQ(service->Window().mLblTarnexStatus.Caption(), u"硬件状态:丢失");
+    EXPECT_EQ(service->Window().mText1.Value(), u"1");
+    EXPECT_EQ(service->Window().mText4.Value(), u"20"); // ticks
+    EXPECT_EQ(service->Window().mTxtTarnexCSQ.Value(), u"20");
     const Duration lost = clock.Now();
     unit.Faults.Silent = false;
     const long greetings = unit.Count("Hello,tarnex");
@@ -83,14 +94,42 @@ TEST_F(Connection, AUnitThatFallsSilentIsLostAndFoundAgain) {
     EXPECT_EQ(clock.Now() - lost, 15010ms); // the port found last comes first
     ASSERT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 1min));
     EXPECT_EQ(unit.Count("WRNO1"), 2); // every setting was written again
+    EXPECT_EQ(service->Window().mList1.Lines(),
+              (std::vector<Text>{u"开始丢失拉", u"Tarnex硬件丢失,重新开始寻找!", u"开始寻找 Tarnex",
+                                 u"在 com3 找到 Tarnex", u"Tarnex就绪"}));
 }
 
-TEST_F(Connection, ARestartedUnitIsSearchedAnew) {
+TEST_F(Connection, EitherWordOfARestartedUnitBeginsTheSearchAnew) {
+    StartToReady();
+    for (const char* word : {"TX:InitSysOk", "TX:InitGsmOk"}) {
+        monitor.ForgetMessages();
+        unit.Say(word);
+        ASSERT_TRUE(clock.RunUntil([&] { return monitor.Received(u"txNexLost"); }, 6s)) << word;
+        ASSERT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 2min));
+    }
+}
+
+TEST_F(Connection, AUnitThatTakesNoBytesIsLostAtOnce) {
     StartToReady();
     monitor.ForgetMessages();
-    unit.Boot();
-    ASSERT_TRUE(clock.RunUntil([&] { return monitor.Received(u"txNexLost"); }, 1min));
-    ASSERT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 2min));
+    ports.HoldOutput(3, true); // one reading is buffered, the next does not leave within 2 s
+    EXPECT_TRUE(clock.RunUntil([&] { return monitor.Received(u"txNexLost"); }, 13s));
+}
+
+TEST_F(Connection, TheSignalBecomesALevel) {
+    StartToReady();
+    for (const auto& [signal, level] : {std::pair(4, u"1"),
+                                        {5, u"2"},
+                                        {10, u"2"},
+                                        {11, u"3"},
+                                        {14, u"3"},
+                                        {15, u"4"},
+                                        {19, u"4"},
+                                        {20, u"5"}}) {
+        unit.Signal = signal;
+        clock.RunFor(10s);
+        EXPECT_EQ(service->Unit().UnitSignalLevel, level) << signal;
+    }
 }
 
 TEST_F(Connection, APulledAdapterIsNoticedAtOnceWhateverIsGoingOn) {
@@ -173,11 +212,10 @@ TEST_F(Connection, StateWordsBecomeCodesOneATick) {
     clock.RunFor(1s);
     unit.LoseCard();
     clock.RunFor(21s);
-    std::vector<Text> codes;
-    for (const MonitorMessage& message : monitor.Messages())
-        if (!StartsWith(message.text, u"tx-States"))
-            codes.push_back(message.text);
-    EXPECT_EQ(codes, (std::vector<Text>{u"tx-ACLost", u"ACOk", u"txConLost", u"tx-NoCard"}));
+    EXPECT_EQ(ReceivedAt(u"tx-ACLost"), 35475ms);
+    EXPECT_EQ(ReceivedAt(u"ACOk"), 40475ms);
+    EXPECT_EQ(ReceivedAt(u"txConLost"), 45475ms);
+    EXPECT_EQ(ReceivedAt(u"tx-NoCard"), 50475ms);
 }
 
 TEST_F(Connection, ASettingsFileThatCannotBeWrittenKeepsNoUnitFromBeingReady) {

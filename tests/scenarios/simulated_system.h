@@ -21,7 +21,7 @@ class SettingsText {
         Set("Text", "Text1(32)", "TX-7");
         Set("Text", "Text1(37)", "log.db");
         Set("Combo", "Combo1(5)", "3");
-        Set("Combo", "Combo1(6)", "1");
+        Set("Combo", "Combo1(6)", "1x"); // the unit gets its number
         Set("Check", "Check1(44)", "1");
         Set("Check", "Check1(45)", "0");
         Set("Check", "Check1(57)", "1");
