@@ -43,6 +43,7 @@ TEST_F(Service, StopsInOrder) {
     StartToReady();
     controller.Events.pause();
     controller.Events.resume();
+    service->Window().mCmdSend.Click();
     const Duration stop = clock.Now();
     controller.Events.stop(false);
     clock.RunFor(0ms);
@@ -55,6 +56,7 @@ TEST_F(Service, StopsInOrder) {
     const long commands = unit.Count("RDCSQ");
     clock.RunFor(1min);
     EXPECT_EQ(unit.Count("RDCSQ"), commands);
+    EXPECT_TRUE(unit.Sent().empty());
 }
 
 TEST_F(Service, StopsAtOnceWhileACommandWaitsAndSilentlyWithTheMachine) {
@@ -69,15 +71,35 @@ TEST_F(Service, StopsAtOnceWhileACommandWaitsAndSilentlyWithTheMachine) {
 }
 
 TEST_F(Service, TheStopButtonLeavesOnlyTheReloadRunning) {
+    store.SetContent(settings.Set("Text", "Text1(29)", "smtp.example").Content());
     StartToReady();
-    service->Window().Command1.Click();
+    MainWindow& window = service->Window();
+    window.Command2.Click(); // what still goes on shows in the lists
+    unit.Outcome = SmsOutcome::kLost;
+    monitor.SendEvent({.service = 3, .state = 1, .by_sms = true, .by_mail = true});
+    ASSERT_TRUE(
+        clock.RunUntil([&] { return tcp.Connections.size() + unit.Sent().size() == 2; }, 8s));
+    clock.RunFor(100ms);
+    window.Command1.Click();
+    monitor.Stop();
+    const auto lines = [&window] {
+        return window.List1.Lines().size() + window.List2.Lines().size() +
+               window.mList1.Lines().size() + window.mList4.Lines().size() +
+               window.mList5.Lines().size();
+    };
+    const std::size_t before = lines();
     const int opened = log.Opened;
-    const long commands = unit.Count("RDCSQ");
-    monitor.ForgetMessages();
     clock.RunFor(1min);
     EXPECT_EQ(log.Opened, opened + 6); // the log is opened anew with every reload
-    EXPECT_EQ(unit.Count("RDCSQ"), commands);
-    EXPECT_FALSE(monitor.Received(u"tx-States"));
+    EXPECT_EQ(lines(), before);
+    EXPECT_EQ(tcp.Connections.size(), 1u);
+
+    service.reset();
+    StartService();
+    clock.RunFor(10s);
+    service->Window().Command1.Click();
+    clock.RunFor(1min);
+    EXPECT_EQ(unit.Count("Hello,tarnex"), 2); // none since the first search
 }
 
 TEST_F(Service, IsEndedByItsSettingsWithinAReload) {
@@ -86,8 +108,8 @@ TEST_F(Service, IsEndedByItsSettingsWithinAReload) {
     clock.RunFor(1min);
     EXPECT_FALSE(ended_at);
     EditSetting(u"Service", u"Enable", u"Disable");
-    clock.RunFor(10s + 100ms);
-    EXPECT_TRUE(ended_at);
+    clock.RunFor(1min);
+    EXPECT_EQ(ended_at, 100100ms); // the reload at 100 s, and once more to be sure
     EXPECT_FALSE(monitor.Received(u"tx-SMSEnd"));
     EXPECT_EQ(said.size(), 1u);
 }
@@ -147,6 +169,14 @@ TEST_F(Service, DebugModeFillsTheListsAndShowsTheWindow) {
     EXPECT_TRUE(service->Window().List2.Lines().empty());
     service->Window().Command2.Click();
     EXPECT_EQ(service->Window().Command2.Caption(), u"DebugOff");
+    for (const int width : {9255, 3975}) {
+        service->Window().Command3.Click();
+        EXPECT_EQ(service->Window().mList1.Width(), width);
+    }
+    for (const int width : {8415, 5175}) {
+        service->Window().Command5.Click();
+        EXPECT_EQ(service->Window().List1.Width(), width);
+    }
     clock.RunFor(10s);
     EXPECT_FALSE(service->Window().List2.Lines().empty());
     EXPECT_FALSE(service->Window().List1.Lines().empty());
@@ -211,6 +241,7 @@ TEST_F(Service, TheMailWindowIsReachedFromTheMainWindowAndGoesWithIt) {
 
     EditSetting(u"Debug", u"DebugMode", u"Off");
     service->ResetUnitState();
+    EXPECT_FALSE(service->Unit().UnitReady || service->Unit().UnitOnline);
     EXPECT_FALSE(service->Window().Visible());
     EXPECT_FALSE(mail.Visible());
     service->Window().mTxtStatus.SetValue(u"");
