@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <csignal>
-#include <thread>
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -247,20 +246,6 @@ TEST_F(Watchdog, WithoutOneNobodyIsTold) {
         clock.RunFor(1h);
         EXPECT_EQ(manager.Receive(), "") << row.microseconds;
     }
-}
-
-TEST_F(Watchdog, AHangingHandlerStarvesIt) {
-    Watch("2000", getpid());
-    SystemdController watched(loop, loop, places);
-    watched.StartService(0, {.start = [] {}, .stop = {}, .pause = {}, .resume = {}});
-    ASSERT_TRUE(RunUntil(loop, [&] { return manager.Receive() == "WATCHDOG=1"; }));
-    loop.CallAfter(0ms, [&] {
-        while (!manager.Receive().empty())
-            continue;
-        std::this_thread::sleep_for(30ms);
-        EXPECT_EQ(manager.Receive(), "");
-    });
-    ASSERT_TRUE(RunUntil(loop, [&] { return manager.Receive() == "WATCHDOG=1"; }));
 }
 
 } // namespace
