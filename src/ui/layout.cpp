@@ -158,7 +158,8 @@ void Placer::PutLine(const LayoutNode& node, Rect rect) {
     }
 }
 
-// First everybody has the least, then the model's widths are met, then the weights have the rest.
+// First everybody has the least, then the model's widths are met, then the weights have the rest;
+// where only the model's widths stand in a row, they share it as if it had none.
 std::vector<int> Placer::Lengths(const Children& children, int room, bool row) const {
     std::vector<int> lengths;
     for (const LayoutNode* child : children)
@@ -174,6 +175,9 @@ std::vector<int> Placer::Lengths(const Children& children, int room, bool row) c
         weights.push_back(wanted > 0 ? 0 : children[i]->weight);
     }
     int weight_left = std::reduce(weights.begin(), weights.end());
+    if (weight_left == 0)
+        for (std::size_t i = 0; i < children.size(); ++i)
+            weight_left += weights[i] = children[i]->weight;
     for (std::size_t i = 0; i < children.size(); ++i) {
         if (weights[i] == 0)
             continue;

@@ -57,11 +57,13 @@ inline LayoutNode Sections(Nodes sections, int weight = 0) {
     return column;
 }
 
-// A list box under its heading, and buttons that concern it on the right of the heading.
+// A list box under its heading. What else stands beside the heading follows it at once, so that it
+// stays where it is when the list becomes wider.
 inline LayoutNode ListSection(Text title, std::string list, int lines, int weight,
-                              Nodes buttons = {}) {
-    Nodes head{Heading(std::move(title)), Space()};
-    head.insert(head.end(), buttons.begin(), buttons.end());
+                              Nodes beside = {}) {
+    Nodes head{Heading(std::move(title))};
+    head.insert(head.end(), beside.begin(), beside.end());
+    head.push_back(Space());
     LayoutNode section = Column({Row(std::move(head)), List(std::move(list), 14, lines)}, weight);
     section.gap = 3;
     return section;

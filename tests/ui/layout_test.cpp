@@ -48,9 +48,12 @@ TEST(Layout, AWidthOfTheModelIsKeptAsFarAsTheOthersLeaveRoom) {
 TEST(Layout, WhatIsHiddenLeavesItsPlaceToTheOthers) {
     TwoLists form;
     form.right.SetVisible(false);
-    const auto rects = Rects(form.root, form, {1000, 500});
-    EXPECT_FALSE(rects.contains("right"));
-    EXPECT_EQ(rects.at("left").w, 980);
+    for (const int twips : {0, 5175}) { // a width of the model does not leave the row half empty
+        form.left.SetWidth(twips);
+        const auto rects = Rects(form.root, form, {1000, 500});
+        EXPECT_FALSE(rects.contains("right"));
+        EXPECT_EQ(rects.at("left").w, 980);
+    }
 }
 
 TEST(Layout, AGridHasCellsOfOneSize) {
