@@ -32,6 +32,11 @@ inline LayoutNode Press(std::string button, char key, Text hint) {
         .kind = Kind::kButton, .control = std::move(button), .key = key, .hint = std::move(hint)};
 }
 
+inline LayoutNode Careful(LayoutNode button) {
+    button.look = Look::kCareful;
+    return button;
+}
+
 inline LayoutNode Check(std::string box, char key, Text hint) {
     return {
         .kind = Kind::kCheckBox, .control = std::move(box), .key = key, .hint = std::move(hint)};

@@ -72,8 +72,8 @@ class LabelWidget : public LeafOf<Fl_Box> {
 
 class ButtonWidget : public LeafOf<Fl_Button> {
   public:
-    explicit ButtonWidget(Button& model) : model_(model) {
-        color(FL_BACKGROUND2_COLOR);
+    ButtonWidget(Button& model, Look look) : model_(model) {
+        color(ButtonColor(look), ButtonColor(look));
         callback(
             [](Fl_Widget* widget, void*) { static_cast<ButtonWidget&>(*widget).model_.Click(); });
     }
@@ -172,6 +172,7 @@ LeafWidget& MakeInput(const LayoutNode& leaf, TextBox& model) {
         return *new InputWidget<Fl_Multiline_Input>(model, leaf.title, leaf.look);
     case Look::kPlain:
     case Look::kStrong:
+    case Look::kCareful:
         break;
     }
     return *new InputWidget<Fl_Input>(model, leaf.title, leaf.look);
@@ -182,7 +183,7 @@ LeafWidget& MakeLeaf(const LayoutNode& leaf, const Form& form) {
         return *new HeadingWidget(leaf.title);
     Control& control = *form.Find(leaf.control);
     if (auto* const button = dynamic_cast<Button*>(&control))
-        return *new ButtonWidget(*button);
+        return *new ButtonWidget(*button, leaf.look);
     if (auto* const check = dynamic_cast<CheckBox*>(&control))
         return *new CheckWidget(*check);
     if (auto* const list = dynamic_cast<ListBox*>(&control))

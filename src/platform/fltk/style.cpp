@@ -18,6 +18,9 @@ constexpr Fl_Color Rgb(unsigned value) {
     return Fl_Color(value << 8);
 }
 constexpr Fl_Color kEdge = Rgb(0xA9B1BB);
+constexpr Fl_Color kButtonEdge = Rgb(0x76828F);
+constexpr Fl_Color kButton = Rgb(0xD3DCE6);
+constexpr Fl_Color kCarefulButton = Rgb(0xF5CF8E);
 
 int edge_width = 1; // FLTK calls back without an object
 
@@ -33,11 +36,31 @@ void DrawBox(int x, int y, int w, int h, Fl_Color color) {
     DrawFrame(x, y, w, h);
 }
 
+// A button: raised, with a brighter upper half, a shadow below and corners that are cut off, so
+// that nobody takes it for a box to write in.
+void DrawButton(int x, int y, int w, int h, Fl_Color color) {
+    const bool active = Fl::draw_box_active() != 0;
+    const auto shade = [active](Fl_Color wanted) {
+        return active ? wanted : fl_color_average(wanted, FL_BACKGROUND_COLOR, 0.4F);
+    };
+    const int edge = edge_width;
+    fl_color(shade(fl_color_average(FL_WHITE, color, 0.45F)));
+    fl_rectf(x + edge, y + edge, w - 2 * edge, h / 2);
+    fl_color(shade(color));
+    fl_rectf(x + edge, y + h / 2, w - 2 * edge, h - h / 2 - edge);
+    fl_color(shade(kButtonEdge));
+    fl_rectf(x + edge, y, w - 2 * edge, edge);
+    fl_rectf(x + edge, y + h - 2 * edge, w - 2 * edge, 2 * edge);
+    fl_rectf(x, y + edge, edge, h - 2 * edge);
+    fl_rectf(x + w - edge, y + edge, edge, h - 2 * edge);
+}
+
 void SetUpFrames(double scale) {
     edge_width = std::max(1, int(scale));
     const uchar edge = uchar(edge_width);
-    for (const Fl_Boxtype box : {FL_UP_BOX, FL_DOWN_BOX, FL_THIN_UP_BOX, FL_THIN_DOWN_BOX})
+    for (const Fl_Boxtype box : {FL_DOWN_BOX, FL_THIN_UP_BOX, FL_THIN_DOWN_BOX})
         Fl::set_boxtype(box, DrawBox, edge, edge, uchar(2 * edge), uchar(2 * edge));
+    Fl::set_boxtype(FL_UP_BOX, DrawButton, edge, edge, uchar(2 * edge), uchar(3 * edge));
 }
 
 void SetUpColors() {
@@ -108,6 +131,10 @@ ScreenMetrics Metrics(double scale) {
                 fl_font(FL_HELVETICA, FL_NORMAL_SIZE);
                 return int(std::ceil(fl_width(ToUtf8(text).c_str())));
             }};
+}
+
+Fl_Color ButtonColor(LayoutNode::Look look) {
+    return look == LayoutNode::Look::kCareful ? kCarefulButton : kButton;
 }
 
 void DrawFocus(const Fl_Widget& widget) {

@@ -15,6 +15,9 @@ std::string SetUpStyle(double scale);
 // What layouts need to know of the screen.
 ScreenMetrics Metrics(double scale);
 
+// What a button is filled with, by its look.
+Fl_Color ButtonColor(LayoutNode::Look look);
+
 // Shows that a widget has the input focus, if that is so; drawn over the widget.
 void DrawFocus(const Fl_Widget& widget);
 
