@@ -216,7 +216,8 @@ void Placer::PutGrid(const LayoutNode& node, Rect rect) {
 }
 
 void Placer::PutLeaf(const LayoutNode& node, Rect rect) {
-    const bool takes_height = node.kind == Kind::kListBox || node.look == Look::kMultiLine;
+    const bool takes_height = node.kind == Kind::kListBox || node.look == Look::kMultiLine ||
+                              node.look == Look::kReadOnlyLines;
     if (const int least = Least(node).h; !takes_height && least < rect.h)
         rect = {rect.x, rect.y + (rect.h - least) / 2, rect.w, least};
     if (node.kind == Kind::kTextBox) {

@@ -30,7 +30,8 @@ struct LayoutNode {
         kSecret,    // a text box that hides what it holds
         kReadOnly,  // a text box that only shows
         kMultiLine, // a text box of several lines
-        kCareful,   // a button whose press changes much at once, or cannot be taken back
+        kReadOnlyLines,
+        kCareful, // a button whose press changes much at once, or cannot be taken back
     };
 
     Kind kind{};

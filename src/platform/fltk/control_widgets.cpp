@@ -3,14 +3,21 @@
 #include "platform/fltk/list_widget.h"
 #include "platform/fltk/style.h"
 
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <memory>
+
 #include <FL/Fl.H>
 #include <FL/Fl_Box.H>
 #include <FL/Fl_Button.H>
 #include <FL/Fl_Check_Button.H>
 #include <FL/Fl_Input.H>
-#include <FL/Fl_Multiline_Input.H>
 #include <FL/Fl_Output.H>
 #include <FL/Fl_Secret_Input.H>
+#include <FL/Fl_Text_Editor.H>
+#include <FL/fl_draw.H>
+#include <FL/fl_utf8.h>
 
 namespace tarnex {
 
@@ -130,7 +137,7 @@ class InputWidget : public LeafOf<Input> {
   public:
     InputWidget(TextBox& model, const Text& title, Look look) : model_(model) {
         SetLabel(*this, title);
-        this->align(look == Look::kMultiLine ? FL_ALIGN_LEFT_TOP : FL_ALIGN_LEFT);
+        this->align(FL_ALIGN_LEFT);
         if (look == Look::kReadOnly)
             this->color(FL_BACKGROUND_COLOR);
         this->when(FL_WHEN_CHANGED);
@@ -141,17 +148,113 @@ class InputWidget : public LeafOf<Input> {
     }
     void Show() override {
         const std::string shown = ForInput(model_.Value());
-        if (shown != this->value())
-            this->value(shown.c_str());
+        if (shown == this->value())
+            return;
+        this->value(shown.c_str());
+        this->position(0); // a text that is too long shows its beginning
     }
     int handle(int event) override {
         const int handled = LeafOf<Input>::handle(event);
+        if (event == FL_UNFOCUS) {
+            if (Fl::focus()) // gone on to another control, not to another program
+                this->position(0);
+            model_.Leave();
+        }
+        return handled;
+    }
+
+  private:
+    TextBox& model_;
+};
+
+// Hides what it holds behind marks that every font has. FLTK's own mark is missing in fonts for
+// Chinese; its width is kept, by which FLTK finds the place of a click.
+class SecretWidget : public InputWidget<Fl_Secret_Input> {
+  public:
+    using InputWidget::InputWidget;
+
+  protected:
+    void draw() override {
+        draw_box();
+        fl_font(textfont(), textsize());
+        const double advance = fl_width("\u2022");
+        const int left = x() + Fl::box_dx(box()) + 1;
+        const int top = y() + (h() - fl_height()) / 2;
+        const bool focused = Fl::focus() == this;
+        const int first = CharactersTo(std::min(position(), mark()));
+        const int last = CharactersTo(std::max(position(), mark()));
+        const auto column = [&](int index) { return left + int(std::lround(index * advance)); };
+        fl_push_clip(left, y(), w() - 2 * (left - x()), h());
+        if (focused && first != last) {
+            fl_color(selection_color());
+            fl_rectf(column(first), top, column(last) - column(first), fl_height());
+        }
+        for (int i = 0; i < CharactersTo(size()); ++i) {
+            const bool selected = focused && i >= first && i < last;
+            const Fl_Color color =
+                selected ? fl_contrast(textcolor(), selection_color()) : textcolor();
+            fl_color(active_r() ? color : fl_inactive(color));
+            fl_draw("*", column(i) + int(advance - fl_width("*")) / 2,
+                    top + fl_height() - fl_descent());
+        }
+        if (focused) {
+            fl_color(cursor_color());
+            fl_rectf(column(CharactersTo(position())), top, 1, fl_height());
+        }
+        fl_pop_clip();
+        DrawFocus(*this);
+    }
+
+  private:
+    int CharactersTo(int bytes) const {
+        return fl_utf_nb_char(reinterpret_cast<const unsigned char*>(value()), bytes);
+    }
+};
+
+struct HasBuffer {
+    Fl_Text_Buffer text;
+};
+
+// Several lines, which break at the right edge: Base is FLTK's editor or its display. The buffer is
+// the first base, since it must outlive the widget.
+template <class Base>
+class LinesWidget : private HasBuffer, public LeafOf<Base> {
+  public:
+    LinesWidget(TextBox& model, const Text& title) : model_(model) {
+        SetLabel(*this, title);
+        this->align(FL_ALIGN_LEFT_TOP);
+        this->box(FL_DOWN_BOX);
+        this->buffer(text);
+        this->wrap_mode(Base::WRAP_AT_BOUNDS, 0);
+        this->when(FL_WHEN_CHANGED);
+        this->callback([](Fl_Widget* widget, void*) {
+            auto& self = static_cast<LinesWidget&>(*widget);
+            self.model_.SetValue(FromInput(self.Shown()));
+        });
+    }
+    void Show() override {
+        const std::string wanted = ForInput(model_.Value());
+        if (wanted == Shown())
+            return;
+        text.text(wanted.c_str());
+        this->insert_position(0);
+        this->scroll(0, 0);
+    }
+    int handle(int event) override {
+        if (event == FL_KEYBOARD && Fl::event_key() == FL_Tab)
+            return 0; // it leads on to the next control
+        const int handled = LeafOf<Base>::handle(event);
         if (event == FL_UNFOCUS)
             model_.Leave();
         return handled;
     }
 
   private:
+    std::string Shown() {
+        const std::unique_ptr<char, decltype(&std::free)> copy(text.text(), &std::free);
+        return copy.get();
+    }
+
     TextBox& model_;
 };
 
@@ -165,11 +268,13 @@ class ListLeaf : public LeafWidget, public ListWidget {
 LeafWidget& MakeInput(const LayoutNode& leaf, TextBox& model) {
     switch (leaf.look) {
     case Look::kSecret:
-        return *new InputWidget<Fl_Secret_Input>(model, leaf.title, leaf.look);
+        return *new SecretWidget(model, leaf.title, leaf.look);
     case Look::kReadOnly:
         return *new InputWidget<Fl_Output>(model, leaf.title, leaf.look);
     case Look::kMultiLine:
-        return *new InputWidget<Fl_Multiline_Input>(model, leaf.title, leaf.look);
+        return *new LinesWidget<Fl_Text_Editor>(model, leaf.title);
+    case Look::kReadOnlyLines:
+        return *new LinesWidget<Fl_Text_Display>(model, leaf.title);
     case Look::kPlain:
     case Look::kStrong:
     case Look::kCareful:
