@@ -13,8 +13,8 @@ using Look = LayoutNode::Look;
 // In pixels at 96 dpi.
 constexpr int kMargin = 10; // between the window's edge and what it holds
 constexpr int kTitleGap = 6;
-constexpr int kTextPadding = 4;    // between a frame and the text in it
-constexpr int kButtonPadding = 12; // left and right of a caption
+constexpr int kTextPadding = 3;   // between a frame and the text in it
+constexpr int kButtonPadding = 8; // left and right of a caption
 constexpr int kLeastButton = 60;
 constexpr int kScrollBar = 16;
 
@@ -132,6 +132,8 @@ Size Placer::LeastOfLeaf(const LayoutNode& node) const {
         return {TitleWidth(node) + held_width + frame, LinesHeight(node.lines) + frame};
     case Kind::kListBox:
         return {held_width + Px(kScrollBar) + frame, LinesHeight(node.lines) + frame};
+    case Kind::kHeading: // in bold letters, which are wider
+        return {std::max(text_width + screen_.em / 2, held_width), RowHeight()};
     default:
         return {std::max(text_width, held_width), RowHeight()};
     }

@@ -52,7 +52,7 @@ LayoutNode MainButtons() {
 
 Layout MainWindowLayout() {
     return {.width = 1000,
-            .height = 720,
+            .height = 656,
             .root = Column({MainStatus(), MainMessages(), MainLists(), MainButtons()})};
 }
 

@@ -41,7 +41,7 @@ class ServiceWindowsTest(unittest.TestCase):
     def test_main_window_shows_what_the_service_does(self):
         service, unit, monitor = self.start()
         window = self.main_window()
-        self.assertEqual(window.size(), (1000, 720))
+        self.assertEqual(window.size(), (1000, 656))
         monitor.wait_for(READY)
         window.wait_for_line(LINKS, "Send0:tx--Ready")
         window.wait_for_line(TRAFFIC, "Get :TX:TXCSQ(20,0)\\r\\n")
@@ -70,7 +70,7 @@ class ServiceWindowsTest(unittest.TestCase):
     def test_main_window_on_a_fine_screen(self):
         service, _, monitor = self.start(192, "2200x1600")
         window = self.main_window()
-        self.assertEqual(window.size(), (2000, 1440))
+        self.assertEqual(window.size(), (2000, 1312))
         monitor.wait_for(READY)
         window.wait_for_line(TRAFFIC, "Get :TX:TXCSQ(20,0)\\r\\n")
         window.picture("main-192")

@@ -23,8 +23,18 @@ TEST_F(ToolLayouts, OfTheConsoleHaveRoomInBothWidths) {
     CheckLayoutOf(console);
     console.Command(1).Click();
     ASSERT_TRUE(clock.RunUntil([&] { return console.Command(43).Enabled(); }, 1min));
+    const auto buttons = [&] {
+        std::vector<std::pair<std::string, Rect>> places;
+        const Layout layout = LayoutOf(console);
+        for (const Placed& placed : Place(layout.root, console, Screen(), {960, 600}))
+            if (placed.node->kind == LayoutNode::Kind::kButton)
+                places.emplace_back(placed.node->control, placed.rect);
+        return places;
+    };
+    const auto before = buttons();
     console.Command(43).Click();
     EXPECT_EQ(console.Width(), 15530);
+    EXPECT_EQ(buttons(), before);
     CheckLayoutOf(console);
 }
 

@@ -59,16 +59,20 @@ inline void CheckPlaces(const std::vector<Placed>& placed, Size window) {
 }
 
 // Neither a small window, nor a large one, nor a fine screen makes controls overlap or leave it,
-// and a new window has room for all of them.
+// and the common screens have room for all of them beside a panel and a title bar.
 inline void CheckLayoutOf(const Form& form) {
     SCOPED_TRACE(form.Name());
     const Layout layout = LayoutOf(form);
     CheckNamesAndKeys(form, layout);
-    const int width = form.Width() ? form.Width() / 15 : layout.width;
-    for (const double scale : {1.0, 1.25, 2.0}) {
+    struct {
+        Size screen;
+        double scale;
+    } const kScreens[] = {{{1280, 720}, 1}, {{1280, 800}, 1.25}, {{1920, 1080}, 2}};
+    for (const auto& [screen, scale] : kScreens) {
         const Size least = LeastSize(layout.root, form, Screen(scale));
-        EXPECT_LE(least.w, width * scale);
-        EXPECT_LE(least.h, layout.height * scale);
+        EXPECT_LE(least.w, screen.w);
+        EXPECT_LE(least.h, screen.h - 64 * scale);
+        EXPECT_LE(layout.height, 720 - 64);
         for (const Size window : {least, Size{least.w * 3 / 2, least.h + 333}})
             CheckPlaces(Place(layout.root, form, Screen(scale), window), window);
     }

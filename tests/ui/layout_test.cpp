@@ -39,7 +39,7 @@ TEST(Layout, AWidthOfTheModelIsKeptAsFarAsTheOthersLeaveRoom) {
     EXPECT_EQ(Rects(form.root, form, {2000, 500}, 2)["left"].w, 8415 / 15 * 2);
 
     form.left.SetWidth(60000);
-    const int least = 10 * kEm + 16 + 8;
+    const int least = 10 * kEm + 16 + 6;
     EXPECT_EQ(Rects(form.root, form, window)["right"].w, least);
     form.left.SetWidth(15);
     EXPECT_EQ(Rects(form.root, form, window)["left"].w, least);
@@ -65,7 +65,7 @@ TEST(Layout, AGridHasCellsOfOneSize) {
                           .children = {Press("a", 0, u""), Press("b", 0, u""), Press("c", 0, u"")},
                           .columns = 2};
     const Size least = LeastSize(root, form, Screen());
-    EXPECT_EQ(least.w, 20 + 6 + 2 * (7 * kEm + 24));
+    EXPECT_EQ(least.w, 20 + 6 + 2 * (7 * kEm + 16));
     const auto rects = Rects(root, form, least);
     EXPECT_EQ(rects.at("a").w, rects.at("b").w);
     EXPECT_EQ(rects.at("c").x, rects.at("a").x);

@@ -62,8 +62,10 @@ void FltkWindow::Open() {
     form_width_ = form_.Width();
     const ScreenMetrics& metrics = screen_.metrics;
     const int width = form_width_ ? metrics.FromTwips(form_width_) : metrics.Pixels(layout_.width);
+    const Size largest = LargestWindow(metrics.scale);
     window_ = std::make_unique<LaidOutWindow>(
-        *this, Size{std::min(width, Fl::w()), std::min(metrics.Pixels(layout_.height), Fl::h())});
+        *this,
+        Size{std::min(width, largest.w), std::min(metrics.Pixels(layout_.height), largest.h)});
     window_->xclass(form_.Name().c_str());
     MakeWidgets(layout_.root);
     window_->resizable(nullptr); // the layout does it
@@ -118,11 +120,28 @@ void FltkWindow::ShowControls() {
     }
     if (!shapes_changed)
         return;
-    const Size least = LeastSize(layout_.root, form_, screen_.metrics);
-    window_->size_range(std::min(least.w, Fl::w()), std::min(least.h, Fl::h()));
-    if (least.w > window_->w() || least.h > window_->h())
-        window_->size(std::max(least.w, window_->w()), std::max(least.h, window_->h()));
+    SetSize({window_->w(), window_->h()});
     Arrange();
+}
+
+// All that is visible, as far as the screen has room for it.
+Size FltkWindow::LeastOnScreen() const {
+    const Size least = LeastSize(layout_.root, form_, screen_.metrics);
+    const Size largest = LargestWindow(screen_.metrics.scale);
+    return {std::min(least.w, largest.w), std::min(least.h, largest.h)};
+}
+
+// Never less than what is visible needs. A window that would reach over the right edge of the
+// screen by becoming wider is moved to the left.
+void FltkWindow::SetSize(Size size) {
+    const Size least = LeastOnScreen();
+    size = {std::max(size.w, least.w), std::max(size.h, least.h)};
+    if (size != Size{window_->w(), window_->h()}) {
+        const int over = window_->x() + size.w - LargestWindow(screen_.metrics.scale).w;
+        const int left = size.w > window_->w() ? std::clamp(over, 0, std::max(window_->x(), 0)) : 0;
+        window_->resize(window_->x() - left, window_->y(), size.w, size.h);
+    }
+    window_->size_range(least.w, least.h); // FLTK has made the size by the program the only one
 }
 
 // FLTK takes the focus from what is disabled. Many a procedure disables all buttons while it runs:
@@ -154,7 +173,8 @@ void FltkWindow::ShowForm() {
     window_->copy_label(ToUtf8(form_.Caption()).c_str());
     if (form_.Width() != form_width_) {
         form_width_ = form_.Width();
-        window_->size(screen_.metrics.FromTwips(form_width_), window_->h());
+        const int width = screen_.metrics.FromTwips(form_width_);
+        SetSize({std::min(width, LargestWindow(screen_.metrics.scale).w), window_->h()});
     }
 }
 

@@ -54,6 +54,8 @@ class FltkWindow : public FormWindow, private FormObserver {
     void ShowControls();
     void Enable(Fl_Widget& widget, bool enabled);
     void ShowForm();
+    Size LeastOnScreen() const;
+    void SetSize(Size size);
     void Arrange();
 
     Form& form_;

@@ -21,6 +21,7 @@ constexpr Fl_Color kEdge = Rgb(0xA9B1BB);
 constexpr Fl_Color kButtonEdge = Rgb(0x76828F);
 constexpr Fl_Color kButton = Rgb(0xD3DCE6);
 constexpr Fl_Color kCarefulButton = Rgb(0xF5CF8E);
+constexpr double kTitleBar = 32; // height of the desktop's title bar, about
 
 int edge_width = 1; // FLTK calls back without an object
 
@@ -131,6 +132,15 @@ ScreenMetrics Metrics(double scale) {
                 fl_font(FL_HELVETICA, FL_NORMAL_SIZE);
                 return int(std::ceil(fl_width(ToUtf8(text).c_str())));
             }};
+}
+
+Size LargestWindow(double scale) {
+    int x = 0;
+    int y = 0;
+    int w = 0;
+    int h = 0;
+    Fl::screen_work_area(x, y, w, h);
+    return {w, h - int(std::lround(kTitleBar * scale))};
 }
 
 Fl_Color ButtonColor(LayoutNode::Look look) {

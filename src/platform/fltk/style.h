@@ -15,6 +15,9 @@ std::string SetUpStyle(double scale);
 // What layouts need to know of the screen.
 ScreenMetrics Metrics(double scale);
 
+// The largest size of a window that is seen whole, its frame of the desktop included.
+Size LargestWindow(double scale);
+
 // What a button is filled with, by its look.
 Fl_Color ButtonColor(LayoutNode::Look look);
 
