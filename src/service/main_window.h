@@ -7,7 +7,10 @@ namespace tarnex {
 // The main window, shown in debug mode only: what each part of the service is doing.
 class MainWindow : public Form {
   public:
-    MainWindow() : Form("TarnexComm", u"TarnexComm") {}
+    MainWindow() : Form("TarnexComm", u"TarnexComm") {
+        for (TextBox* count : {&mText1, &mText2, &mText3, &mText4, &mText5})
+            count->SetValue(u"0");
+    }
 
     Label mLblTarnexStatus{*this, "mLblTarnexStatus"}; // the unit's state in words
     TextBox mTxtStatus{*this, "mTxtStatus"};           // "True" while the unit is ready
