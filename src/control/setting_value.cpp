@@ -65,8 +65,7 @@ bool IsChoice(const Setting& setting, TextView value) {
 }
 
 bool HasControlCharacters(TextView value) {
-    return std::ranges::any_of(value,
-                               [](char16_t c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); });
+    return std::ranges::any_of(value, IsControl);
 }
 
 bool Fits(const Setting& setting, TextView value) {

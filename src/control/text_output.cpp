@@ -42,10 +42,7 @@ std::string Shortened(const std::string& utf8, std::size_t columns) {
 }
 
 std::string Printable(std::string_view utf8) {
-    Text text = FromUtf8(utf8);
-    std::ranges::replace_if(
-        text, [](char16_t c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); }, u'?');
-    return ToUtf8(text);
+    return EscapeControls(utf8);
 }
 
 std::string Paint(const ControlWorld& world, Colour colour, const std::string& text) {
@@ -53,6 +50,12 @@ std::string Paint(const ControlWorld& world, Colour colour, const std::string& t
     if (!world.colours || colour == Colour::kNone || text.empty())
         return text;
     return std::string("\x1b[") + kCodes[static_cast<std::size_t>(colour)] + "m" + text + "\x1b[0m";
+}
+
+void TextTable::Add(std::vector<Cell> row) {
+    for (Cell& cell : row)
+        cell.text = Printable(cell.text); // before anything counts its columns
+    rows_.push_back(std::move(row));
 }
 
 void TextTable::Print(const ControlWorld& world) const {
@@ -73,7 +76,7 @@ void TextTable::Print(const ControlWorld& world) const {
                 continue;
             }
             line.append(missing, ' ');
-            line += Paint(world, row[i].colour, Printable(row[i].text));
+            line += Paint(world, row[i].colour, row[i].text);
             missing = row.size() == 1 ? 0 : widths[i] + 2 - DisplayWidth(row[i].text);
         }
         world.out << line << '\n';

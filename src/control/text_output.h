@@ -14,8 +14,7 @@ std::size_t DisplayWidth(std::string_view utf8);
 // The text, cut to that many columns, the last one "…" where it is cut.
 std::string Shortened(const std::string& utf8, std::size_t columns);
 
-// The text with "?" for control characters, which could drive the terminal: it comes from
-// elsewhere.
+// What comes from elsewhere, with control characters escaped, since they could drive the terminal.
 std::string Printable(std::string_view utf8);
 
 enum class Colour { kNone, kGood, kWarning, kBad, kFaint, kBold };
@@ -33,7 +32,7 @@ struct Cell {
 // Rows of cells, aligned, with two blanks in between. A row of one cell is a line of its own.
 class TextTable {
   public:
-    void Add(std::vector<Cell> row) { rows_.push_back(std::move(row)); }
+    void Add(std::vector<Cell> row);
     void Print(const ControlWorld& world) const;
 
   private:

@@ -26,8 +26,7 @@ constexpr std::size_t kLongestQuote = 80; // characters of others' words in a li
 // The first line of text, without control characters.
 std::string Quote(TextView text) {
     Text line(text.substr(0, text.find_first_of(u"\r\n")).substr(0, kLongestQuote));
-    std::ranges::replace_if(
-        line, [](char16_t c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); }, u' ');
+    std::ranges::replace_if(line, IsControl, u' ');
     return '"' + ToUtf8(Trim(line)) + '"';
 }
 

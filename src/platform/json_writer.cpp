@@ -1,6 +1,22 @@
 #include "platform/json_writer.h"
 
+#include "platform/text.h"
+
 namespace tarnex {
+
+std::string EscapeJsonControls(std::string_view json) {
+    Text escaped;
+    for (const char16_t c : FromUtf8(json)) {
+        if (!IsControl(c) || c == u'\n') {
+            escaped += c;
+            continue;
+        }
+        escaped += u"\\u";
+        for (const int shift : {12, 8, 4, 0})
+            escaped += u"0123456789abcdef"[c >> shift & 0xF];
+    }
+    return ToUtf8(escaped);
+}
 
 void JsonWriter::Begin(std::string_view name, char open, char close) {
     Separate(name);
@@ -57,18 +73,16 @@ void JsonWriter::NewLine() {
 }
 
 void JsonWriter::Quote(std::string_view utf8) {
-    constexpr char kDigits[] = "0123456789abcdef";
-    text_ += '"';
+    std::string text;
     for (const char c : utf8) {
-        const auto byte = static_cast<unsigned char>(c);
         if (c == '"' || c == '\\')
-            (text_ += '\\') += c;
-        else if (byte < 0x20)
-            ((text_ += "\\u00") += kDigits[byte / 16]) += kDigits[byte % 16];
+            (text += '\\') += c;
+        else if (c == '\n')
+            text += "\\n";
         else
-            text_ += c;
+            text += c;
     }
-    text_ += '"';
+    text_ += '"' + EscapeJsonControls(text) + '"';
 }
 
 } // namespace tarnex

@@ -6,6 +6,10 @@
 
 namespace tarnex {
 
+// JSON with every control character (IsControl() of text.h) as its escape "\u009b"; the line ends
+// between values stay.
+std::string EscapeJsonControls(std::string_view json);
+
 // Writes one JSON value, indented, as UTF-8. Names and values come in the order of the calls; every
 // Begin needs its End.
 class JsonWriter {

@@ -17,17 +17,15 @@ bool IsDigit(char16_t c) {
     return c >= u'0' && c <= u'9';
 }
 
-bool IsControl(char16_t c) {
-    return c < 0x20 || (c >= 0x7F && c < 0xA0);
-}
-
 Text Escape(char16_t c) {
     if (c == u'\r')
         return u"\\r";
     if (c == u'\n')
         return u"\\n";
-    constexpr TextView kDigits = u"0123456789ABCDEF";
-    return Text(u"\\x") + kDigits[c / 16u] + kDigits[c % 16u];
+    Text digits;
+    for (unsigned shift = c < 0x100 ? 8 : 16; shift > 0; shift -= 4)
+        digits += u"0123456789ABCDEF"[c >> (shift - 4) & 0xF];
+    return (c < 0x100 ? u"\\x" : u"\\u") + digits;
 }
 
 bool IsHighSurrogate(char16_t c) {
@@ -107,6 +105,11 @@ bool EqualIgnoringCase(TextView a, TextView b) {
     return true;
 }
 
+bool IsControl(char16_t c) {
+    return c < 0x20 || (c >= 0x7F && c < 0xA0) || c == 0x061C || c == 0x200E || c == 0x200F ||
+           (c >= 0x2028 && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+}
+
 Text EscapeControls(TextView text) {
     Text shown;
     for (const char16_t c : text) {
@@ -116,6 +119,10 @@ Text EscapeControls(TextView text) {
             shown += c;
     }
     return shown;
+}
+
+std::string EscapeControls(std::string_view utf8) {
+    return ToUtf8(EscapeControls(FromUtf8(utf8)));
 }
 
 Text ToText(long long number) {

@@ -25,8 +25,14 @@ inline bool Contains(TextView text, TextView part) {
 // ASCII letters compare without case; every other character exactly.
 bool EqualIgnoringCase(TextView a, TextView b);
 
-// Control characters as the escapes "\r", "\n" and "\x1B", so that one line stays one line.
+// What drives a terminal or changes how a line reads, unseen itself: C0, DEL and C1 controls,
+// line and paragraph separators, and the characters that turn the direction of writing.
+bool IsControl(char16_t c);
+// Those characters as the escapes "\r", "\n", "\x1B" and "\u202E", so that one line stays one line
+// and a terminal or a window shows what somebody else wrote as it is.
 Text EscapeControls(TextView text);
+// The same for UTF-8; a byte that is not UTF-8 becomes U+FFFD.
+std::string EscapeControls(std::string_view utf8);
 
 // Decimal digits, "-" in front of a negative number.
 Text ToText(long long number);

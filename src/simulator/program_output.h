@@ -2,16 +2,18 @@
 
 #include "platform/clock.h"
 #include "platform/exit_status.h"
+#include "platform/text.h"
 
 #include <cstdio>
 #include <string>
 
 namespace tarnex {
 
-// One line on standard output, at once, with the seconds since the start.
+// One line on standard output, at once, with the seconds since the start. Control characters are
+// escaped: most of it is what others sent.
 inline void PrintWithTime(const Clock& clock, const std::string& line) {
     const double seconds = std::chrono::duration<double>(clock.Now()).count();
-    std::printf("[%9.3f] %s\n", seconds, line.c_str());
+    std::printf("[%9.3f] %s\n", seconds, EscapeControls(line).c_str());
     std::fflush(stdout);
 }
 

@@ -123,13 +123,14 @@ void Program::PrintMail(const ReceivedMail& mail) {
     std::fflush(stdout);
 }
 
-// UTF-8 without control characters, which could play with a terminal, but with line ends.
+// UTF-8, line by line, other control characters escaped: they could play with a terminal.
 std::string Program::Decoded(std::string_view bytes) const {
-    Text text = code_page_.Decode(bytes);
-    std::erase(text, u'\r');
-    std::ranges::replace_if(
-        text, [](char16_t c) { return (c < 0x20 && c != u'\n') || (c >= 0x7F && c < 0xA0); }, u'?');
-    return ToUtf8(text);
+    const Text text = code_page_.Decode(bytes);
+    TextView rest = text;
+    std::string shown;
+    for (std::size_t end; (end = rest.find(u"\r\n")) != TextView::npos; rest.remove_prefix(end + 2))
+        shown += ToUtf8(EscapeControls(rest.substr(0, end))) + '\n';
+    return shown + ToUtf8(EscapeControls(rest));
 }
 
 int UsageError(const std::string& trouble) {

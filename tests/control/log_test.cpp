@@ -91,7 +91,7 @@ TEST_F(LogCommands, TailShowsTheLastRowsAndThenNewOnes) {
     EXPECT_EQ(out.str(),
               "4       2024-05-06  08:00:40  Out  1Nex   SMS       消息4\n"
               "5       2024-05-06  08:00:40  Out  1Nex   SMS       消息5\n"
-              "6       2024-05-06  08:00:40  Out  1Nex   SMS       new?[31m\n"
+              "6       2024-05-06  08:00:40  Out  1Nex   SMS       new\\x1B[31m\n"
               "1       2024-05-06  08:00:40  Out  1Nex   SMS       after the rotation\n");
 
     EXPECT_EQ(Run({"log", "tail", "--lines", "0", "--once"}), 0);

@@ -8,7 +8,7 @@ namespace {
 TEST(JsonWriter, WritesEveryKindOfValue) {
     JsonWriter json;
     json.BeginObject();
-    json.String("text", "a \"b\" \\ \n\x1f\x7f 短信");
+    json.String("text", "a \"b\" \\ \n\x1f\x7f\u202e 短信");
     json.Number("number", -12);
     json.BeginArray("list");
     json.Bool("", true);
@@ -20,7 +20,7 @@ TEST(JsonWriter, WritesEveryKindOfValue) {
     json.End();
     json.End();
     EXPECT_EQ(json.Written(), "{\n"
-                              "  \"text\": \"a \\\"b\\\" \\\\ \\u000a\\u001f\x7f 短信\",\n"
+                              "  \"text\": \"a \\\"b\\\" \\\\ \\n\\u001f\\u007f\\u202e 短信\",\n"
                               "  \"number\": -12,\n"
                               "  \"list\": [\n"
                               "    true,\n"

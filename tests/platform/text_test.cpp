@@ -27,6 +27,8 @@ TEST(Text, TrimTakesBlanksOnly) {
 TEST(Text, ControlCharactersAreEscaped) {
     EXPECT_EQ(EscapeControls(u"~TX:RDNO1\r\n"), u"~TX:RDNO1\\r\\n");
     EXPECT_EQ(EscapeControls(u"电\x1b\x7f\x9f\u00a0"), u"电\\x1B\\x7F\\x9F\u00a0");
+    EXPECT_EQ(EscapeControls("\u200d\u200e\u2028\u202e\u2069\u061c\xFF"),
+              "\u200d\\u200E\\u2028\\u202E\\u2069\\u061C\uFFFD");
 }
 
 TEST(Text, Utf8BothWays) {
