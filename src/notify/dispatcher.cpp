@@ -4,6 +4,8 @@
 #include "notify/sms_pieces.h"
 #include "platform/calendar_text.h"
 
+#include <algorithm>
+
 namespace tarnex {
 
 Text NotifyChannels(const Settings& settings) {
@@ -44,8 +46,13 @@ bool Dispatcher::SMSTimeAllowed() const {
     return !InQuietTime(parts_.settings, parts_.clock.Calendar());
 }
 
+// A line break is a blank here: a line of the mail must not be of the sender's making, since one
+// with a single dot ends the content, and what follows it would be commands to the mail server.
 void Dispatcher::QueueMail(const Text& text) {
-    parts_.mail.dSetEmailFifo(DateText(parts_.clock.Calendar()) + u" " + text);
+    Text line = DateText(parts_.clock.Calendar()) + u" " + text;
+    std::ranges::replace_if(
+        line, [](char16_t c) { return c == u'\r' || c == u'\n'; }, u' ');
+    parts_.mail.dSetEmailFifo(line);
     parts_.lists.mList1Additem(u"Email:" + text);
 }
 

@@ -101,13 +101,13 @@ constexpr TextView kShort = u"设备1的web服务正常。";
 
 TEST_F(DispatcherTest, AnEventGoesToEveryPlaceThatWantsIt) {
     window.lists.DebugOn = true;
-    dispatcher.DispatchEvent(u"1302011srv{[b^k^]}Mon");
-    const Text text = u"设备1\"Mon\"的web服务正常(srv)。";
+    dispatcher.DispatchEvent(u"1302011srv{[b^k^]}Mon\r.\nQUIT");
+    const Text text = u"设备1\"Mon\r.\nQUIT\"的web服务正常(srv)。";
     EXPECT_EQ(QueuedSMS(), (Entries{u"1" + text, u"2" + text}));
-    EXPECT_EQ(mail.texts, (Entries{u"2024-05-06 " + text}));
+    EXPECT_EQ(mail.texts, (Entries{u"2024-05-06 设备1\"Mon . QUIT\"的web服务正常(srv)。"}));
     ASSERT_EQ(table.Rows.size(), 1u);
     const Entries lines{u"",
-                        u"解码:1302011srv{[b^k^]}Mon",
+                        u"解码:1302011srv{[b^k^]}Mon\r.\nQUIT",
                         u"MachineNo:1",
                         u"ServiceNo:30web服务",
                         u"StatusNo:2正常",
@@ -115,7 +115,7 @@ TEST_F(DispatcherTest, AnEventGoesToEveryPlaceThatWantsIt) {
                         u"SMSableNo:1",
                         u"EmailableNo:1",
                         u"MachineName:srv",
-                        u"Memo:Mon",
+                        u"Memo:Mon\r.\nQUIT",
                         u"Email:" + text,
                         u"Log:" + text,
                         u"SMS1:" + text,
