@@ -131,6 +131,8 @@ OpenedPort SimulatedSerialPorts::Open(int number, const LineSettings& settings,
 }
 
 std::string SimulatedSerialPorts::DeviceName(int number) const {
+    if (number < 1 || number > int(slots_->size()))
+        return "";
     return At(number).status == PortStatus::kAbsent ? "" : "COM" + std::to_string(number);
 }
 

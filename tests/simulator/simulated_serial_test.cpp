@@ -42,7 +42,10 @@ TEST_F(SimulatedSerial, OpensOnlyWhatIsThereAndFree) {
     EXPECT_EQ(ports.Open(3, {}, {}).status, PortStatus::kBusy);
     EXPECT_EQ(ports.Open(4, {}, {}).status, PortStatus::kForbidden);
     EXPECT_EQ(ports.Open(5, {}, {}).status, PortStatus::kOk);
-    EXPECT_EQ(ports.Open(21, {}, {}).status, PortStatus::kAbsent);
+    for (const int number : {-1, 0, 21}) {
+        EXPECT_EQ(ports.Open(number, {}, {}).status, PortStatus::kAbsent);
+        EXPECT_EQ(ports.DeviceName(number), "");
+    }
 }
 
 TEST_F(SimulatedSerial, BytesPassBothWaysAndTheirEventComesFromTheLoop) {
