@@ -87,22 +87,21 @@ TEST_F(PtyLineTest, DropsTheHoldOfAProgramThatDiedAndNoOther) {
     EXPECT_TRUE(RunUntil(loop, [&] { return !held(); }));
 }
 
-TEST_F(PtyLineTest, TheLinkLeadsToTheLatestTargetAndGoesWithItsOwner) {
+TEST_F(PtyLineTest, OnlyALinkOfItsOwnOrALeftOverIsTakenAndRemoved) {
     const std::string path = folder / "unit";
+    fs::create_symlink("/dev/pts/gone", path);
     {
         StableLink link(path);
-        EXPECT_EQ(link.Point("/dev/one"), "");
-        EXPECT_EQ(link.Point("/dev/two"), "");
-        EXPECT_EQ(fs::read_symlink(path), "/dev/two");
+        EXPECT_EQ(link.Point("/dev/pts/one"), "");
+        EXPECT_EQ(link.Point("/dev/pts/two"), "");
+        EXPECT_EQ(fs::read_symlink(path), "/dev/pts/two");
     }
     EXPECT_TRUE(fs::is_empty(folder.Path()));
-    {
-        StableLink link(path);
-        link.Point("/dev/one");
-        StableLink successor(path);
-        successor.Point("/dev/two");
-        link.Remove(); // it is the successor's by now
-        EXPECT_EQ(fs::read_symlink(path), "/dev/two");
+    for (const char* target : {"/dev/null", "/elsewhere/gone"}) { // in use, of another kind
+        fs::create_symlink(target, path);
+        EXPECT_NE(StableLink(path).Point("/dev/one"), "");
+        EXPECT_EQ(fs::read_symlink(path), target);
+        fs::remove(path);
     }
     WriteFile(path, "somebody's file");
     EXPECT_NE(StableLink(path).Point("/dev/one"), "");

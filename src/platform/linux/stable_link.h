@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 
 namespace tarnex {
@@ -13,13 +14,15 @@ class StableLink {
     ~StableLink() { Remove(); }
 
     const std::string& Path() const { return path_; }
-    // Makes the link lead to target in one step, whatever it led to before. "", or what stands in
-    // the way: only a link is replaced.
+    // Makes the link lead to target in one step. "", or what stands in the way: only a link of this
+    // object, or one that leads to something of target's folder that is gone, is replaced.
     std::string Point(const std::string& target);
     // Removes the link unless it has been made to lead elsewhere since.
     void Remove();
 
   private:
+    bool LeftOver(const std::filesystem::path& present, const std::filesystem::path& target) const;
+
     const std::string path_;
     std::string target_; // "": no link made
 };
