@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace tarnex {
 
@@ -92,7 +93,7 @@ void CheckBox::SetChecked(bool checked) {
 
 void ListBox::Add(Text line) {
     if (lines_.size() >= most_)
-        lines_.erase(lines_.begin(), lines_.end() - std::ptrdiff_t(most_ / 2));
+        Drop(lines_.size() - most_ / 2);
     lines_.push_back(std::move(line));
     selected_ = int(lines_.size()) - 1;
     Changed();
@@ -104,8 +105,24 @@ void ListBox::Select(int index) {
 }
 
 void ListBox::Clear() {
-    lines_.clear();
+    Drop(lines_.size());
     selected_ = -1;
+    Changed();
+}
+
+void ListBox::Drop(std::size_t lines) {
+    lines_.erase(lines_.begin(), lines_.begin() + std::ptrdiff_t(lines));
+    first_ += lines;
+}
+
+void ListBox::Follow(std::uint64_t first, std::uint64_t from, std::vector<Text> lines) {
+    const std::size_t gone =
+        std::min<std::uint64_t>(std::max(first, first_) - first_, lines_.size());
+    Drop(gone);
+    selected_ = std::max(selected_ - int(gone), -1);
+    if (lines_.empty())
+        first_ = from;
+    lines_.insert(lines_.end(), std::move_iterator(lines.begin()), std::move_iterator(lines.end()));
     Changed();
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/text.h"
 
+#include <cstdint>
 #include <functional>
 #include <limits>
 #include <string>
@@ -121,9 +122,18 @@ class ListBox : public Control {
     // Drops old lines when one is added from now on: at most that many stay, at least half of
     // them. A list keeps every line at first.
     void KeepAtMost(std::size_t lines) { most_ = lines; }
+    // How many lines have been here that are gone: the number of the first line, when all lines
+    // that ever came are counted from 0.
+    std::uint64_t FirstNumber() const { return first_; }
+    // Makes this list one of the numbers from first up: drops what is in front of it and adds
+    // lines, the first of which has the number from.
+    void Follow(std::uint64_t first, std::uint64_t from, std::vector<Text> lines);
 
   private:
+    void Drop(std::size_t lines);
+
     std::vector<Text> lines_;
+    std::uint64_t first_ = 0;
     int selected_ = -1;
     std::size_t most_ = kEveryLine;
 };

@@ -1,0 +1,219 @@
+#include "ui/form_copies.h"
+#include "ui/form_feed.h"
+
+#include <gtest/gtest.h>
+
+namespace tarnex {
+namespace {
+
+struct SomeForm : Form {
+    SomeForm() : Form("some", u"表") {}
+    Label label{*this, "label"};
+    Button button{*this, "button", u"写"};
+    TextBox box{*this, "box"};
+    CheckBox check{*this, "check", u"发送", false};
+    ListBox list{*this, "list"};
+};
+
+struct NoDialog : FileDialog {
+    void Show(const Text&, std::function<void(const std::string&)> chosen) override {
+        answer = std::move(chosen);
+    }
+    void Withdraw() override { answer = nullptr; }
+    std::function<void(const std::string&)> answer;
+};
+
+// A form, its copy, and what is on the way between them.
+class FormCopy : public testing::Test {
+  protected:
+    class Window : public CopyWindow {
+      public:
+        Window(FormCopy& test, Form& copy) : test_(test) { test_.copy = &copy; }
+        ~Window() override { test_.copy = nullptr; }
+        void ControlChanged(Control&) override {}
+        void FormChanged() override {}
+        void Refresh() override {}
+
+      private:
+        FormCopy& test_;
+    };
+
+    FormCopy() {
+        feed.Watch(form);
+        form.button.OnClick([this] { ++clicks; });
+        form.OnClose([this] { form.SetVisible(false); });
+        form.SetVisible(true);
+    }
+    ~FormCopy() override { feed.Unwatch(form); }
+
+    // Tells the copies; the number of packets.
+    int Tell() {
+        int packets = 0;
+        for (; feed.Pending(); ++packets) {
+            const std::string packet = feed.NextPacket();
+            EXPECT_LE(packet.size(), kLongestPacket);
+            copies.Apply(packet);
+        }
+        return packets;
+    }
+    // What the operator has done arrives.
+    void Arrive() {
+        for (const std::string& packet : std::exchange(sent, {}))
+            feed.Take(packet);
+    }
+    template <class Kind>
+    Kind& Copy(const char* name) {
+        return dynamic_cast<Kind&>(*copy->Find(name));
+    }
+
+    SomeForm form;
+    int clicks = 0;
+    FormFeed feed{{.shown = [] {}, .hidden = [] {}, .changed = [] {}}};
+    Form* copy = nullptr;
+    std::vector<std::string> sent;
+    NoDialog dialog;
+    FormCopies copies{[this](Form& made) { return std::make_unique<Window>(*this, made); }, dialog,
+                      [this](const std::string& packet) { sent.push_back(packet); }};
+};
+
+TEST_F(FormCopy, HoldsWhatTheFormHolds) {
+    form.box.SetValue(u"旧");
+    Tell();
+    form.SetCaption(u"新表");
+    form.SetWidth(9915);
+    form.label.SetCaption(u"就绪");
+    form.button.SetEnabled(false);
+    form.box.SetVisible(false);
+    form.box.SetWidth(150);
+    form.box.SetValue(u"\xD800"); // half a character
+    form.check.SetChecked(true);
+    Tell();
+    EXPECT_EQ(copy->Name(), "some");
+    EXPECT_EQ(copy->Caption(), u"新表");
+    EXPECT_EQ(copy->Width(), 9915);
+    EXPECT_EQ(Copy<Label>("label").Caption(), u"就绪");
+    EXPECT_FALSE(Copy<Button>("button").Enabled());
+    EXPECT_FALSE(Copy<TextBox>("box").Visible());
+    EXPECT_EQ(Copy<TextBox>("box").Width(), 150);
+    EXPECT_EQ(Copy<TextBox>("box").Value(), u"\xD800");
+    EXPECT_TRUE(Copy<CheckBox>("check").Checked());
+    form.SetVisible(false);
+    Tell();
+    EXPECT_EQ(copy, nullptr);
+    feed.Forget(); // by a view that has died
+    form.SetVisible(true);
+    Tell();
+    EXPECT_EQ(Copy<TextBox>("box").Value(), u"\xD800");
+}
+
+TEST_F(FormCopy, WhatTheLogicHasSetSinceWins) {
+    Tell();
+    auto& box = Copy<TextBox>("box");
+    box.SetValue(u"a");
+    Arrive();
+    EXPECT_EQ(form.box.Value(), u"a");
+    box.SetValue(u"ab");
+    form.box.SetEnabled(true);
+    form.box.SetWidth(99); // no reason to take back what is being typed
+    Tell();
+    EXPECT_EQ(box.Value(), u"ab");
+    Arrive();
+    EXPECT_EQ(form.box.Value(), u"ab");
+    EXPECT_EQ(Tell(), 0); // no echo
+
+    box.SetValue(u"abc");
+    form.box.SetValue(u"读出");
+    Arrive();
+    Tell();
+    EXPECT_EQ(form.box.Value(), u"读出");
+    EXPECT_EQ(box.Value(), u"读出");
+
+    auto& check = Copy<CheckBox>("check");
+    check.SetChecked(true);
+    Arrive();
+    EXPECT_TRUE(form.check.Checked());
+    form.check.SetEnabled(false);
+    check.SetChecked(false);
+    Arrive();
+    Tell();
+    EXPECT_TRUE(check.Checked());
+}
+
+TEST_F(FormCopy, AClickCountsForWhatTheOperatorHasSeen) {
+    Tell();
+    auto& button = Copy<Button>("button");
+    button.Click();
+    Arrive();
+    EXPECT_EQ(clicks, 1);
+    button.Click();
+    form.button.SetCaption(u"擦除");
+    Arrive();
+    EXPECT_EQ(clicks, 1);
+    Tell();
+    button.Click();
+    Arrive();
+    EXPECT_EQ(clicks, 2);
+
+    button.Click();
+    copy->Close();
+    form.SetVisible(false);
+    form.SetVisible(true); // another window
+    Arrive();
+    EXPECT_EQ(clicks, 2);
+    EXPECT_TRUE(form.Visible());
+}
+
+TEST_F(FormCopy, ListsAreFollowedInParts) {
+    for (int i = 0; i < 10'000; ++i)
+        form.list.Add(u"第" + ToText(i));
+    form.list.Select(5000);
+    EXPECT_GT(Tell(), 1);
+    auto& list = Copy<ListBox>("list");
+    EXPECT_EQ(list.Lines(), form.list.Lines());
+    EXPECT_EQ(list.Selected(), 5000);
+
+    form.list.KeepAtMost(1000);
+    list.Select(9999); // crosses the next line
+    form.list.Add(u"last");
+    Arrive();
+    Tell();
+    EXPECT_EQ(list.Lines(), form.list.Lines());
+    EXPECT_EQ(list.Selected(), form.list.Selected());
+    list.Select(7);
+    Arrive();
+    EXPECT_EQ(form.list.Selected(), 7);
+    EXPECT_EQ(Tell(), 0);
+
+    form.list.Clear();
+    Tell();
+    EXPECT_TRUE(list.Lines().empty());
+    // Nobody takes packets for a while: what is gone by then is never told.
+    for (int i = 0; i < 100'000; ++i)
+        form.list.Add(Text(100, u'x'));
+    EXPECT_LE(Tell(), 5);
+    EXPECT_EQ(list.Lines(), form.list.Lines());
+    form.list.Add(Text(70'000, u'长'));
+    Tell();
+    EXPECT_EQ(list.Lines().back().size(), 65'536u);
+}
+
+TEST_F(FormCopy, AFileIsAskedForOnce) {
+    std::string chosen;
+    feed.Show(u"*.hex", [&](const std::string& path) { chosen = path; });
+    Tell();
+    feed.Withdraw();
+    const auto late = dialog.answer;
+    Tell();
+    EXPECT_FALSE(dialog.answer);
+    late("/late");
+    Arrive();
+    EXPECT_EQ(chosen, "");
+    feed.Show(u"*.hex", [&](const std::string& path) { chosen = path; });
+    Tell();
+    dialog.answer("/\xFF.hex");
+    Arrive();
+    EXPECT_EQ(chosen, "/\xFF.hex");
+}
+
+} // namespace
+} // namespace tarnex
