@@ -3,9 +3,9 @@
 #include "machine.h"
 #include "platform/asio/asio_datagram.h"
 #include "platform/asio/asio_tcp_client.h"
+#include "platform/linux/remote_view.h"
 #include "platform/linux/status_file.h"
 #include "platform/linux/systemd_controller.h"
-#include "platform/linux/view_loader.h"
 #include "platform/sqlite/sqlite_log_table.h"
 #include "programs.h"
 #include "service/echo_line.h"
@@ -41,9 +41,10 @@ int RunServiceProgram(int argc, char** argv) {
     SystemdController controller(loop, loop);
     StatusFile status(StatusFilePath());
     const auto say = [&machine](const std::string& line) { machine.Say(line); };
-    ViewLoader view({.clock = loop, .descriptors = loop, .notice = say, .lost = [&say] {
-                         say("the display is gone, and the windows with it. Going on without");
-                     }});
+    const auto say_lost = [&say](const std::string& why) {
+        say(why + ", and the windows with it. Going on without");
+    };
+    RemoteView view({.clock = loop, .descriptors = loop, .notice = say, .lost = say_lost});
     TarnexComm service({.clock = loop,
                         .serial_ports = machine.ports,
                         .sockets = sockets,

@@ -2,7 +2,7 @@
 
 #include "machine.h"
 #include "platform/exit_status.h"
-#include "platform/linux/view_loader.h"
+#include "platform/linux/remote_view.h"
 
 #include <csignal>
 
@@ -13,17 +13,13 @@ int RunToolWindow(const char* program, const std::string& advice, const MakeTool
     AsioLoop& loop = machine.loop;
     const auto say = [&machine](const std::string& line) { machine.Say(line); };
     ToolForm* shown = nullptr;
-    std::string trouble;
-    const std::unique_ptr<ScreenView> view = LoadView({.clock = loop,
-                                                       .descriptors = loop,
-                                                       .notice = say,
-                                                       .lost =
-                                                           [&] {
-                                                               say("the display is gone");
-                                                               shown->Abandon();
-                                                           }},
-                                                      trouble);
-    if (!view) {
+    const auto lost = [&say, &shown](const std::string& why) {
+        say(why);
+        if (shown)
+            shown->Abandon();
+    };
+    RemoteView view({.clock = loop, .descriptors = loop, .notice = say, .lost = lost});
+    if (const std::string trouble = view.Open(); !trouble.empty()) {
         say("no window can be shown: " + trouble + advice);
         return kExitUnavailable;
     }
@@ -35,12 +31,12 @@ int RunToolWindow(const char* program, const std::string& advice, const MakeTool
                                                  .instance_lock = machine.lock,
                                                  .notice = say,
                                                  .end_process = [&loop] { loop.Stop(); }},
-                                                *view);
+                                                view);
     shown = tool.get();
     for (const int signal : {SIGINT, SIGTERM})
         loop.OnSignal(signal, [&tool] { tool->Form_Unload(); });
     loop.OnSignal(SIGHUP, [&tool] { tool->Abandon(); });
-    const std::unique_ptr<FormWindow> window = view->Attach(*tool);
+    const std::unique_ptr<FormWindow> window = view.Attach(*tool);
     tool->Form_Load();
     loop.Run();
     return kExitDone;

@@ -11,17 +11,18 @@ class Form;
 class FormWindow {
   public:
     virtual ~FormWindow() = default;
-    // The form's window stands on a screen now.
+    // The form's window stands on a screen now, or is about to.
     virtual bool Shown() const = 0;
 };
 
-// Shows form models on a screen and sends back clicks and edits. Holds no logic.
+// Shows form models on a screen and sends back clicks and edits. Holds no logic, and no call of it
+// waits for the screen.
 class View {
   public:
     virtual ~View() = default;
     // From now on the form's window is there whenever the form is visible and a screen can be had;
-    // once Form::SetVisible has returned, Shown() says whether it is. One window a form. Form and
-    // view must outlive the result.
+    // once Form::SetVisible has returned, Shown() is false where none can. One window a form. Form
+    // and view must outlive the result.
     [[nodiscard]] virtual std::unique_ptr<FormWindow> Attach(Form& form) = 0;
 };
 

@@ -147,6 +147,11 @@ class Program:
     def runs(self):
         return self._process.poll() is None
 
+    def children(self):
+        """The numbers of the processes that it has started and that run."""
+        with open(f"/proc/{self.pid}/task/{self.pid}/children") as numbers:
+            return [int(number) for number in numbers.read().split()]
+
     def cpu_seconds(self):
         with open(f"/proc/{self.pid}/stat") as stat:
             fields = stat.read().rsplit(")", 1)[1].split()

@@ -23,13 +23,7 @@ class Screen:
         os.close(write)
         with open(read) as number:
             self.name = ":" + number.readline().strip()
-        # What the toolkit's libraries keep until the process ends is not for us to judge.
-        leaks = os.path.join(os.path.dirname(__file__), "library_leaks.txt")
-        self.environment = {
-            "DISPLAY": self.name,
-            "LC_ALL": "C.UTF-8",
-            "LSAN_OPTIONS": f"suppressions={leaks}:print_suppressions=0",
-        }
+        self.environment = {"DISPLAY": self.name, "LC_ALL": "C.UTF-8"}
         resources = f"Xft.dpi: {dpi}"
         self.run("xprop", "-root", "-f", "RESOURCE_MANAGER", "8s", "-set", "RESOURCE_MANAGER", resources)
 

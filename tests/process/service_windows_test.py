@@ -3,7 +3,9 @@
 With TARNEX_PICTURES naming a folder it keeps pictures of them there.
 """
 
+import os
 import re
+import signal
 import unittest
 
 import harness
@@ -117,14 +119,21 @@ class ServiceWindowsTest(unittest.TestCase):
             monitor.greet()
         self.assertEqual(service.stop(), 0)
 
-    def test_service_outlives_its_display(self):
+    def test_service_goes_on_whatever_its_display_does(self):
         service, unit, monitor = self.start()
-        self.main_window()
+        window = self.main_window()
         monitor.wait_for(READY)
-        self.screen.server.stop()
-        service.wait_for("the display is gone, and the windows with it. Going on without")
-        service.wait_for("List2: Get :TX:TXCSQ(20,0)")  # where the lists have gone
-        monitor.wait_for(b"tx-States")
+        self.screen.server.send_signal(signal.SIGSTOP)
+        # Lines fill all that stands between the service and the display, until nobody sees them any more.
+        wait_until(lambda: monitor.send("txHeartSv") or service.said("List"), "lines for the journal")
+        monitor.send(ALARM)
+        unit.wait_for("SENDSMS1")
+        self.screen.server.send_signal(signal.SIGCONT)
+        window.wait_for_line(SMS_SENT, "发送成功")
+        (view,) = service.children()
+        os.kill(view, signal.SIGKILL)
+        service.wait_for("the program of the windows has ended by signal 9, and the windows with it. Going on without")
+        service.wait_for("List2: Get :TX:TXCSQ(20,0)")
         self.assertEqual(service.stop(), 0)
 
 

@@ -84,20 +84,14 @@ void FltkFileDialog::Show(const Text& filter, std::function<void(const std::stri
     Fl_Window& window = *chooser_->newButton->window();
     if (Fl_File_Input* const input = FindInput(window))
         LetPathsBegin(*input);
-    Enlarge(window, screen_.Scale());
-    window.Fl_Widget::resize(window.x(), window.y(), int(window.w() * screen_.Scale()),
-                             int(window.h() * screen_.Scale()));
+    Enlarge(window, scale_);
+    window.Fl_Widget::resize(window.x(), window.y(), int(window.w() * scale_),
+                             int(window.h() * scale_));
     chooser_->show();
 }
 
-void FltkFileDialog::Withdraw() {
-    if (screen_.Lost())
-        (void)chooser_.release(); // destroying it would talk to the X server
-    chooser_.reset();
-}
-
 void FltkFileDialog::TakeAnswer() {
-    if (!chooser_ || screen_.Lost() || chooser_->shown())
+    if (!chooser_ || chooser_->shown())
         return;
     const char* const path = chooser_->value();
     const std::string answer = path ? path : "";

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "platform/fltk/screen.h"
 #include "ui/file_dialog.h"
 
 #include <memory>
@@ -12,16 +11,15 @@ namespace tarnex {
 // FLTK's file dialog, shown without a loop of its own.
 class FltkFileDialog : public FileDialog {
   public:
-    // The screen must outlive the dialog.
-    explicit FltkFileDialog(const Screen& screen) : screen_(screen) {}
-    ~FltkFileDialog() override { Withdraw(); }
+    // scale: of the screen, 1 at 96 dpi.
+    explicit FltkFileDialog(double scale) : scale_(scale) {}
     void Show(const Text& filter, std::function<void(const std::string& path)> chosen) override;
-    void Withdraw() override;
+    void Withdraw() override { chooser_.reset(); }
     // Hands over what the operator has chosen, if that is so. Not from within an FLTK callback.
     void TakeAnswer();
 
   private:
-    const Screen& screen_;
+    double scale_;
     std::unique_ptr<Fl_File_Chooser> chooser_; // while the dialog is open
     std::function<void(const std::string& path)> chosen_;
 };

@@ -1,88 +1,58 @@
 #include "platform/fltk/fltk_view.h"
 
+#include "platform/fltk/fltk_window.h"
 #include "platform/fltk/style.h"
 
-#include <algorithm>
+#include <cstdlib>
 
 #include <FL/Fl.H>
+#include <sys/socket.h>
 
 namespace tarnex {
 
 namespace {
 
-constexpr Duration kTick = 250ms;
-// While a mouse button is held down, so that arrows of scroll bars repeat.
-constexpr Duration kHeldTick = 50ms;
-// What changes within that time is drawn at once.
-constexpr Duration kFrame = 30ms;
+constexpr double kForever = 1e20; // seconds
 
 } // namespace
 
-class FltkView::Attached : public FltkWindow {
-  public:
-    Attached(FltkView& view, Form& form) : FltkWindow(form, view.window_screen_), view_(view) {
-        view_.windows_.push_back(this);
+FltkView::FltkView(int socket, double scale)
+    : socket_(socket), metrics_(Metrics(scale)), file_dialog_(scale),
+      copies_([this](Form& copy) { return std::make_unique<FltkWindow>(copy, metrics_); },
+              file_dialog_, [socket](const std::string& packet) { Send(socket, packet); }) {
+    Fl::add_fd(
+        socket_, FL_READ, [](FL_SOCKET, void* self) { static_cast<FltkView*>(self)->Receive(); },
+        this);
+}
+
+void FltkView::Send(int socket, const std::string& packet) {
+    (void)!send(socket, packet.data(), packet.size(), MSG_NOSIGNAL);
+}
+
+// Perhaps in a loop that a menu or a message of the file dialog runs: what has arrived waits until
+// its windows are not in use.
+void FltkView::Receive() {
+    const ssize_t size = recv(socket_, nullptr, 0, MSG_PEEK | MSG_TRUNC | MSG_DONTWAIT);
+    if (size == 0)
+        std::_Exit(EXIT_SUCCESS); // nothing here is worth keeping
+    if (size < 0)
+        return;
+    std::string packet(std::size_t(size), '\0');
+    recv(socket_, packet.data(), packet.size(), MSG_DONTWAIT);
+    arrived_.push_back(std::move(packet));
+}
+
+void FltkView::Run() {
+    Send(socket_, WireWriter(ViewRecord::kReady).Bytes());
+    while (true) {
+        Fl::wait(kForever);
+        file_dialog_.TakeAnswer();
+        for (; !arrived_.empty(); arrived_.pop_front()) {
+            copies_.Apply(arrived_.front());
+            Fl::flush();
+            Send(socket_, WireWriter(ViewRecord::kSeen).Bytes());
+        }
     }
-    ~Attached() override { std::erase(view_.windows_, this); }
-
-  private:
-    FltkView& view_;
-};
-
-FltkView::FltkView(ViewHost host, std::unique_ptr<Screen> screen)
-    : host_(std::move(host)),
-      screen_(std::move(screen)), window_screen_{.metrics = Metrics(screen_->Scale()),
-                                                 .lost = [this] { return screen_->Lost(); },
-                                                 .need_refresh = [this] { RefreshSoon(); }},
-      file_dialog_(*screen_),
-      watch_(host_.descriptors.WatchReadable(screen_->Descriptor(), [this] { CheckScreen(); })) {}
-
-FltkView::~FltkView() {
-    host_.clock.Cancel(tick_);
-    host_.clock.Cancel(refresh_);
-}
-
-std::unique_ptr<FormWindow> FltkView::Attach(Form& form) {
-    return std::make_unique<Attached>(*this, form);
-}
-
-bool FltkView::AnyShown() const {
-    return std::ranges::any_of(windows_, [](const FltkWindow* window) { return window->Shown(); });
-}
-
-void FltkView::CheckScreen() {
-    screen_->Check();
-    if (screen_->Lost() && watch_) {
-        watch_.reset();
-        host_.lost();
-    }
-    file_dialog_.TakeAnswer();
-}
-
-void FltkView::Tick() {
-    ticking_ = AnyShown();
-    if (!ticking_)
-        return;
-    CheckScreen();
-    tick_ = host_.clock.CallAfter(Fl::pushed() ? kHeldTick : kTick, [this] { Tick(); });
-}
-
-void FltkView::RefreshSoon() {
-    if (refresh_pending_)
-        return;
-    refresh_pending_ = true;
-    refresh_ = host_.clock.CallAfter(kFrame, [this] { Refresh(); });
-}
-
-void FltkView::Refresh() {
-    refresh_pending_ = false;
-    if (screen_->Lost())
-        return;
-    for (FltkWindow* window : windows_)
-        window->Refresh();
-    CheckScreen();
-    if (!ticking_)
-        Tick();
 }
 
 } // namespace tarnex

@@ -1,42 +1,34 @@
 #pragma once
 
 #include "platform/fltk/fltk_file_dialog.h"
-#include "platform/fltk/fltk_window.h"
-#include "platform/fltk/screen.h"
-#include "platform/view_module.h"
+#include "ui/form_copies.h"
+#include "ui/layout.h"
 
-#include <vector>
+#include <deque>
 
 namespace tarnex {
 
-// Shows forms with FLTK, driven by the program's own loop: what arrives from the X server wakes
-// it, and while windows are shown a tick gives FLTK its time-outs.
-class FltkView : public ScreenView {
+// Shows copies of the forms of the program at the other end of a socket, in FLTK's own loop.
+class FltkView {
   public:
-    FltkView(ViewHost host, std::unique_ptr<Screen> screen);
-    ~FltkView() override;
-    std::unique_ptr<FormWindow> Attach(Form& form) override;
-    FileDialog& Files() override { return file_dialog_; }
+    // The screen is open. socket: of whole packets; it stays the caller's.
+    FltkView(int socket, double scale);
+    FltkView(const FltkView&) = delete;
+    FltkView& operator=(const FltkView&) = delete;
+
+    // Sends one packet. What the other end does not want to know any more is lost.
+    static void Send(int socket, const std::string& packet);
+    // Shows windows until the other end is gone.
+    void Run();
 
   private:
-    class Attached;
+    void Receive();
 
-    void CheckScreen();
-    void Tick();
-    void RefreshSoon();
-    void Refresh();
-    bool AnyShown() const;
-
-    ViewHost host_;
-    std::unique_ptr<Screen> screen_;
-    WindowScreen window_screen_;
+    const int socket_;
+    const ScreenMetrics metrics_;
     FltkFileDialog file_dialog_;
-    std::vector<FltkWindow*> windows_; // as long as they are attached
-    std::unique_ptr<DescriptorSource::Watch> watch_;
-    CallId tick_;
-    bool ticking_ = false;
-    CallId refresh_;
-    bool refresh_pending_ = false;
+    FormCopies copies_;
+    std::deque<std::string> arrived_;
 };
 
 } // namespace tarnex

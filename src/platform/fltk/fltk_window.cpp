@@ -29,38 +29,8 @@ class FltkWindow::LaidOutWindow : public Fl_Double_Window {
     FltkWindow& owner_;
 };
 
-FltkWindow::FltkWindow(Form& form, const WindowScreen& screen)
-    : form_(form), screen_(screen), layout_(LayoutOf(form)) {
-    form_.Observe(this);
-    FormChanged();
-}
-
-FltkWindow::~FltkWindow() {
-    form_.Observe(nullptr);
-    if (screen_.lost())
-        (void)window_.release(); // destroying it would talk to the X server
-}
-
-void FltkWindow::ControlChanged(Control& control) {
-    if (!Shown())
-        return;
-    if (const auto leaf = leaf_of_.find(&control); leaf != leaf_of_.end())
-        leaf->second->changed = true;
-    screen_.need_refresh();
-}
-
-void FltkWindow::FormChanged() {
-    if (screen_.lost())
-        return;
-    if (form_.Visible() && !window_)
-        Open();
-    form_changed_ = true;
-    screen_.need_refresh();
-}
-
-void FltkWindow::Open() {
-    form_width_ = form_.Width();
-    const ScreenMetrics& metrics = screen_.metrics;
+FltkWindow::FltkWindow(Form& form, const ScreenMetrics& metrics)
+    : form_(form), metrics_(metrics), layout_(LayoutOf(form)), form_width_(form.Width()) {
     const int width = form_width_ ? metrics.FromTwips(form_width_) : metrics.Pixels(layout_.width);
     const Size largest = LargestWindow(metrics.scale);
     window_ = std::make_unique<LaidOutWindow>(
@@ -70,9 +40,15 @@ void FltkWindow::Open() {
     MakeWidgets(layout_.root);
     window_->resizable(nullptr); // the layout does it
     window_->end();
-    ShowControls();
-    ShowForm();
+    FltkWindow::Refresh();
     window_->show();
+}
+
+FltkWindow::~FltkWindow() = default;
+
+void FltkWindow::ControlChanged(Control& control) {
+    if (const auto leaf = leaf_of_.find(&control); leaf != leaf_of_.end())
+        leaf->second->changed = true;
 }
 
 void FltkWindow::MakeWidgets(const LayoutNode& node) {
@@ -88,15 +64,6 @@ void FltkWindow::MakeWidgets(const LayoutNode& node) {
 }
 
 void FltkWindow::Refresh() {
-    if (!window_)
-        return;
-    if (!form_.Visible()) {
-        leaf_of_.clear();
-        leaves_.clear();
-        focus_ = nullptr;
-        window_.reset();
-        return;
-    }
     ShowControls();
     if (form_changed_)
         ShowForm();
@@ -126,8 +93,8 @@ void FltkWindow::ShowControls() {
 
 // All that is visible, as far as the screen has room for it.
 Size FltkWindow::LeastOnScreen() const {
-    const Size least = LeastSize(layout_.root, form_, screen_.metrics);
-    const Size largest = LargestWindow(screen_.metrics.scale);
+    const Size least = LeastSize(layout_.root, form_, metrics_);
+    const Size largest = LargestWindow(metrics_.scale);
     return {std::min(least.w, largest.w), std::min(least.h, largest.h)};
 }
 
@@ -137,7 +104,7 @@ void FltkWindow::SetSize(Size size) {
     const Size least = LeastOnScreen();
     size = {std::max(size.w, least.w), std::max(size.h, least.h)};
     if (size != Size{window_->w(), window_->h()}) {
-        const int over = window_->x() + size.w - LargestWindow(screen_.metrics.scale).w;
+        const int over = window_->x() + size.w - LargestWindow(metrics_.scale).w;
         const int left = size.w > window_->w() ? std::clamp(over, 0, std::max(window_->x(), 0)) : 0;
         window_->resize(window_->x() - left, window_->y(), size.w, size.h);
     }
@@ -173,15 +140,14 @@ void FltkWindow::ShowForm() {
     window_->copy_label(ToUtf8(form_.Caption()).c_str());
     if (form_.Width() != form_width_) {
         form_width_ = form_.Width();
-        const int width = screen_.metrics.FromTwips(form_width_);
-        SetSize({std::min(width, LargestWindow(screen_.metrics.scale).w), window_->h()});
+        const int width = metrics_.FromTwips(form_width_);
+        SetSize({std::min(width, LargestWindow(metrics_.scale).w), window_->h()});
     }
 }
 
 void FltkWindow::Arrange() {
     std::map<const LayoutNode*, Rect> rects;
-    for (const Placed& placed :
-         Place(layout_.root, form_, screen_.metrics, {window_->w(), window_->h()}))
+    for (const Placed& placed : Place(layout_.root, form_, metrics_, {window_->w(), window_->h()}))
         rects[placed.node] = placed.rect;
     for (auto& [node, leaf] : leaves_) {
         Fl_Widget& widget = leaf.widget->Widget();

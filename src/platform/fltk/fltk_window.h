@@ -1,33 +1,25 @@
 #pragma once
 
 #include "platform/fltk/control_widgets.h"
-#include "platform/view.h"
+#include "ui/form_copies.h"
 
-#include <functional>
 #include <map>
-#include <memory>
 
 #include <FL/Fl_Double_Window.H>
 
 namespace tarnex {
 
-// What a form's window needs of the screen.
-struct WindowScreen {
-    ScreenMetrics metrics;
-    std::function<bool()> lost;         // no FLTK function may be called any more
-    std::function<void()> need_refresh; // has Refresh() called soon
-};
-
 // The window of one form.
-class FltkWindow : public FormWindow, private FormObserver {
+class FltkWindow : public CopyWindow {
   public:
-    // form and screen must outlive the window.
-    FltkWindow(Form& form, const WindowScreen& screen);
+    // form and metrics must outlive the window.
+    FltkWindow(Form& form, const ScreenMetrics& metrics);
     ~FltkWindow() override;
 
-    bool Shown() const override { return window_ && !screen_.lost(); }
+    void ControlChanged(Control& control) override;
+    void FormChanged() override { form_changed_ = true; }
     // Shows what has changed in the form since the last call. Not from within an FLTK callback.
-    void Refresh();
+    void Refresh() override;
 
   private:
     class LaidOutWindow;
@@ -46,10 +38,6 @@ class FltkWindow : public FormWindow, private FormObserver {
         Shape shape;
     };
 
-    void ControlChanged(Control& control) override;
-    void FormChanged() override;
-
-    void Open();
     void MakeWidgets(const LayoutNode& node);
     void ShowControls();
     void Enable(Fl_Widget& widget, bool enabled);
@@ -59,9 +47,9 @@ class FltkWindow : public FormWindow, private FormObserver {
     void Arrange();
 
     Form& form_;
-    const WindowScreen& screen_;
+    const ScreenMetrics& metrics_;
     Layout layout_;
-    std::unique_ptr<LaidOutWindow> window_; // while it stands on the screen
+    std::unique_ptr<LaidOutWindow> window_;
     std::map<const LayoutNode*, Leaf> leaves_;
     std::map<const Control*, Leaf*> leaf_of_;
     Fl_Widget* focus_ = nullptr; // it gets the focus back when it is enabled again
