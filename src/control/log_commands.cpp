@@ -137,9 +137,9 @@ ExitStatus LogCreate(ControlWorld& world, const std::string& path, const std::st
     const std::string problem = CreateLogDatabase(file, sql);
     if (!problem.empty())
         throw Failure(kExitCannotCreate, problem);
-    world.out << "made " << file << '\n';
+    world.out << "made " << Printable(file) << '\n';
     if (!BelongsToFolderOwner(file))
-        world.err << "tarnexctl: warning: " << file
+        world.err << "tarnexctl: warning: " << Printable(file)
                   << " does not belong to the owner of its folder; see that the user of the "
                      "service may write to it\n";
     return kExitDone;

@@ -1,5 +1,6 @@
 #include "control/commands.h"
 #include "control/service_state.h"
+#include "control/text_output.h"
 #include "platform/linux/folder_owner.h"
 #include "platform/linux/replace_file.h"
 
@@ -60,12 +61,12 @@ constexpr const char* kUnitStates[] = {"off", "searching", "greeting", "setting-
 // clang-format on
 
 std::string Label(const std::string& name, const Json& value) {
-    std::string text = value.is_string() ? value.get<std::string>() : value.dump();
+    const std::string text = value.is_string() ? value.get<std::string>() : value.dump();
     std::string escaped;
-    for (const char c : value.is_null() ? "" : text) {
+    for (const char c : value.is_null() ? "" : Printable(text)) {
         if (c == '\\' || c == '"')
             escaped += '\\';
-        escaped += c == '\n' ? ' ' : c;
+        escaped += c;
     }
     return name + "=\"" + escaped + "\"";
 }

@@ -109,7 +109,7 @@ ExitStatus Change(ControlWorld& world, const Setting& setting,
     for (const Finding& finding : CheckSettings(now))
         if (finding.name == setting.name ||
             std::ranges::count(known, finding.text, &Finding::text) == 0)
-            world.err << "tarnexctl: warning: " << finding.name << " " << Printable(finding.text)
+            world.err << "tarnexctl: warning: " << Printable(finding.name + " " + finding.text)
                       << '\n';
     return kExitDone;
 }
@@ -158,7 +158,7 @@ ExitStatus SettingsList(ControlWorld& world, const ListOptions& options) {
 
 ExitStatus SettingsGet(ControlWorld& world, const std::string& name) {
     const Setting& setting = Known(name);
-    world.out << ToUtf8(SettingsFile(world.settings_path).Value(setting)) << '\n';
+    world.out << Printable(ToUtf8(SettingsFile(world.settings_path).Value(setting))) << '\n';
     return kExitDone;
 }
 

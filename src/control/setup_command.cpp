@@ -144,7 +144,7 @@ void MakeLog(const ControlWorld& world, const std::string& path, const std::stri
 void SayWhatIsNext(const ControlWorld& world) {
     const SettingsFile file(world.settings_path);
     for (const Finding& finding : CheckSettings(file))
-        world.out << "note: " << finding.name << " " << finding.text << '\n';
+        world.out << "note: " << Printable(finding.name + " " + finding.text) << '\n';
     world.out << "\nNext:\n"
                  "  systemctl restart tarnexcomm        starts the service with these settings\n"
                  "  tarnexctl status --watch            the unit is ready about 30 seconds after "

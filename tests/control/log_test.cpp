@@ -10,6 +10,7 @@ namespace tarnex {
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::literals;
 using nlohmann::json;
 
 class LogCommands : public ControlTest {
@@ -79,7 +80,7 @@ TEST_F(LogCommands, TailShowsTheLastRowsAndThenNewOnes) {
     pauses_left = 3;
     on_pause = [this] {
         if (pauses_left == 3)
-            Append(u"new\x1b[31m");
+            Append(u"new\x1b[31m\u202e"s + u'\0' + u"end");
         if (pauses_left == 2) { // rotated: the next file begins at its own first row
             for (const char* part : {"", "-wal", "-shm"})
                 fs::rename(path + part, path + ".old" + part);
@@ -91,7 +92,7 @@ TEST_F(LogCommands, TailShowsTheLastRowsAndThenNewOnes) {
     EXPECT_EQ(out.str(),
               "4       2024-05-06  08:00:40  Out  1Nex   SMS       消息4\n"
               "5       2024-05-06  08:00:40  Out  1Nex   SMS       消息5\n"
-              "6       2024-05-06  08:00:40  Out  1Nex   SMS       new\\x1B[31m\n"
+              "6       2024-05-06  08:00:40  Out  1Nex   SMS       new\\x1B[31m\\u202E\\x00end\n"
               "1       2024-05-06  08:00:40  Out  1Nex   SMS       after the rotation\n");
 
     EXPECT_EQ(Run({"log", "tail", "--lines", "0", "--once"}), 0);

@@ -22,7 +22,7 @@ class StatusCommands : public ControlTest {
                              .signal = 17,
                              .level = u"4",
                              .version = u"TARNEX 1.0",
-                             .serial = u"7\"8",
+                             .serial = u"7\"8\x1b",
                              .steps = u"11111111111",
                              .restarts = 1};
         for (auto& link : status.state.links)
@@ -151,7 +151,7 @@ TEST_F(StatusCommands, MetricsAreGoodPrometheusText) {
     for (const char* part :
          {"\ntarnexcomm_up 1\n", "\ntarnexcomm_unit_state{state=\"ready\"} 1\n",
           "\ntarnexcomm_unit_state{state=\"off\"} 0\n", "\ntarnexcomm_unit_signal 17\n",
-          ",serial=\"7\\\"8\"} 1\n", "\ntarnexcomm_sms_sent_total 12\n",
+          ",serial=\"7\\\"8\\\\x1B\"} 1\n", "\ntarnexcomm_sms_sent_total 12\n",
           "\ntarnexcomm_link_connected{link=\"0\"} 1\n",
           "\ntarnexcomm_link_last_heartbeat_time_seconds{link=\"0\"} 1714982388\n",
           "\ntarnexcomm_start_time_seconds 1714971595\n"})

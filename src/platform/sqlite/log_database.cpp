@@ -95,7 +95,9 @@ struct LogReader::Connection {
         const int columns = std::min(sqlite3_column_count(statement) - 1, int(row.columns.size()));
         for (int i = 0; i < columns; ++i)
             if (const auto* text = sqlite3_column_text(statement, i + 1))
-                row.columns[std::size_t(i)] = reinterpret_cast<const char*>(text);
+                row.columns[std::size_t(i)].emplace(
+                    reinterpret_cast<const char*>(text),
+                    std::size_t(sqlite3_column_bytes(statement, i + 1))); // NUL may be among them
         return row;
     }
 };
