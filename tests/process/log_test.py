@@ -113,33 +113,6 @@ class Log(unittest.TestCase):
             monitor.greet()
         return service, monitor
 
-    def told_once(self, fault):
-        service, monitor = self.start(fault)
-        self.assertEqual(service.stop(), 0)
-        self.assertEqual(len(service.lines), 1, service.lines)
-        monitor.wait_for(b"tx-SMSEnd")
-
-    def test_missing(self):
-        self.told_once(Missing(self))
-
-    def test_a_folder(self):
-        self.told_once(Folder(self))
-
-    def test_not_a_database(self):
-        self.told_once(NotADatabase(self))
-
-    def test_without_the_table(self):
-        self.told_once(WithoutTheTable(self))
-
-    def test_too_few_columns(self):
-        self.told_once(TooFewColumns(self))
-
-    def test_forbidden(self):
-        self.told_once(Forbidden(self))
-
-    def test_read_only(self):
-        self.told_once(ReadOnly(self))
-
     def test_it_works_again_once_the_fault_is_repaired(self):
         kinds = [Missing, Folder, NotADatabase, WithoutTheTable, TooFewColumns]
         if os.geteuid() == 0:
