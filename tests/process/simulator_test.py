@@ -1,0 +1,66 @@
+"""The small monitoring program and the simulated unit, by themselves."""
+
+import os
+import random
+import socket
+import subprocess
+import unittest
+
+import harness
+from harness import Program
+
+
+class Simulator(unittest.TestCase):
+    def start(self, name, *arguments):
+        return Program(self, f"{harness.programs}/{name}", arguments)
+
+    def service(self):
+        """A socket in the service's place on the second link."""
+        service = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
+        self.addCleanup(service.close)
+        service.settimeout(harness.LIMIT)
+        service.bind(("127.%d.%d.1" % (random.randint(100, 200), random.randint(0, 255)), 7841))
+        return service
+
+    def monitor(self, service, *arguments):
+        return self.start("tarnex-monitor", "--address", service.getsockname()[0], "--link", "2", *arguments)
+
+    def test_the_monitor_listens_until_a_code_comes(self):
+        service = self.service()
+        monitor = self.monitor(service, "listen", "--name", "门卫", "--until", "txControl")
+        greeting, sender = service.recvfrom(100)
+        self.assertEqual(greeting, "txHelloNx门卫".encode("gbk"))
+        service.sendto(b"txControl1301", sender)
+        monitor.wait_for("txControl1301  (command by SMS: restart or start web service")
+        self.assertEqual(monitor.wait(), 0)
+        monitor = self.monitor(service, "listen", "--until", "tx--Ready", "--for", "1")
+        service.sendto(b"txYesRigh\x1b[2J", service.recvfrom(100)[1])
+        monitor.wait_for("txYesRigh\\x1B[2J")
+        self.assertEqual(monitor.wait(), 1)
+        monitor = self.monitor(service, "listen", "--for", "0.1")
+        monitor.wait_for("nobody answers")
+        self.assertEqual(monitor.wait(), 69)
+
+    def test_the_monitor_reports_an_event(self):
+        service = self.service()
+        event = "--service cpu --state=abnormal --action recover --machine 2 --machine-name srv --memo 负荷 --mail no"
+        self.assertEqual(self.monitor(service, "notify", *event.split()).wait(), 0)
+        self.assertEqual(service.recv(100), "txSendSMS2031410srv{[b^k^]}负荷".encode("gbk"))
+        for wrong in ("listen now", "raw", "notify --service cpu", "notify --service cpu --state 10", "listen --link 6"):
+            self.assertEqual(self.monitor(service, *wrong.split()).wait(), 64, wrong)
+
+    def test_the_unit_follows_its_script_and_takes_its_link_away(self):
+        folder = harness.Site(self, log=False).folder
+        script, link = os.path.join(folder, "script"), os.path.join(folder, "unit")
+        with open(script, "w", encoding="utf-8") as file:
+            file.write("0 sms 10086 余额\n1000 quit\n")
+        unit = self.start("tarnex-sim", "--link", link, "--script", script)
+        unit.wait_for("script: sms 10086 余额")
+        self.assertEqual(unit.stop(), 0)
+        self.assertFalse(os.path.lexists(link))
+        for wrong, status in ((("--script", link), 64), (("--link", script), 1)):
+            self.assertEqual(self.start("tarnex-sim", *wrong).wait(), status, wrong)
+        self.assertTrue(os.path.isfile(script))
+
+
+harness.run(Simulator)
