@@ -221,13 +221,17 @@ class ToolWindowsTest(unittest.TestCase):
         screen = self.screen()
         console, window = self.open_console(screen)
         self.press(window, 43, "OCXDebug信息已打开", 0)  # so that much is drawn
-        self.press(window, 41, "擦除成功，开始写入。", 20)
+        window.click(*CONSOLE[41])
+        wait_until(lambda: unit.tell("show") or unit.said("without program, in its loader"), "an erased unit")
+        window.type("5")  # goes nowhere: the focus stays where it was
+        window.wait_for_line(CONSOLE_LIST, "擦除成功，开始写入。")
         screen.server.send_signal(signal.SIGSTOP)
         wait_until(lambda: unit.tell("show") or unit.said("version           TARNEX-SIM 2.0"), "the new firmware")
         screen.server.send_signal(signal.SIGCONT)
         screen.server.stop()
         self.assertEqual(console.wait(), 0)
         console.wait_for("the display is gone")
+        self.assertIsNone(self.site.setting("TelNo1"))
 
 
 if __name__ == "__main__":

@@ -4,6 +4,7 @@
 #include "ui/layouts.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <FL/Fl.H>
 
@@ -23,6 +24,18 @@ class FltkWindow::LaidOutWindow : public Fl_Double_Window {
         Fl_Double_Window::resize(x, y, w, h);
         if (other_size)
             owner_.Arrange();
+    }
+    int handle(int event) override {
+        // FLTK would give the focus to the first widget whenever one is shown, hidden, enabled or
+        // disabled, and when the operator comes back to the window.
+        if (event == FL_FOCUS && owner_.focus_) {
+            owner_.GiveFocusBack();
+            return 1;
+        }
+        const int handled = Fl_Double_Window::handle(event);
+        if (event != FL_UNFOCUS && Fl::focus() && Fl::focus() != this && contains(Fl::focus()))
+            owner_.focus_ = nullptr; // the operator has moved it
+        return handled;
     }
 
   private:
@@ -77,18 +90,22 @@ void FltkWindow::ShowControls() {
         leaf->changed = false;
         leaf->widget->Show();
         Fl_Widget& widget = leaf->widget->Widget();
-        if (control->Enabled() != bool(widget.active()))
-            Enable(widget, control->Enabled());
+        if (!control->Enabled())
+            Withdraw(widget, &Fl_Widget::deactivate);
+        else
+            widget.activate();
         Shape shape{control->Visible(), control->Width(), control->Caption()};
         if (shape != leaf->shape) {
             leaf->shape = std::move(shape);
             shapes_changed = true;
         }
     }
-    if (!shapes_changed)
-        return;
-    SetSize({window_->w(), window_->h()});
-    Arrange();
+    if (shapes_changed) {
+        SetSize({window_->w(), window_->h()});
+        Arrange();
+    }
+    if (Fl::focus() == window_.get())
+        GiveFocusBack();
 }
 
 // All that is visible, as far as the screen has room for it.
@@ -111,28 +128,19 @@ void FltkWindow::SetSize(Size size) {
     window_->size_range(least.w, least.h); // FLTK has made the size by the program the only one
 }
 
-// FLTK takes the focus from what is disabled. Many a procedure disables all buttons while it runs:
-// whoever works by keyboard goes on where he was.
-void FltkWindow::Enable(Fl_Widget& widget, bool enabled) {
-    if (!enabled) {
-        if (Fl::focus() == &widget) {
-            focus_ = &widget;
-            Fl::focus(window_.get());
-        }
-        widget.deactivate();
-        return;
-    }
-    const bool kept = Fl::focus() == window_.get(); // the operator has not moved it meanwhile
-    if (kept)
-        Fl::focus(nullptr); // else FLTK gives it to the first widget that becomes active
-    widget.activate();
-    if (kept)
+// Many a procedure disables all buttons while it runs: whoever works by keyboard goes on where he
+// was, and meanwhile what he types goes nowhere.
+void FltkWindow::Withdraw(Fl_Widget& widget, void (Fl_Widget::*withdraw)()) {
+    if (widget.contains(Fl::focus())) {
+        focus_ = &widget;
         Fl::focus(window_.get());
-    if (focus_ != &widget)
-        return;
-    focus_ = nullptr;
-    if (kept)
-        widget.take_focus();
+    }
+    (widget.*withdraw)();
+}
+
+void FltkWindow::GiveFocusBack() {
+    if (focus_ && focus_->takesevents())
+        std::exchange(focus_, nullptr)->take_focus();
 }
 
 void FltkWindow::ShowForm() {
@@ -156,7 +164,7 @@ void FltkWindow::Arrange() {
             widget.resize(rect.x, rect.y, rect.w, rect.h);
             widget.show();
         } else {
-            widget.hide();
+            Withdraw(widget, &Fl_Widget::hide);
         }
     }
     window_->redraw();

@@ -40,7 +40,9 @@ class FltkWindow : public CopyWindow {
 
     void MakeWidgets(const LayoutNode& node);
     void ShowControls();
-    void Enable(Fl_Widget& widget, bool enabled);
+    // Disables or hides it. While the operator has not moved the focus, it comes back with it.
+    void Withdraw(Fl_Widget& widget, void (Fl_Widget::*withdraw)());
+    void GiveFocusBack();
     void ShowForm();
     Size LeastOnScreen() const;
     void SetSize(Size size);
@@ -52,7 +54,7 @@ class FltkWindow : public CopyWindow {
     std::unique_ptr<LaidOutWindow> window_;
     std::map<const LayoutNode*, Leaf> leaves_;
     std::map<const Control*, Leaf*> leaf_of_;
-    Fl_Widget* focus_ = nullptr; // it gets the focus back when it is enabled again
+    Fl_Widget* focus_ = nullptr; // was withdrawn with the focus; the window has it meanwhile
     int form_width_ = 0;         // as the model had it last
     bool form_changed_ = true;
 };
