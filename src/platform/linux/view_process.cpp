@@ -74,13 +74,20 @@ std::unique_ptr<ViewProcess> ViewProcess::Start(DescriptorSource& descriptors, H
                   " (it comes with the package tarnexcomm-view)";
         return nullptr;
     }
+    UniqueFd end(pidfd_open(pid, 0));
+    if (!end) { // out of descriptors: its end would not be seen
+        trouble = std::string("no descriptor for the windows: ") + std::strerror(errno);
+        kill(pid, SIGKILL);
+        waitpid(pid, nullptr, 0);
+        return nullptr;
+    }
     return std::unique_ptr<ViewProcess>(
-        new ViewProcess(descriptors, std::move(handlers), std::move(ours), pid));
+        new ViewProcess(descriptors, std::move(handlers), std::move(ours), std::move(end), pid));
 }
 
-ViewProcess::ViewProcess(DescriptorSource& descriptors, Handlers handlers, UniqueFd socket, int pid)
-    : handlers_(std::move(handlers)), pid_(pid), socket_(std::move(socket)),
-      end_(pidfd_open(pid, 0)),
+ViewProcess::ViewProcess(DescriptorSource& descriptors, Handlers handlers, UniqueFd socket,
+                         UniqueFd end, int pid)
+    : handlers_(std::move(handlers)), pid_(pid), socket_(std::move(socket)), end_(std::move(end)),
       socket_watch_(descriptors.WatchReadable(socket_.Get(), [this] { SocketReadable(); })),
       end_watch_(descriptors.WatchReadable(end_.Get(), [this] { Ended(); })) {}
 

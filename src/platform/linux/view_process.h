@@ -35,7 +35,8 @@ class ViewProcess {
     void Wait();
 
   private:
-    ViewProcess(DescriptorSource& descriptors, Handlers handlers, UniqueFd socket, int pid);
+    ViewProcess(DescriptorSource& descriptors, Handlers handlers, UniqueFd socket, UniqueFd end,
+                int pid);
     // False when no packet has come.
     bool Receive();
     void SocketReadable();
