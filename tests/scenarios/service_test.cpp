@@ -147,22 +147,6 @@ TEST_F(Service, DoesNotStartWithoutPermission) {
     EXPECT_NE(said[3].find("Tarnex.ini is missing or cannot be read"), std::string::npos);
 }
 
-TEST_F(Service, ATakenPortIsNamedAndTriedAgain) {
-    network.OccupyPort(7842);
-    StartToReady();
-    clock.RunFor(1min);
-    ASSERT_EQ(said.size(), 1u);
-    EXPECT_NE(said[0].find("7842"), std::string::npos);
-    network.FreePort(7842);
-    clock.RunFor(10s);
-    Monitor third(clock, network, gbk, {.link = 3, .name = u"third"});
-    EXPECT_EQ(third.Start(), "");
-    clock.RunFor(1s);
-    EXPECT_TRUE(third.Received(u"txYesRigh"));
-    EXPECT_TRUE(third.Received(u"tx--Ready"));
-    EXPECT_EQ(said.size(), 2u);
-}
-
 TEST_F(Service, DebugModeFillsTheListsAndShowsTheWindow) {
     StartToReady();
     EXPECT_FALSE(service->Window().Visible());
