@@ -87,21 +87,6 @@ TEST(Timer, DisablingInsideTheHandlerWorks) {
     EXPECT_EQ(t.at.size(), 1u);
 }
 
-TEST(Clock, EqualInstantsRunInTheOrderOfAsking) {
-    SimulatedClock clock;
-    std::string order;
-    clock.CallAfter(10ms, [&] {
-        order += 'a';
-        clock.CallAfter(0ms, [&] { order += 'd'; });
-    });
-    const CallId cancelled = clock.CallAfter(10ms, [&] { order += 'x'; });
-    clock.CallAfter(10ms, [&] { order += 'b'; });
-    clock.CallAfter(10ms, [&] { order += 'c'; });
-    clock.Cancel(cancelled);
-    clock.RunFor(10ms);
-    EXPECT_EQ(order, "abcd");
-}
-
 TEST(Clock, CalendarRunsAcrossMidnightAndJumpsFreely) {
     SimulatedClock clock({.year = 2024, .month = 2, .day = 28, .hour = 23, .minute = 59});
     clock.RunFor(61s);
