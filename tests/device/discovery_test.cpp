@@ -42,6 +42,12 @@ TEST_F(DiscoveryTest, LastComNamesTheOnlyPortToTry) {
     clock.RunFor(1min);
     EXPECT_EQ(seven.result, 0);
     EXPECT_EQ(seven.ended, 10ms);
+    for (const std::string number : {"-1", "21"}) { // there are no such ports
+        store.SetContent("[TarnexComm]\nLastCom=" + number + "\n");
+        Running<int> none(clock, core.discovery.Connect(Discovery::Ports::kLast));
+        clock.RunFor(1min);
+        EXPECT_EQ(none.result, 0);
+    }
     store.SetContent("[TarnexComm]\nLastCom=abc\n");
     Running<int> all(clock, core.discovery.Connect(Discovery::Ports::kLast));
     clock.RunFor(1min);

@@ -1,7 +1,6 @@
 #include "simulator/simulated_clock.h"
 #include "simulator/simulated_serial.h"
 #include "simulator/simulated_unit.h"
-#include "simulator/unit_text.h"
 
 #include <gtest/gtest.h>
 
@@ -116,24 +115,6 @@ TEST_F(SimulatedUnitTest, RestartsOnResetAndAnswersTheGreetingOnlyUntilItIsUp) {
     EXPECT_EQ(unit.Memory.Lcd1, "");
 }
 
-// The reader cuts a record by the positions of commas, quotes and "OK" alone.
-TEST_F(SimulatedUnitTest, AReceivedSmsIsCutRightByItsReader) {
-    clock.RunTo(5s);
-    unit.ReceiveSms(u"+8613900000009", u"OK, \"余额\"12,5");
-    const std::string line = Hear(0ms);
-    ASSERT_TRUE(line.starts_with("TX:SMRCV("));
-    ASSERT_TRUE(line.ends_with("OK)\r\n"));
-    const auto c1 = line.find(','), c2 = line.find(',', c1 + 1), c3 = line.find(',', c2 + 1);
-    const auto c4 = line.find(',', c3 + 1), q = line.find('"', c4 + 1), ok = line.find("OK", q);
-    const auto between = [&](std::size_t first, std::size_t last) {
-        return line.substr(first, last - first + 1);
-    };
-    EXPECT_EQ(FromHexText(between(c1 + 2, c2 - 2)), u"+8613900000009");
-    EXPECT_EQ(between(c3 + 2, c4 - 1), "24/05/06");
-    EXPECT_EQ(between(c4 + 1, q - 4), "08:00:05");
-    EXPECT_EQ(FromHexText(between(q + 2, ok - 4)), u"OK, \"余额\"12,5");
-}
-
 TEST_F(SimulatedUnitTest, FaultsShowOnTheLine) {
     unit.Faults.Instead["WRNO1"] = "ERROR";
     EXPECT_EQ(Ask("WRNO1(77)"), "TX:ERROR\r\n");
@@ -154,15 +135,6 @@ TEST_F(SimulatedUnitTest, FaultsShowOnTheLine) {
     unit.LosePower();
     EXPECT_EQ(Ask("RDCSQ"), "");
     EXPECT_EQ(unit.Count("TXPWRON"), 5);
-}
-
-TEST_F(SimulatedUnitTest, HearsNothingAtOtherLineSettings) {
-    port.reset();
-    port = ports.Open(3, {.baud = 38400, .parity = 'E'}, {[&] { Note(); }, [] {}}).port;
-    EXPECT_EQ(Ask("RDNO1"), "");
-    port.reset();
-    port = ports.Open(3, {}, {[&] { Note(); }, [] {}}).port;
-    EXPECT_EQ(Ask("RDNO1"), "TX:NO1(13900000001)\r\n");
 }
 
 TEST_F(SimulatedUnitTest, ReportsItsSignalByItselfWhenToldTo) {
