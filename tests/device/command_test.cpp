@@ -51,17 +51,6 @@ TEST_F(CommandTest, AnAnswerOfNothingBehindThePrefixIsEmpty) {
     EXPECT_EQ(SinceStart(command.ended), 30ms);
 }
 
-TEST_F(CommandTest, CommandsThatWaitTogetherTakeTheSameAnswer) {
-    Open();
-    Running<Text> first(clock, core.commands.WRDT(u"1"));
-    clock.RunFor(50ms);
-    Running<Text> second(clock, core.commands.WRAT(u"2"));
-    device.SendAfter(100ms, "TX:OK\r\n");
-    clock.RunFor(120ms);
-    EXPECT_EQ(first.result, u"OK");
-    EXPECT_EQ(second.result, u"OK");
-}
-
 TEST_F(CommandTest, ATakenAnswerSurvivesTheNextCommand) {
     Open();
     device.Replies["~TX:RDAT\r\n"] = "TX:AT(3)\r\n";
