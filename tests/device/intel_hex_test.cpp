@@ -7,6 +7,8 @@
 namespace tarnex {
 namespace {
 
+using namespace std::string_view_literals;
+
 std::string Line(std::size_t count, std::size_t data_bytes) {
     constexpr char kDigits[] = "0123456789ABCDEF";
     std::string line = {':', kDigits[count / 16], kDigits[count % 16]};
@@ -95,33 +97,13 @@ TEST(HexSummary, ListsNoMoreThanItsShareOfAFileFullOfFaults) {
     EXPECT_EQ(noise.Fault().value().line, 4001);
 }
 
-std::string Hex(std::string_view bytes) {
-    std::string text;
-    for (const char byte : bytes) {
-        char digits[3];
-        std::snprintf(digits, sizeof digits, "%02X", unsigned(std::uint8_t(byte)));
-        text += digits;
-    }
-    return text;
-}
-
-TEST(FirmwareFrames, AreAsTheLoaderWantsThem) {
-    EXPECT_EQ(Hex(CommandFrame(FirmwareCommand::kHandshake)), "5AA50008B001B716");
-    EXPECT_EQ(Hex(CommandFrame(FirmwareCommand::kB1)), "5AA50008B101B816");
-    EXPECT_EQ(Hex(CommandFrame(FirmwareCommand::kErase)), "5AA50008B201B916");
-
-    const HexRecord two{.address = "1aF0", .data = "\x01\xFE"};
-    EXPECT_EQ(Hex(DataFrame(two)), "5AA50010B300001AF0000201FE03CD16");
-    EXPECT_EQ(DataSum(two.data), 0x00FF);
-    const HexRecord none{.address = "0000", .data = ""};
-    EXPECT_EQ(Hex(DataFrame(none)), "5AA5000EB300000000000001C016");
-    const HexRecord most{.address = "FFFF", .data = std::string(115, '\xFF')};
-    EXPECT_EQ(DataFrame(most).size(), 129u);
-    EXPECT_EQ(Hex(DataFrame(most)).substr(0, 22), "5AA50081B30000FFFF0073");
-    EXPECT_EQ(DataSum(most.data), 115 * 255);
-    const HexRecord sixteen{.address = "0000", .data = std::string(16, '\0')};
-    EXPECT_EQ(Hex(DataFrame(sixteen)).size(), 60u);
-    EXPECT_EQ(Hex(DataFrame(sixteen)).substr(6, 2), "1E");
+TEST(FirmwareFrames, HoldUpTo115BytesUnderAnAddressInEitherCase) {
+    EXPECT_EQ(CommandFrame(FirmwareCommand::kB1), "\x5A\xA5\x00\x08\xB1\x01\xB8\x16"sv);
+    EXPECT_EQ(DataFrame({.address = "1aF0", .data = "\x01\xFE"}),
+              "\x5A\xA5\x00\x10\xB3\x00\x00\x1A\xF0\x00\x02\x01\xFE\x03\xCD\x16"sv);
+    const std::string most = DataFrame({.address = "FFFF", .data = std::string(115, '\xFF')});
+    EXPECT_EQ(most.size(), 129u);
+    EXPECT_EQ(most.substr(0, 11), "\x5A\xA5\x00\x81\xB3\x00\x00\xFF\xFF\x00\x73"sv);
 }
 
 } // namespace
