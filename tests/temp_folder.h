@@ -12,6 +12,17 @@
 
 namespace tarnex {
 
+inline void WriteFile(const std::string& path, const std::string& content,
+                      std::ios::openmode mode = std::ios::trunc) {
+    std::ofstream(path, std::ios::binary | mode) << content;
+}
+
+// "" when there is no such file.
+inline std::string FileContent(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
 // A folder of its own for one test, open to every user.
 class TempFolder {
   public:
@@ -26,20 +37,16 @@ class TempFolder {
 
     std::string operator/(const std::string& name) const { return path_ + "/" + name; }
     const std::string& Path() const { return path_; }
+    std::string Path(const std::string& name) const { return *this / name; }
+    void Write(const std::string& name, const std::string& content) const {
+        WriteFile(*this / name, content);
+    }
+    std::string Read(const std::string& name) const { return FileContent(*this / name); }
+    bool Has(const std::string& name) const { return std::filesystem::exists(*this / name); }
 
   private:
     std::string path_;
 };
-
-inline void WriteFile(const std::string& path, const std::string& content,
-                      std::ios::openmode mode = std::ios::trunc) {
-    std::ofstream(path, std::ios::binary | mode) << content;
-}
-
-inline std::string FileContent(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 // What check says in a process of its own, and there as a user without special rights.
 inline bool InChild(bool unprivileged, const std::function<bool()>& check) {

@@ -1,5 +1,5 @@
 #include "platform/linux/file_lock.h"
-#include "tests/platform_adapters/temporary_folder.h"
+#include "tests/temp_folder.h"
 
 #include <csignal>
 
@@ -51,7 +51,7 @@ class Copy {
 };
 
 struct InstanceLockFile : testing::Test {
-    TemporaryFolder folder;
+    TempFolder folder;
     FileInstanceLock lock{folder.Path("lock")};
     const std::string own_record = std::to_string(getpid()) + "\n";
 };

@@ -3,7 +3,7 @@
 #include "platform/linux/unique_fd.h"
 #include "simulator/simulated_clock.h"
 #include "tests/platform_adapters/run_until.h"
-#include "tests/platform_adapters/temporary_folder.h"
+#include "tests/temp_folder.h"
 
 #include <algorithm>
 #include <csignal>
@@ -33,7 +33,7 @@ done
 )sh";
 
 struct Systemd : testing::Test {
-    TemporaryFolder folder;
+    TempFolder folder;
     AsioLoop loop;
     const SystemdPlaces places{.unit_folder = folder.Path(),
                                .systemctl = folder.Path("ctl"),
