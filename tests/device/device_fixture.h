@@ -1,10 +1,8 @@
 #pragma once
 
 #include "device/tarnex_core.h"
-#include "platform/linux/iconv_code_page.h"
-#include "simulator/simulated_clock.h"
 #include "simulator/simulated_serial.h"
-#include "simulator/simulated_stores.h"
+#include "tests/world.h"
 
 #include <map>
 
@@ -40,13 +38,6 @@ class ScriptedDevice : public SerialDevice {
     SerialLine* line_ = nullptr;
 };
 
-struct ListForm : Form {
-    ListForm() : Form("lists", u"") {}
-    ListBox List1{*this, "List1"}, List2{*this, "List2"}, mList1{*this, "mList1"},
-        mList2{*this, "mList2"}, mList3{*this, "mList3"}, mList4{*this, "mList4"},
-        mList5{*this, "mList5"};
-};
-
 // A running procedure: its result and the instant at which it ended.
 template <class T>
 class Running {
@@ -69,7 +60,7 @@ class Running {
     Task<> task_;
 };
 
-class DeviceTest : public testing::Test {
+class DeviceTest : public testing::Test, protected World {
   protected:
     // The device's port is open and answers the greeting.
     void Open(int number = 7) {
@@ -83,23 +74,17 @@ class DeviceTest : public testing::Test {
     }
     Duration SinceStart(Duration instant) const { return instant - start; }
 
-    SimulatedClock clock;
     SimulatedSerialPorts ports{clock};
     ScriptedDevice device{clock};
-    IconvCodePage gbk{"GBK"};
-    SimulatedSettingsStore store;
     SimulatedLineFiles files;
-    MyIniFile ini{store, gbk};
-    std::vector<std::string> said;
-    OperatorNotices notices{[this](const std::string& line) { said.push_back(line); }};
-    ListForm form;
-    DebugLists lists{
-        {form.List1, form.List2, form.mList1, form.mList2, form.mList3, form.mList4, form.mList5}};
+    const IconvCodePage& gbk = code_page;
+    DebugWindow& form = window;
+    DebugLists& lists = window.lists;
     int losses = 0;
     TarnexCore core{{.clock = clock,
                      .ports = ports,
                      .files = files,
-                     .code_page = gbk,
+                     .code_page = code_page,
                      .ini = ini,
                      .lists = lists,
                      .notices = notices,

@@ -1,28 +1,16 @@
-#include "logging/debug_lists.h"
+#include "tests/world.h"
 
 #include <gtest/gtest.h>
 
 namespace tarnex {
 namespace {
 
-struct Window : Form {
-    Window() : Form("TarnexComm", u"") {}
-    ListBox List1{*this, "List1"};
-    ListBox List2{*this, "List2"};
-    ListBox mList1{*this, "mList1"};
-    ListBox mList2{*this, "mList2"};
-    ListBox mList3{*this, "mList3"};
-    ListBox mList4{*this, "mList4"};
-    ListBox mList5{*this, "mList5"};
-};
-
 TEST(DebugLists, EachLineGoesToItsOwnListWhileDebugModeIsOn) {
-    Window window;
+    DebugWindow window;
     std::string echoed;
     bool seen = false;
     DebugLists lists(
-        {window.List1, window.List2, window.mList1, window.mList2, window.mList3, window.mList4,
-         window.mList5},
+        window.boxes,
         [&](const std::string& list, const Text& line) {
             echoed += list + ":" + ToUtf8(line) + " ";
         },

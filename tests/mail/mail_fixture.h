@@ -1,17 +1,15 @@
 #pragma once
 
 #include "mail/mail_sender.h"
-#include "platform/linux/iconv_code_page.h"
-#include "simulator/simulated_clock.h"
 #include "simulator/simulated_mail_server.h"
-#include "simulator/simulated_stores.h"
+#include "tests/world.h"
 
 #include <gtest/gtest.h>
 
 namespace tarnex {
 
 // A mail sender whose settings name the server smtp.example, where a sink listens.
-class MailFixture : public testing::Test, protected FormObserver {
+class MailFixture : public testing::Test, protected World, protected FormObserver {
   protected:
     MailFixture() {
         network.Serve("smtp.example", 25, sink);
@@ -51,12 +49,7 @@ class MailFixture : public testing::Test, protected FormObserver {
     }
     void FormChanged() override {}
 
-    SimulatedClock clock;
-    SimulatedSettingsStore store;
-    IconvCodePage code_page{"GBK"};
-    MyIniFile ini{store, code_page};
-    std::vector<std::string> lines; // what operators were told
-    OperatorNotices notices{[this](const std::string& line) { lines.push_back(line); }};
+    std::vector<std::string>& lines = said;
     SimulatedTcpNetwork network{clock};
     MailSink sink;
     MailSender mail{clock, network, ini, code_page, notices};

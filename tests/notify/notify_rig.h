@@ -1,10 +1,7 @@
 #pragma once
 
 #include "notify/dispatcher.h"
-#include "platform/linux/iconv_code_page.h"
-#include "simulator/simulated_clock.h"
-#include "simulator/simulated_stores.h"
-#include "tests/notify/debug_window.h"
+#include "tests/world.h"
 
 namespace tarnex {
 
@@ -20,8 +17,8 @@ struct CollectedMail : EmailFifo {
     std::vector<Text> texts;
 };
 
-// A dispatcher with everything that it sends to. It is Monday, 6 May 2024, 08:00.
-struct NotifyRig {
+// A dispatcher with everything that it sends to.
+struct NotifyRig : World {
     NotifyRig() { log.Open(u"log.db"); }
 
     // Takes everything out of the SMS queue.
@@ -32,16 +29,10 @@ struct NotifyRig {
         return entries;
     }
 
-    SimulatedClock clock;
-    SimulatedSettingsStore store;
     SimulatedLogTable table;
-    IconvCodePage code_page{"GBK"};
-    MyIniFile ini{store, code_page};
+    std::vector<std::string>& notice_lines = said;
     Settings settings;
     UnitState unit;
-    DebugWindow window;
-    std::vector<std::string> notice_lines;
-    OperatorNotices notices{[this](const std::string& line) { notice_lines.push_back(line); }};
     LogWriter log{clock, table, notices};
     AbsentUnit absent_unit;
     CollectedMail mail;

@@ -1,6 +1,5 @@
 #include "notify/sms_queue.h"
-#include "simulator/simulated_clock.h"
-#include "tests/notify/debug_window.h"
+#include "tests/world.h"
 
 #include <gtest/gtest.h>
 
@@ -32,7 +31,7 @@ struct FakeUnit : SMSSender {
     Texts asked;
 };
 
-struct SMSQueueTest : testing::Test {
+struct SMSQueueTest : World, testing::Test {
     SMSQueueTest() {
         state.UnitConnected = true;
         window.lists.DebugOn = true;
@@ -40,8 +39,6 @@ struct SMSQueueTest : testing::Test {
         queue.mSMSSendTimer.Enable(); // the unit is ready
     }
 
-    SimulatedClock clock;
-    DebugWindow window;
     UnitState state;
     FakeUnit unit{clock};
     int resets = 0;
