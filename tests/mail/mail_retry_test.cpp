@@ -1,7 +1,5 @@
 #include "tests/mail/mail_fixture.h"
 
-#include <algorithm>
-
 namespace tarnex {
 namespace {
 
@@ -103,23 +101,6 @@ TEST_F(MailRetry, AFailingMailGoesBehindTheOthers) {
     EXPECT_EQ(order, u"abca");
     EXPECT_EQ(network.Connections.size(), 4u);
     EXPECT_EQ(network.Open, 1) << "each attempt closes the one before";
-}
-
-TEST_F(MailRetry, AnHourOfFailureLosesNothing) {
-    network.StopServing("smtp.example", 25);
-    for (int i = 0; i < 10; ++i)
-        mail.dSetEmailFifo(ToText(i));
-    clock.RunFor(1h);
-    EXPECT_EQ(mail.Status().failed_attempts, 180u);
-    EXPECT_EQ(lines.size(), 1u);
-    EXPECT_NE(lines[0].find("connection refused"), std::string::npos) << lines[0];
-    network.Serve("smtp.example", 25, sink);
-    clock.RunFor(2min);
-    auto arrived = Arrived();
-    std::ranges::sort(arrived);
-    EXPECT_EQ(arrived,
-              (std::vector<std::string>{"0", "1", "2", "3", "4", "5", "6", "7", "8", "9"}));
-    EXPECT_EQ(mail.Status().dropped, 0u);
 }
 
 TEST_F(MailRetry, AFullQueueKeepsTheNewest400) {
