@@ -193,37 +193,5 @@ TEST_F(SqliteLogTableTest, AFullDiskIsToldAndOverOnceThereIsSpace) {
     EXPECT_EQ(Messages(), "a|b");
 }
 
-TEST_F(SqliteLogTableTest, AKillLosesNoStoredRow) {
-    MakeDatabase();
-    int stored = 0;
-    for (int round = 0; round < 10; ++round) {
-        int progress[2];
-        ASSERT_EQ(pipe(progress), 0);
-        const pid_t child = fork();
-        if (child == 0) {
-            SqliteLogTable own;
-            own.Open(FromUtf8(path));
-            while (own.Append(Row(Text(5000, u'x'))).empty() && write(progress[1], "!", 1) == 1) {
-            }
-            _exit(1);
-        }
-        close(progress[1]);
-        char block[50];
-        ASSERT_EQ(read(progress[0], block, 1), 1);
-        usleep(static_cast<useconds_t>(round) * 311); // a different place each round
-        kill(child, SIGKILL);
-        waitpid(child, nullptr, 0);
-        ++stored;
-        for (ssize_t got; (got = read(progress[0], block, sizeof block)) > 0;)
-            stored += static_cast<int>(got);
-        close(progress[0]);
-        OtherProgram other(path);
-        EXPECT_EQ(other.Run("PRAGMA integrity_check"), "ok");
-        const int rows = std::stoi(other.Run("SELECT count(*) FROM Log"));
-        EXPECT_GE(rows, stored);
-        stored = rows;
-    }
-}
-
 } // namespace
 } // namespace tarnex
