@@ -211,36 +211,5 @@ TEST_F(FileSettingsStoreTest, TwoProgramsLoseNoUpdate) {
     EXPECT_EQ(FileContent(path), std::string(2 * kUpdates, 'x'));
 }
 
-TEST_F(FileSettingsStoreTest, AKillInTheMiddleOfWritesLeavesAWholeFile) {
-    constexpr std::size_t kSize = 300000;
-    WriteFile(path, std::string(kSize, 'a'));
-    for (int round = 0; round < 20; ++round) {
-        int started[2];
-        ASSERT_EQ(pipe(started), 0);
-        const pid_t child = fork();
-        if (child == 0) {
-            FileSettingsStore own(path, [](Duration) {});
-            for (char letter = 'b';; letter = letter == 'z' ? 'a' : char(letter + 1)) {
-                own.Update([&](const std::string&) { return std::string(kSize, letter); });
-                if (write(started[1], "!", 1) != 1)
-                    _exit(1);
-            }
-        }
-        char byte;
-        ASSERT_EQ(read(started[0], &byte, 1), 1);
-        usleep(static_cast<useconds_t>(round) * 137); // a different place in the write each round
-        kill(child, SIGKILL);
-        waitpid(child, nullptr, 0);
-        close(started[0]);
-        close(started[1]);
-        const std::string content = FileContent(path);
-        ASSERT_EQ(content, std::string(kSize, content.at(0)));
-        ASSERT_LE(Files(), 3u);
-    }
-    EXPECT_TRUE(store.Update([](const std::string&) { return "end"; }));
-    EXPECT_EQ(FileContent(path), "end");
-    EXPECT_EQ(Files(), 2u);
-}
-
 } // namespace
 } // namespace tarnex
