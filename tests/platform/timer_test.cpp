@@ -76,27 +76,5 @@ TEST(Timer, TicksDuringAWaitingHandlerAreDropped) {
     EXPECT_EQ(slow.finished, 2);
 }
 
-TEST(Timer, DisablingInsideTheHandlerWorks) {
-    Ticks t;
-    Timer timer(t.clock, "t", 1s, [&] {
-        t.Note();
-        timer.Disable();
-    });
-    timer.Enable();
-    t.clock.RunFor(5s);
-    EXPECT_EQ(t.at.size(), 1u);
-}
-
-TEST(Clock, CalendarRunsAcrossMidnightAndJumpsFreely) {
-    SimulatedClock clock({.year = 2024, .month = 2, .day = 28, .hour = 23, .minute = 59});
-    clock.RunFor(61s);
-    EXPECT_EQ(clock.Calendar().day, 29);
-    EXPECT_EQ(clock.Calendar().second, 1);
-    EXPECT_EQ(clock.Calendar().weekday, 4);
-    clock.SetCalendar({.year = 2001, .month = 1, .day = 1});
-    EXPECT_EQ(clock.Calendar().year, 2001);
-    EXPECT_EQ(clock.Now(), 61s);
-}
-
 } // namespace
 } // namespace tarnex
