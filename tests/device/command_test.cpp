@@ -60,6 +60,11 @@ TEST_F(CommandTest, ATakenAnswerSurvivesTheNextCommand) {
     clock.RunFor(10ms);
     EXPECT_EQ(first.result, u"3");
     EXPECT_EQ(second.result, std::nullopt);
+    Running<Text> third(clock, core.commands.RDDT());
+    device.SendAfter(20ms, "TX:DT(4)\r\n");
+    clock.RunFor(40ms);
+    EXPECT_EQ(second.result, u"4"); // whoever waits takes it
+    EXPECT_EQ(third.result, u"4");
 }
 
 TEST_F(CommandTest, CommandsThatWaitTogetherRenewTheSharedTimeOut) {
