@@ -17,9 +17,11 @@ constexpr TextView kSubjectStart = u"Tarnex K Serial : ";
 // What to do, by what fails. All keys stand in section [Text] of the settings file.
 constexpr std::string_view kCheckNetwork = "Check the server, Text1(29), and the network";
 constexpr std::string_view kNameServer = "Set Text1(29) to the mail server as host or host:port";
+constexpr std::string_view kCheckServer = "Check the server, Text1(29)";
 constexpr std::string_view kCheckAccount =
-    "Check the user name and password, Text1(30) and Text1(31), and the addresses, Text1(58) and "
-    "Text1(59)";
+    "Check the user name and password, Text1(30) and Text1(31)";
+constexpr std::string_view kCheckSender = "Check the address of the sender, Text1(58)";
+constexpr std::string_view kCheckRecipient = "Check the address of the recipient, Text1(59)";
 constexpr std::string_view kCorrectAccount = "Correct Text1(30) or Text1(31)";
 constexpr std::size_t kLongestQuote = 80; // characters of others' words in a line for operators
 
@@ -28,6 +30,20 @@ std::string Quote(TextView text) {
     Text line(text.substr(0, text.find_first_of(u"\r\n")).substr(0, kLongestQuote));
     std::ranges::replace_if(line, IsControl, u' ');
     return '"' + ToUtf8(Trim(line)) + '"';
+}
+
+std::string_view AdviceAfterRefusal(SmtpDoubt doubt, bool logs_in) {
+    switch (doubt) {
+    case SmtpDoubt::kServer:
+        return kCheckServer;
+    case SmtpDoubt::kAccount:
+        return logs_in ? kCheckAccount : kCheckServer;
+    case SmtpDoubt::kSender:
+        return kCheckSender;
+    case SmtpDoubt::kRecipient:
+        return kCheckRecipient;
+    }
+    return kCheckServer;
 }
 
 } // namespace
@@ -148,7 +164,7 @@ void MailSender::OnReply(std::string_view reply) {
     if (SendStep_ == SmtpStep::kQuit)
         return; // the usual 221
     Fail("it answered " + Quote(code_page_.Decode(reply)) + " to " + std::string(rule.waits_for),
-         kCheckAccount);
+         AdviceAfterRefusal(rule.doubt, !form_.user.Value().empty()));
 }
 
 void MailSender::TakeStep(const SmtpRule& rule) {

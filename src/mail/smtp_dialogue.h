@@ -38,9 +38,18 @@ enum class SmtpStep {
 // cannot be sent.
 using SmtpSends = std::optional<std::vector<std::string>>;
 
+// What to look at when the awaited reply is a refusal.
+enum class SmtpDoubt {
+    kServer,
+    kAccount, // the server, when the mail has no user
+    kSender,
+    kRecipient,
+};
+
 // What happens when the awaited reply has come.
 struct SmtpRule {
     std::string_view waits_for; // the reply to what, for operators
+    SmtpDoubt doubt;
     SmtpSends (*compose)(const MailParts& mail, const CodePage& code_page);
     SmtpStep next;
     SmtpStep next_without_user; // instead of next, when the mail has no user
