@@ -154,8 +154,8 @@ void MailSender::CmdSend_Click() {
     form_.StatusTxt.SetCaption(u"试图与服务器连接");
 }
 
-// One packet is one reply: what arrives is never put together, so a server that talks without end
-// costs no memory.
+// What waits on the connection at one time is one reply: what arrives is never put together, so a
+// server that talks without end costs no memory.
 void MailSender::OnReply(std::string_view reply) {
     const SmtpRule& rule = RuleOf(SendStep_);
     if (AcceptedReply(reply))

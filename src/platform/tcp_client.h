@@ -12,7 +12,7 @@ namespace tarnex {
 // Connect() for the connection before.
 struct TcpEvents {
     std::function<void()> connected;
-    // What one read brought, 1 to 4096 bytes.
+    // All that waited on the connection, 1 to 65,536 bytes.
     std::function<void(std::string_view bytes)> received;
     // The name was not found, the connection was refused, broken or closed by the other side;
     // why in words for an operator.

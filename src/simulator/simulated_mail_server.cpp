@@ -8,7 +8,7 @@ namespace tarnex {
 
 namespace {
 
-constexpr std::size_t kLongestRead = 4096; // bytes of one received event
+constexpr std::size_t kLongestRead = 65'536; // bytes of one received event
 
 class SimulatedTcpClient : public TcpClient {
   public:

@@ -16,7 +16,7 @@ namespace {
 
 using asio::ip::tcp;
 
-constexpr std::size_t kLongestRead = 4096; // bytes
+constexpr std::size_t kLongestRead = 65'536; // bytes
 
 // One connection, from Connect() to Close() or its end. Its handlers hold it weakly: they do
 // nothing once it is gone.
