@@ -16,6 +16,8 @@ constexpr TextView kNoData = u"NoData";
 constexpr TextView kSubjectStart = u"Tarnex K Serial : ";
 // What to do, by what fails. All keys stand in section [Text] of the settings file.
 constexpr std::string_view kCheckNetwork = "Check the server, Text1(29), and the network";
+constexpr std::string_view kCheckMachine =
+    "Find out what takes up the open files, the memory or the threads of this machine";
 constexpr std::string_view kNameServer = "Set Text1(29) to the mail server as host or host:port";
 constexpr std::string_view kCheckServer = "Check the server, Text1(29)";
 constexpr std::string_view kCheckAccount =
@@ -53,7 +55,7 @@ MailSender::MailSender(Clock& clock, TcpClients& tcp, const MyIniFile& ini,
     : clock_(clock), ini_(ini), code_page_(code_page), notices_(notices),
       Winsock1_(tcp.Create({.connected = [] {}, // the server speaks first
                             .received = [this](std::string_view bytes) { OnReply(bytes); },
-                            .ended = [this](const std::string& why) { OnEnded(why); }})),
+                            .ended = [this](const TcpEnd& end) { OnEnded(end); }})),
       MailSenderTimer_(clock, "MailSenderTimer", kTick, [this] { MailSenderTimer_Timer(); }) {
     timers_.Add(MailSenderTimer_);
     form_.CmdSend.OnClick([this] { CmdSend_Click(); });
@@ -199,11 +201,11 @@ MailParts MailSender::Parts() const {
             .body = form_.TxtMessage1.Value()};
 }
 
-void MailSender::OnEnded(const std::string& why) {
+void MailSender::OnEnded(const TcpEnd& end) {
     if (SendStep_ == SmtpStep::kGreeting)
-        Fail(why, kCheckNetwork);
+        Fail(end.why, end.own_machine ? kCheckMachine : kCheckNetwork);
     else if (SendStep_ != SmtpStep::kQuit)
-        Fail(why + " before the answer to " + std::string(RuleOf(SendStep_).waits_for),
+        Fail(end.why + " before the answer to " + std::string(RuleOf(SendStep_).waits_for),
              kCheckNetwork);
 }
 

@@ -55,7 +55,7 @@ class MailSender : public EmailFifo {
     void GiveUpForNow();
     void CmdSend_Click();
     void OnReply(std::string_view reply);
-    void OnEnded(const std::string& why);
+    void OnEnded(const TcpEnd& end);
     void TakeStep(const SmtpRule& rule);
     MailParts Parts() const;
     void Confirmed();

@@ -8,15 +8,21 @@
 
 namespace tarnex {
 
+// Why a connection is over, or never was.
+struct TcpEnd {
+    std::string why;          // in words for an operator
+    bool own_machine = false; // it had no socket or thread to give: no server was asked
+};
+
 // Called from the loop; never from within a call on the client, and not after Close() or a new
 // Connect() for the connection before.
 struct TcpEvents {
     std::function<void()> connected;
     // All that waited on the connection, 1 to 65,536 bytes.
     std::function<void(std::string_view bytes)> received;
-    // The name was not found, the connection was refused, broken or closed by the other side;
-    // why in words for an operator.
-    std::function<void(const std::string& why)> ended;
+    // The name was not found, the connection was refused, broken or closed by the other side, or
+    // this machine cannot make one.
+    std::function<void(const TcpEnd& end)> ended;
 };
 
 // One outgoing TCP connection at a time. Looking up the name, connecting and sending never block.

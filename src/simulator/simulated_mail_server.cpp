@@ -81,7 +81,7 @@ void SimulatedTcpClient::Deliver(const SinkAnswer& answer) {
 
 void SimulatedTcpClient::End(const std::string& why) {
     Close();
-    events_.ended(why);
+    events_.ended({.why = why});
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 
 namespace tarnex {
@@ -72,7 +73,10 @@ struct AsioTcp : testing::Test {
                 received += bytes;
                 longest = std::max(longest, bytes.size());
             },
-        .ended = [this](const std::string& why) { ends.push_back(why); },
+        .ended =
+            [this](const TcpEnd& end) {
+                ends.push_back((end.own_machine ? "own machine: " : "") + end.why);
+            },
     });
 
     void ConnectTo(Server& to) {
@@ -142,8 +146,17 @@ TEST_F(AsioTcp, AFailureIsToldOnceInWords) {
     client->Connect(std::string(70, 'x') + ".invalid", 25); // a label too long for any name
     ASSERT_TRUE(RunUntil(loop, [&] { return ends.size() == 2; }));
     EXPECT_NE(ends[1], "");
-    RunForAWhile();
+    rlimit files{};
+    getrlimit(RLIMIT_NOFILE, &files);
+    const rlimit none{.rlim_cur = 0, .rlim_max = files.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    client->Connect("127.0.0.1", server.Port());
     EXPECT_EQ(ends.size(), 2u);
+    ASSERT_TRUE(RunUntil(loop, [&] { return ends.size() == 3; }));
+    setrlimit(RLIMIT_NOFILE, &files);
+    EXPECT_EQ(ends[2], "own machine: no socket for the connection: too many open files");
+    RunForAWhile();
+    EXPECT_EQ(ends.size(), 3u);
     EXPECT_EQ(connected, 0);
 }
 
@@ -185,7 +198,7 @@ TEST_F(AsioTcp, BytesThatWereReadAreNotToldAfterClose) {
                                           else
                                               EXPECT_TRUE(servers[i].Send("more"));
                                       },
-                                  .ended = [](const std::string&) {}});
+                                  .ended = [](const TcpEnd&) {}});
         pair[i]->Connect("127.0.0.1", servers[i].Port());
     }
     ASSERT_TRUE(RunUntil(loop, [&] { return ready == 2; }));
@@ -201,7 +214,7 @@ TEST_F(AsioTcp, AHandlerMayDestroyItsClient) {
     const auto destroy = [this] { client.reset(); };
     const TcpEvents events{.connected = [] {},
                            .received = [=](std::string_view) { destroy(); },
-                           .ended = [=](const std::string&) { destroy(); }};
+                           .ended = [=](const TcpEnd&) { destroy(); }};
     TcpEvents destroy_on_connect = events;
     destroy_on_connect.connected = destroy;
 

@@ -7,7 +7,7 @@
 #include <array>
 #include <deque>
 
-#include <asio/connect.hpp>
+#include <asio/ip/tcp.hpp>
 #include <asio/write.hpp>
 
 namespace tarnex {
@@ -29,7 +29,11 @@ class Connection : public std::enable_shared_from_this<Connection> {
         asio::error_code not_numeric;
         const auto address = asio::ip::make_address(host, not_numeric);
         if (!not_numeric) {
-            Connect({{address, port}});
+            endpoints_ = {{address, port}};
+            loop_.CallAfter(Duration::zero(), [weak = weak_from_this()] {
+                if (const auto self = weak.lock(); self && !self->endpoints_.empty())
+                    self->ConnectNext();
+            });
             return;
         }
         lookup_ = std::make_unique<NameLookup>(
@@ -50,6 +54,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
     void Close() {
         connected_ = false;
         lookup_.reset();
+        endpoints_.clear();
         asio::error_code ignored; // there is nothing left to do about it
         socket_.close(ignored);
     }
@@ -65,19 +70,38 @@ class Connection : public std::enable_shared_from_this<Connection> {
     }
 
     void OnLookedUp(const HostAddresses& found) {
-        if (found.endpoints.empty())
-            End(found.why_not);
+        endpoints_.assign(found.endpoints.begin(), found.endpoints.end());
+        if (endpoints_.empty())
+            End({.why = found.why_not, .own_machine = found.own_machine});
         else
-            Connect(found.endpoints);
+            ConnectNext();
     }
 
-    void Connect(const std::vector<tcp::endpoint>& endpoints) {
-        asio::async_connect(socket_, endpoints, Guarded(&Connection::OnConnected));
+    // There is at least one address to try.
+    void ConnectNext() {
+        const tcp::endpoint endpoint = endpoints_.front();
+        endpoints_.pop_front();
+        asio::error_code error; // of an open socket: there is nothing to do about it
+        socket_.close(error);
+        socket_.open(endpoint.protocol(), error);
+        if (!error)
+            socket_.async_connect(endpoint, Guarded(&Connection::OnConnected));
+        else if (error == asio::error::address_family_not_supported)
+            TryNext({.why = ErrorWords(error)});
+        else
+            End({.why = "no socket for the connection: " + ErrorWords(error), .own_machine = true});
     }
 
-    void OnConnected(asio::error_code error, const tcp::endpoint&) {
+    void TryNext(const TcpEnd& end) {
+        if (endpoints_.empty())
+            End(end);
+        else
+            ConnectNext();
+    }
+
+    void OnConnected(asio::error_code error) {
         if (error) {
-            End(ErrorWords(error));
+            TryNext({.why = ErrorWords(error)});
             return;
         }
         asio::error_code ignored; // a delay harms nobody
@@ -91,7 +115,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
     void OnRead(asio::error_code error, std::size_t size) {
         if (error) {
-            End(error == asio::error::eof ? "closed by the other side" : ErrorWords(error));
+            End({.why =
+                     error == asio::error::eof ? "closed by the other side" : ErrorWords(error)});
             return;
         }
         events_->received({input_.data(), size});
@@ -111,9 +136,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
             WriteNext();
     }
 
-    void End(const std::string& why) {
+    void End(const TcpEnd& end) {
         Close();
-        events_->ended(why);
+        events_->ended(end);
     }
 
     AsioLoop& loop_;
@@ -121,6 +146,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
     std::shared_ptr<const TcpEvents> events_;
     bool connected_ = false;
     std::unique_ptr<NameLookup> lookup_;
+    std::deque<tcp::endpoint> endpoints_; // not tried yet
     std::array<char, kLongestRead> input_;
     std::deque<std::string> output_; // the first one is being written
 };

@@ -64,7 +64,9 @@ NameLookup::NameLookup(AsioLoop& loop, const std::string& host, std::uint16_t po
             Request::Answer(request, LookUp(host, port));
         }).detach();
     } catch (const std::system_error& error) {
-        Request::Answer(request_, {.endpoints = {}, .why_not = error.what()});
+        Request::Answer(request_, {.endpoints = {},
+                                   .why_not = std::string("no thread: ") + error.what(),
+                                   .own_machine = true});
     }
 }
 

@@ -14,6 +14,7 @@ namespace tarnex {
 struct HostAddresses {
     std::vector<asio::ip::tcp::endpoint> endpoints; // empty: not found
     std::string why_not;                            // in words for an operator
+    bool own_machine = false; // nobody was asked: this machine had no thread to give
 };
 
 // One look-up of a host name, which runs in a thread of its own: the system's resolver blocks, for
