@@ -45,7 +45,11 @@ class PtyLine::Terminal : public std::enable_shared_from_this<Terminal> {
         programs_end_ = UniqueFd(open(name.data(), O_RDWR | O_NOCTTY | O_CLOEXEC));
         if (!programs_end_ || !MakeRaw(programs_end_.Get()))
             return LastError();
-        own_end_.assign(own.Release());
+        asio::error_code error; // the system may watch no more descriptors
+        own_end_.assign(own.Get(), error);
+        if (error)
+            return ErrorWords(error);
+        own.Release();
         own_end_.non_blocking(true);
         AwaitInput();
         return "";

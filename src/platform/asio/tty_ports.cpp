@@ -25,8 +25,8 @@ bool MayTryAgain(int error) {
 
 class TtyPort : public SerialPort {
   public:
-    TtyPort(AsioLoop& loop, UniqueFd device, SerialEvents events)
-        : loop_(loop), handle_(device.Release()), device_(loop.core().io, handle_),
+    TtyPort(AsioLoop& loop, stream_descriptor device, SerialEvents events)
+        : loop_(loop), handle_(device.native_handle()), device_(std::move(device)),
           events_(std::make_shared<const SerialEvents>(std::move(events))) {
         AwaitInput();
     }
@@ -158,8 +158,15 @@ OpenedPort TtyPorts::Open(int number, const LineSettings& settings, SerialEvents
     OpenedTty opened = OpenTty(DeviceName(number), settings);
     if (opened.status != PortStatus::kOk)
         return {.port = nullptr, .status = opened.status};
-    return {.port =
-                std::make_unique<TtyPort>(loop_, std::move(opened.descriptor), std::move(events))};
+    stream_descriptor device(loop_.core().io);
+    asio::error_code error; // the system may watch no more descriptors
+    device.assign(opened.descriptor.Get(), error);
+    if (error) {
+        ReleaseTty(opened.descriptor.Get());
+        return {.port = nullptr, .status = PortStatus::kUnusable};
+    }
+    opened.descriptor.Release();
+    return {.port = std::make_unique<TtyPort>(loop_, std::move(device), std::move(events))};
 }
 
 std::string TtyPorts::DeviceName(int number) const {
