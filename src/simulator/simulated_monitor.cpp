@@ -19,8 +19,10 @@ Endpoint ServiceEndpoint(const MonitorOptions& options) {
 Monitor::Monitor(Clock& clock, DatagramSockets& sockets, const CodePage& code_page,
                  MonitorOptions options)
     : clock_(clock), code_page_(code_page), options_(std::move(options)),
-      socket_(sockets.Create(
-          [this](const Datagram& datagram) { Hear(code_page_.Decode(datagram.bytes)); })),
+      socket_(sockets.Create([this](const Datagram& datagram) {
+          if (datagram.from == ServiceEndpoint(options_)) // anybody may send here
+              Hear(code_page_.Decode(datagram.bytes));
+      })),
       heartbeat_timer_(clock, "heartbeat", options_.heartbeat, [this] { SendHeartbeat(); }),
       greet_timer_(clock, "greet", options_.greet_again, [this] { Greet(); }) {}
 
@@ -44,8 +46,7 @@ void Monitor::Greet() {
 }
 
 void Monitor::Send(const Text& message) {
-    const Endpoint service{options_.address, std::uint16_t(kFirstServicePort + options_.link - 1)};
-    socket_->Send(service, code_page_.Encode(message));
+    socket_->Send(ServiceEndpoint(options_), code_page_.Encode(message));
 }
 
 void Monitor::Hear(const Text& message) {

@@ -46,7 +46,7 @@ class Monitor {
     // Any message at all. Nothing is sent while stopped.
     void Send(const Text& message);
 
-    // Called for every message that comes.
+    // Called for every message that comes from the service.
     void OnMessage(std::function<void(const Text&)> fn) { on_message_ = std::move(fn); }
     // The last 1000 messages since ForgetMessages(), oldest first.
     const std::deque<MonitorMessage>& Messages() const { return messages_; }

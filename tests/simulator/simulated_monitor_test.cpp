@@ -60,11 +60,14 @@ TEST_F(MonitorTest, GreetsAgainWhenTheServiceHasForgottenItsLink) {
     EXPECT_TRUE(heard[1].starts_with("1:txHelloNx"));
 }
 
-TEST_F(MonitorTest, KeepsAndReportsWhatComes) {
+TEST_F(MonitorTest, KeepsAndReportsWhatComesFromTheService) {
     std::vector<Text> told;
     monitor.OnMessage([&](const Text& message) { told.push_back(message); });
     monitor.Start();
     clock.RunTo(5s);
+    const auto stranger = network.Create([](const Datagram&) {});
+    stranger->Bind(0);
+    stranger->Send(peer, "tx-States");
     Tell("tx-Serial\xD6\xD0");
     EXPECT_EQ(told, std::vector<Text>{u"tx-Serial中"});
     ASSERT_EQ(monitor.Messages().size(), 1u);
