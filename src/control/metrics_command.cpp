@@ -56,6 +56,7 @@ constexpr Metric kLinkMetrics[] = {
     {"link_last_heartbeat_time_seconds","gauge",   "When the monitoring program was last heard, in seconds since 1970.","/last_heartbeat_at", ""},
     {"link_datagrams_received_total",   "counter", "Datagrams received.",                                               "/datagrams_received", ""},
     {"link_datagrams_sent_total",       "counter", "Datagrams sent.",                                                   "/datagrams_sent", ""},
+    {"link_datagrams_dropped_total",    "counter", "Datagrams that the system had no room for.",                        "/datagrams_dropped", ""},
 };
 constexpr const char* kUnitStates[] = {"off", "searching", "greeting", "setting-up", "ready"};
 // clang-format on

@@ -132,6 +132,10 @@ class StatusPage {
                             : Or(link.at("name"), "(no name)") + " is lost, last heard " +
                                   Age(link.at("last_heartbeat_at")) + " ago";
             }
+            if (const auto lost = link.at("datagrams_dropped").get<long long>(); lost > 0) {
+                text += "; " + Counted(lost, "datagram") + " lost for want of room";
+                colour = Colour::kWarning;
+            }
             Row(label, text, colour);
             label.clear();
         }

@@ -11,7 +11,8 @@ namespace {
 constexpr std::uint16_t kFirstPort = 7840;
 constexpr Duration kHeartbeatPeriod = 10s;
 constexpr Duration kLossCheckPeriod = 10s;
-constexpr int kLossLimit = 4; // loss checks without a sign of life
+constexpr int kLossLimit = 4;         // loss checks without a sign of life
+constexpr Duration kDroppedTold = 1h; // after the last one
 
 // Digits 2 to 5 of an event record: service, state and action.
 constexpr TextView kGreetedEvent = u"8020";
@@ -101,8 +102,27 @@ void ControlLink::TellClosedPorts() {
 
 // ---- receiving
 
+void ControlLink::TellDropped() {
+    std::string ports;
+    for (int i = 0; i < kLinks; ++i)
+        if (links_[i].LastDropped && parts_.clock.Now() < *links_[i].LastDropped + kDroppedTold)
+            ports += (ports.empty() ? "" : ", ") + std::to_string(PortOf(i));
+    const std::string trouble =
+        "Datagrams to UDP port " + ports +
+        " were lost: more came at once than the system has room for, and events may have been "
+        "among them. Let the monitoring program there send less at once; find out which program "
+        "sends them if it is not that one. \"tarnexctl status\" counts them.";
+    parts_.notices.Report("control link losses", ports.empty() ? "" : trouble,
+                          "No datagram to the control link was lost for an hour.");
+}
+
 void ControlLink::WinsockforClient_DataArrival(int index, const Datagram& datagram) {
     ++links_[index].Received;
+    if (datagram.dropped_before > 0) {
+        links_[index].Dropped += datagram.dropped_before;
+        links_[index].LastDropped = parts_.clock.Now();
+        TellDropped();
+    }
     const Text data = parts_.code_page.Decode(datagram.bytes);
     if (parts_.lists.DebugOn)
         parts_.lists.mList5Additem(u"Read" + ToText(index) + u":" + data);
@@ -181,14 +201,15 @@ void ControlLink::Broadcast(TextView label, TextView message) {
 void ControlLink::Send(int index, TextView message) {
     if (!sockets_[index]->Bound())
         return;
-    sockets_[index]->Send(*links_[index].Peer, parts_.code_page.Encode(message));
-    ++links_[index].Sent;
+    if (sockets_[index]->Send(*links_[index].Peer, parts_.code_page.Encode(message)))
+        ++links_[index].Sent;
 }
 
 // ---- heartbeat and losses
 
 void ControlLink::HandShake_Timer() {
     OpenClosedPorts();
+    TellDropped();
     ConnectServiceLost.Enable();
     last_states_ = StatesMessage();
     Broadcast(u"HeartSend: ", last_states_);

@@ -43,7 +43,9 @@ class ControlLink {
         std::optional<Endpoint> Peer;     // where the last greeting came from
         std::optional<Duration> LastSign; // when the last greeting or heartbeat came
         unsigned long Received = 0;       // datagrams since the start of the program
-        unsigned long Sent = 0;           // the same
+        unsigned long Sent = 0;           // the same; what the system did not take is not counted
+        unsigned long Dropped = 0;        // the same: the system had no room for them
+        std::optional<Duration> LastDropped; // when the last of those became known
     };
 
     // The parts must outlive the link. No port is open before Open().
@@ -95,6 +97,7 @@ class ControlLink {
     void Bind(int index);
     void OpenClosedPorts();
     void TellClosedPorts();
+    void TellDropped();
     void Broadcast(TextView label, TextView message);
     void Send(int index, TextView message);
     void DispatchLinkEvent(int index, TextView event);

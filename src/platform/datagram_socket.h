@@ -17,6 +17,8 @@ struct Endpoint {
 struct Datagram {
     Endpoint from;
     std::string bytes; // at most 65,535, may be empty
+    // Datagrams before this one that the system had no room for; 0 where it does not tell.
+    unsigned long dropped_before = 0;
 };
 
 // A UDP socket. What waits on it is taken at once and handed on one datagram a turn of the loop,
@@ -31,8 +33,9 @@ class DatagramSocket {
     virtual std::string Bind(std::uint16_t port) = 0;
     virtual bool Bound() const = 0;
     virtual void Close() = 0;
-    // One datagram, without waiting. What the network refuses is dropped.
-    virtual void Send(const Endpoint& to, std::string_view bytes) = 0;
+    // One datagram, without waiting. False when the system did not take it; what it took may still
+    // be lost anywhere on its way.
+    virtual bool Send(const Endpoint& to, std::string_view bytes) = 0;
 };
 
 class DatagramSockets {

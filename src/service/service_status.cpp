@@ -75,6 +75,7 @@ class StatusWriter {
             json_.Null("last_heartbeat_at");
         Count("datagrams_received", traffic.received);
         Count("datagrams_sent", traffic.sent);
+        Count("datagrams_dropped", traffic.dropped);
         json_.End();
     }
 

@@ -52,6 +52,7 @@ struct ServiceStatus {
         std::optional<Duration> last_sign; // the last greeting or heartbeat
         unsigned long received = 0;        // datagrams
         unsigned long sent = 0;            // the same
+        unsigned long dropped = 0;         // the same
         friend bool operator==(const Traffic&, const Traffic&) = default;
     };
     struct State {

@@ -73,8 +73,10 @@ ServiceStatus StatusReport::Collect() const {
                                  .sent_to = parts_.link.MaySendTo(i),
                                  .name = link.LinkName,
                                  .peer = link.Peer};
-        status.traffic[i] = {
-            .last_sign = link.LastSign, .received = link.Received, .sent = link.Sent};
+        status.traffic[i] = {.last_sign = link.LastSign,
+                             .received = link.Received,
+                             .sent = link.Sent,
+                             .dropped = link.Dropped};
     }
     return status;
 }

@@ -2,6 +2,8 @@
 
 #include "simulator/call_group.h"
 
+#include <utility>
+
 namespace tarnex {
 
 namespace {
@@ -40,10 +42,16 @@ class SimulatedNetwork::Socket : public DatagramSocket {
             network_.bound_.erase(port_);
         port_ = 0;
     }
-    void Send(const Endpoint& to, std::string_view bytes) override {
+    bool Send(const Endpoint& to, std::string_view bytes) override {
+        if (!Bound() || network_.Refusing)
+            return false;
         const auto receiver = network_.bound_.find(to.port);
-        if (Bound() && to.address == kAddress && receiver != network_.bound_.end())
-            receiver->second->Arrive({{std::string(kAddress), port_}, std::string(bytes)});
+        if (to.address == kAddress && receiver != network_.bound_.end())
+            receiver->second->Arrive(
+                {.from = {std::string(kAddress), port_},
+                 .bytes = std::string(bytes),
+                 .dropped_before = std::exchange(network_.dropped_[to.port], 0)});
+        return true;
     }
 
   private:

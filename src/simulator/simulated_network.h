@@ -21,6 +21,10 @@ class SimulatedNetwork : public DatagramSockets {
     // Another program holds the port, or gives it back. It must not be bound here.
     void OccupyPort(std::uint16_t port) { occupied_.insert(port); }
     void FreePort(std::uint16_t port) { occupied_.erase(port); }
+    // The next datagram to the port tells of so many lost before it.
+    void DropBefore(std::uint16_t port, unsigned long count) { dropped_[port] = count; }
+
+    bool Refusing = false; // the system takes nothing that is to be sent
 
   private:
     class Socket;
@@ -32,6 +36,7 @@ class SimulatedNetwork : public DatagramSockets {
     Clock& clock_;
     std::map<std::uint16_t, Socket*> bound_;
     std::set<std::uint16_t> occupied_;
+    std::map<std::uint16_t, unsigned long> dropped_; // to be told
 };
 
 } // namespace tarnex

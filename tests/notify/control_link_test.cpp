@@ -212,6 +212,23 @@ TEST_F(ControlLinkTest, TakenPortsAreReportedOnceAndOpenedWhenTheyAreFree) {
     EXPECT_EQ(ThirdState(), State::C);
 }
 
+TEST_F(ControlLinkTest, LossesAreToldForAnHourAndRefusedSendsDoNotCount) {
+    Start();
+    Greet(third);
+    clock.RunTo(5s);
+    network.DropBefore(7842, 3);
+    third.SendHeartbeat();
+    clock.RunFor(0ms);
+    EXPECT_EQ(link.Links()[2].Dropped, 3u);
+    network.Refusing = true;
+    clock.RunTo(1h);
+    EXPECT_EQ(link.Links()[2].Sent, 1u);
+    ASSERT_EQ(notice_lines.size(), 1u);
+    EXPECT_TRUE(notice_lines[0].starts_with("Datagrams to UDP port 7842 were lost:"));
+    clock.RunTo(1h + 10s);
+    EXPECT_EQ(notice_lines.size(), 2u);
+}
+
 TEST_F(ControlLinkTest, AResetDisconnectsAndBeginsTheCountAnew) {
     Start();
     Greet(first);

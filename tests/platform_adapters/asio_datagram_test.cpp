@@ -99,12 +99,14 @@ TEST_F(AsioDatagram, ABurstIsTakenWholeAndHandledOneATurn) {
     EXPECT_EQ(received[0].from, (Endpoint{"127.0.0.1", peer.Port()}));
 }
 
-TEST_F(AsioDatagram, WhatIsBeyondTheQueueWaitsInTheKernel) {
+TEST_F(AsioDatagram, WhatIsBeyondTheQueueWaitsInTheKernelOrIsCountedAsLost) {
     unsigned long waiting = 0;
+    unsigned long lost = 0;
     socket = sockets.Create([&](const Datagram& datagram) {
         if (received.empty())
             waiting = WaitingInKernel(port);
         received.push_back(datagram);
+        lost += datagram.dropped_before;
     });
     ASSERT_EQ(socket->Bind(port), "");
     const std::string large(60'000, 'x');
@@ -115,6 +117,16 @@ TEST_F(AsioDatagram, WhatIsBeyondTheQueueWaitsInTheKernel) {
     EXPECT_GT(waiting, 10 * large.size());
     for (std::size_t i = 0; i < kBurst; ++i)
         ASSERT_EQ(received[i].bytes.substr(large.size()), std::to_string(i));
+    EXPECT_EQ(lost, 0u);
+
+    constexpr std::size_t kFlood = 400; // 24 MB
+    for (std::size_t i = 0; i < kFlood; ++i)
+        ASSERT_TRUE(peer.SendTo(port, large));
+    ASSERT_TRUE(RunUntil(loop, [&] { return WaitingInKernel(port) == 0; }));
+    ASSERT_TRUE(peer.SendTo(port, "end"));
+    ASSERT_TRUE(RunUntil(loop, [&] { return received.back().bytes == "end"; }));
+    EXPECT_GT(lost, 0u);
+    EXPECT_EQ(received.size() + lost, kBurst + kFlood + 1);
 }
 
 TEST_F(AsioDatagram, EmptyAndLargestDatagramsPassBothWays) {
@@ -135,10 +147,11 @@ TEST_F(AsioDatagram, EmptyAndLargestDatagramsPassBothWays) {
 TEST_F(AsioDatagram, RefusalsDoNotDisturbTheSocket) {
     ASSERT_EQ(socket->Bind(port), "");
     const Endpoint nobody{"127.0.0.1", FreePort()};
-    socket->Send(nobody, "a");
-    socket->Send(nobody, "b");
-    socket->Send({"no address", 1}, "c");
-    socket->Send({"127.0.0.1", 0}, "d");
+    EXPECT_TRUE(socket->Send(nobody, "a"));
+    EXPECT_TRUE(socket->Send(nobody, "b"));
+    EXPECT_FALSE(socket->Send({"no address", 1}, "c"));
+    EXPECT_FALSE(socket->Send({"127.0.0.1", 0}, "d"));
+    EXPECT_FALSE(socket->Send(nobody, std::string(70'000, 'e')));
     ASSERT_TRUE(peer.SendTo(port, "still here"));
     EXPECT_TRUE(RunUntil(loop, [&] { return !received.empty(); }));
 }

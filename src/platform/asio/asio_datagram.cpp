@@ -3,6 +3,9 @@
 #include "platform/asio/error_words.h"
 #include "platform/asio/loop_core.h"
 
+#include <array>
+#include <cerrno>
+#include <cstring>
 #include <deque>
 
 #include <asio/ip/udp.hpp>
@@ -55,6 +58,7 @@ class Binding : public std::enable_shared_from_this<Binding> {
         if (error)
             return ErrorWords(error);
         EnlargeReceiveBuffer(socket_);
+        AskForDrops();
         AwaitArrival();
         return "";
     }
@@ -64,11 +68,12 @@ class Binding : public std::enable_shared_from_this<Binding> {
         socket_.close(ignored);
     }
 
-    void Send(const Endpoint& to, std::string_view bytes) {
-        asio::error_code ignored; // a datagram may be lost anywhere on its way
-        const auto ip = asio::ip::make_address_v4(to.address, ignored);
-        if (!ignored)
-            socket_.send_to(asio::buffer(bytes), {ip, to.port}, 0, ignored);
+    bool Send(const Endpoint& to, std::string_view bytes) {
+        asio::error_code error;
+        const auto ip = asio::ip::make_address_v4(to.address, error);
+        if (!error)
+            socket_.send_to(asio::buffer(bytes), {ip, to.port}, 0, error);
+        return !error;
     }
 
   private:
@@ -100,17 +105,54 @@ class Binding : public std::enable_shared_from_this<Binding> {
     bool TakeOne() {
         udp::endpoint from;
         asio::error_code error;
-        const std::size_t size = socket_.receive_from(
-            asio::buffer(receive_buffer_.get(), kLargestDatagram), from, 0, error);
+        const std::uint32_t dropped = dropped_;
+        const std::size_t size = Receive(from, error);
         if (error == asio::error::connection_refused || error == asio::error::connection_reset)
             return true; // the fate of an earlier datagram that was sent
         if (error)
             return false;
         waiting_bytes_ += size;
         waiting_.push_back({.from = {from.address().to_string(), from.port()},
-                            .bytes = {receive_buffer_.get(), size}});
+                            .bytes = {receive_buffer_.get(), size},
+                            .dropped_before = dropped_ - dropped});
         return true;
     }
+
+#ifdef SO_RXQ_OVFL
+    void AskForDrops() {
+        const int on = 1;
+        setsockopt(socket_.native_handle(), SOL_SOCKET, SO_RXQ_OVFL, &on, sizeof on);
+    }
+    // The kernel counts what it drops from the start of the socket, and tells the count with the
+    // next datagram that it has room for.
+    std::size_t Receive(udp::endpoint& from, asio::error_code& error) {
+        alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof dropped_)> notes{};
+        iovec bytes{.iov_base = receive_buffer_.get(), .iov_len = kLargestDatagram};
+        msghdr message{};
+        message.msg_name = from.data();
+        message.msg_namelen = static_cast<socklen_t>(from.capacity());
+        message.msg_iov = &bytes;
+        message.msg_iovlen = 1;
+        message.msg_control = notes.data();
+        message.msg_controllen = notes.size();
+        const ssize_t size = recvmsg(socket_.native_handle(), &message, 0);
+        if (size < 0) {
+            error.assign(errno, asio::system_category());
+            return 0;
+        }
+        from.resize(message.msg_namelen);
+        const cmsghdr* note = CMSG_FIRSTHDR(&message);
+        if (note && note->cmsg_level == SOL_SOCKET && note->cmsg_type == SO_RXQ_OVFL)
+            std::memcpy(&dropped_, CMSG_DATA(note), sizeof dropped_);
+        return static_cast<std::size_t>(size);
+    }
+#else
+    void AskForDrops() {}
+    std::size_t Receive(udp::endpoint& from, asio::error_code& error) {
+        return socket_.receive_from(asio::buffer(receive_buffer_.get(), kLargestDatagram), from, 0,
+                                    error);
+    }
+#endif
 
     void DeliverLater() {
         loop_.CallAfter(Duration::zero(), [weak = weak_from_this()] {
@@ -135,6 +177,7 @@ class Binding : public std::enable_shared_from_this<Binding> {
     udp::socket socket_;
     std::shared_ptr<char[]> receive_buffer_;
     std::shared_ptr<const OnDatagram> on_datagram_;
+    std::uint32_t dropped_ = 0; // datagrams since Open(), as last told
     bool awaiting_arrival_ = false;
     std::deque<Datagram> waiting_;
     std::size_t waiting_bytes_ = 0;
@@ -166,9 +209,8 @@ class AsioDatagramSocket : public DatagramSocket {
             binding_->Close();
         binding_.reset();
     }
-    void Send(const Endpoint& to, std::string_view bytes) override {
-        if (binding_)
-            binding_->Send(to, bytes);
+    bool Send(const Endpoint& to, std::string_view bytes) override {
+        return binding_ && binding_->Send(to, bytes);
     }
 
   private:
