@@ -43,8 +43,8 @@ class Clock {
     virtual CallId CallAfter(Duration delay, std::function<void()> fn) = 0;
     // The call does not run any more. Harmless after it has run.
     virtual void Cancel(CallId id) = 0;
-    // fn runs whenever handlers have run and no call is due for now: just before the loop sleeps.
-    // It costs no wake-up. One such function at a time; an empty one ends it.
+    // fn runs just before the loop sleeps, and every second while handlers leave it no time to. It
+    // costs no wake-up. One such function at a time; an empty one ends it.
     virtual void BeforeSleep(std::function<void()> fn) = 0;
 };
 

@@ -35,8 +35,10 @@ void StatusReport::Look() {
     } else if (changed) {
         // Traffic alone waits for whatever wakes the loop next.
         call_pending_ = true;
-        call_ = parts_.clock.CallAfter(next_write_ - parts_.clock.Now(),
-                                       [this] { call_pending_ = false; });
+        call_ = parts_.clock.CallAfter(next_write_ - parts_.clock.Now(), [this] {
+            call_pending_ = false;
+            Look(); // a busy loop may not sleep soon
+        });
     }
 }
 

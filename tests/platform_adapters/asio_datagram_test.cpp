@@ -202,7 +202,8 @@ TEST_F(AsioDatagram, AHandlerMayCloseRebindOrDestroyItsSocket) {
     EXPECT_EQ(calls, 2);
 }
 
-// Neither an endless chain of calls nor an endless stream of arrivals starves the other.
+// Neither an endless chain of calls nor an endless stream of arrivals starves the other, nor what
+// runs before the loop sleeps.
 TEST_F(AsioDatagram, CallsAndArrivalsTakeTurns) {
     std::function<void()> chain = [&] { loop.CallAfter(0ms, chain); };
     chain();
@@ -216,7 +217,9 @@ TEST_F(AsioDatagram, CallsAndArrivalsTakeTurns) {
     ASSERT_EQ(socket->Bind(port), "");
     ASSERT_TRUE(peer.SendTo(port, "go"));
     loop.CallAfter(20ms, [&] { timer_ran = true; });
-    EXPECT_TRUE(RunUntil(loop, [&] { return timer_ran && echoes > 100; }));
+    bool looked = false;
+    loop.BeforeSleep([&] { looked = true; });
+    EXPECT_TRUE(RunUntil(loop, [&] { return timer_ran && looked && echoes > 100; }));
 }
 
 } // namespace

@@ -7,6 +7,12 @@
 
 namespace tarnex {
 
+namespace {
+
+constexpr Duration kLongestUnlooked = 1s; // while it is busy
+
+} // namespace
+
 AsioLoop::AsioLoop() : core_(std::make_unique<Core>()), start_(std::chrono::steady_clock::now()) {}
 
 AsioLoop::~AsioLoop() = default;
@@ -52,14 +58,22 @@ void AsioLoop::RunDueCall() {
 void AsioLoop::RunArrival() {
     now_.reset();
     if (CallIsDue()) {
+        if (Now() >= last_look_ + kLongestUnlooked)
+            Look();
         core_->io.poll_one();
         return;
     }
-    if (before_sleep_)
-        before_sleep_();
+    Look();
     ArmWakeUp();
     now_.reset(); // whatever ends the sleep sees the time after it
     core_->io.run_one();
+}
+
+void AsioLoop::Look() {
+    last_look_ = Now();
+    if (before_sleep_)
+        before_sleep_();
+    now_.reset(); // it may have taken its time
 }
 
 void AsioLoop::ArmWakeUp() {

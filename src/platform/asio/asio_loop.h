@@ -43,11 +43,13 @@ class AsioLoop : public Clock, public SignalSource, public DescriptorSource {
     bool CallIsDue() const;
     void RunDueCall();
     void RunArrival();
+    void Look();
     void ArmWakeUp();
 
     std::unique_ptr<Core> core_;
     CallQueue calls_;
     std::function<void()> before_sleep_;
+    Duration last_look_{}; // when that ran
     std::chrono::steady_clock::time_point start_;
     mutable std::optional<Duration> now_; // as the present handler has seen it, if it asked
     bool stopped_ = false;
