@@ -40,7 +40,7 @@ struct FlashProgress {
     long bytes = 0;   // data bytes in them
 
     FlashFault fault = FlashFault::kNone;
-    std::string file_problem{};                    // kNoFile: why
+    ErrorWords file_problem{};                     // kNoFile: why
     HexTrouble trouble = HexTrouble::kNoEndRecord; // kBadLine: why
     PortStatus port_status = PortStatus::kOk;      // kNoPort: why
     std::string answer{}; // the bytes that came after what was sent last; the last is the wrong one

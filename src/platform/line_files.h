@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/error_words.h"
+
 #include <memory>
 #include <optional>
 #include <string>
@@ -20,7 +22,7 @@ class LineFile {
 
 struct OpenedLineFile {
     std::unique_ptr<LineFile> file; // nullptr when there is a problem
-    std::string problem{};          // why it cannot be read: "No such file or directory"
+    ErrorWords problem{};           // why it cannot be read
 };
 
 class LineFiles {

@@ -50,7 +50,7 @@ class SimulatedLineFiles : public LineFiles {
     OpenedLineFile Open(const std::string& path) override {
         const auto file = Files.find(path);
         if (file == Files.end())
-            return {.file = nullptr, .problem = "no such file"};
+            return {.file = nullptr, .problem = {"no such file", u"没有这个文件"}};
         return {.file = std::make_unique<File>(file->second, OpenCount)};
     }
 

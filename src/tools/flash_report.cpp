@@ -92,7 +92,7 @@ std::string Cause(const FlashProgress& progress) {
     case FlashFault::kNone:
         break;
     case FlashFault::kNoFile:
-        return progress.file_problem;
+        return progress.file_problem.english;
     case FlashFault::kBadLine:
         return "line " + std::to_string(progress.line) + " of the file " +
                TroubleWords(progress.trouble).english;
@@ -119,7 +119,7 @@ Text CauseInChinese(const FlashProgress& progress) {
     case FlashFault::kNone:
         break;
     case FlashFault::kNoFile:
-        return u"不能读取文件：" + FromUtf8(progress.file_problem);
+        return u"不能读取文件：" + progress.file_problem.chinese;
     case FlashFault::kBadLine:
         return u"文件第" + ToText(progress.line) + u"行" +
                Text(TroubleWords(progress.trouble).chinese);

@@ -79,7 +79,7 @@ int LineFlasher::Check(const std::string& file) {
 int LineFlasher::ReadFile(const std::string& path) {
     file_ = ReadFirmwareFile(world_.files, path);
     if (file_.verdict.fault == FlashFault::kNoFile)
-        output_.complain(path + ": " + file_.verdict.file_problem);
+        output_.complain(path + ": " + file_.verdict.file_problem.english);
     else
         for (const std::string& line : SummaryLines(path, file_.summary))
             output_.say(line);

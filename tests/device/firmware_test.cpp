@@ -208,7 +208,7 @@ TEST_F(FirmwareTest, ABadFileEndsItWhereItIsBad) {
     }
     EXPECT_FALSE(Flash("other.hex"));
     EXPECT_EQ(Progress().fault, FlashFault::kNoFile);
-    EXPECT_EQ(Progress().file_problem, "no such file");
+    EXPECT_EQ(Progress().file_problem.english, "no such file");
     EXPECT_EQ(ports.Written(7), "");
 }
 

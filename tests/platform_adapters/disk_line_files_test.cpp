@@ -44,11 +44,11 @@ TEST_F(DiskLineFilesTest, SaysWhyAFileCannotBeRead) {
     mkfifo((folder / "pipe").c_str(), 0600);
     WriteFile(folder / "secret", "x");
     chmod((folder / "secret").c_str(), 0);
-    EXPECT_EQ(files.Open(folder / "none").problem, "No such file or directory");
-    EXPECT_EQ(files.Open(folder.Path()).problem, "it is a folder");
-    EXPECT_EQ(files.Open(folder / "pipe").problem, "it is no plain file");
+    EXPECT_EQ(files.Open(folder / "none").problem.english, "no such file or folder");
+    EXPECT_EQ(files.Open(folder.Path()).problem.chinese, u"这是一个文件夹");
+    EXPECT_EQ(files.Open(folder / "pipe").problem.english, "it is no plain file");
     EXPECT_TRUE(InChild(
-        true, [&] { return files.Open(folder / "secret").problem == "Permission denied"; }));
+        true, [&] { return files.Open(folder / "secret").problem.chinese == u"没有权限"; }));
 }
 
 } // namespace

@@ -36,7 +36,7 @@ class Links(unittest.TestCase):
         site = Site(self, **{"BindAddress": "192.0.2.1"})
         service = site.start_service()
         line = service.wait_for("correct BindAddress in section [ControlLink]")
-        self.assertIn("7840, 7841, 7842, 7843, 7844 (cannot assign requested address)", line)
+        self.assertIn("7840, 7841, 7842, 7843, 7844 (not an address of this machine)", line)
         self.assertEqual(service.stop(), 0)
         self.assertEqual(len(service.lines), 1)
 

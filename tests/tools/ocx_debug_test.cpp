@@ -239,7 +239,7 @@ TEST_F(ConsoleTest, ShowsWhatTheDeviceLinkDoes) {
 TEST_F(ConsoleTest, UpgradesFromTheFixedFile) {
     Connect();
     Press(41);
-    EXPECT_EQ(Logged(), (std::vector<Text>{u"升级失败!", u"打开文件：不能读取文件：no such file。",
+    EXPECT_EQ(Logged(), (std::vector<Text>{u"升级失败!", u"打开文件：不能读取文件：没有这个文件。",
                                            u"设备程序没有改动。请更换文件。"}));
     EXPECT_TRUE(heard.empty());
     EXPECT_EQ(console.Command(1).Caption(), u"连接Tarnex"); // the update has closed the port

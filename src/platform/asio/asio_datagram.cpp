@@ -1,7 +1,7 @@
 #include "platform/asio/asio_datagram.h"
 
-#include "platform/asio/error_words.h"
 #include "platform/asio/loop_core.h"
+#include "platform/error_words.h"
 
 #include <array>
 #include <cerrno>
@@ -56,7 +56,7 @@ class Binding : public std::enable_shared_from_this<Binding> {
         if (!error)
             socket_.bind({ip, port}, error);
         if (error)
-            return ErrorWords(error);
+            return WordsFor(error).english;
         EnlargeReceiveBuffer(socket_);
         AskForDrops();
         AwaitArrival();

@@ -1,8 +1,8 @@
 #include "platform/asio/asio_tcp_client.h"
 
-#include "platform/asio/error_words.h"
 #include "platform/asio/loop_core.h"
 #include "platform/asio/name_lookup.h"
+#include "platform/error_words.h"
 
 #include <array>
 #include <deque>
@@ -87,9 +87,10 @@ class Connection : public std::enable_shared_from_this<Connection> {
         if (!error)
             socket_.async_connect(endpoint, Guarded(&Connection::OnConnected));
         else if (error == asio::error::address_family_not_supported)
-            TryNext({.why = ErrorWords(error)});
+            TryNext({.why = WordsFor(error).english});
         else
-            End({.why = "no socket for the connection: " + ErrorWords(error), .own_machine = true});
+            End({.why = "no socket for the connection: " + WordsFor(error).english,
+                 .own_machine = true});
     }
 
     void TryNext(const TcpEnd& end) {
@@ -101,7 +102,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
     void OnConnected(asio::error_code error) {
         if (error) {
-            TryNext({.why = ErrorWords(error)});
+            TryNext({.why = WordsFor(error).english});
             return;
         }
         asio::error_code ignored; // a delay harms nobody
@@ -115,8 +116,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
     void OnRead(asio::error_code error, std::size_t size) {
         if (error) {
-            End({.why =
-                     error == asio::error::eof ? "closed by the other side" : ErrorWords(error)});
+            End({.why = error == asio::error::eof ? "closed by the other side"
+                                                  : WordsFor(error).english});
             return;
         }
         events_->received({input_.data(), size});

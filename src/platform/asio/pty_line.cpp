@@ -1,7 +1,7 @@
 #include "platform/asio/pty_line.h"
 
-#include "platform/asio/error_words.h"
 #include "platform/asio/loop_core.h"
+#include "platform/error_words.h"
 #include "platform/linux/tty_device.h"
 #include "platform/linux/unique_fd.h"
 
@@ -22,7 +22,7 @@ namespace {
 constexpr Duration kHoldCheckPeriod = 1s;
 
 std::string LastError() {
-    return ErrorWords({errno, asio::system_category()});
+    return WordsFor({errno, asio::system_category()}).english;
 }
 
 } // namespace
@@ -48,7 +48,7 @@ class PtyLine::Terminal : public std::enable_shared_from_this<Terminal> {
         asio::error_code error; // the system may watch no more descriptors
         own_end_.assign(own.Get(), error);
         if (error)
-            return ErrorWords(error);
+            return WordsFor(error).english;
         own.Release();
         own_end_.non_blocking(true);
         AwaitInput();

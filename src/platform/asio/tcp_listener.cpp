@@ -1,7 +1,7 @@
 #include "platform/asio/tcp_listener.h"
 
-#include "platform/asio/error_words.h"
 #include "platform/asio/loop_core.h"
+#include "platform/error_words.h"
 
 #include <array>
 #include <deque>
@@ -120,7 +120,7 @@ class TcpListener::Server : public std::enable_shared_from_this<Server> {
         if (!error)
             acceptor_.listen(tcp::acceptor::max_listen_connections, error);
         if (error)
-            return ErrorWords(error);
+            return WordsFor(error).english;
         Accept();
         return "";
     }

@@ -57,10 +57,12 @@ OpenedLineFile DiskLineFiles::Open(const std::string& path) {
     UniqueFd file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat status {};
     if (!file || fstat(file.Get(), &status) != 0)
-        return {.file = nullptr, .problem = std::strerror(errno)};
-    if (!S_ISREG(status.st_mode))
+        return {.file = nullptr, .problem = WordsFor({errno, std::generic_category()})};
+    if (S_ISDIR(status.st_mode))
         return {.file = nullptr,
-                .problem = S_ISDIR(status.st_mode) ? "it is a folder" : "it is no plain file"};
+                .problem = WordsFor(std::make_error_code(std::errc::is_a_directory))};
+    if (!S_ISREG(status.st_mode))
+        return {.file = nullptr, .problem = {"it is no plain file", u"这不是普通文件"}};
     return {.file = std::make_unique<DiskLineFile>(std::move(file))};
 }
 
