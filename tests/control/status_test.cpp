@@ -28,7 +28,7 @@ class StatusCommands : public ControlTest {
         for (auto& link : status.state.links)
             link.listening = true;
         status.state.links[0].connected = status.state.links[0].sent_to = true;
-        status.state.links[0].name = u"监控\x1b[31m";
+        status.state.links[0].name = u"监控\x1b[31m\u202e";
         status.state.links[0].peer = Endpoint{"127.0.0.1", 4000};
         status.traffic[0] = {.last_sign = 3h - 7s, .received = 3, .sent = 4, .dropped = 1};
         status.state.sms.counts.Sent = 12;
@@ -56,7 +56,7 @@ TEST_F(StatusCommands, ShowsEveryPart) {
          {"running for 3 h, process 4711", "last change 5 s ago", "ready\n", "for 2 h 50 min",
           "port COM5, /dev/ttyUSB0", "signal 17, level 4 of 5", "serial number 7\"8",
           "11 of 11 start-up steps done\n",
-          "0  port 7840  监控\\x1B[31m at 127.0.0.1:4000, heard 12 s ago; 1 datagram lost",
+          "0  port 7840  监控\\x1B[31m\\u202E at 127.0.0.1:4000, heard 12 s ago; 1 datagram lost",
           "4  port 7844  nobody", "attempt 3 of 4 to number 2: 设备1\\n", "sent 12, given up 0",
           "failing: no answer", "none, rows lost 2", "The disk is full."})
         EXPECT_TRUE(Says(part)) << part << "\n" << out.str();
@@ -130,6 +130,7 @@ TEST_F(StatusCommands, WatchShowsChangesOnly) {
     for (std::string line; std::getline(lines, line);)
         phases.push_back(json::parse(line)["unit"]["state"]);
     EXPECT_EQ(phases, (std::vector<std::string>{"ready", "searching"}));
+    EXPECT_TRUE(Says("[31m\\u202e"));
 }
 
 TEST_F(StatusCommands, MetricsAreGoodPrometheusText) {
