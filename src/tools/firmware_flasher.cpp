@@ -25,6 +25,7 @@ FirmwareFlasher::FirmwareFlasher(const ToolWorld& world, FileDialog& dialog, Tex
     timers_.Add(GetAddrTimer);
     Command1.OnClick([this] { Command1_Click(); });
     Command41.OnClick([this] { Start(Upgrade()); });
+    OtherFile.OnClick([this] { ChooseFile(); });
     Command6.OnClick([this] { Command6_Click(); });
     link_.core.firmware.SetDisplay(
         {.List1Additem = [this](const Text& line) { List1Additem(line); },
@@ -41,6 +42,7 @@ void FirmwareFlasher::Form_Load() {
     Command41.SetEnabled(false);
     Command1.SetEnabled(true);
     Command6.SetEnabled(true);
+    DisableExtras();
     link_.core.Init();
     List1Additem(u"Tarnex Firmware 升级程序");
     List1Additem(Text(kLogRule));
@@ -64,25 +66,46 @@ void FirmwareFlasher::Command1_Click() {
         Disconnect();
 }
 
+// What stands beside the three steps: there once a file was chosen, and at rest.
+void FirmwareFlasher::EnableExtras() {
+    OtherFile.SetEnabled(!hex_file_.empty() && !choosing_);
+}
+
+void FirmwareFlasher::DisableExtras() {
+    OtherFile.SetEnabled(false);
+}
+
 void FirmwareFlasher::ChooseFile() {
+    choosing_ = true;
     Command1.SetEnabled(false);
+    Command41.SetEnabled(false);
+    DisableExtras();
     CommonDialog_.Show(u"*.hex|*.HEX", [this](const std::string& path) { FileChosen(path); });
 }
 
 void FirmwareFlasher::FileChosen(const std::string& path) {
-    Command1.SetEnabled(true);
-    if (path.empty())
-        return;
+    choosing_ = false;
+    if (!path.empty())
+        TakeFile(path);
+    Command1.SetEnabled(!failed_);
+    Command41.SetEnabled(!failed_ && Connected());
+    EnableExtras();
+}
+
+void FirmwareFlasher::TakeFile(const std::string& path) {
     hex_file_ = path;
+    failed_ = failed_ && !Connected();
     List1Additem(FromUtf8(path));
     const FirmwareFile file = ReadFirmwareFile(world_.files, path);
     if (!file.Sendable())
         ListFailure(file.verdict);
-    Command1.SetCaption(Text(kConnect));
+    if (Command1.Caption() == kOpen)
+        Command1.SetCaption(Text(kConnect));
 }
 
 Task<> FirmwareFlasher::Connect() {
     Command1.SetEnabled(false);
+    DisableExtras();
     List1Additem(u"正在连接Tarnex.");
     Discovery& discovery = link_.core.discovery;
     co_await discovery.Connect(Discovery::Ports::kAll);
@@ -99,6 +122,7 @@ Task<> FirmwareFlasher::Connect() {
         Command1.SetEnabled(true);
         Command6.SetEnabled(true);
     }
+    EnableExtras();
 }
 
 void FirmwareFlasher::Disconnect() {
@@ -107,15 +131,18 @@ void FirmwareFlasher::Disconnect() {
     List1Additem(u"已经断开Tarnex.");
     List1Additem(Text(kLogRule));
     Command1.SetCaption(Text(kConnect));
-    Command1.SetEnabled(true);
+    failed_ = false;
+    Command1.SetEnabled(!choosing_);
     Command6.SetEnabled(true);
     Command41.SetEnabled(false);
+    EnableExtras();
 }
 
 Task<> FirmwareFlasher::Upgrade() {
     Command1.SetEnabled(false);
     Command6.SetEnabled(false);
     Command41.SetEnabled(false);
+    DisableExtras();
     const FirmwareFile file = ReadFirmwareFile(world_.files, hex_file_);
     if (!file.Sendable()) {
         EndInFailure(file.verdict);
@@ -142,11 +169,13 @@ Task<> FirmwareFlasher::Upgrade() {
     }
 }
 
-// From now on one can only leave.
+// The three steps are over.
 void FirmwareFlasher::EndInFailure(const FlashProgress& progress) {
     List1Additem(u"升级失败!");
     ListFailure(progress);
+    failed_ = true;
     Command6.SetEnabled(true);
+    EnableExtras();
 }
 
 void FirmwareFlasher::ListFailure(const FlashProgress& progress) {

@@ -20,6 +20,7 @@ class FirmwareFlasher : public ToolForm {
     Button Command1{*this, "Command1", u"打　开"}; // its caption is the tool's state
     Button Command41{*this, "Command41", u"升　级"};
     Button Command6{*this, "Command6", u"退　出"};
+    Button OtherFile{*this, "OtherFile", u"另选文件"}; // beside the three steps
     ListBox List1{*this, "List1"};
     TextBox Text1{*this, "Text1"}; // the address being written
 
@@ -29,6 +30,10 @@ class FirmwareFlasher : public ToolForm {
     void Command1_Click();
     void ChooseFile();
     void FileChosen(const std::string& path);
+    void TakeFile(const std::string& path);
+    void EnableExtras();
+    void DisableExtras();
+    bool Connected() const { return link_.core.discovery.ConnectStatus() != 0; }
     Task<> Connect();
     void Disconnect();
     Task<> Upgrade();
@@ -41,6 +46,8 @@ class FirmwareFlasher : public ToolForm {
     Text version_;
     std::string hex_file_; // "" until one is chosen
     int port_ = 0;         // of the last update
+    bool choosing_ = false;
+    bool failed_ = false; // one can only leave, or do what stands beside the three steps
     Form hidden_{"hidden", u""};
     ListBox nowhere_{hidden_, "nowhere"};
     ToolLink link_;

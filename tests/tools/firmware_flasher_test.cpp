@@ -151,6 +151,17 @@ TEST_F(FlasherTest, ABadFileLeavesTheUnitAlone) {
     EXPECT_EQ(logged, (std::vector<Text>{u"升级失败!", trouble[0], trouble[1]}));
     EXPECT_TRUE(heard.empty());
     EXPECT_EQ(Enabled(), "001");
+    flasher.OtherFile.Click();
+    EXPECT_FALSE(flasher.OtherFile.Enabled());
+    dialog.Choose("new.hex");
+    EXPECT_EQ(Enabled(), "111");
+    flasher.OtherFile.Click();
+    EXPECT_EQ(Enabled(), "001");
+    ports.Unplug(3);
+    clock.RunFor(0s);
+    EXPECT_EQ(Enabled(), "001"); // one question at a time
+    dialog.Choose("");
+    EXPECT_EQ(Enabled(), "101");
 }
 
 TEST_F(FlasherTest, WithoutAUnitOneMayTryAgain) {
