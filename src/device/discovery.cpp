@@ -29,12 +29,19 @@ Task<int> Discovery::Connect(Ports which) {
         co_return port_no_;
     int first = kFirstPort;
     int last = kLastPort;
-    if (which == Ports::kLast) {
-        const Text stored = parts_.ini.GetIniStr(u"TarnexComm", u"LastCom");
-        if (const int number = LeadingInt16(stored).value_or(0); number != 0)
+    if (which == Ports::kLast)
+        if (const int number = StoredPort(); number != 0)
             first = last = number;
-    }
     co_return co_await Scan(first, last);
+}
+
+int Discovery::StoredPort() const {
+    return LeadingInt16(parts_.ini.GetIniStr(u"TarnexComm", u"LastCom")).value_or(0);
+}
+
+int Discovery::LastPort() const {
+    const int number = StoredPort();
+    return number >= kFirstPort && number <= kLastPort ? number : 0;
 }
 
 Task<int> Discovery::ConnectTo(int number) {

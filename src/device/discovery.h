@@ -29,7 +29,10 @@ class Discovery {
     // Opens the first port on which a unit answers the greeting and returns its number; 0 when
     // there is none. The number of the open port at once when one is open.
     Task<int> Connect(Ports which);
-    // The same on COM<number> alone.
+    // The number of the port on which the unit was last found (LastCom); 0 when the settings name
+    // none of COM1 to COM20.
+    int LastPort() const;
+    // The same as Connect on COM<number> alone.
     Task<int> ConnectTo(int number);
     // Closes the open port; the number that it had, 0 when none was open ("Close").
     int ConnectClose();
@@ -51,6 +54,7 @@ class Discovery {
   private:
     Task<int> Scan(int first, int last);
     Task<bool> Try(int number);
+    int StoredPort() const;
     void TellOperator(int number, PortStatus status);
 
     Parts parts_;

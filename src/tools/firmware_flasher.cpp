@@ -26,6 +26,7 @@ FirmwareFlasher::FirmwareFlasher(const ToolWorld& world, FileDialog& dialog, Tex
     Command1.OnClick([this] { Command1_Click(); });
     Command41.OnClick([this] { Start(Upgrade()); });
     OtherFile.OnClick([this] { ChooseFile(); });
+    Rescue.OnClick([this] { Start(CallLoader()); });
     Command6.OnClick([this] { Command6_Click(); });
     link_.core.firmware.SetDisplay(
         {.List1Additem = [this](const Text& line) { List1Additem(line); },
@@ -66,13 +67,29 @@ void FirmwareFlasher::Command1_Click() {
         Disconnect();
 }
 
+// As far as the three steps have come.
+void FirmwareFlasher::EnableSteps() {
+    Command1.SetEnabled(!failed_);
+    Command41.SetEnabled(!failed_ && Connected());
+    Command6.SetEnabled(true);
+}
+
 // What stands beside the three steps: there once a file was chosen, and at rest.
 void FirmwareFlasher::EnableExtras() {
-    OtherFile.SetEnabled(!hex_file_.empty() && !choosing_);
+    const bool possible = !hex_file_.empty() && !choosing_;
+    OtherFile.SetEnabled(possible);
+    Rescue.SetEnabled(possible && !Connected());
+}
+
+void FirmwareFlasher::DisableAll() {
+    for (Button* step : {&Command1, &Command41, &Command6})
+        step->SetEnabled(false);
+    DisableExtras();
 }
 
 void FirmwareFlasher::DisableExtras() {
     OtherFile.SetEnabled(false);
+    Rescue.SetEnabled(false);
 }
 
 void FirmwareFlasher::ChooseFile() {
@@ -87,8 +104,7 @@ void FirmwareFlasher::FileChosen(const std::string& path) {
     choosing_ = false;
     if (!path.empty())
         TakeFile(path);
-    Command1.SetEnabled(!failed_);
-    Command41.SetEnabled(!failed_ && Connected());
+    EnableSteps();
     EnableExtras();
 }
 
@@ -111,18 +127,20 @@ Task<> FirmwareFlasher::Connect() {
     co_await discovery.Connect(Discovery::Ports::kAll);
     discovery.ConnectClose();
     const int port = co_await discovery.Connect(Discovery::Ports::kAll);
-    if (port != 0) {
-        List1Additem(u"已在Com" + ToText(port) + u"成功连接Tarnex.");
-        List1Additem(u"可以开始更新Firmware!");
-        Command1.SetEnabled(true);
-        Command41.SetEnabled(true);
-        Command1.SetCaption(Text(kDisconnect));
-    } else {
+    if (port != 0)
+        ListConnected(port);
+    else
         List1Additem(u"无法连接Tarnex.");
-        Command1.SetEnabled(true);
-        Command6.SetEnabled(true);
-    }
+    EnableSteps();
     EnableExtras();
+}
+
+void FirmwareFlasher::ListConnected(int port) {
+    port_ = port;
+    failed_ = false;
+    List1Additem(u"已在Com" + ToText(port) + u"成功连接Tarnex.");
+    List1Additem(u"可以开始更新Firmware!");
+    Command1.SetCaption(Text(kDisconnect));
 }
 
 void FirmwareFlasher::Disconnect() {
@@ -139,10 +157,7 @@ void FirmwareFlasher::Disconnect() {
 }
 
 Task<> FirmwareFlasher::Upgrade() {
-    Command1.SetEnabled(false);
-    Command6.SetEnabled(false);
-    Command41.SetEnabled(false);
-    DisableExtras();
+    DisableAll();
     const FirmwareFile file = ReadFirmwareFile(world_.files, hex_file_);
     if (!file.Sendable()) {
         EndInFailure(file.verdict);
@@ -156,25 +171,60 @@ Task<> FirmwareFlasher::Upgrade() {
     List1Additem(u"正在升级Firmware,请等待.");
     List1Additem(u"");
     co_await core.commands.RESET_NOBACK();
-    port_ = core.discovery.ConnectClose();
+    const int port = core.discovery.ConnectClose();
+    const bool upgraded = co_await Write(port);
+    if (!upgraded)
+        EndInFailure(core.firmware.Progress());
+}
+
+Task<bool> FirmwareFlasher::Write(int port) {
     GetAddrTimer.Enable();
-    const bool upgraded = co_await core.firmware.FirmwareFlash(port_, hex_file_);
+    const bool upgraded = co_await link_.core.firmware.FirmwareFlash(port, hex_file_);
     if (upgraded) {
         List1Additem(u"升级成功!");
         Disconnect();
         GetAddrTimer.Disable();
         Text1.SetVisible(false);
-    } else {
-        EndInFailure(core.firmware.Progress());
     }
+    co_return upgraded;
 }
 
 // The three steps are over.
 void FirmwareFlasher::EndInFailure(const FlashProgress& progress) {
+    failed_ = true;
     List1Additem(u"升级失败!");
     ListFailure(progress);
-    failed_ = true;
-    Command6.SetEnabled(true);
+    EnableSteps();
+    EnableExtras();
+}
+
+// A unit whose update broke off answers no greeting, only its loader does. It is called where the
+// unit was last and nowhere else, since other devices would not know what to make of it. A unit
+// that answers after all is connected.
+Task<> FirmwareFlasher::CallLoader() {
+    DisableAll();
+    const FirmwareFile file = ReadFirmwareFile(world_.files, hex_file_);
+    if (port_ == 0)
+        port_ = link_.core.discovery.LastPort();
+    if (!file.Sendable()) {
+        ListFailure(file.verdict);
+    } else if (port_ == 0) {
+        List1Additem(u"不知道设备在哪个串口，请用命令指定：" +
+                     FromUtf8(UpdateCommand("COM1", hex_file_)));
+    } else {
+        const Text device = FromUtf8(world_.serial_ports.DeviceName(port_));
+        List1Additem(u"正在呼叫设备：Com" + ToText(port_) + u" " + device);
+        const int found = co_await link_.core.discovery.ConnectTo(port_);
+        if (found != 0) {
+            ListConnected(port_);
+        } else {
+            List1Additem(u"设备没有应答，改为呼叫它的升级程序。请将设备断电后重新上电。");
+            const bool upgraded = co_await Write(port_);
+            if (!upgraded)
+                ListFailure(link_.core.firmware.Progress());
+        }
+    }
+    EnableSteps();
     EnableExtras();
 }
 
@@ -182,6 +232,8 @@ void FirmwareFlasher::ListFailure(const FlashProgress& progress) {
     const std::string command = UpdateCommand("COM" + std::to_string(port_), hex_file_);
     for (const Text& line : FailureInChinese(progress, command))
         List1Additem(line);
+    if (ProgramTouched(progress))
+        List1Additem(u"也可以按“恢　复”再次写入。");
 }
 
 void FirmwareFlasher::Command6_Click() {

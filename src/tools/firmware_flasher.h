@@ -6,7 +6,8 @@
 namespace tarnex {
 
 // The operator's window for loading new firmware into the unit from a HEX file: choose the file,
-// connect, upgrade.
+// connect, upgrade. What it has beside these three steps: another file, and the way to a unit
+// without its program.
 class FirmwareFlasher : public ToolForm {
   public:
     // version: the program's, "1.0.327". The dialog must outlive the window.
@@ -20,7 +21,8 @@ class FirmwareFlasher : public ToolForm {
     Button Command1{*this, "Command1", u"打　开"}; // its caption is the tool's state
     Button Command41{*this, "Command41", u"升　级"};
     Button Command6{*this, "Command6", u"退　出"};
-    Button OtherFile{*this, "OtherFile", u"另选文件"}; // beside the three steps
+    Button OtherFile{*this, "OtherFile", u"另选文件"};
+    Button Rescue{*this, "Rescue", u"恢　复"}; // a unit that answers no greeting
     ListBox List1{*this, "List1"};
     TextBox Text1{*this, "Text1"}; // the address being written
 
@@ -31,12 +33,17 @@ class FirmwareFlasher : public ToolForm {
     void ChooseFile();
     void FileChosen(const std::string& path);
     void TakeFile(const std::string& path);
+    void EnableSteps();
     void EnableExtras();
+    void DisableAll();
     void DisableExtras();
     bool Connected() const { return link_.core.discovery.ConnectStatus() != 0; }
     Task<> Connect();
     void Disconnect();
+    void ListConnected(int port);
     Task<> Upgrade();
+    Task<> CallLoader();
+    Task<bool> Write(int port);
     void EndInFailure(const FlashProgress& progress);
     void ListFailure(const FlashProgress& progress);
     void Command6_Click();
@@ -45,7 +52,7 @@ class FirmwareFlasher : public ToolForm {
     FileDialog& CommonDialog_;
     Text version_;
     std::string hex_file_; // "" until one is chosen
-    int port_ = 0;         // of the last update
+    int port_ = 0;         // where the unit was last connected; 0 if never yet
     bool choosing_ = false;
     bool failed_ = false; // one can only leave, or do what stands beside the three steps
     Form hidden_{"hidden", u""};

@@ -139,10 +139,6 @@ Text CauseInChinese(const FlashProgress& progress) {
     return u"已中断";
 }
 
-bool ProgramTouched(const FlashProgress& progress) {
-    return progress.step == FlashStep::kErase || progress.step == FlashStep::kWrite;
-}
-
 bool FileIsToBlame(const FlashProgress& progress) {
     return progress.fault == FlashFault::kNoFile || progress.fault == FlashFault::kBadLine;
 }
@@ -159,6 +155,10 @@ std::string ForShell(const std::string& word) {
 }
 
 } // namespace
+
+bool ProgramTouched(const FlashProgress& progress) {
+    return progress.step == FlashStep::kErase || progress.step == FlashStep::kWrite;
+}
 
 std::string UpdateCommand(const std::string& port, const std::string& file) {
     return "tarnex-flasher --port " + ForShell(port) + " --file " + ForShell(file);

@@ -13,6 +13,9 @@ namespace tarnex {
 inline constexpr TextView kCloseWarning =
     u"正在写入，现在退出会使设备程序不完整。再次关闭窗口将强行退出。";
 
+// The update has begun to erase and was not finished: the unit may have no program.
+bool ProgramTouched(const FlashProgress& progress);
+
 // The command that updates the unit on that port, for a shell: "tarnex-flasher --port COM3 --file
 // unit.hex". It needs no unit that answers a greeting.
 std::string UpdateCommand(const std::string& port, const std::string& file);

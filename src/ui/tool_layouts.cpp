@@ -1,5 +1,6 @@
-#include "ui/layout_parts.h"
 #include "ui/tool_layouts.h"
+
+#include "ui/layout_parts.h"
 
 #include <algorithm>
 
@@ -176,8 +177,9 @@ Layout FlasherLayout() {
                 {ListSection(u"升级记录", "List1", 8, 1),
                  Row({Press("Command1", 'O', u"选择固件文件，连接或断开设备"),
                       Press("Command41", 'U', u"把固件写入设备"),
-                      Press("OtherFile", 'F', u"升级之前换一个固件文件"), AddressField("Text1"),
-                      Space(), Press("Command6", 'X', u"结束程序")})})};
+                      Press("OtherFile", 'F', u"升级之前换一个固件文件"),
+                      Press("Rescue", 'R', u"设备不完整、连接不上时重新写入"),
+                      AddressField("Text1"), Space(), Press("Command6", 'X', u"结束程序")})})};
 }
 
 Layout ConsoleLayout() {

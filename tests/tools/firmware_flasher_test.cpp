@@ -113,22 +113,59 @@ TEST_F(FlasherTest, TellsTheModelsApart) {
     }
 }
 
-TEST_F(FlasherTest, AfterAFailureOneCanOnlyLeave) {
+TEST_F(FlasherTest, AfterAFailureOneCanOnlyLeaveOrBringTheUnitBack) {
     Connect();
     unit.Loader().SetPlan(LoaderPlan{LoaderStep::kWrite, 1, LoaderFault::kRefuse});
     flasher.Command41.Click();
     clock.RunFor(1min);
     const std::vector<Text> logged = Logged();
-    EXPECT_EQ((std::vector<Text>{logged.end() - 3, logged.end()}),
+    EXPECT_EQ((std::vector<Text>{logged.end() - 4, logged.end()}),
               (std::vector<Text>{u"升级失败!", u"写入地址0000：设备应答错误：5A A5 00 08。",
                                  u"设备程序可能不完整，恢复命令：tarnex-flasher --port COM3 "
-                                 u"--file new.hex"}));
+                                 u"--file new.hex",
+                                 u"也可以按“恢　复”再次写入。"}));
     EXPECT_EQ(Enabled(), "001");
     EXPECT_TRUE(flasher.GetAddrTimer.Enabled());
     EXPECT_FALSE(ports.OpenSettings(3));
+    flasher.Rescue.Click();
+    EXPECT_EQ(Enabled(), "000");
+    clock.RunFor(1min);
+    EXPECT_EQ(unit.Memory.Version, "NEWER 1.0");
+    EXPECT_EQ(Enabled(), "101");
     flasher.Command6.Click();
     clock.RunFor(0s);
     EXPECT_TRUE(ended);
+}
+
+TEST_F(FlasherTest, AUnitWithoutItsProgramIsCalledOnlyWhereItWasLast) {
+    unit.Loader().SetPlan(LoaderPlan{LoaderStep::kErase, 1, LoaderFault::kSilent});
+    Connect();
+    flasher.Command41.Click();
+    clock.RunFor(1min);
+    flasher.Form_Unload();
+    SimulatedUnit stranger(clock);
+    ports.Plug(4, stranger);
+    ports.ForgetWritten(3);
+
+    FirmwareFlasher next(world, dialog, u"1");
+    next.Form_Load();
+    next.Command1.Click();
+    dialog.Choose("new.hex");
+    next.Rescue.Click();
+    EXPECT_EQ(next.List1.Lines().back().substr(11),
+              u"不知道设备在哪个串口，请用命令指定：tarnex-flasher --port COM1 --file new.hex");
+    MyIniFile(store, gbk).WriteIniStr(u"TarnexComm", u"LastCom", u"3");
+    next.Rescue.Click();
+    EXPECT_EQ(next.List1.Lines().back().substr(11), u"正在呼叫设备：Com3 COM3");
+    EXPECT_EQ(ports.Written(3), "");
+    clock.RunFor(1min);
+    EXPECT_EQ(unit.Memory.Version, "NEWER 1.0");
+    EXPECT_EQ(ports.Written(4), "");
+    next.Rescue.Click(); // it answers by now
+    clock.RunFor(1min);
+    EXPECT_EQ(next.Command1.Caption(), u"断　开");
+    EXPECT_FALSE(next.Rescue.Enabled());
+    ports.Unplug(4);
 }
 
 TEST_F(FlasherTest, ABadFileLeavesTheUnitAlone) {
