@@ -4,6 +4,7 @@
 #include "tools/firmware_file.h"
 #include "tools/flash_report.h"
 #include "tools/unit_identity.h"
+#include "tools/update_progress.h"
 
 namespace tarnex {
 
@@ -18,8 +19,7 @@ constexpr TextView kDisconnect = u"断　开";
 
 FirmwareFlasher::FirmwareFlasher(const ToolWorld& world, FileDialog& dialog, Text version)
     : ToolForm("FirmwareFlasher", u"(c)Firmware Flasher", world),
-      GetAddrTimer(world.clock, "GetAddrTimer", kAddressPeriod,
-                   [this] { Text1.SetValue(link_.core.firmware.HEXWriteAddr()); }),
+      GetAddrTimer(world.clock, "GetAddrTimer", kAddressPeriod, [this] { Follow(); }),
       CommonDialog_(dialog), version_(std::move(version)),
       link_(world, nowhere_, nowhere_, [this] { HardwareLost(); }) {
     timers_.Add(GetAddrTimer);
@@ -30,7 +30,11 @@ FirmwareFlasher::FirmwareFlasher(const ToolWorld& world, FileDialog& dialog, Tex
     Command6.OnClick([this] { Command6_Click(); });
     link_.core.firmware.SetDisplay(
         {.List1Additem = [this](const Text& line) { List1Additem(line); },
-         .show_address = [this] { Text1.SetVisible(true); }});
+         .show_address =
+             [this] {
+                 write_began_ = world_.clock.Now();
+                 ShowFigures(true);
+             }});
     AskBeforeEnd([this] { return link_.core.firmware.ProgramIncomplete(); },
                  [this] { List1Additem(Text(kCloseWarning)); });
 }
@@ -39,7 +43,7 @@ void FirmwareFlasher::Form_Load() {
     if (!OnlyCopy())
         return;
     Text1.SetValue(u"");
-    Text1.SetVisible(false);
+    ShowFigures(false);
     Command41.SetEnabled(false);
     Command1.SetEnabled(true);
     Command6.SetEnabled(true);
@@ -65,6 +69,20 @@ void FirmwareFlasher::Command1_Click() {
         Start(Connect());
     else
         Disconnect();
+}
+
+void FirmwareFlasher::ShowFigures(bool visible) {
+    Figures.SetCaption(u"");
+    Text1.SetVisible(visible);
+    Figures.SetVisible(visible);
+}
+
+void FirmwareFlasher::Follow() {
+    const FirmwareLink& firmware = link_.core.firmware;
+    Text1.SetValue(firmware.HEXWriteAddr());
+    if (firmware.Progress().step == FlashStep::kWrite)
+        Figures.SetCaption(
+            FiguresInChinese(firmware.Progress(), total_bytes_, world_.clock.Now() - write_began_));
 }
 
 // As far as the three steps have come.
@@ -172,19 +190,20 @@ Task<> FirmwareFlasher::Upgrade() {
     List1Additem(u"");
     co_await core.commands.RESET_NOBACK();
     const int port = core.discovery.ConnectClose();
-    const bool upgraded = co_await Write(port);
+    const bool upgraded = co_await Write(port, file.summary.Bytes());
     if (!upgraded)
         EndInFailure(core.firmware.Progress());
 }
 
-Task<bool> FirmwareFlasher::Write(int port) {
+Task<bool> FirmwareFlasher::Write(int port, long total_bytes) {
+    total_bytes_ = total_bytes;
     GetAddrTimer.Enable();
     const bool upgraded = co_await link_.core.firmware.FirmwareFlash(port, hex_file_);
     if (upgraded) {
         List1Additem(u"升级成功!");
         Disconnect();
         GetAddrTimer.Disable();
-        Text1.SetVisible(false);
+        ShowFigures(false);
     }
     co_return upgraded;
 }
@@ -219,7 +238,7 @@ Task<> FirmwareFlasher::CallLoader() {
             ListConnected(port_);
         } else {
             List1Additem(u"设备没有应答，改为呼叫它的升级程序。请将设备断电后重新上电。");
-            const bool upgraded = co_await Write(port_);
+            const bool upgraded = co_await Write(port_, file.summary.Bytes());
             if (!upgraded)
                 ListFailure(link_.core.firmware.Progress());
         }

@@ -24,7 +24,8 @@ class FirmwareFlasher : public ToolForm {
     Button OtherFile{*this, "OtherFile", u"另选文件"};
     Button Rescue{*this, "Rescue", u"恢　复"}; // a unit that answers no greeting
     ListBox List1{*this, "List1"};
-    TextBox Text1{*this, "Text1"}; // the address being written
+    TextBox Text1{*this, "Text1"};   // the address being written
+    Label Figures{*this, "Figures"}; // percent, bytes and time left; shown with the address
 
     Timer GetAddrTimer;
 
@@ -33,6 +34,8 @@ class FirmwareFlasher : public ToolForm {
     void ChooseFile();
     void FileChosen(const std::string& path);
     void TakeFile(const std::string& path);
+    void ShowFigures(bool visible);
+    void Follow();
     void EnableSteps();
     void EnableExtras();
     void DisableAll();
@@ -43,7 +46,7 @@ class FirmwareFlasher : public ToolForm {
     void ListConnected(int port);
     Task<> Upgrade();
     Task<> CallLoader();
-    Task<bool> Write(int port);
+    Task<bool> Write(int port, long total_bytes);
     void EndInFailure(const FlashProgress& progress);
     void ListFailure(const FlashProgress& progress);
     void Command6_Click();
@@ -53,6 +56,8 @@ class FirmwareFlasher : public ToolForm {
     Text version_;
     std::string hex_file_; // "" until one is chosen
     int port_ = 0;         // where the unit was last connected; 0 if never yet
+    long total_bytes_ = 0; // in the file that is being written
+    Duration write_began_{};
     bool choosing_ = false;
     bool failed_ = false; // one can only leave, or do what stands beside the three steps
     Form hidden_{"hidden", u""};

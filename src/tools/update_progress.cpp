@@ -26,15 +26,22 @@ std::string PercentText(const FlashProgress& progress, long total_bytes) {
     return std::string(3 - percent.size(), ' ') + percent + " %";
 }
 
+// Nothing where it cannot be told yet.
+std::optional<std::chrono::seconds> TimeLeft(const FlashProgress& progress, long total_bytes,
+                                             Duration step_time) {
+    if (progress.bytes == 0 || step_time < kShortestMeasure)
+        return std::nullopt;
+    const auto left = step_time * (total_bytes - progress.bytes) / progress.bytes;
+    return std::chrono::ceil<std::chrono::seconds>(left);
+}
+
 std::string Figures(const FlashProgress& progress, long total_bytes, Duration step_time) {
     std::string text =
         std::to_string(progress.bytes) + "/" + std::to_string(total_bytes) + " bytes";
     if (!progress.address.empty())
         text += "  address " + ToUtf8(progress.address);
-    if (progress.bytes > 0 && step_time >= kShortestMeasure) {
-        const auto left = step_time * (total_bytes - progress.bytes) / progress.bytes;
-        text += "  " + DurationText(std::chrono::ceil<std::chrono::seconds>(left)) + " left";
-    }
+    if (const auto left = TimeLeft(progress, total_bytes, step_time))
+        text += "  " + DurationText(*left) + " left";
     return text;
 }
 
@@ -49,6 +56,17 @@ std::string DurationText(std::chrono::seconds time) {
     const auto minutes = std::chrono::floor<std::chrono::minutes>(time);
     const std::string seconds = std::to_string((time - minutes).count()) + " s";
     return minutes.count() > 0 ? std::to_string(minutes.count()) + " min " + seconds : seconds;
+}
+
+Text FiguresInChinese(const FlashProgress& progress, long total_bytes, Duration step_time) {
+    Text text = ToText(Percent(progress, total_bytes)) + u" %  " + ToText(progress.bytes) + u"/" +
+                ToText(total_bytes) + u"字节";
+    if (const auto left = TimeLeft(progress, total_bytes, step_time)) {
+        const auto minutes = std::chrono::floor<std::chrono::minutes>(*left);
+        text += u"  剩余" + (minutes.count() > 0 ? ToText(minutes.count()) + u"分" : Text()) +
+                ToText((*left - minutes).count()) + u"秒";
+    }
+    return text;
 }
 
 int Percent(const FlashProgress& progress, long total_bytes) {

@@ -8,7 +8,7 @@
 
 namespace tarnex {
 
-// What the line version of the update shows, as text for a terminal.
+// What an operator is shown of a running update: English on a terminal, Chinese in a window.
 
 // "1 min 5 s"; "45 s".
 std::string DurationText(std::chrono::seconds time);
@@ -19,6 +19,9 @@ std::string ProgressBar(const FlashProgress& progress, long total_bytes, Duratio
 
 // The same as a line of a log, without the bar.
 std::string ProgressLine(const FlashProgress& progress, long total_bytes, Duration step_time);
+
+// What stands beside the address in a window: "45 %  12345/27400字节  剩余1分5秒".
+Text FiguresInChinese(const FlashProgress& progress, long total_bytes, Duration step_time);
 
 // Whole percents of the data bytes, 0 to 100.
 int Percent(const FlashProgress& progress, long total_bytes);

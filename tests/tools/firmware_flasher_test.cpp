@@ -1,5 +1,6 @@
 #include "tests/tools/tool_fixture.h"
 #include "tools/firmware_flasher.h"
+#include "tools/update_progress.h"
 
 namespace tarnex {
 namespace {
@@ -77,9 +78,10 @@ TEST_F(FlasherTest, LeadsFromTheFileToTheNewVersion) {
                             u"握手成功，开始擦除。", u"擦除成功，开始写入。"}));
     EXPECT_EQ(heard, (std::vector<std::string>{"Hello,tarnex", "ChkVer", "RDName", "ChkVer",
                                                "RDSerial", "RESET"}));
+    EXPECT_TRUE(flasher.Figures.Visible());
     clock.RunFor(1s);
     EXPECT_EQ(flasher.Text1.Value(), u"0000");
-    EXPECT_FALSE(flasher.Text1.Visible());
+    EXPECT_FALSE(flasher.Text1.Visible() || flasher.Figures.Visible());
     EXPECT_FALSE(flasher.GetAddrTimer.Enabled());
     EXPECT_EQ(Logged(), (std::vector<Text>{u"升级成功!", u"已经断开Tarnex.",
                                            u"---------------------------"}));
@@ -111,6 +113,21 @@ TEST_F(FlasherTest, TellsTheModelsApart) {
         clock.RunFor(1s);
         Logged();
     }
+}
+
+TEST_F(FlasherTest, ShowsHowFarTheWritingIs) {
+    files.Files["new.hex"].clear();
+    for (unsigned record = 0; record < 1000; ++record)
+        files.Files["new.hex"] += HexLine(record * 16, std::string(16, 'x'));
+    files.Files["new.hex"] += ":00000001FF\n";
+    Connect();
+    flasher.Command41.Click();
+    ASSERT_TRUE(clock.RunUntil([&] { return flasher.Text1.Value() >= u"2000"; }, 1min));
+    EXPECT_EQ(flasher.Figures.Caption(), u"51 %  8256/16000字节  剩余3秒");
+    FlashProgress early;
+    early.bytes = 1000;
+    EXPECT_EQ(FiguresInChinese(early, 27400, 3s), u"3 %  1000/27400字节  剩余1分20秒");
+    clock.RunFor(1min);
 }
 
 TEST_F(FlasherTest, AfterAFailureOneCanOnlyLeaveOrBringTheUnitBack) {
