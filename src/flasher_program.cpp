@@ -19,11 +19,12 @@ namespace tarnex {
 namespace {
 
 constexpr char kUsage[] =
-    "Usage: tarnex-flasher [--port COM3 --file unit.hex]\n"
+    "Usage: tarnex-flasher [[--port PORT] --file unit.hex]\n"
     "       tarnex-flasher --check-only --file unit.hex\n"
     "Loads new firmware into the unit. Without options it opens its window.\n"
     "\n"
-    "  --port COM3    the port of the unit, COM1 to COM20\n"
+    "  --port PORT    the port of the unit: COM1 to COM20, or the path of a device such as\n"
+    "                 /dev/ttyUSB0; without it, the port where the unit was last found\n"
     "  --file FILE    the firmware, an Intel HEX file\n"
     "  --check-only   read the file, say what is in it and what is odd about it, write nothing\n"
     "  --help, --version\n"
@@ -41,7 +42,8 @@ constexpr int kHighestPort = 20;
 constexpr int kUsualColumns = 80;
 
 struct Options {
-    int port = 0; // 0: none was named
+    std::optional<UpdatePort> port;
+    std::string device; // the path of a device, which no number of a port stands for
     std::string file;
     bool check_only = false;
 };
@@ -61,6 +63,19 @@ int PortNumber(std::string_view text) {
     return whole && number >= 1 && number <= kHighestPort ? number : 0;
 }
 
+// False when the words name no port. One serial line is all that an update needs, so that a device
+// that is given by its path takes the place of a port.
+bool ReadPort(const std::string& words, Options& options) {
+    if (words.find('/') != words.npos) {
+        options.port = {.number = kHighestPort, .name = words};
+        options.device = words;
+        return true;
+    }
+    const int number = PortNumber(words);
+    options.port = {.number = number, .name = "COM" + std::to_string(number)};
+    return number != 0;
+}
+
 // The exit status, or nothing when there is something to do.
 std::optional<int> ReadArguments(int argc, char** argv, Options& options) {
     const option known[] = {
@@ -70,9 +85,9 @@ std::optional<int> ReadArguments(int argc, char** argv, Options& options) {
     for (int letter; (letter = getopt_long(argc, argv, "", known, nullptr)) != -1;) {
         switch (letter) {
         case 'p':
-            options.port = PortNumber(optarg);
-            if (options.port == 0)
-                return UsageError("\"" + std::string(optarg) + "\" is not COM1 to COM20");
+            if (!ReadPort(optarg, options))
+                return UsageError("\"" + std::string(optarg) +
+                                  "\" is neither COM1 to COM20 nor the path of a device");
             break;
         case 'f':
             options.file = optarg;
@@ -92,10 +107,8 @@ std::optional<int> ReadArguments(int argc, char** argv, Options& options) {
     }
     if (optind < argc)
         return UsageError("unexpected argument \"" + std::string(argv[optind]) + "\"");
-    if (options.file.empty() && (options.check_only || options.port != 0))
+    if (options.file.empty() && (options.check_only || options.port))
         return UsageError("--file names no file");
-    if (options.port == 0 && !options.check_only && !options.file.empty())
-        return UsageError("--port is missing");
     return std::nullopt;
 }
 
@@ -135,7 +148,8 @@ class Terminal {
 // One update on the command line.
 class LineProgram {
   public:
-    LineProgram() {
+    // device: that the update is to use; "": a port of the settings.
+    explicit LineProgram(const std::string& device) : ports_(machine_.loop, Paths(device)) {
         for (const int signal : {SIGINT, SIGTERM})
             machine_.loop.OnSignal(signal, [this] {
                 if (flasher_.Interrupt())
@@ -157,7 +171,13 @@ class LineProgram {
     }
 
   private:
-    Task<> Drive(int port, std::string file) {
+    SerialPaths Paths(const std::string& device) const {
+        SerialPaths paths = SerialDevicePaths(machine_.settings.device_paths);
+        if (!device.empty())
+            paths.at(kHighestPort - 1) = device;
+        return paths;
+    }
+    Task<> Drive(std::optional<UpdatePort> port, std::string file) {
         const int status = co_await flasher_.Update(port, file);
         End(status);
     }
@@ -167,10 +187,11 @@ class LineProgram {
     }
 
     Machine machine_{"tarnex-flasher"};
+    TtyPorts ports_;
     Terminal terminal_;
     LineFlasher flasher_{
         {.clock = machine_.loop,
-         .serial_ports = machine_.ports,
+         .serial_ports = ports_,
          .files = machine_.files,
          .settings_store = machine_.store,
          .code_page = machine_.code_page,
@@ -188,9 +209,9 @@ int RunFlasherProgram(int argc, char** argv) {
     if (const std::optional<int> status = ReadArguments(argc, argv, options))
         return *status;
     if (options.check_only)
-        return LineProgram().Check(options.file);
-    if (options.port != 0)
-        return LineProgram().Update(options);
+        return LineProgram("").Check(options.file);
+    if (!options.file.empty())
+        return LineProgram(options.device).Update(options);
     return RunToolWindow("tarnex-flasher", "; --port and --file update without one (see --help)",
                          [](const ToolWorld& world, ScreenView& view) {
                              return std::make_unique<FirmwareFlasher>(world, view.Files(),

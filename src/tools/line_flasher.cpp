@@ -86,16 +86,38 @@ int LineFlasher::ReadFile(const std::string& path) {
     return StatusOf(file_.verdict);
 }
 
-Task<int> LineFlasher::Update(int port, std::string file) {
+// False when nothing tells where the unit is, which has been said.
+bool LineFlasher::FindPort(const std::optional<UpdatePort>& named) {
+    if (named) {
+        port_ = *named;
+        return true;
+    }
+    const int last = link_.core.discovery.LastPort();
+    port_ = {.number = last, .name = "COM" + std::to_string(last)};
+    if (last == 0)
+        output_.complain("The settings do not tell where the unit was last found: --port is "
+                         "missing (try --help)");
+    return last != 0;
+}
+
+// "COM3 (/dev/ttyUSB0)"; the path alone where the operator gave one.
+std::string LineFlasher::PortAndDevice() const {
+    const std::string device = world_.serial_ports.DeviceName(port_.number);
+    return port_.name + (device.empty() || device == port_.name ? "" : " (" + device + ")");
+}
+
+Task<int> LineFlasher::Update(std::optional<UpdatePort> port, std::string file) {
+    if (!FindPort(port))
+        co_return kExitUsage;
     if (const int status = ReadFile(file); status != kExitDone) {
         output_.complain("The file cannot be sent. The unit was not touched. Take another file.");
         co_return status;
     }
-    if (const int status = ClaimPort(port); status != kExitDone)
+    if (const int status = ClaimPort(); status != kExitDone)
         co_return status;
 
-    output_.say("Greeting the unit on COM" + std::to_string(port) + " ...");
-    const int found = co_await link_.core.discovery.ConnectTo(port);
+    output_.say("Greeting the unit on " + PortAndDevice() + " ...");
+    const int found = co_await link_.core.discovery.ConnectTo(port_.number);
     if (found != 0) {
         const bool up = co_await ShowUnit();
         if (!up)
@@ -109,28 +131,26 @@ Task<int> LineFlasher::Update(int port, std::string file) {
 
     began_ = step_began_ = world_.clock.Now();
     progress_timer_.Enable();
-    const bool updated = co_await link_.core.firmware.FirmwareFlash(port, file);
+    const bool updated = co_await link_.core.firmware.FirmwareFlash(port_.number, file);
     progress_timer_.Disable();
-    const int status = Report(port, updated);
+    const int status = Report(updated);
     if (updated)
-        co_await ShowNewVersion(port);
+        co_await ShowNewVersion();
     co_return status;
 }
 
 // The lock and the port are had, or what is in the way has been said.
-int LineFlasher::ClaimPort(int port) {
+int LineFlasher::ClaimPort() {
     if (!world_.instance_lock.Acquire()) {
         output_.complain("Another program of TarnexComm runs on this machine, perhaps the "
                          "service. End it first (systemctl stop tarnexcomm), then try again.");
         return kExitTryLater;
     }
     const SerialEvents deaf{.received = [] {}, .lost = [] {}};
-    const PortStatus status = world_.serial_ports.Open(port, LineSettings(), deaf).status;
+    const PortStatus status = world_.serial_ports.Open(port_.number, LineSettings(), deaf).status;
     if (status == PortStatus::kOk)
         return kExitDone;
-    const std::string device = world_.serial_ports.DeviceName(port);
-    output_.complain("COM" + std::to_string(port) + (device.empty() ? "" : " (" + device + ")") +
-                     ": " + PortTroubleInEnglish(status));
+    output_.complain(PortAndDevice() + ": " + PortTroubleInEnglish(status));
     return StatusOf(status);
 }
 
@@ -164,13 +184,13 @@ Task<bool> LineFlasher::UnitStarted() {
     }
 }
 
-Task<> LineFlasher::ShowNewVersion(int port) {
+Task<> LineFlasher::ShowNewVersion() {
     output_.say("The unit starts up ...");
     const Duration limit = world_.clock.Now() + kStartLimit;
     int found = 0;
     while (found == 0 && world_.clock.Now() < limit) {
         co_await Sleep(world_.clock, kStartPoll);
-        found = co_await link_.core.discovery.ConnectTo(port);
+        found = co_await link_.core.discovery.ConnectTo(port_.number);
     }
     bool started = false;
     if (found != 0)
@@ -184,7 +204,7 @@ Task<> LineFlasher::ShowNewVersion(int port) {
     link_.core.discovery.ConnectClose();
 }
 
-int LineFlasher::Report(int port, bool updated) {
+int LineFlasher::Report(bool updated) {
     if (output_.terminal)
         output_.show_bar("");
     const FlashProgress& progress = link_.core.firmware.Progress();
@@ -195,7 +215,7 @@ int LineFlasher::Report(int port, bool updated) {
         return kExitDone;
     }
     output_.complain("The update failed after " + DurationText(took) + ".");
-    const std::string again = UpdateCommand("COM" + std::to_string(port), file_.path);
+    const std::string again = UpdateCommand(port_.name, file_.path);
     for (const std::string& line : FailureInEnglish(progress, again))
         output_.complain(line);
     return StatusOf(progress);

@@ -15,6 +15,12 @@ struct FlasherOutput {
     bool terminal = false;
 };
 
+// A port as the operator names it.
+struct UpdatePort {
+    int number = 0;   // of the serial ports
+    std::string name; // "COM3", or the path of a device
+};
+
 // The update of the unit's program for machines without a display. Everything that it returns is
 // an exit status.
 class LineFlasher {
@@ -24,8 +30,8 @@ class LineFlasher {
 
     // Reads the whole file and says what is in it; touches nothing else.
     int Check(const std::string& file);
-    // The whole update of the unit on COM<port>.
-    Task<int> Update(int port, std::string file);
+    // The whole update of the unit on that port; nothing: where it was last found.
+    Task<int> Update(std::optional<UpdatePort> port, std::string file);
 
     // The operator wants the program to end: false when that would leave the unit without a
     // program, which is said; the second call within 5 s is true.
@@ -35,11 +41,13 @@ class LineFlasher {
 
   private:
     int ReadFile(const std::string& path);
-    int ClaimPort(int port);
+    bool FindPort(const std::optional<UpdatePort>& named);
+    std::string PortAndDevice() const;
+    int ClaimPort();
     Task<bool> ShowUnit();
     Task<bool> UnitStarted();
-    Task<> ShowNewVersion(int port);
-    int Report(int port, bool updated);
+    Task<> ShowNewVersion();
+    int Report(bool updated);
     void ShowProgress();
 
     const ToolWorld world_;
@@ -48,6 +56,7 @@ class LineFlasher {
     ListBox nowhere_{hidden_, "nowhere"};
     ToolLink link_;
     Timer progress_timer_;
+    UpdatePort port_;
     FirmwareFile file_;
     Duration began_{};
     FlashStep shown_step_ = FlashStep::kOpenFile;

@@ -45,6 +45,7 @@ class FlasherTest(unittest.TestCase):
         unit = self.site.unit("--boot", "1")
         flasher = self.update(self.file(program("TARNEX-SIM 2.0", 4096)))
         self.assertEqual(flasher.wait(), 0)
+        flasher.wait_for(f"Greeting the unit on COM3 ({self.site.path('unit')}) ...")
         flasher.wait_for("version  TARNEX-SIM 1.0")
         flasher.wait_for("serial   SIM00000001")
         flasher.wait_for("Updated: 4096 bytes")
@@ -77,8 +78,9 @@ class FlasherTest(unittest.TestCase):
         flasher.wait_for(f"Bring it back: tarnex-flasher --port COM3 --file {file}")
         unit.tell("show")
         unit.wait_for("without program, in its loader")
-        again = self.update(file)
+        again = self.flasher("--port", self.site.path("unit"), "--file", file)
         self.assertEqual(again.wait(), 0)
+        again.wait_for(f"Greeting the unit on {self.site.path('unit')} ...")
         again.wait_for("version  TARNEX-SIM 2.0")
 
     def test_ends_when_the_adapter_is_pulled(self):
@@ -143,9 +145,10 @@ class FlasherTest(unittest.TestCase):
 
     def test_says_what_is_wrong_with_its_arguments(self):
         for arguments, status, said in (
-            (["--port", "COM21", "--file", "x"], 64, "is not COM1 to COM20"),
+            (["--port", "COM21", "--file", "x"], 64, "is neither COM1 to COM20 nor the path"),
             (["--port", "3"], 64, "--file names no file"),
-            (["--file", "x"], 64, "--port is missing"),
+            (["--file", "x"], 64, "--port is missing"),  # and the unit was never found
+            (["--port", "/dev/null", "--file", self.file(END)], 69, "/dev/null: it cannot be set up as a serial line"),
             (["--check-only"], 64, "--file names no file"),
             (["x"], 64, 'unexpected argument "x"'),
             (["--version"], 0, "tarnex-flasher 1."),

@@ -8,6 +8,7 @@ namespace {
 class LineFlasherTest : public ToolTest {
   protected:
     LineFlasherTest() {
+        store.SetContent("[TarnexComm]\nLastCom=3\n");
         // 2,000 records of 16 bytes, from address 0 on.
         for (unsigned record = 0; record < 2000; ++record)
             files.Files["long.hex"] += HexLine(record * 16, std::string(16, 'x'));
@@ -24,7 +25,8 @@ class LineFlasherTest : public ToolTest {
         return status.value_or(-1);
     }
     static Task<> Drive(LineFlasher& flasher, std::string file, std::optional<int>& status) {
-        const int result = co_await flasher.Update(3, file);
+        const std::optional<UpdatePort> last_found; // by the settings
+        const int result = co_await flasher.Update(last_found, file);
         status = result;
     }
     FlasherOutput Output(bool terminal) {
@@ -108,6 +110,11 @@ TEST_F(LineFlasherTest, EveryObstacleHasItsStatus) {
     files.Files["bad.hex"] = "hello\n";
     EXPECT_EQ(Update("bad.hex"), kExitData);
     EXPECT_EQ(Update("none.hex"), kExitNoInput);
+    for (const char* port : {"", "0", "21"}) {
+        store.SetContent("[TarnexComm]\nLastCom=" + std::string(port));
+        EXPECT_EQ(Update("new.hex"), kExitUsage);
+    }
+    store.SetContent("[TarnexComm]\nLastCom=3");
     lock.HeldByAnother = true;
     EXPECT_EQ(Update("new.hex"), kExitTryLater);
     lock.HeldByAnother = false;
