@@ -46,15 +46,28 @@ LogWriter::LogWriter(Clock& clock, LogTable& table, OperatorNotices& notices)
     : clock_(clock), table_(table), notices_(notices) {}
 
 void LogWriter::Open(const Text& path) {
-    if (path.empty())
+    if (path.empty()) {
+        ForgetFailedOpening();
         return;
+    }
     const bool was_open = configured_ && open_problem_.empty();
     configured_ = true;
     open_problem_ = table_.Open(path);
+    in_use_ = in_use_ || open_problem_.empty();
     // While the database stays open, only a stored row shows that rows can be stored again.
     if (!was_open && open_problem_.empty())
         row_problem_.clear();
     ReportTrouble();
+}
+
+void LogWriter::ForgetFailedOpening() {
+    if (open_problem_.empty())
+        return;
+    open_problem_.clear();
+    configured_ = in_use_;
+    if (!in_use_)
+        row_problem_.clear();
+    ReportTrouble(in_use_ ? "The log stays where it was" : "The settings name no log any more");
 }
 
 bool LogWriter::WriteLog(const Text& message, const EventRecord& event) {
@@ -129,10 +142,9 @@ bool LogWriter::Lose() {
 }
 
 // A database that cannot be opened is the reason why its rows fail, so it is what is told.
-void LogWriter::ReportTrouble() {
-    notices_.Report(
-        "log", open_problem_.empty() ? row_problem_ : open_problem_,
-        "The log works again; rows lost since the start: " + std::to_string(lost_rows_) + ".");
+void LogWriter::ReportTrouble(const std::string& recovery) {
+    notices_.Report("log", open_problem_.empty() ? row_problem_ : open_problem_,
+                    recovery + "; rows lost since the start: " + std::to_string(lost_rows_) + ".");
 }
 
 } // namespace tarnex

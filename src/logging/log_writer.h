@@ -15,7 +15,8 @@ class LogWriter {
     // All three must outlive the writer.
     LogWriter(Clock& clock, LogTable& table, OperatorNotices& notices);
 
-    // (Re)opens the database; an empty path leaves it as it is.
+    // (Re)opens the database; an empty path leaves the one in use, if any, as it is, and ends a
+    // complaint about one that could not be opened.
     void Open(const Text& path);
 
     // A notification that tells of event.
@@ -32,13 +33,15 @@ class LogWriter {
     LogRow NewRow(TextView direction) const;
     bool Store(const LogRow& row);
     bool Lose();
-    void ReportTrouble();
+    void ForgetFailedOpening();
+    void ReportTrouble(const std::string& recovery = "The log works again");
 
     Clock& clock_;
     LogTable& table_;
     OperatorNotices& notices_;
     int control_target_ = 0; // column 12 of the last command
     bool configured_ = false;
+    bool in_use_ = false;      // one was opened, and rows go there
     std::string open_problem_; // of the last opening
     std::string row_problem_;  // of the last row
     unsigned long lost_rows_ = 0;

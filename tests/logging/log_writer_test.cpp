@@ -102,14 +102,20 @@ TEST_F(LogWriterTest, ADatabaseThatCannotBeOpenedIsToldInsteadOfItsRows) {
     EXPECT_FALSE(log.WriteResponseLog(u"a"));
     EXPECT_EQ(told, (std::vector<std::string>{"not a database"}));
     table.Problem = "";
-    log.Open(u"/log.db");
+    log.Open(u"");
     EXPECT_EQ(told.size(), 2u);
+    EXPECT_TRUE(notices.Troubles().empty());
+    EXPECT_TRUE(log.WriteResponseLog(u"b")); // the one in use before
 }
 
 TEST_F(LogWriterTest, WithoutAPathThereIsNoLogAndOneNotice) {
     LogWriter unconfigured(clock, table, notices);
+    table.Problem = "missing";
+    unconfigured.Open(u"/wrong");
     unconfigured.Open(u"");
-    EXPECT_TRUE(told.empty());
+    table.Problem = "";
+    EXPECT_TRUE(notices.Troubles().empty());
+    told.clear();
     EXPECT_FALSE(unconfigured.WriteResponseLog(u"a"));
     EXPECT_FALSE(unconfigured.WriteResponseLog(u"b"));
     EXPECT_EQ(unconfigured.LostRows(), 2u);
