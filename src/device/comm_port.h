@@ -42,6 +42,8 @@ class CommPort {
     std::size_t InBufferCount() const;
     // Everything that waits. The first half of a character stays until its other half comes.
     Text Input();
+    // That first half will have no other half.
+    void DropHalfCharacter() { half_character_.clear(); }
     // The first byte that waits, if any. Not between two Input() of one open port.
     std::optional<std::uint8_t> InputByte();
 

@@ -20,6 +20,7 @@ Task<Text> CommandSender::SendCommand(Text command) {
     co_await Sleep(parts_.clock, kPauseBeforeCommand);
     parts_.answer.SetAnswer(u"");
     parts_.rx_buffer.Clear();
+    parts_.port.DropHalfCharacter(); // it would take the answer's first letter
     const Text frame = Frame(command);
     parts_.trace.DebugAdd(u"********************");
     parts_.trace.DebugAdd(u"发送:", frame);

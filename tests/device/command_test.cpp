@@ -8,6 +8,9 @@ class CommandTest : public DeviceTest {};
 
 TEST_F(CommandTest, WaitsTenMillisecondsAndTakesTheAnswerTwentyAfterItBegan) {
     Open();
+    device.SendAfter(0ms, "half a line, half a character\x81");
+    clock.RunFor(1s);
+    start = clock.Now();
     lists.DebugOn = true;
     device.Replies["~TX:RDNO1\r\n"] = "TX:NO1(13800138000)\r\n";
     device.Delay = 5ms;
