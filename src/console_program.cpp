@@ -19,7 +19,8 @@ constexpr char kUsage[] =
     "\n"
     "  --help, --version\n"
     "\n"
-    "Exit status: 0 done, 64 wrong usage, 69 no display.\n";
+    "Exit status: 0 done, 64 wrong usage, 66, 74 and 77 the settings file cannot be read (no\n"
+    "ordinary file, a failure, no rights), 69 no display.\n";
 
 } // namespace
 

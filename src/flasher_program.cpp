@@ -35,8 +35,8 @@ constexpr char kUsage[] =
     "Exit status: 0 done, 64 wrong usage, 65 the file cannot be sent, 66 it cannot be read, 69 no\n"
     "such port, unit or display, 74 the line failed, 75 something else has the port or the unit "
     "is\n"
-    "starting up, 76 the unit answered wrong or fell silent, 77 the port may not be opened, 130\n"
-    "interrupted.\n";
+    "starting up, 76 the unit answered wrong or fell silent, 77 the port may not be opened\n"
+    "or the settings may not be read, 130 interrupted.\n";
 
 constexpr int kHighestPort = 20;
 constexpr int kUsualColumns = 80;
@@ -162,6 +162,8 @@ class LineProgram {
     }
     int Check(const std::string& file) { return flasher_.Check(file); }
     int Update(const Options& options) {
+        if (const ExitStatus status = machine_.TakeSettings(); status != kExitDone)
+            return status;
         Task<> update = Drive(options.port, options.file);
         update.Start();
         if (!status_)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/asio/tty_ports.h"
+#include "platform/exit_status.h"
 #include "platform/linux/disk_line_files.h"
 #include "platform/linux/file_lock.h"
 #include "platform/linux/file_settings_store.h"
@@ -14,20 +15,22 @@ struct Machine {
     // program: the name under which it speaks to its operator.
     explicit Machine(const char* program);
 
+    // Reads what holds from the start on; until then it has its defaults. kExitDone, or, when the
+    // settings file is there and cannot be read, the status with which the program ends: it must
+    // not go on with the defaults, which may name somebody else's devices. The operator is told.
+    ExitStatus TakeSettings();
+
     // A line for the operator, on standard error, with the program's name in front.
     void Say(const std::string& line) const;
 
     const char* program;
     AsioLoop loop;
     FileSettingsStore store;
-    StartSettings settings;
+    StartSettings settings; // as the file says, without what is not supported
     IconvCodePage code_page;
     TtyPorts ports;
     DiskLineFiles files;
     FileInstanceLock lock;
-
-  private:
-    StartSettings ReadFile() const;
 };
 
 } // namespace tarnex

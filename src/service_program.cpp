@@ -12,7 +12,6 @@
 #include "service/tarnex_comm.h"
 
 #include <cstdio>
-#include <cstdlib>
 
 #include <unistd.h>
 
@@ -36,6 +35,7 @@ int RunServiceProgram(int argc, char** argv) {
     Machine machine("tarnexcomm");
     AsioLoop& loop = machine.loop;
     AsioDatagramSockets sockets(loop, machine.settings.bind_address);
+    int exit_status = kExitDone;
     AsioTcpClients tcp(loop);
     SqliteLogTable log;
     SystemdController controller(loop, loop);
@@ -58,12 +58,19 @@ int RunServiceProgram(int argc, char** argv) {
                         .view = &view,
                         .notice = say,
                         .echo = Echo,
+                        .take_start_settings = [&]() -> std::optional<StartSettings> {
+                            exit_status = machine.TakeSettings();
+                            if (exit_status != kExitDone)
+                                return std::nullopt;
+                            sockets.SetBindAddress(machine.settings.bind_address);
+                            return machine.settings;
+                        },
                         .end_process = [&loop] { loop.Stop(); },
                         .status = status.Possible() ? &status : nullptr,
                         .process_id = getpid()});
     service.Form_Load(JoinArguments(argc, argv));
     loop.Run();
-    return EXIT_SUCCESS;
+    return exit_status;
 }
 
 } // namespace tarnex

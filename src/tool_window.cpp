@@ -10,6 +10,8 @@ namespace tarnex {
 
 int RunToolWindow(const char* program, const std::string& advice, const MakeTool& make) {
     Machine machine(program);
+    if (const ExitStatus status = machine.TakeSettings(); status != kExitDone)
+        return status;
     AsioLoop& loop = machine.loop;
     const auto say = [&machine](const std::string& line) { machine.Say(line); };
     ToolForm* shown = nullptr;

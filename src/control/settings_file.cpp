@@ -10,9 +10,10 @@ namespace tarnex {
 namespace {
 
 std::string ReadContent(const FileSettingsStore& store) {
-    if (auto content = store.Read())
-        return std::move(*content);
-    throw CannotRead("settings file " + store.Name(), ReadingProblem(store.Name()),
+    SettingsReading reading = store.Read();
+    if (!reading.problem)
+        return std::move(reading.content);
+    throw CannotRead("settings file " + store.Name(), reading.problem,
                      "make one with \"tarnexctl setup\", or name another with --settings-file");
 }
 

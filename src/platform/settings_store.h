@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <system_error>
 
 namespace tarnex {
 
@@ -16,6 +17,14 @@ struct FileStamp {
     friend bool operator==(const FileStamp&, const FileStamp&) = default;
 };
 
+// What one reading of the settings file gave.
+struct SettingsReading {
+    std::string content;     // "" with a problem
+    std::error_code problem; // no_such_file_or_directory when there is no file
+    // The file is there, or may be, and cannot be read: nobody knows what it says.
+    bool Unreadable() const { return problem && problem != std::errc::no_such_file_or_directory; }
+};
+
 // The settings file as a whole.
 class SettingsStore {
   public:
@@ -25,9 +34,9 @@ class SettingsStore {
     virtual std::string Name() const = 0;
     // Nothing when there is no readable file.
     virtual std::optional<FileStamp> Stamp() const = 0;
-    // The whole content from one moment: read again when the file changed meanwhile. Nothing when
-    // there is no readable file. Content beyond 1 MiB is not read.
-    virtual std::optional<std::string> Read() const = 0;
+    // The whole content from one moment: read again when the file changed meanwhile. Content beyond
+    // 1 MiB is not read.
+    virtual SettingsReading Read() const = 0;
     // Replaces the content by edit(present content) in one atomic step, under the lock that all
     // programs of this system use; a file that another program changes meanwhile is read and
     // edited again. No file counts as empty content. Owner and mode stay. edit may run more than

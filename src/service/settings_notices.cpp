@@ -5,7 +5,7 @@ namespace tarnex {
 std::string WhyServiceEnds(const SettingsStore& store, const LoadedSettings& loaded) {
     if (!store.Stamp())
         return "The settings file " + store.Name() +
-               " is missing or cannot be read, so the service ends. Put it there, readable and "
+               " is missing, so the service ends. Put it there, readable and "
                "writable for the user of this service; Tarnex.ini.sample is one to begin with.";
     const std::string settings = "The settings in " + store.Name();
     if (!loaded.enabled)

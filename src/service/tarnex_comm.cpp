@@ -138,7 +138,7 @@ void TarnexComm::Form_Load(const std::string& command_line) {
         return;
     }
     world_.controller.StartService(kAcceptPauseAndContinue, ControllerEvents());
-    if (!world_.instance_lock.Acquire()) {
+    if (!world_.instance_lock.Acquire() || !TakeStartSettings()) {
         EndProcess();
         return;
     }
@@ -153,7 +153,14 @@ void TarnexComm::Install() {
     if (!world_.controller.Install(true))
         return;
     world_.controller.SaveParameter("TimerInterval", "300");
-    ResetUnitState();
+    if (TakeStartSettings())
+        ResetUnitState();
+}
+
+bool TarnexComm::TakeStartSettings() {
+    const std::optional<StartSettings> taken = world_.take_start_settings();
+    start_settings_ = taken.value_or(StartSettings());
+    return taken.has_value();
 }
 
 ServiceEvents TarnexComm::ControllerEvents() {

@@ -8,6 +8,7 @@
 #include "service/main_window.h"
 #include "service/status_report.h"
 #include "service/unit_sms_sender.h"
+#include "settings/start_settings.h"
 #include "supervision/connection_supervision.h"
 #include "supervision/supervision_cycle.h"
 
@@ -28,10 +29,13 @@ class TarnexComm {
         const CodePage& code_page;
         ServiceController& controller;
         InstanceLock& instance_lock;
-        View* view;                        // nullptr: no windows
-        OperatorNotices::Sink notice;      // for what an operator must act on
-        DebugLists::Echo echo;             // for list lines on no screen; may be empty
-        std::function<void()> end_process; // ends the loop; the process exits with status 0
+        View* view;                   // nullptr: no windows
+        OperatorNotices::Sink notice; // for what an operator must act on
+        DebugLists::Echo echo;        // for list lines on no screen; may be empty
+        // Called before the settings are first used, by an instance that may use them: what it
+        // goes on with until its end. Nothing: they cannot be read, and the process must end.
+        std::function<std::optional<StartSettings>()> take_start_settings;
+        std::function<void()> end_process; // ends the loop, and with it the process
         StatusSink* status = nullptr;      // nullptr: nobody is told of the state
         long process_id = 0;               // told with it
     };
@@ -59,6 +63,7 @@ class TarnexComm {
 
   private:
     void Install();
+    bool TakeStartSettings();
     ServiceEvents ControllerEvents();
     void LoadSettings();
     // A closed run gate counts only when a second reading says the same.
@@ -77,6 +82,7 @@ class TarnexComm {
     DebugLists lists_;
     MyIniFile ini_;
     Settings settings_;
+    StartSettings start_settings_;
     UnitState unit_;
     LogWriter log_;
     TarnexCore core_;

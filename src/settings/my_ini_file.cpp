@@ -61,10 +61,11 @@ std::shared_ptr<const IniDocument> MyIniFile::Snapshot() const {
     const std::optional<FileStamp> stamp = store_.Stamp();
     if (parsed_ && stamp && stamp->settled && stamp == stamp_)
         return parsed_;
-    const std::optional<std::string> content = store_.Read();
-    parsed_ = content ? std::make_shared<const IniDocument>(*content, code_page_)
-                      : std::make_shared<const IniDocument>();
-    stamp_ = content ? stamp : std::nullopt;
+    const SettingsReading reading = store_.Read();
+    read_problem_ = reading.Unreadable() ? reading.problem : std::error_code();
+    if (!read_problem_ || !parsed_)
+        parsed_ = std::make_shared<const IniDocument>(reading.content, code_page_);
+    stamp_ = reading.problem ? std::nullopt : stamp;
     return parsed_;
 }
 

@@ -9,7 +9,8 @@
 
 namespace tarnex {
 
-// The settings file: nothing that is read here is older than the file. Section and key names
+// The settings file: nothing that is read here is older than the file, unless the file is there and
+// cannot be read: what was read last holds on then. Section and key names
 // compare without case; a value is everything behind "=", cut to its first 128 characters.
 class MyIniFile {
   public:
@@ -31,6 +32,10 @@ class MyIniFile {
     // The last value that was to be written is not in the file: it cannot be written.
     bool LastWriteFailed() const { return last_write_failed_; }
 
+    // Why the last look at the file found one that cannot be read; nothing when it was read, or
+    // when there was none.
+    std::error_code ReadProblem() const { return read_problem_; }
+
     // The whole file as it is now, for readers that want many values of one moment.
     std::shared_ptr<const IniDocument> Snapshot() const;
 
@@ -44,6 +49,7 @@ class MyIniFile {
     // The parsed file of stamp_; reused only while the stamp is settled and still the same.
     mutable std::optional<FileStamp> stamp_;
     mutable std::shared_ptr<const IniDocument> parsed_;
+    mutable std::error_code read_problem_;
 };
 
 } // namespace tarnex

@@ -1,5 +1,7 @@
 #include "settings/start_settings.h"
 
+#include "settings/load_settings.h"
+
 namespace tarnex {
 
 namespace {
@@ -22,6 +24,22 @@ StartSettings ReadStartSettings(const IniDocument& file) {
     ReadInto(settings.bind_address, file, u"ControlLink", u"BindAddress");
     ReadInto(settings.code_page, file, u"Encoding", u"CodePage");
     return settings;
+}
+
+SettingsReading ReadAtStart(const SettingsStore& store, const CodePage& code_page,
+                            const std::function<void()>& pause) {
+    SettingsReading reading = store.Read();
+    const LoadedSettings loaded = ReadSettings(IniDocument(reading.content, code_page), {});
+    if (loaded.enabled && loaded.allowed)
+        return reading;
+    pause();
+    return store.Read();
+}
+
+std::string Unreadable(const std::string& file, std::error_code problem) {
+    const bool no_file = problem == std::errc::is_a_directory;
+    return "The settings file " + file + " cannot be read (" +
+           (no_file ? "it is no ordinary file" : problem.message()) + ")";
 }
 
 std::string SettingsPath(const char* windir) {

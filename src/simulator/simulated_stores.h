@@ -17,11 +17,17 @@ class SimulatedSettingsStore : public SettingsStore {
   public:
     std::string Name() const override { return "Tarnex.ini"; }
     std::optional<FileStamp> Stamp() const override {
-        if (!content_)
+        if (!content_ || !Readable)
             return std::nullopt;
         return FileStamp{.file = 1, .size = content_->size(), .changed = version_, .settled = true};
     }
-    std::optional<std::string> Read() const override { return content_; }
+    SettingsReading Read() const override {
+        if (content_ && Readable)
+            return {.content = *content_, .problem = {}};
+        return {.content = "",
+                .problem = std::make_error_code(content_ ? std::errc::permission_denied
+                                                         : std::errc::no_such_file_or_directory)};
+    }
     bool
     Update(const std::function<std::optional<std::string>(const std::string&)>& edit) override {
         if (!Writable)
@@ -37,6 +43,7 @@ class SimulatedSettingsStore : public SettingsStore {
         ++version_;
     }
     void Delete() { content_.reset(); }
+    bool Readable = true;
     bool Writable = true;
 
   private:

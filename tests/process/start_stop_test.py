@@ -1,11 +1,15 @@
 """How the service starts, is stopped, and ends by itself."""
 
 import os
+import shutil
 import signal
 import unittest
 
 import harness
-from harness import NOBODY, Site
+from harness import NOBODY, Program, Site
+
+# What a program complains about that reads the settings.
+UNKNOWN_CODE_PAGE = b"[Encoding]\r\nCodePage=Klingon\r\n"
 
 
 def files(folder):
@@ -15,6 +19,8 @@ def files(folder):
 class StartStop(unittest.TestCase):
     def test_any_argument_ends_it_in_silence(self):
         site = Site(self)
+        with open(site.settings, "ab") as file:
+            file.write(UNKNOWN_CODE_PAGE)
         before = files(site.folder)
         for arguments in (["/e"], ["/x"], ["--help"], ["-h"], ["/i", "/u"], ["run"]):
             with self.subTest(arguments):
@@ -28,6 +34,8 @@ class StartStop(unittest.TestCase):
         first = site.service()
         monitor = site.monitor()
         monitor.greet()
+        with open(site.settings, "ab") as file:
+            file.write(UNKNOWN_CODE_PAGE)
         second = site.start_service()
         self.assertEqual(second.wait(), 0)
         self.assertEqual(second.lines, [])
@@ -70,7 +78,7 @@ class StartStop(unittest.TestCase):
             self.assertEqual(service.lines, [])
             monitor.wait_for(b"tx-SMSEnd")
 
-    def ends_with(self, content, mode=None, user=None):
+    def ends_with(self, content, mode=None, user=None, status=0):
         """What it says before it ends by itself. content: of its settings, None for no file."""
         site = Site(self)
         os.remove(site.settings)
@@ -82,20 +90,24 @@ class StartStop(unittest.TestCase):
         if mode is not None:
             os.chmod(site.settings, mode)
         before = files(site.path("system"))
-        service = site.start_service(user=user)
-        self.assertEqual(service.wait(), 0)
+        programs = [site.start_service(user=user)]
+        if status != 0:  # not for the service alone
+            for name, *arguments in (["flasher", "--port", "COM3", "--file", "unit.hex"], ["console"]):
+                program = shutil.copy(harness.programs + "/tarnex-" + name, site.folder)
+                programs.append(Program(self, program, arguments, user, env=site.environment()))
+        for program in programs:
+            self.assertEqual(program.wait(), status)
+            # Without settings the links stand at 127.0.0.1 for a moment, where another may be.
+            (line,) = [line for line in program.lines if "The control link" not in line]
+            self.assertIn(site.settings, line)
         self.assertEqual(files(site.path("system")), before)
-        # Without settings the links stand at 127.0.0.1 for a moment, where another service may be.
-        (line,) = [line for line in service.lines if "The control link" not in line]
-        self.assertIn(site.settings, line)
         return line
 
-    def test_without_a_readable_settings_file_it_says_so_and_ends(self):
-        missing = "is missing or cannot be read"
-        self.assertIn(missing, self.ends_with(None))
-        self.assertIn(missing, self.ends_with("folder"))
+    def test_without_a_readable_settings_file_every_program_says_so_and_ends(self):
+        self.assertIn("is missing", self.ends_with(None))
+        self.assertIn("cannot be read (it is no", self.ends_with("folder", status=66))
         reader = NOBODY if os.geteuid() == 0 else None
-        self.assertIn(missing, self.ends_with(b"[Check]\nCheck1(13)=1\n", 0o000, reader))
+        self.assertIn("(Permission denied)", self.ends_with(b"", 0o000, reader, status=77))
 
     def test_without_permission_in_the_settings_it_says_how_to_give_it_and_ends(self):
         whole = Site(self).settings_text().encode("gbk")
@@ -126,7 +138,7 @@ class StartStop(unittest.TestCase):
         for site, words in (
             (disabled, "remove the line Enable=Disable"),
             (forbidden, "write the line Check1(13)=1"),
-            (missing, "is missing or cannot be read"),
+            (missing, "is missing"),
         ):
             service = site.service()
             monitor = site.monitor()

@@ -33,23 +33,23 @@ struct FileSettingsStoreTest : testing::Test {
 
 TEST_F(FileSettingsStoreTest, NothingIsReadFromWhatIsNoFile) {
     EXPECT_FALSE(store.Stamp());
-    EXPECT_FALSE(store.Read());
+    EXPECT_EQ(store.Read().problem, std::errc::no_such_file_or_directory);
 
     std::filesystem::create_directory(path);
     EXPECT_FALSE(store.Stamp());
-    EXPECT_FALSE(store.Read());
+    EXPECT_EQ(store.Read().problem, std::errc::is_a_directory);
     EXPECT_FALSE(store.Update(AppendX));
     EXPECT_EQ(store.Problem(), std::errc::is_a_directory);
     std::filesystem::remove(path);
 
     ASSERT_EQ(mkfifo(path.c_str(), 0666), 0);
-    EXPECT_FALSE(store.Read());
+    EXPECT_TRUE(store.Read().Unreadable());
     EXPECT_FALSE(store.Update(AppendX));
     std::filesystem::remove(path);
 
     WriteFile(path, "secret");
     ASSERT_EQ(chmod(path.c_str(), 0), 0);
-    EXPECT_TRUE(InChild(true, [&] { return !store.Stamp() && !store.Read(); }));
+    EXPECT_TRUE(InChild(true, [&] { return !store.Stamp() && store.Read().Unreadable(); }));
     // What cannot be read must not count as empty.
     EXPECT_TRUE(InChild(true, [&] { return !store.Update(AppendX); }));
     EXPECT_EQ(FileContent(path), "secret");
@@ -133,7 +133,7 @@ TEST_F(FileSettingsStoreTest, AHalfWrittenFileIsGivenTimeToBecomeWhole) {
     on_pause = [&] { WriteFile(path, "whole"); };
     until_paused([&] {
         WriteFile(path, "");
-        const auto content = store.Read();
+        const std::string content = store.Read().content;
         EXPECT_EQ(content, pauses ? "whole" : "");
     });
     EXPECT_EQ(pauses, 1);
@@ -156,7 +156,7 @@ TEST_F(FileSettingsStoreTest, ContentBeyondTheLimitIsNeitherReadNorLost) {
     WriteFile(path, most);
     EXPECT_TRUE(store.Update([](const std::string& content) { return content; }));
     WriteFile(path, most + "b");
-    EXPECT_EQ(store.Read(), most);
+    EXPECT_EQ(store.Read().content, most);
     EXPECT_FALSE(store.Update(AppendX));
     EXPECT_EQ(store.Problem(), std::errc::file_too_large);
     EXPECT_EQ(FileContent(path), most + "b");

@@ -77,9 +77,10 @@ TEST(DeviceRecord, InvalidatingMarksAllNineInOneStep) {
     store.SetContent("[TarnexComm]\nLastCom=3\nNameEnable=1\n");
     const auto before = store.Stamp()->changed;
     InvalidateUnitSettings(file);
-    EXPECT_EQ(store.Read(), "[TarnexComm]\nLastCom=3\nNameEnable=@v@\nTelNo1=@v@\nTelNo2=@v@\n"
-                            "SMSCenter=@v@\nCommAlarmTime=@v@\nSendTimes=@v@\n"
-                            "CommAlarmEnable=@v@\nPowrAlarmEnable=@v@\nTarnexName=@v@\n");
+    EXPECT_EQ(store.Read().content,
+              "[TarnexComm]\nLastCom=3\nNameEnable=@v@\nTelNo1=@v@\nTelNo2=@v@\n"
+              "SMSCenter=@v@\nCommAlarmTime=@v@\nSendTimes=@v@\n"
+              "CommAlarmEnable=@v@\nPowrAlarmEnable=@v@\nTarnexName=@v@\n");
     EXPECT_EQ(store.Stamp()->changed, before + 1);
 }
 

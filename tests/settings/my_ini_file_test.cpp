@@ -16,7 +16,7 @@ class CountingStore : public SimulatedSettingsStore {
             stamp->settled = Settled;
         return stamp;
     }
-    std::optional<std::string> Read() const override {
+    SettingsReading Read() const override {
         ++Readings;
         return SimulatedSettingsStore::Read();
     }
@@ -37,7 +37,7 @@ TEST_F(MyIniFileTest, OnlyAnExactOneIsTrue) {
         EXPECT_FALSE(file.GetIniTF(key));
     EXPECT_TRUE(file.WriteIniTF(u"a", false));
     EXPECT_TRUE(file.WriteIniTF(u"b", true));
-    EXPECT_EQ(store.Read(), "[Setting]\na=0\nb=1\nc= 1\nd=01\ne=\n");
+    EXPECT_EQ(store.Read().content, "[Setting]\na=0\nb=1\nc= 1\nd=01\ne=\n");
 }
 
 TEST_F(MyIniFileTest, BlankNamesAndValuesAreRefused) {
@@ -49,7 +49,7 @@ TEST_F(MyIniFileTest, BlankNamesAndValuesAreRefused) {
     const TextView one_is_bad[] = {u"k", u"x=y"};
     EXPECT_FALSE(file.WriteIniStr(u"S", one_is_bad, u"v"));
     EXPECT_FALSE(file.LastWriteFailed());
-    EXPECT_EQ(store.Read(), "[S]\nk=1\n");
+    EXPECT_EQ(store.Read().content, "[S]\nk=1\n");
     EXPECT_EQ(file.GetIniStr(u"S", u"  "), u"");
 }
 

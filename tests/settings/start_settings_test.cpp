@@ -1,5 +1,6 @@
 #include "platform/linux/iconv_code_page.h"
 #include "settings/start_settings.h"
+#include "simulator/simulated_stores.h"
 
 #include <gtest/gtest.h>
 
@@ -20,6 +21,28 @@ TEST(StartSettings, AreTheFilesOwnOrTheDefaults) {
     const StartSettings none = ReadStartSettings(IniDocument("", utf8));
     EXPECT_EQ(none.bind_address, "127.0.0.1");
     EXPECT_EQ(none.code_page, "GBK");
+}
+
+TEST(StartSettings, AFileInTheMiddleOfAChangeIsReadAgain) {
+    const IconvCodePage gbk("GBK");
+    const std::string whole = "[Check]\nCheck1(13)=1\n[ControlLink]\nBindAddress=127.0.0.9\n";
+    SimulatedSettingsStore store;
+    for (const char* first : {"missing", "unreadable", "", "[Check]\nCheck1(13"}) {
+        store.Readable = std::string_view(first) != "unreadable";
+        if (std::string_view(first) == "missing")
+            store.Delete();
+        else
+            store.SetContent(first);
+        const SettingsReading reading = ReadAtStart(store, gbk, [&] {
+            store.Readable = true;
+            store.SetContent(whole);
+        });
+        EXPECT_EQ(reading.content, whole) << first;
+    }
+    EXPECT_EQ(ReadAtStart(store, gbk, [&] { store.Delete(); }).content, whole);
+}
+
+TEST(StartSettings, SettingsPathIsBelowTheBaseFolder) {
     EXPECT_EQ(SettingsPath("/srv/win"), "/srv/win/system/Tarnex.ini");
     EXPECT_EQ(SettingsPath(""), "/var/lib/tarnexcomm/system/Tarnex.ini");
     EXPECT_EQ(SettingsPath(nullptr), "/var/lib/tarnexcomm/system/Tarnex.ini");

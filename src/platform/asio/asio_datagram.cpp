@@ -185,7 +185,7 @@ class Binding : public std::enable_shared_from_this<Binding> {
 
 class AsioDatagramSocket : public DatagramSocket {
   public:
-    AsioDatagramSocket(AsioLoop& loop, std::string bind_address,
+    AsioDatagramSocket(AsioLoop& loop, std::shared_ptr<const std::string> bind_address,
                        std::shared_ptr<char[]> receive_buffer, OnDatagram on_datagram)
         : loop_(loop), bind_address_(std::move(bind_address)),
           receive_buffer_(std::move(receive_buffer)),
@@ -197,7 +197,7 @@ class AsioDatagramSocket : public DatagramSocket {
             return "";
         Close();
         auto binding = std::make_shared<Binding>(loop_, receive_buffer_, on_datagram_);
-        if (std::string obstacle = binding->Open(bind_address_, port); !obstacle.empty())
+        if (std::string obstacle = binding->Open(*bind_address_, port); !obstacle.empty())
             return obstacle;
         binding_ = std::move(binding);
         port_ = port;
@@ -215,7 +215,7 @@ class AsioDatagramSocket : public DatagramSocket {
 
   private:
     AsioLoop& loop_;
-    std::string bind_address_;
+    std::shared_ptr<const std::string> bind_address_;
     std::shared_ptr<char[]> receive_buffer_;
     std::shared_ptr<const OnDatagram> on_datagram_;
     std::shared_ptr<Binding> binding_;
@@ -225,7 +225,7 @@ class AsioDatagramSocket : public DatagramSocket {
 } // namespace
 
 AsioDatagramSockets::AsioDatagramSockets(AsioLoop& loop, std::string bind_address)
-    : loop_(loop), bind_address_(std::move(bind_address)),
+    : loop_(loop), bind_address_(std::make_shared<std::string>(std::move(bind_address))),
       receive_buffer_(std::make_shared_for_overwrite<char[]>(kLargestDatagram)) {}
 
 std::unique_ptr<DatagramSocket>

@@ -11,14 +11,17 @@ class AsioDatagramSockets : public DatagramSockets {
     // bind_address: numeric; what is not an address makes every Bind() fail with words that say so.
     AsioDatagramSockets(AsioLoop& loop, std::string bind_address);
 
+    // For what is bound from now on, by sockets that are there already, too.
+    void SetBindAddress(std::string address) { *bind_address_ = std::move(address); }
+
     // Port 0 binds to one that the system chooses. A socket that is not bound sends nothing.
     std::unique_ptr<DatagramSocket>
     Create(std::function<void(const Datagram&)> on_datagram) override;
 
   private:
     AsioLoop& loop_;
-    std::string bind_address_;
-    std::shared_ptr<char[]> receive_buffer_; // one for all: a datagram is copied out at once
+    std::shared_ptr<std::string> bind_address_; // the sockets look there
+    std::shared_ptr<char[]> receive_buffer_;    // one for all: a datagram is copied out at once
 };
 
 } // namespace tarnex

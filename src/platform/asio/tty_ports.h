@@ -12,6 +12,9 @@ class TtyPorts : public SerialPorts {
     // An empty path: that port is absent.
     TtyPorts(AsioLoop& loop, SerialPaths paths) : loop_(loop), paths_(std::move(paths)) {}
 
+    // For the ports that are opened from now on.
+    void SetPaths(SerialPaths paths) { paths_ = std::move(paths); }
+
     OpenedPort Open(int number, const LineSettings& settings, SerialEvents events) override;
     std::string DeviceName(int number) const override;
 

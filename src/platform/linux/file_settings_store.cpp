@@ -35,7 +35,7 @@ constexpr auto kLockPause = 10ms;
 struct Image {
     enum class Kind { kFile, kMissing, kUnusable };
     Kind kind = Kind::kUnusable;
-    std::error_code problem; // of one that is unusable
+    std::error_code problem; // of one that is no file
     FileStamp stamp;
     uid_t owner = 0;
     gid_t group = 0;
@@ -74,18 +74,20 @@ std::string FollowLinks(std::filesystem::path path) {
     return path.string();
 }
 
-std::string ReadUpTo(int fd, std::size_t most) {
-    std::string content;
+// A failing disk must not pass for the end of the file.
+std::error_code ReadUpTo(int fd, std::size_t most, std::string& content) {
     while (content.size() < most) {
         char block[16384];
         const ssize_t got = read(fd, block, std::min(sizeof block, most - content.size()));
         if (got < 0 && errno == EINTR)
             continue;
-        if (got <= 0)
+        if (got < 0)
+            return LastError();
+        if (got == 0)
             break;
         content.append(block, static_cast<std::size_t>(got));
     }
-    return content;
+    return {};
 }
 
 // Reads the file as it is. changing: another program is at it.
@@ -103,10 +105,14 @@ Image ReadOnce(const std::string& path, bool& changing) {
     image.problem = std::make_error_code(std::errc::is_a_directory);
     if (fstat(file.Get(), &before) != 0 || !S_ISREG(before.st_mode))
         return image;
-    image.content = ReadUpTo(file.Get(), kLongestContent + 1);
-    if (fstat(file.Get(), &after) != 0)
+    std::string content;
+    image.problem = ReadUpTo(file.Get(), kLongestContent + 1, content);
+    if (!image.problem && fstat(file.Get(), &after) != 0)
+        image.problem = LastError();
+    if (image.problem)
         return image;
     image.kind = Image::Kind::kFile;
+    image.content = std::move(content);
     image.stamp = StampOf(after);
     image.owner = after.st_uid;
     image.group = after.st_gid;
@@ -188,12 +194,10 @@ std::optional<FileStamp> FileSettingsStore::Stamp() const {
     return StampOf(status);
 }
 
-std::optional<std::string> FileSettingsStore::Read() const {
+SettingsReading FileSettingsStore::Read() const {
     Image image = ReadWhole(path_, pause_);
-    if (image.kind != Image::Kind::kFile)
-        return std::nullopt;
     image.content.resize(std::min(image.content.size(), kLongestContent));
-    return std::move(image.content);
+    return {.content = std::move(image.content), .problem = image.problem};
 }
 
 bool FileSettingsStore::Update(const Edit& edit) {

@@ -20,7 +20,7 @@ class FileSettingsStore : public SettingsStore {
 
     std::string Name() const override { return path_; }
     std::optional<FileStamp> Stamp() const override;
-    std::optional<std::string> Read() const override;
+    SettingsReading Read() const override;
     bool Update(const Edit& edit) override;
     // What stood in the way of the last Update; nothing after one that returned true. Among them
     // EWOULDBLOCK: another program keeps the lock; EFBIG: the file is longer than 1 MiB; EBUSY:

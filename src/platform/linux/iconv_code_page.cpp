@@ -99,6 +99,8 @@ IconvCodePage::IconvCodePage(std::string_view name)
       encoder_(std::make_unique<Converter>(std::string(name), kTextCode)),
       decoder_(std::make_unique<Converter>(kTextCode, std::string(name))) {}
 
+IconvCodePage::IconvCodePage(IconvCodePage&&) noexcept = default;
+IconvCodePage& IconvCodePage::operator=(IconvCodePage&&) noexcept = default;
 IconvCodePage::~IconvCodePage() = default;
 
 std::string IconvCodePage::Encode(TextView text) const {

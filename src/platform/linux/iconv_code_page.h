@@ -15,6 +15,8 @@ class IconvCodePage : public CodePage {
 
     // name must be supported.
     explicit IconvCodePage(std::string_view name);
+    IconvCodePage(IconvCodePage&&) noexcept;
+    IconvCodePage& operator=(IconvCodePage&&) noexcept;
     ~IconvCodePage() override;
 
     std::string Encode(TextView text) const override;

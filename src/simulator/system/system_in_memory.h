@@ -38,6 +38,12 @@ struct SystemInMemory {
             .view = view,
             .notice = [this](const std::string& line) { said.push_back(line); },
             .echo = [this](const std::string& list, const Text&) { echoed.push_back(list); },
+            .take_start_settings = [this]() -> std::optional<StartSettings> {
+                const SettingsReading reading = store.Read();
+                if (reading.Unreadable())
+                    return std::nullopt;
+                return ReadStartSettings(IniDocument(reading.content, code_page));
+            },
             .end_process = [this] { ended_at = clock.Now(); },
             .status = status,
             .process_id = 4711});
