@@ -15,6 +15,35 @@ std::string WhyServiceEnds(const SettingsStore& store, const LoadedSettings& loa
                       "Check1(13)=1 into section [Check].";
 }
 
+std::string WhyNotRead(const SettingsStore& store, const MyIniFile& ini) {
+    if (!ini.ReadProblem())
+        return "";
+    return Unreadable(store.Name(), ini.ReadProblem()) +
+           ", so the settings stay as they were read last. Give the user of this service read "
+           "access to the file and its folder, and look for a failing disk. It is tried again all "
+           "the time.";
+}
+
+std::string WhyRestart(const SettingsStore& store, const StartSettings& in_use,
+                       const StartSettings& now) {
+    std::string names;
+    const auto name = [&names](const std::string& key) {
+        names += (names.empty() ? "" : ", ") + key;
+    };
+    for (std::size_t i = 0; i < now.device_paths.size(); ++i)
+        if (now.device_paths[i] != in_use.device_paths[i])
+            name("COM" + std::to_string(i + 1));
+    if (now.bind_address != in_use.bind_address)
+        name("BindAddress");
+    if (now.code_page != in_use.code_page)
+        name("CodePage");
+    if (names.empty())
+        return "";
+    return "The settings in " + store.Name() +
+           " are others than this service was started with: " + names +
+           ". These are read at the start only: restart it (systemctl restart tarnexcomm).";
+}
+
 std::string WhyNotWritten(const SettingsStore& store, const MyIniFile& ini) {
     if (!ini.LastWriteFailed())
         return "";

@@ -8,7 +8,7 @@ namespace {
 
 constexpr Duration kReloadPeriod = 10s;
 constexpr Duration kStatusPeriod = 500ms;
-constexpr Duration kGateConfirmation = 100ms;
+constexpr Duration kSecondLook = 100ms;
 constexpr Duration kFirstSearch = 15s;
 constexpr int kAcceptPauseAndContinue = 2;
 constexpr int kPausedEvent = 109;
@@ -124,7 +124,7 @@ TarnexComm::TarnexComm(World world)
 }
 
 TarnexComm::~TarnexComm() {
-    world_.clock.Cancel(gate_check_);
+    world_.clock.Cancel(second_look_);
     world_.clock.Cancel(end_);
 }
 
@@ -185,7 +185,7 @@ ServiceEvents TarnexComm::ControllerEvents() {
 void TarnexComm::ResetUnitState() {
     ++unit_.Losses; // whoever waits for the unit has no business with it any more
     LoadSettings();
-    const bool debug = ini_.GetIniStr(u"Debug", u"DebugMode") == u"On";
+    reset_in_doubt_ = doubt_;
     unit_.UnitReady = false;
     unit_.UnitOnline = false;
     unit_.UnitInitFlags = kNoUnitInitFlags;
@@ -194,32 +194,54 @@ void TarnexComm::ResetUnitState() {
     cycle_.Reset();
     unit_.UnitBusy = false;
     unit_.UnitConnected = false;
+    connection_.mAutoConnect.Reset(kFirstSearch);
+    TakeSearchAndDebug();
+}
+
+void TarnexComm::TakeSearchAndDebug() {
+    const bool debug = ini_.GetIniStr(u"Debug", u"DebugMode") == u"On";
     core_.OCXDebug(debug ? u"On" : u"Off");
     lists_.DebugOn = debug;
     ShowWindow(debug);
-    connection_.mAutoConnect.Reset(kFirstSearch);
-    if (!settings_.AutoSearchOff)
+    if (settings_.AutoSearchOff)
+        connection_.mAutoConnect.Disable();
+    else if (!unit_.UnitConnected && !unit_.UnitBusy)
         connection_.mAutoConnect.Enable();
 }
 
 void TarnexComm::LoadSettings() {
-    notices_.Report("settings", WhyNotWritten(world_.settings_store, ini_),
-                    "The settings file " + world_.settings_store.Name() + " is written again.");
-    const LoadedSettings loaded = ReadSettings(*ini_.Snapshot(), settings_);
-    if (loaded.enabled && loaded.allowed) {
-        Apply(loaded.settings);
-    } else if (!gate_check_pending_) {
+    ReadAndApply();
+    if (doubt_ && !second_look_pending_) {
         // Other programs rewrite the file in place: it may stand half-written just now.
-        gate_check_pending_ = true;
-        gate_check_ = world_.clock.CallAfter(kGateConfirmation, [this] { ConfirmClosedGate(); });
+        second_look_pending_ = true;
+        second_look_ = world_.clock.CallAfter(kSecondLook, [this] { LookAgain(); });
     }
 }
 
-void TarnexComm::ConfirmClosedGate() {
-    gate_check_pending_ = false;
-    const LoadedSettings loaded = ReadSettings(*ini_.Snapshot(), settings_);
-    if (loaded.enabled && loaded.allowed) {
-        Apply(loaded.settings);
+LoadedSettings TarnexComm::ReadAndApply() {
+    const std::shared_ptr<const IniDocument> file = ini_.Snapshot();
+    const LoadedSettings loaded = ReadSettings(*file, settings_);
+    doubt_ = ini_.ReadProblem() || !loaded.enabled || !loaded.allowed;
+    if (doubt_)
+        return loaded;
+    Apply(loaded.settings);
+    TellOfRestart(ReadStartSettings(*file));
+    const std::string name = world_.settings_store.Name();
+    notices_.Report("settings reading", "", "The settings file " + name + " can be read again.");
+    notices_.Report("settings", WhyNotWritten(world_.settings_store, ini_),
+                    "The settings file " + name + " is written again.");
+    if (std::exchange(reset_in_doubt_, false))
+        TakeSearchAndDebug();
+    return loaded;
+}
+
+void TarnexComm::LookAgain() {
+    second_look_pending_ = false;
+    const LoadedSettings loaded = ReadAndApply();
+    if (!doubt_)
+        return;
+    if (ini_.ReadProblem()) {
+        notices_.Report("settings reading", WhyNotRead(world_.settings_store, ini_), "");
         return;
     }
     world_.notice(WhyServiceEnds(world_.settings_store, loaded));
@@ -232,6 +254,16 @@ void TarnexComm::Apply(const Settings& settings) {
     settings_ = settings;
     link_.HandShake.Enable();
     log_.Open(settings_.LogPath);
+}
+
+void TarnexComm::TellOfRestart(const StartSettings& now) {
+    // Of two readings in a row: one may have met a file that is just being written.
+    std::string reason = WhyRestart(world_.settings_store, start_settings_, now);
+    if (reason == restart_reason_)
+        notices_.Report("settings at start", reason,
+                        "The settings in " + world_.settings_store.Name() +
+                            " are those again that this service was started with.");
+    restart_reason_ = std::move(reason);
 }
 
 void TarnexComm::ShowWindow(bool visible) {

@@ -8,6 +8,7 @@
 #include "service/main_window.h"
 #include "service/status_report.h"
 #include "service/unit_sms_sender.h"
+#include "settings/load_settings.h"
 #include "settings/start_settings.h"
 #include "supervision/connection_supervision.h"
 #include "supervision/supervision_cycle.h"
@@ -66,9 +67,15 @@ class TarnexComm {
     bool TakeStartSettings();
     ServiceEvents ControllerEvents();
     void LoadSettings();
+    // Reads them and takes them over, unless there is doubt: the file cannot be read, or leaves a
+    // run gate closed.
+    LoadedSettings ReadAndApply();
     // A closed run gate counts only when a second reading says the same.
-    void ConfirmClosedGate();
+    void LookAgain();
     void Apply(const Settings& settings);
+    void TellOfRestart(const StartSettings& now);
+    // What a reset takes from the settings for the time until the next one.
+    void TakeSearchAndDebug();
     void ShowWindow(bool visible);
     bool WindowShown() const { return on_screen_ && on_screen_->Shown(); }
     void WireButtons();
@@ -98,8 +105,11 @@ class TarnexComm {
     Timer AutoReloadSettingsTimer_;
     Timer Timer1_;
     TimerList stoppable_; // what the button "Stop" stops
-    CallId gate_check_;
-    bool gate_check_pending_ = false;
+    CallId second_look_;
+    bool second_look_pending_ = false;
+    bool doubt_ = false;          // about the last reading
+    bool reset_in_doubt_ = false; // since the last ResetUnitState
+    std::string restart_reason_;  // as the last reading gave it
     bool ExWindowsState_ = false;
     bool ended_ = false;
     CallId end_;

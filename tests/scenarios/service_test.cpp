@@ -114,7 +114,7 @@ TEST_F(Service, IsEndedByItsSettingsWithinAReload) {
     EXPECT_EQ(said.size(), 1u);
 }
 
-TEST_F(Service, AHalfWrittenFileChangesNothing) {
+TEST_F(Service, AFileInDoubtChangesNothing) {
     StartToReady();
     const std::string whole = store.Read().content;
     clock.RunTo(1min - 1ms);
@@ -125,7 +125,42 @@ TEST_F(Service, AHalfWrittenFileChangesNothing) {
     EXPECT_FALSE(ended_at);
     EXPECT_TRUE(service->Unit().UnitReady);
     EXPECT_TRUE(said.empty());
+
+    store.Readable = false; // the umask of an editor, say
+    clock.RunFor(10min);
+    ASSERT_EQ(said.size(), 1u);
+    EXPECT_NE(said[0].find("Tarnex.ini cannot be read"), std::string::npos);
+    store.Readable = true;
+    clock.RunFor(10s);
+    EXPECT_EQ(said.size(), 2u);
+    EXPECT_FALSE(ended_at);
+    EXPECT_TRUE(service->Unit().UnitReady);
     EXPECT_EQ(unit.Count("WRNO1"), 1);
+}
+
+TEST_F(Service, AResetInTheMiddleOfAChangeTakesWhatTheWholeFileSays) {
+    store.SetContent(settings.Set("Check", "Check1(7)", "0").Content());
+    StartService();
+    clock.RunFor(1s);
+    store.SetContent(""); // from here on it is rewritten
+    service->ResetUnitState();
+    settings.Set("Check", "Check1(7)", "1").Set("Debug", "DebugMode", "On");
+    store.SetContent(settings.Content());
+    clock.RunFor(1min);
+    EXPECT_TRUE(service->Unit().UnitReady);
+    EXPECT_TRUE(service->Window().Visible());
+}
+
+TEST_F(Service, ChangesThatNeedANewStartAreTold) {
+    StartService();
+    EditSetting(u"SerialPorts", u"COM4", u"/dev/ttyS9");
+    EditSetting(u"Encoding", u"CodePage", u"UTF-8");
+    clock.RunFor(1min);
+    ASSERT_EQ(said.size(), 1u);
+    EXPECT_NE(said[0].find("COM4, CodePage"), std::string::npos) << said[0];
+    store.SetContent(settings.Content());
+    clock.RunFor(20s);
+    EXPECT_EQ(said.size(), 2u);
 }
 
 TEST_F(Service, DoesNotStartWithoutPermission) {
