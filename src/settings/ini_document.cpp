@@ -38,7 +38,7 @@ class LineReader {
         const bool last = line_feed == std::string_view::npos;
         line.end = last ? content_.size() : line_feed;
         line.next = last ? content_.size() : line_feed + 1;
-        if (!last && line.end > at_ && content_[line.end - 1] == '\r')
+        if (line.end > at_ && content_[line.end - 1] == '\r')
             --line.end;
         Understand(line);
         at_ = line.next;
@@ -110,13 +110,14 @@ std::string_view LineEndOf(std::string_view content) {
 }
 
 // Adds a line at a place where a line begins; at the end of a file whose last line has no line
-// end, the new last line has none either.
+// end, or half of one, the new last line has none.
 std::string InsertLine(const std::string& content, std::size_t at, const std::string& line) {
     const std::string line_end(LineEndOf(content));
-    const bool behind_open_line = at > 0 && content[at - 1] != '\n';
+    const char before = at > 0 ? content[at - 1] : '\n';
     std::string result = content;
-    result.insert(at, behind_open_line ? line_end + line : line + line_end);
-    return result;
+    if (before == '\n')
+        return result.insert(at, line + line_end);
+    return result.insert(at, (before == '\r' ? "\n" : line_end) + line);
 }
 
 bool Contains(TextView text, std::initializer_list<char16_t> characters) {

@@ -64,6 +64,8 @@ TEST(IniDocument, ChangesNothingButTheOneValue) {
          "[S]\n;K=1\nA=\xFF\x81\nK=v\n\n; about T\n[T]\nK=1\n"},
         {"[S]\r\n\r\n[S]\r\nK=1\r\n", "[S]\r\nK=v\r\n\r\n[S]\r\nK=1\r\n"},
         {"[S]\r\nA=1", "[S]\r\nA=1\r\nK=v"},
+        {"[S]\r\nA=1\r", "[S]\r\nA=1\r\nK=v"}, // half a line end
+        {"[S]\r\nK=old\r", "[S]\r\nK=v\r"},
         {"[T]\nK=1", "[T]\nK=1\n[S]\nK=v"},
         {"[T]\nK=1\n", "[T]\nK=1\n[S]\nK=v\n"},
         {"K=1\nrubbish \x81\n", "K=1\nrubbish \x81\n[S]\nK=v\n"},
