@@ -69,11 +69,8 @@ void SettingsFile::Set(const Setting& setting, TextView value) {
 void SettingsFile::Unset(const Setting& setting) {
     const AsFolderOwner owner(path_);
     CheckWritten(store_.Update([&](const std::string& present) -> std::optional<std::string> {
-        std::string content = present;
-        for (std::string before; content != before;) { // a later line of the same key would count
-            before = content;
-            content = IniDocument::Remove(before, code_page_, setting.section, setting.key);
-        }
+        std::string content =
+            IniDocument::Remove(present, code_page_, setting.section, setting.key);
         return content == present ? std::nullopt : std::optional(content);
     }));
 }

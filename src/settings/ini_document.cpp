@@ -195,10 +195,23 @@ std::optional<std::string> IniDocument::Set(const std::string& content, const Co
 
 std::string IniDocument::Remove(const std::string& content, const CodePage& code_page,
                                 TextView section, TextView key) {
-    const Place place = Find(content, code_page, Trim(section), Trim(key));
-    std::string result = content;
-    return place.key_found ? result.erase(place.line.begin, place.line.next - place.line.begin)
-                           : result;
+    section = Trim(section);
+    key = Trim(key);
+    std::string rest;
+    std::size_t kept_from = 0;
+    bool inside = false;
+    LineReader reader(content, code_page);
+    while (const auto line = reader.Next()) {
+        if (line->kind == LineKind::kSection) {
+            if (inside)
+                break;
+            inside = EqualIgnoringCase(line->name, section);
+        } else if (inside && line->kind == LineKind::kKey && EqualIgnoringCase(line->name, key)) {
+            rest.append(content, kept_from, line->begin - kept_from);
+            kept_from = line->next;
+        }
+    }
+    return rest.append(content, kept_from);
 }
 
 std::vector<IniDocument::KeyLine> IniDocument::KeyLines(std::string_view content,

@@ -29,8 +29,8 @@ class IniDocument {
     // Nothing when no file can hold that name or value, as when it contains a line end.
     static std::optional<std::string> Set(const std::string& content, const CodePage& code_page,
                                           TextView section, TextView key, TextView value);
-    // content without the line of that key, as it is when there is none. Get then finds nothing,
-    // or what a later line of the same key says.
+    // content without the line of that key and the later ones that would then count; as it is when
+    // there is none. Get then finds nothing.
     static std::string Remove(const std::string& content, const CodePage& code_page,
                               TextView section, TextView key);
 

@@ -100,13 +100,13 @@ TEST(IniDocument, RefusesWhatAReaderWouldNotFindAgain) {
     EXPECT_EQ(IniDocument::Set("[S]\nK=1\n", kGbk, u"S", u"K", u"\u0E01]=[;"), "[S]\nK=?]=[;\n");
 }
 
-TEST(IniDocument, RemovesTheOneLine) {
+TEST(IniDocument, RemovesTheLinesThatCount) {
     const struct {
         const char* before;
         const char* after; // [S] K removed
     } rows[] = {
         {"[S]\r\nA=1\r\n k = x\r\n; c\r\n", "[S]\r\nA=1\r\n; c\r\n"},
-        {"[S]\nK=1\nK=2\n", "[S]\nK=2\n"},
+        {"[S]\nK=1\nA=1\nK=2\n[S]\nK=3\n", "[S]\nA=1\n[S]\nK=3\n"},
         {"[S]\nA=1\nK=", "[S]\nA=1\n"},
         {"K=1\n[T]\nK=1\n[S]\n;K=1\n", "K=1\n[T]\nK=1\n[S]\n;K=1\n"},
     };
