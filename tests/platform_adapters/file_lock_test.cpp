@@ -3,8 +3,10 @@
 
 #include <csignal>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <spawn.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
@@ -65,9 +67,19 @@ TEST_F(InstanceLockFile, OneProcessHoldsItUntilItDies) {
     EXPECT_EQ(first.End(SIGTERM), SIGTERM);
     EXPECT_TRUE(lock.Acquire());
     EXPECT_EQ(folder.Read("lock"), own_record);
+}
+
+TEST_F(InstanceLockFile, AFileThatStrangersMayLockIsReplaced) {
+    folder.Write("lock", "");
+    ASSERT_EQ(chmod(folder.Path("lock").c_str(), 0644), 0);
+    const int stranger = open(folder.Path("lock").c_str(), O_RDONLY);
+    ASSERT_EQ(flock(stranger, LOCK_EX), 0);
+    EXPECT_TRUE(lock.Acquire());
     struct stat file {};
     ASSERT_EQ(stat(folder.Path("lock").c_str(), &file), 0);
-    EXPECT_EQ(file.st_mode & 07777, 0644u);
+    EXPECT_EQ(file.st_mode & 07777, 0640u);
+    EXPECT_FALSE(FileInstanceLock(folder.Path("lock")).Acquire());
+    close(stranger);
 }
 
 TEST_F(InstanceLockFile, AFileOfAnotherUserLocksAllTheSame) {
@@ -75,7 +87,7 @@ TEST_F(InstanceLockFile, AFileOfAnotherUserLocksAllTheSame) {
         GTEST_SKIP() << "needs the superuser to become somebody else";
     folder.Write("lock", "1\n");
     ASSERT_EQ(chmod(folder.Path().c_str(), 0755), 0);
-    ASSERT_EQ(chmod(folder.Path("lock").c_str(), 0644), 0);
+    ASSERT_EQ(chmod(folder.Path("lock").c_str(), 0640), 0);
     const auto acquire_as_nobody = [this] { return seteuid(65534) == 0 && lock.Acquire(); };
     Copy first(acquire_as_nobody);
     EXPECT_TRUE(first.Succeeded());

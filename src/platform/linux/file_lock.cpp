@@ -4,6 +4,8 @@
 
 #include <cerrno>
 #include <charconv>
+#include <cstdlib>
+#include <filesystem>
 #include <tuple>
 
 #include <fcntl.h>
@@ -14,10 +16,55 @@ namespace tarnex {
 
 namespace {
 
-constexpr mode_t kMode = 0644; // everybody may lock the file, its owner may write to it
+constexpr const char* kRuntimeFolder = "/run/tarnexcomm";
+constexpr mode_t kMode = 0640; // the owner's group may lock it
+constexpr mode_t kFolderMode = 0750;
+constexpr mode_t kOthers = 0007;
+constexpr int kAttempts = 3;
 
-UniqueFd OpenForReading(const std::string& path) {
-    return UniqueFd(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+std::string FolderOf(const std::string& path) {
+    const std::string folder = std::filesystem::path(path).parent_path();
+    return folder.empty() ? "." : folder;
+}
+
+// Nothing but the file itself, whatever stands in its place.
+UniqueFd OpenOrMake(const std::string& path) {
+    constexpr int kFlags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    UniqueFd file(open(path.c_str(), kFlags | O_RDWR | O_CREAT, kMode));
+    return file ? std::move(file) : UniqueFd(open(path.c_str(), kFlags | O_RDONLY));
+}
+
+// Nobody else can have it open: neither its mode nor its owner lets strangers in.
+bool IsOurs(const struct stat& file, const struct stat& folder) {
+    const bool known_owner =
+        file.st_uid == 0 || file.st_uid == geteuid() || file.st_uid == folder.st_uid;
+    return known_owner && (file.st_mode & kOthers) == 0;
+}
+
+// One that is not ours is replaced: changing its mode would not close it for who has it open.
+UniqueFd OpenOurs(const std::string& path) {
+    const std::string parent = FolderOf(path);
+    mkdir(parent.c_str(), kFolderMode);
+    for (int i = 0; i < kAttempts; ++i) {
+        UniqueFd file = OpenOrMake(path);
+        struct stat opened, present, folder;
+        if (!file || fstat(file.Get(), &opened) != 0 || stat(parent.c_str(), &folder) != 0)
+            return {};
+        if (IsOurs(opened, folder))
+            return file;
+        // Not the new one that another copy has made meanwhile.
+        if (lstat(path.c_str(), &present) == 0 && present.st_ino == opened.st_ino &&
+            unlink(path.c_str()) != 0)
+            return {};
+    }
+    return {};
+}
+
+// A file that the superuser makes is for the user of the service, too, whose folder it is in.
+void GiveToOwnerOfFolder(int file, const std::string& path) {
+    struct stat folder;
+    if (geteuid() == 0 && stat(FolderOf(path).c_str(), &folder) == 0)
+        std::ignore = fchown(file, folder.st_uid, folder.st_gid);
 }
 
 bool Record(int file, pid_t process) {
@@ -27,10 +74,9 @@ bool Record(int file, pid_t process) {
 }
 
 // 0 when nobody is recorded.
-pid_t Recorded(const std::string& path) {
-    const UniqueFd file = OpenForReading(path);
+pid_t Recorded(int file) {
     char text[32];
-    const ssize_t size = read(file.Get(), text, sizeof text);
+    const ssize_t size = pread(file, text, sizeof text, 0);
     pid_t process = 0;
     if (size > 0)
         std::from_chars(text, text + size, process);
@@ -47,22 +93,28 @@ bool RunsThisProgram(pid_t process) {
 
 } // namespace
 
+FileInstanceLock::FileInstanceLock() : paths_{std::string(kRuntimeFolder) + "/lock"} {
+    if (const char* const own = std::getenv("XDG_RUNTIME_DIR"); own && *own)
+        paths_.push_back(std::string(own) + "/tarnexcomm.lock");
+}
+
 bool FileInstanceLock::Acquire() {
-    UniqueFd file(
-        open(path_.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, kMode));
-    const bool may_record = static_cast<bool>(file);
-    if (!file)
-        file = OpenForReading(path_);
-    if (file && flock(file.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
-        return false;
-    if (may_record)
+    for (const std::string& path : paths_) {
+        UniqueFd file = OpenOurs(path);
+        if (!file)
+            continue;
+        if (flock(file.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+            return false;
+        GiveToOwnerOfFolder(file.Get(), path);
         std::ignore = Record(file.Get(), getpid()); // without it there is nobody to find later
-    held_ = std::move(file);
+        held_ = std::move(file);
+        break;
+    }
     return true;
 }
 
 void FileInstanceLock::KillLeftOver() {
-    const pid_t process = held_ ? Recorded(path_) : 0;
+    const pid_t process = held_ ? Recorded(held_.Get()) : 0;
     if (process <= 0 || process == getpid())
         return;
     // Held before the check, so that the signal cannot meet a later process of the same number.
