@@ -20,7 +20,8 @@ class MailForm : public Form {
     TextBox TxtMessage1{*this, "TxtMessage1"}; // body
     TextBox txtMessage{*this, "txtMessage"};   // not part of any mail
     Label StatusTxt{*this, "StatusTxt"};       // progress
-    TextBox Text1{*this, "Text1"};             // the watchdog's count at the last tick
+    TextBox Problem{*this, "Problem"}; // when and why the last attempt failed; "" once mails work
+    TextBox Text1{*this, "Text1"};     // the watchdog's count at the last tick
     Button CmdSend{*this, "CmdSend", u"发送"};
     Button Command1{*this, "Command1", u"Send2Fifo"};
     Button cmdExit{*this, "cmdExit", u"退出"};

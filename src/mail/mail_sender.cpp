@@ -2,6 +2,7 @@
 
 #include "mail/server_address.h"
 #include "platform/calendar_text.h"
+#include "ui/system_errors.h"
 
 #include <algorithm>
 #include <utility>
@@ -28,10 +29,14 @@ constexpr std::string_view kCorrectAccount = "Correct Text1(30) or Text1(31)";
 constexpr std::size_t kLongestQuote = 80; // characters of others' words in a line for operators
 
 // The first line of text, without control characters.
-std::string Quote(TextView text) {
+Text FirstLine(TextView text) {
     Text line(text.substr(0, text.find_first_of(u"\r\n")).substr(0, kLongestQuote));
     std::ranges::replace_if(line, IsControl, u' ');
-    return '"' + ToUtf8(Trim(line)) + '"';
+    return Text(Trim(line));
+}
+
+std::string Quote(TextView text) {
+    return '"' + ToUtf8(FirstLine(text)) + '"';
 }
 
 std::string_view AdviceAfterRefusal(SmtpDoubt doubt, bool logs_in) {
@@ -114,7 +119,9 @@ void MailSender::MailSenderTimer_Timer() {
 }
 
 void MailSender::GiveUpForNow() {
-    Fail("no answer in time to " + std::string(RuleOf(SendStep_).waits_for), kCheckNetwork);
+    const SmtpRule& rule = RuleOf(SendStep_);
+    Fail("no answer in time to " + std::string(rule.waits_for),
+         u"服务器没有及时应答：" + Text(rule.waits_for_chinese), kCheckNetwork);
     dSetEmailFifo(CurrentMail_);
     BusyTicks_ = 0;
     ReadyForNext_ = true;
@@ -150,7 +157,7 @@ void MailSender::CmdSend_Click() {
     const auto server = ParseServerAddress(form_.txtserver.Value());
     if (!server)
         return Fail("it names no host, or a port that is not a number from 1 to 65535",
-                    kNameServer);
+                    u"服务器应为“主机”或“主机:端口”，端口是1到65535的数", kNameServer);
     Winsock1_->Connect(code_page_.Encode(server->host), server->port);
     SendStep_ = SmtpStep::kGreeting;
     form_.StatusTxt.SetCaption(u"试图与服务器连接");
@@ -165,7 +172,9 @@ void MailSender::OnReply(std::string_view reply) {
     Winsock1_->Close();
     if (SendStep_ == SmtpStep::kQuit)
         return; // the usual 221
-    Fail("it answered " + Quote(code_page_.Decode(reply)) + " to " + std::string(rule.waits_for),
+    const Text answer = code_page_.Decode(reply);
+    Fail("it answered " + Quote(answer) + " to " + std::string(rule.waits_for),
+         u"服务器不接受" + Text(rule.waits_for_chinese) + u"：" + FirstLine(answer),
          AdviceAfterRefusal(rule.doubt, !form_.user.Value().empty()));
 }
 
@@ -174,7 +183,7 @@ void MailSender::TakeStep(const SmtpRule& rule) {
     if (!sends) {
         Winsock1_->Close();
         return Fail("the user name or password holds characters that cannot be sent",
-                    kCorrectAccount);
+                    u"用户名或密码含有不能发送的字符", kCorrectAccount);
     }
     for (const std::string& bytes : *sends)
         Winsock1_->Send(bytes);
@@ -202,21 +211,27 @@ MailParts MailSender::Parts() const {
 }
 
 void MailSender::OnEnded(const TcpEnd& end) {
+    const SmtpRule& rule = RuleOf(SendStep_);
+    const Text chinese = SystemErrorInChinese(end.why);
     if (SendStep_ == SmtpStep::kGreeting)
-        Fail(end.why, end.own_machine ? kCheckMachine : kCheckNetwork);
+        Fail(end.why, u"不能连接服务器：" + chinese,
+             end.own_machine ? kCheckMachine : kCheckNetwork);
     else if (SendStep_ != SmtpStep::kQuit)
-        Fail(end.why + " before the answer to " + std::string(RuleOf(SendStep_).waits_for),
+        Fail(end.why + " before the answer to " + std::string(rule.waits_for),
+             u"等待服务器应答（" + Text(rule.waits_for_chinese) + u"）时：" + chinese,
              kCheckNetwork);
 }
 
 void MailSender::Confirmed() {
     failing_ = false;
+    form_.Problem.SetValue(u"");
     notices_.Report("mail", "", "Mail works again.");
 }
 
-void MailSender::Fail(const std::string& why, std::string_view advice) {
+void MailSender::Fail(const std::string& why, const Text& chinese, std::string_view advice) {
     if (attempt_failed_)
         return;
+    form_.Problem.SetValue(TimeText(clock_.Calendar()) + u" " + chinese);
     attempt_failed_ = true;
     ++failed_attempts_;
     last_problem_ = "server " + Quote(form_.txtserver.Value()) + ": " + why;

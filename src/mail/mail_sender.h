@@ -59,7 +59,8 @@ class MailSender : public EmailFifo {
     void TakeStep(const SmtpRule& rule);
     MailParts Parts() const;
     void Confirmed();
-    void Fail(const std::string& why, std::string_view advice);
+    // why: for operators; chinese: the same, for the window.
+    void Fail(const std::string& why, const Text& chinese, std::string_view advice);
 
     Clock& clock_;
     const MyIniFile& ini_;

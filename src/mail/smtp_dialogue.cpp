@@ -82,17 +82,17 @@ using enum SmtpDoubt;
 
 // clang-format off
 constexpr std::array<SmtpRule, 10> kRules{{
-    //       the reply to            doubt       sends      next       without user  done   closes status
-    /* 0 */ {"the connection",       kServer,    Helo,      kHelo,     kReady,       false, false, u"登陆服务器"},
-    /* 1 */ {"HELO",                 kServer,    AuthLogin, kAuth,     kAuth,        false, false, u"正在校验用户名"},
-    /* 2 */ {"MAIL FROM",            kSender,    RcptTo,    kRcptTo,   kRcptTo,      false, false, u"邮件发送之中..."},
-    /* 3 */ {"RCPT TO",              kRecipient, Data,      kData,     kData,        false, false, u"获取邮件内容"},
-    /* 4 */ {"DATA",                 kServer,    Content,   kContent,  kContent,     true,  false, u"邮件送完毕"},
-    /* 5 */ {"the content",          kServer,    Quit,      kQuit,     kQuit,        true,  false, u"邮件成功发送!!!"},
-    /* 6 */ {"QUIT",                 kServer,    Nothing,   kQuit,     kQuit,        false, true,  u"待命之中..."},
-    /* 7 */ {"AUTH LOGIN",           kAccount,   User,      kUser,     kUser,        false, false, u"校验用户密码"},
-    /* 8 */ {"the user name",        kAccount,   Password,  kReady,    kReady,       false, false, u"发送人邮件地址"},
-    /* 9 */ {"HELO or the password", kAccount,   MailFrom,  kMailFrom, kMailFrom,    false, false, u"接收人邮件地址"},
+    //       the reply to            in Chinese     doubt       sends      next       without user  done   closes status
+    /* 0 */ {"the connection",       u"连接",       kServer,    Helo,      kHelo,     kReady,       false, false, u"登陆服务器"},
+    /* 1 */ {"HELO",                 u"HELO",       kServer,    AuthLogin, kAuth,     kAuth,        false, false, u"正在校验用户名"},
+    /* 2 */ {"MAIL FROM",            u"发件人地址", kSender,    RcptTo,    kRcptTo,   kRcptTo,      false, false, u"邮件发送之中..."},
+    /* 3 */ {"RCPT TO",              u"收件人地址", kRecipient, Data,      kData,     kData,        false, false, u"获取邮件内容"},
+    /* 4 */ {"DATA",                 u"DATA",       kServer,    Content,   kContent,  kContent,     true,  false, u"邮件送完毕"},
+    /* 5 */ {"the content",          u"正文",       kServer,    Quit,      kQuit,     kQuit,        true,  false, u"邮件成功发送!!!"},
+    /* 6 */ {"QUIT",                 u"QUIT",       kServer,    Nothing,   kQuit,     kQuit,        false, true,  u"待命之中..."},
+    /* 7 */ {"AUTH LOGIN",           u"AUTH LOGIN", kAccount,   User,      kUser,     kUser,        false, false, u"校验用户密码"},
+    /* 8 */ {"the user name",        u"用户名",     kAccount,   Password,  kReady,    kReady,       false, false, u"发送人邮件地址"},
+    /* 9 */ {"HELO or the password", u"HELO或密码", kAccount,   MailFrom,  kMailFrom, kMailFrom,    false, false, u"接收人邮件地址"},
 }};
 // clang-format on
 

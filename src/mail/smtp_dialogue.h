@@ -49,6 +49,7 @@ enum class SmtpDoubt {
 // What happens when the awaited reply has come.
 struct SmtpRule {
     std::string_view waits_for; // the reply to what, for operators
+    TextView waits_for_chinese; // the same, for the window
     SmtpDoubt doubt;
     SmtpSends (*compose)(const MailParts& mail, const CodePage& code_page);
     SmtpStep next;

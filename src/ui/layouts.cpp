@@ -20,7 +20,8 @@ LayoutNode MainStatus() {
 LayoutNode MainMessages() {
     return Row({Check("mChkSMSSendEnable", 'E', u"不选时短信只排队，不发送"),
                 Press("mCmdSend", 'T', u"向报警号码发送测试短信"),
-                Press("mCmdMail", 'M', u"打开邮件发送窗口"), Space(),
+                Press("mCmdMail", 'M', u"打开邮件发送窗口"),
+                Space(),
                 Field("mText5", u"短信已发", 5), Field("mText3", u"发送失败", 4),
                 Field("mText2", u"发送丢失", 4)});
 }
@@ -59,29 +60,34 @@ Layout MainWindowLayout() {
 // Titles one below the other line up.
 LayoutNode MailField(std::string box, Text title, Look look = Look::kPlain) {
     LayoutNode field = Field(std::move(box), std::move(title), 16, look);
-    field.title_ems = 3;
+    field.title_ems = 5;
     return field;
 }
 
-LayoutNode MailBody(std::string box, Text title, int lines) {
-    LayoutNode body = MailField(std::move(box), std::move(title), Look::kMultiLine);
+LayoutNode MailBody(std::string box, Text title, int lines, Look look = Look::kMultiLine) {
+    LayoutNode body = MailField(std::move(box), std::move(title), look);
     body.lines = lines;
     body.weight = lines;
     return body;
 }
 
 Layout MailLayout() {
-    return {.width = 560,
-            .height = 480,
-            .root = Column(
-                {Row({Status("StatusTxt", 12), Field("Text1", u"等待计数", 4, Look::kReadOnly)}),
-                 MailField("txtserver", u"服务器"), MailField("txtfrom", u"发件人"),
-                 MailField("getaddress", u"收件人"), MailField("user", u"用户名"),
-                 MailField("txtpwa", u"密码", Look::kSecret), MailField("subject", u"主题"),
-                 MailBody("TxtMessage1", u"正文", 4), MailBody("txtMessage", u"附注", 2),
-                 Row({Press("CmdSend", 'S', u"按以上内容立即发送"),
-                      Press("Command1", 'T', u"把一条测试文本放入发送队列"), Space(),
-                      Press("cmdExit", 'X', u"关闭窗口并停止发送邮件")})})};
+    LayoutNode note = MailBody("txtMessage", u"附注(不发)", 2);
+    note.hint = u"只写在这里，不会写入任何邮件";
+    LayoutNode problem = MailBody("Problem", u"失败原因", 2, Look::kReadOnlyLines);
+    problem.weight = 0;
+    return {
+        .width = 600,
+        .height = 520,
+        .root = Column(
+            {Row({Status("StatusTxt", 12), Field("Text1", u"等待计数", 4, Look::kReadOnly)}),
+             std::move(problem), MailField("txtserver", u"服务器"), MailField("txtfrom", u"发件人"),
+             MailField("getaddress", u"收件人"), MailField("user", u"用户名"),
+             MailField("txtpwa", u"密码", Look::kSecret), MailField("subject", u"主题"),
+             MailBody("TxtMessage1", u"正文", 4), std::move(note),
+             Row({Press("CmdSend", 'S', u"按以上内容立即发送"),
+                  Press("Command1", 'T', u"把一条测试文本放入发送队列"), Space(),
+                  Press("cmdExit", 'X', u"关闭窗口并停止发送邮件")})})};
 }
 
 struct NamedLayout {
@@ -90,10 +96,8 @@ struct NamedLayout {
 };
 
 constexpr NamedLayout kLayouts[] = {
-    {"TarnexComm", MainWindowLayout},
-    {"MailSender", MailLayout},
-    {"FirmwareFlasher", FlasherLayout},
-    {"OCXDebug", ConsoleLayout},
+    {"TarnexComm", MainWindowLayout},   {"MailSender", MailLayout},  {"TarnexCore", CoreLayout},
+    {"FirmwareFlasher", FlasherLayout}, {"OCXDebug", ConsoleLayout},
 };
 
 } // namespace

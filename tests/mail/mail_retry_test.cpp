@@ -40,6 +40,7 @@ TEST_F(MailRetry, EveryFaultBeforeTheContentIsAskedForEndsInANewAttempt) {
             mail.dSetEmailFifo(u"x");
             clock.RunTo(start + 6s);
             EXPECT_EQ(network.Open, row.closes ? 0 : 1);
+            EXPECT_EQ(Contains(mail.Window().Problem.Value(), u"：550 no"), &row == kFaultRows);
             sink.Faults.clear();
             clock.RunTo(start + 25s - 1ms);
             EXPECT_EQ(network.Connections.size(), 1u);
@@ -92,6 +93,7 @@ TEST_F(MailRetry, PatienceIsCountedFromTheLastAcceptedReply) {
     EXPECT_EQ(mail.Window().Text1.Value(), u"3");
     EXPECT_EQ(mail.Status().last_problem,
               "server \"smtp.example\": no answer in time to HELO or the password");
+    EXPECT_EQ(mail.Window().Problem.Value(), u"08:00:30 服务器没有及时应答：HELO或密码");
 }
 
 TEST_F(MailRetry, AFailingMailGoesBehindTheOthers) {

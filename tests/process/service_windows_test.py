@@ -92,8 +92,8 @@ class ServiceWindowsTest(unittest.TestCase):
         form = self.screen.window(MAIL_TITLE)
         form.key("alt+t")  # into the queue
         sink.wait_for("Test msg.")
-        wait_until(lambda: form.copied(300, 58, "ctrl+a", "ctrl+c") == f"localhost:{port}", "the server")
-        form.click(300, 300)
+        wait_until(lambda: form.copied(300, 108, "ctrl+a", "ctrl+c") == f"localhost:{port}", "the server")
+        form.click(300, 340)
         form.key("ctrl+End")
         form.type(", again")
         form.key("alt+s")  # at once, with what is on the form
