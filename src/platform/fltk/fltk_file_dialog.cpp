@@ -31,11 +31,10 @@ void SpeakChinese() {
     fl_message_title_default("提示");
 }
 
-// "*.hex|*.HEX" as FLTK writes it.
+// "*.hex|*.HEX" as FLTK writes it. It matches names in any case, so one pattern is enough, and an
+// operator need not see the braces that several would stand in.
 std::string Pattern(const Text& filter) {
-    std::string patterns = ToUtf8(filter);
-    std::ranges::replace(patterns, '|', ',');
-    return "固件文件 ({" + patterns + "})";
+    return "固件文件 (" + ToUtf8(filter.substr(0, filter.find(u'|'))) + ")";
 }
 
 // FLTK has laid its dialog out for letters of one size.
@@ -81,6 +80,8 @@ void FltkFileDialog::Show(const Text& filter, std::function<void(const std::stri
     chooser_ = std::make_unique<Fl_File_Chooser>(".", Pattern(filter).c_str(),
                                                  Fl_File_Chooser::SINGLE, "打开固件文件");
     chooser_->newButton->hide();
+    chooser_->preview(0); // a HEX file has nothing to look at
+    chooser_->previewButton->hide();
     Fl_Window& window = *chooser_->newButton->window();
     if (Fl_File_Input* const input = FindInput(window))
         LetPathsBegin(*input);
