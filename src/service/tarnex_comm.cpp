@@ -278,7 +278,7 @@ void TarnexComm::ShowWindow(bool visible) {
 }
 
 void TarnexComm::WireButtons() {
-    window_.Command1.OnClick([this] { StopAllTimers(); });
+    window_.Command1.OnClick([this] { PressStop(); });
     window_.Command2.OnClick([this] { SwitchDebug(); });
     window_.Command3.OnClick([this] { ToggleWidth(window_.mList1, kEventListWidths); });
     window_.Command4.OnClick([this] { ClearLists(); });
@@ -289,6 +289,16 @@ void TarnexComm::WireButtons() {
     window_.mCmdLinkCheck.OnClick([this] { ShowLinkCheck(); });
     window_.mCMDExit.OnClick([this] { Form_Unload(); });
     window_.OnClose([this] { Form_Unload(); });
+}
+
+// What stands still looks the same as what has nothing to do, so the operator is told.
+void TarnexComm::PressStop() {
+    StopAllTimers();
+    for (const TextView line :
+         {u"Stop：已停止查找和巡检设备、发送短信、发送邮件、心跳和链路检查。",
+          u"通知仍然记录和排队，但不发出；设置刷新和状态显示继续。",
+          u"重新开始：按Exit结束服务，再启动它(systemctl start tarnexcomm)。"})
+        window_.mList1.Add(Text(line));
 }
 
 void TarnexComm::SwitchDebug() {

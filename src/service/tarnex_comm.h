@@ -79,6 +79,7 @@ class TarnexComm {
     void ShowWindow(bool visible);
     bool WindowShown() const { return on_screen_ && on_screen_->Shown(); }
     void WireButtons();
+    void PressStop();
     void SwitchDebug();
     void ClearLists();
     void EndProcess();

@@ -98,6 +98,7 @@ TEST_F(Service, TheStopButtonLeavesOnlyTheReloadRunning) {
     StartService();
     clock.RunFor(10s);
     service->Window().Command1.Click();
+    EXPECT_TRUE(StartsWith(service->Window().mList1.Lines().back(), u"重新开始"));
     clock.RunFor(1min);
     EXPECT_EQ(unit.Count("Hello,tarnex"), 2); // none since the first search
 }
