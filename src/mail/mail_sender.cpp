@@ -2,7 +2,7 @@
 
 #include "mail/server_address.h"
 #include "platform/calendar_text.h"
-#include "ui/system_errors.h"
+#include "platform/error_words.h"
 
 #include <algorithm>
 #include <utility>
@@ -212,7 +212,7 @@ MailParts MailSender::Parts() const {
 
 void MailSender::OnEnded(const TcpEnd& end) {
     const SmtpRule& rule = RuleOf(SendStep_);
-    const Text chinese = SystemErrorInChinese(end.why);
+    const Text chinese = InChinese(end.why);
     if (SendStep_ == SmtpStep::kGreeting)
         Fail(end.why, u"不能连接服务器：" + chinese,
              end.own_machine ? kCheckMachine : kCheckNetwork);

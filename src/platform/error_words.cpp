@@ -59,4 +59,13 @@ ErrorWords WordsFor(const std::error_code& error) {
             .chinese = u"系统错误" + ToText(number)};
 }
 
+Text InChinese(std::string_view english) {
+    if (english == "closed by the other side")
+        return u"对方关闭了连接";
+    for (const Row& row : kRows)
+        if (row.english == english)
+            return Text(row.chinese);
+    return FromUtf8(english);
+}
+
 } // namespace tarnex

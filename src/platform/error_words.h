@@ -16,4 +16,7 @@ struct ErrorWords {
 // its user; "system error 71" for an error that has none.
 ErrorWords WordsFor(const std::error_code& error);
 
+// The same in Chinese, where only the English words have come along; other words as they are.
+Text InChinese(std::string_view english);
+
 } // namespace tarnex

@@ -37,7 +37,8 @@ class MainWindow : public Form {
     Button Command5{*this, "Command5", u"Width"};  // of List1
     Button Command6{*this, "Command6", u"List2"};  // shows and hides it
     Button mCmdSend{*this, "mCmdSend", u"测试短信"};
-    Button mCmdMail{*this, "mCmdMail", u"邮件"}; // shows the mail sender's window
+    Button mCmdMail{*this, "mCmdMail", u"邮件"};       // shows the mail sender's window
+    Button mCmdCore{*this, "mCmdCore", u"TarnexCore"}; // shows the device link's own window
     Button mCmdLinkCheck{*this, "mCmdLinkCheck", u"Link"};
     Button mCMDExit{*this, "mCMDExit", u"Exit"};
 };

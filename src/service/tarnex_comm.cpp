@@ -90,6 +90,10 @@ TarnexComm::TarnexComm(World world)
                    .mLblTarnexStatus = window_.mLblTarnexStatus,
                    .mText1 = window_.mText1,
                    .reset_unit_state = [this] { ResetUnitState(); }}),
+      core_window_({.core = core_,
+                    .files = world_.files,
+                    .unit = unit_,
+                    .set_to_research = [this] { connection_.SetToResearch(); }}),
       status_({.clock = world_.clock,
                .sink = world_.status,
                .process_id = world_.process_id,
@@ -120,6 +124,7 @@ TarnexComm::TarnexComm(World world)
     if (world_.view) {
         on_screen_ = world_.view->Attach(window_);
         mail_on_screen_ = world_.view->Attach(mail_.Window());
+        core_on_screen_ = world_.view->Attach(core_window_);
     }
 }
 
@@ -268,8 +273,10 @@ void TarnexComm::TellOfRestart(const StartSettings& now) {
 
 void TarnexComm::ShowWindow(bool visible) {
     window_.SetVisible(visible);
-    if (!visible)
-        mail_.Window().SetVisible(false); // it is reached from the main window only
+    if (!visible) // these are reached from the main window only
+        for (Form* window :
+             {static_cast<Form*>(&mail_.Window()), static_cast<Form*>(&core_window_)})
+            window->SetVisible(false);
     // The status display ticks only while somebody can see it.
     if (WindowShown())
         Timer1_.Enable();
@@ -286,6 +293,7 @@ void TarnexComm::WireButtons() {
     window_.Command6.OnClick([this] { window_.List2.SetVisible(!window_.List2.Visible()); });
     window_.mCmdSend.OnClick([this] { queue_.mCmdSend_Click(); });
     window_.mCmdMail.OnClick([this] { mail_.Window().SetVisible(true); });
+    window_.mCmdCore.OnClick([this] { core_window_.SetVisible(true); });
     window_.mCmdLinkCheck.OnClick([this] { ShowLinkCheck(); });
     window_.mCMDExit.OnClick([this] { Form_Unload(); });
     window_.OnClose([this] { Form_Unload(); });
@@ -341,6 +349,7 @@ void TarnexComm::EndProcess() {
     // From the loop, since a handler that waits half-way may stand on the stack now.
     end_ = world_.clock.CallAfter(0ms, [this] {
         stoppable_.CancelHandlers();
+        core_window_.Cancel();
         world_.end_process();
     });
 }

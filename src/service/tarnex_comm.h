@@ -1,6 +1,6 @@
 #pragma once
 
-#include "device/tarnex_core.h"
+#include "device/core_window.h"
 #include "mail/mail_sender.h"
 #include "notify/dispatcher.h"
 #include "platform/service_controller.h"
@@ -102,6 +102,7 @@ class TarnexComm {
     ControlLink link_;
     SupervisionCycle cycle_;
     ConnectionSupervision connection_;
+    CoreWindow core_window_;
     StatusReport status_;
     Timer AutoReloadSettingsTimer_;
     Timer Timer1_;
@@ -116,6 +117,7 @@ class TarnexComm {
     CallId end_;
     std::unique_ptr<FormWindow> on_screen_; // the main window; nullptr without a view
     std::unique_ptr<FormWindow> mail_on_screen_;
+    std::unique_ptr<FormWindow> core_on_screen_;
 };
 
 } // namespace tarnex

@@ -82,7 +82,7 @@ class ServiceWindowsTest(unittest.TestCase):
         self.assertEqual(service.wait(), 0)
         monitor.wait_for(b"tx-SMSEnd")
 
-    def test_mail_form_is_reached_from_the_main_window(self):
+    def test_other_windows_are_reached_from_the_main_window(self):
         sink = Program(self, harness.programs + "/tarnex-mail-sink", ["--port", "0"])
         port = re.search(r"port (\d+)", sink.wait_for("listening on port"))[1]
         addresses = {"Text1(58)": "unit@site.example", "Text1(59)": "staff@site.example"}
@@ -101,6 +101,11 @@ class ServiceWindowsTest(unittest.TestCase):
         form.picture("mail-96")
         form.key("alt+x")
         wait_until(lambda: not form.shown(), "the form is closed")
+        window.key("alt+r")
+        core = self.screen.window("TarnexCore")
+        core.key("alt+d")
+        core.wait_for_line((100, -40), "DebugOn: On")
+        core.picture("core-96")
         self.assertTrue(window.shown())
         self.assertEqual(service.stop(), 0)
 

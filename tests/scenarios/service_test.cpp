@@ -1,4 +1,5 @@
 #include "tests/scenarios/system_fixture.h"
+#include "tests/ui/layout_checks.h"
 
 namespace tarnex {
 namespace {
@@ -248,26 +249,81 @@ TEST_F(Service, ListLinesAreEchoedOnlyWhileNoScreenShowsThem) {
     service.reset();
 }
 
-TEST_F(Service, TheMailWindowIsReachedFromTheMainWindowAndGoesWithIt) {
+TEST_F(Service, TheOtherWindowsAreReachedFromTheMainWindowAndGoWithIt) {
     SimulatedView screen;
     view = &screen;
     settings.Set("Debug", "DebugMode", "On");
     store.SetContent(settings.Content());
     StartToReady();
     const Form& mail = *screen.forms["MailSender"];
-    EXPECT_FALSE(mail.Visible());
+    const Form& core = *screen.forms["TarnexCore"];
+    EXPECT_FALSE(mail.Visible() || core.Visible());
     service->Window().mCmdMail.Click();
-    EXPECT_TRUE(mail.Visible());
+    service->Window().mCmdCore.Click();
+    EXPECT_TRUE(mail.Visible() && core.Visible());
 
     EditSetting(u"Debug", u"DebugMode", u"Off");
     service->ResetUnitState();
     EXPECT_FALSE(service->Unit().UnitReady || service->Unit().UnitOnline);
     EXPECT_FALSE(service->Window().Visible());
-    EXPECT_FALSE(mail.Visible());
+    EXPECT_FALSE(mail.Visible() || core.Visible());
     service->Window().mTxtStatus.SetValue(u"");
     clock.RunFor(5s);
     EXPECT_EQ(service->Window().mTxtStatus.Value(), u""); // nobody would see it
     service.reset();
+}
+
+TEST_F(Service, TheDeviceLinkIsTriedOutWhileTheServiceRuns) {
+    SimulatedView screen;
+    view = &screen;
+    StartServiceAndMonitor();
+    Form& core = *screen.forms["TarnexCore"];
+    const auto& results = dynamic_cast<ListBox*>(core.Find("Results"))->Lines();
+    const auto button = [&](const char* name) { return dynamic_cast<Button*>(core.Find(name)); };
+    ASSERT_TRUE(clock.RunUntil([&] { return service->Unit().UnitBusy; }, 1min));
+    button("CMDRDNO")->Click();
+    ASSERT_FALSE(results.empty());
+    EXPECT_EQ(results.back(), u"RDNO: 服务正在使用设备，请稍候再按。");
+    ASSERT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 1min));
+
+    CheckLayoutOf(core);
+    clock.RunFor(3s);
+    files.Files["Tarnex_20050626.hex"] = ":00000001FE\n";
+    for (const auto& [name, result] : {
+             std::pair{"CMDRDNO", u"RDNO: 13900000001"},
+             std::pair{"CMDRDCSCA", u"RDCSCA: +8613800100500"},
+             std::pair{"CMDGetComFifo", u"GetComFifo: NoData"},
+             std::pair{"CMDSMSSendChk", u"SMSSendChk: Free"},
+             std::pair{"CMDDebugOn", u"DebugOn: On"},
+             std::pair{"CMDDebugOff", u"DebugOff: Off"},
+             std::pair{"CMDFirmware", u"Firmware: 文件第2行有错，没有升级。"},
+             std::pair{"CMDSendSMS1", u"SendSMS1: OK"},
+             std::pair{"CMDSendSMS2", u"SendSMS2: Busy"},
+         }) {
+        button(name)->Click();
+        clock.RunFor(100ms);
+        EXPECT_EQ(results.back(), result);
+    }
+    Button& csq = *button("CMDCSQ");
+    for (const auto& [caption, asked] : {std::pair{u"CSQ Stop", 10}, std::pair{u"CSQ Start", 0}}) {
+        csq.Click();
+        EXPECT_EQ(csq.Caption(), caption);
+        const long before = unit.Count("RDCSQ");
+        clock.RunFor(10s);
+        EXPECT_EQ((unit.Count("RDCSQ") - before) / 10 * 10, asked);
+    }
+    files.Files["Tarnex_20050626.hex"] = ":0100000055AA\n:00000001FF\n";
+    ASSERT_TRUE(clock.RunUntil([&] { return !service->Unit().UnitBusy; }, 1min));
+    button("CMDFirmware")->Click();
+    EXPECT_TRUE(clock.RunUntil([&] { return results.back() == u"Firmware: 升级成功!"; }, 1min));
+    EXPECT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 1min));
+    ASSERT_TRUE(clock.RunUntil([&] { return !service->Unit().UnitBusy; }, 1min));
+    button("CMDInit")->Click();
+    EXPECT_EQ(results.back(), u"Init: OK");
+    button("CMDFirmware")->Click();
+    EXPECT_EQ(results.back(), u"Firmware: 设备没有连接。");
+    button("CMDReset")->Click();
+    service.reset(); // while the command waits
 }
 
 TEST_F(Service, TheTestMessageGoesToTheFirstNumber) {
