@@ -103,9 +103,8 @@ TEST_F(LogWriterTest, ADatabaseThatCannotBeOpenedIsToldInsteadOfItsRows) {
     EXPECT_EQ(told, (std::vector<std::string>{"not a database"}));
     table.Problem = "";
     log.Open(u"");
-    EXPECT_EQ(told.size(), 2u);
-    EXPECT_TRUE(notices.Troubles().empty());
     EXPECT_TRUE(log.WriteResponseLog(u"b")); // the one in use before
+    EXPECT_TRUE(notices.Troubles().empty());
 }
 
 TEST_F(LogWriterTest, WithoutAPathThereIsNoLogAndOneNotice) {
