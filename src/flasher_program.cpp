@@ -148,8 +148,7 @@ class Terminal {
 // One update on the command line.
 class LineProgram {
   public:
-    // device: that the update is to use; "": a port of the settings.
-    explicit LineProgram(const std::string& device) : ports_(machine_.loop, Paths(device)) {
+    LineProgram() {
         for (const int signal : {SIGINT, SIGTERM})
             machine_.loop.OnSignal(signal, [this] {
                 if (flasher_.Interrupt())
@@ -164,6 +163,7 @@ class LineProgram {
     int Update(const Options& options) {
         if (const ExitStatus status = machine_.TakeSettings(); status != kExitDone)
             return status;
+        ports_.SetPaths(Paths(options.device));
         Task<> update = Drive(options.port, options.file);
         update.Start();
         if (!status_)
@@ -173,6 +173,7 @@ class LineProgram {
     }
 
   private:
+    // device: that the update is to use; "": a port of the settings.
     SerialPaths Paths(const std::string& device) const {
         SerialPaths paths = SerialDevicePaths(machine_.settings.device_paths);
         if (!device.empty())
@@ -189,7 +190,7 @@ class LineProgram {
     }
 
     Machine machine_{"tarnex-flasher"};
-    TtyPorts ports_;
+    TtyPorts ports_{machine_.loop, {}}; // none until the settings name them
     Terminal terminal_;
     LineFlasher flasher_{
         {.clock = machine_.loop,
@@ -211,9 +212,9 @@ int RunFlasherProgram(int argc, char** argv) {
     if (const std::optional<int> status = ReadArguments(argc, argv, options))
         return *status;
     if (options.check_only)
-        return LineProgram("").Check(options.file);
+        return LineProgram().Check(options.file);
     if (!options.file.empty())
-        return LineProgram(options.device).Update(options);
+        return LineProgram().Update(options);
     return RunToolWindow("tarnex-flasher", "; --port and --file update without one (see --help)",
                          [](const ToolWorld& world, ScreenView& view) {
                              return std::make_unique<FirmwareFlasher>(world, view.Files(),
