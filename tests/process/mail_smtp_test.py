@@ -132,7 +132,7 @@ class MailSmtp(unittest.TestCase):
             )
             client.login("u", "p", initial_response_ok=False)
             client.sendmail("a@b.example", ["c@d.example"], b"Subject: x\r\n\r\n.dot\x1b\r\n")
-        self.assertIn("Subject: x\n\n.dot?\n", sink.stop())
+        self.assertIn("Subject: x\n\n.dot\\x1B\n", sink.stop())
 
         sink = Sink("--refuse", "rcpt")
         with smtplib.SMTP("127.0.0.1", sink.port) as client:
