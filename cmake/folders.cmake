@@ -4,7 +4,6 @@ find_package(Threads REQUIRED)
 
 add_library(tarnex_options INTERFACE)
 target_compile_options(tarnex_options INTERFACE -Wall -Wextra -Werror)
-target_include_directories(tarnex_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
 target_compile_definitions(tarnex_options INTERFACE TARNEX_VERSION="${PROJECT_VERSION}")
 if(TARNEX_SANITIZE)
     target_compile_options(tarnex_options INTERFACE
@@ -18,17 +17,25 @@ elseif(CMAKE_BUILD_TYPE STREQUAL "Release")
 endif()
 
 # tarnex_folder(<folder> <library it uses>...): every .cpp of src/<folder>, not of its subfolders.
+# A folder is found by those who link it and by nobody else: each has an include path of its own, in
+# which nothing but a link to it stands. So an include against the arrows does not compile.
 function(tarnex_folder folder)
     string(REPLACE "/" "_" name ${folder})
+    set(include ${CMAKE_BINARY_DIR}/include/${name})
+    cmake_path(GET folder PARENT_PATH above)
+    file(MAKE_DIRECTORY ${include}/${above})
+    file(CREATE_LINK ${PROJECT_SOURCE_DIR}/src/${folder} ${include}/${folder} SYMBOLIC)
     file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/${folder}/*.cpp)
     list(FILTER sources EXCLUDE REGEX "_main\\.cpp$")
     if(sources)
         add_library(tarnex_${name} STATIC ${sources})
-        target_link_libraries(tarnex_${name} PUBLIC tarnex_options ${ARGN})
+        set(scope PUBLIC)
     else()
         add_library(tarnex_${name} INTERFACE)
-        target_link_libraries(tarnex_${name} INTERFACE tarnex_options ${ARGN})
+        set(scope INTERFACE)
     endif()
+    target_include_directories(tarnex_${name} ${scope} ${include})
+    target_link_libraries(tarnex_${name} ${scope} tarnex_options ${ARGN})
 endfunction()
 
 # tarnex_test(<folder> <library>...): every *_test.cpp of tests/<folder> in one program.

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "adapters/system/iconv_code_page.h"
 #include "logging/debug_lists.h"
 #include "logging/operator_notices.h"
-#include "platform/linux/iconv_code_page.h"
 #include "settings/my_ini_file.h"
 #include "simulator/simulated_clock.h"
 #include "simulator/simulated_stores.h"

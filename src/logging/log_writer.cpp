@@ -1,6 +1,6 @@
 #include "logging/log_writer.h"
 
-#include "logging/event_names.h"
+#include "events/event_names.h"
 #include "platform/calendar_text.h"
 
 namespace tarnex {

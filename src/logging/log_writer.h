@@ -1,6 +1,6 @@
 #pragma once
 
-#include "logging/event_record.h"
+#include "events/event_record.h"
 #include "logging/operator_notices.h"
 #include "platform/clock.h"
 #include "platform/log_table.h"

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "device/unit_state.h"
 #include "logging/debug_lists.h"
 #include "logging/operator_notices.h"
 #include "notify/dispatcher.h"
+#include "notify/unit_state.h"
 #include "platform/code_page.h"
 #include "platform/datagram_socket.h"
 #include "platform/timer.h"

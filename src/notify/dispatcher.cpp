@@ -1,7 +1,7 @@
 #include "notify/dispatcher.h"
 
-#include "notify/quiet_time.h"
-#include "notify/sms_pieces.h"
+#include "events/quiet_time.h"
+#include "events/sms_pieces.h"
 #include "platform/calendar_text.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "notify/sms_command.h"
 
-#include "logging/event_names.h"
+#include "events/event_names.h"
 #include "platform/calendar_text.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #include "notify/sms_msg_codec.h"
 
-#include "logging/event_names.h"
-#include "notify/event_record_parser.h"
-#include "notify/notification_text.h"
+#include "events/event_names.h"
+#include "events/event_record_parser.h"
+#include "events/notification_text.h"
 #include "notify/sms_command.h"
 
 namespace tarnex {

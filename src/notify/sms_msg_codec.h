@@ -1,7 +1,7 @@
 #pragma once
 
+#include "events/event_record.h"
 #include "logging/debug_lists.h"
-#include "logging/event_record.h"
 #include "platform/clock.h"
 #include "settings/my_ini_file.h"
 

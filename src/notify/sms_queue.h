@@ -1,8 +1,8 @@
 #pragma once
 
-#include "device/unit_state.h"
 #include "logging/debug_lists.h"
 #include "notify/sms_sender.h"
+#include "notify/unit_state.h"
 #include "platform/ring_fifo.h"
 #include "platform/timer.h"
 

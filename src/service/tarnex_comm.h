@@ -1,10 +1,9 @@
 #pragma once
 
-#include "device/core_window.h"
 #include "mail/mail_sender.h"
 #include "notify/dispatcher.h"
 #include "platform/service_controller.h"
-#include "platform/view.h"
+#include "service/core_window.h"
 #include "service/main_window.h"
 #include "service/status_report.h"
 #include "service/unit_sms_sender.h"
@@ -12,6 +11,7 @@
 #include "settings/start_settings.h"
 #include "supervision/connection_supervision.h"
 #include "supervision/supervision_cycle.h"
+#include "ui/view.h"
 
 namespace tarnex {
 

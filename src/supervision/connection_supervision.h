@@ -1,8 +1,8 @@
 #pragma once
 
 #include "device/tarnex_core.h"
-#include "device/unit_state.h"
 #include "notify/control_link.h"
+#include "notify/unit_state.h"
 #include "settings/settings.h"
 
 namespace tarnex {

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "device/tarnex_core.h"
-#include "device/unit_state.h"
 #include "logging/log_writer.h"
 #include "notify/control_link.h"
 #include "notify/sms_msg_codec.h"
 #include "notify/sms_queue.h"
+#include "notify/unit_state.h"
 #include "settings/settings.h"
 
 namespace tarnex {

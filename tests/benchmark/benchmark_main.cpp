@@ -1,7 +1,7 @@
 // Measures the system in one process: simulated days, notifications, port scans. Prints one line a
 // figure; the aim and the limit of each stand beside it.
 
-#include "platform/sqlite/sqlite_log_table.h"
+#include "adapters/sqlite/sqlite_log_table.h"
 #include "tests/scenarios/simulated_system.h"
 
 #include <chrono>

@@ -1,4 +1,4 @@
-#include "platform/sqlite/sqlite_log_table.h"
+#include "adapters/sqlite/sqlite_log_table.h"
 #include "tests/temp_folder.h"
 
 #include <csignal>

@@ -1,5 +1,5 @@
-#include "notify/quiet_time.h"
-#include "notify/sms_pieces.h"
+#include "events/quiet_time.h"
+#include "events/sms_pieces.h"
 #include "tests/notify/notify_rig.h"
 
 #include <gtest/gtest.h>

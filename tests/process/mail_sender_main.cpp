@@ -1,11 +1,11 @@
 // Mails the texts of the command line by the settings of a file, on the real loop, until a server
 // has confirmed them all: mail_sender_driver SETTINGS_FILE TEXT...
 
+#include "adapters/asio/asio_loop.h"
+#include "adapters/asio/asio_tcp_client.h"
+#include "adapters/system/file_settings_store.h"
+#include "adapters/system/iconv_code_page.h"
 #include "mail/mail_sender.h"
-#include "platform/asio/asio_loop.h"
-#include "platform/asio/asio_tcp_client.h"
-#include "platform/linux/file_settings_store.h"
-#include "platform/linux/iconv_code_page.h"
 
 #include <cstdio>
 

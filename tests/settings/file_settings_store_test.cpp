@@ -1,4 +1,4 @@
-#include "platform/linux/file_settings_store.h"
+#include "adapters/system/file_settings_store.h"
 #include "tests/temp_folder.h"
 
 #include <csignal>

@@ -1,4 +1,4 @@
-#include "platform/linux/iconv_code_page.h"
+#include "adapters/system/iconv_code_page.h"
 #include "settings/device_record.h"
 #include "settings/load_settings.h"
 #include "simulator/simulated_stores.h"

@@ -1,4 +1,4 @@
-#include "platform/linux/iconv_code_page.h"
+#include "adapters/system/iconv_code_page.h"
 #include "simulator/link_codes.h"
 #include "simulator/simulated_clock.h"
 #include "simulator/simulated_monitor.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/iconv_code_page.h"
+#include "adapters/system/iconv_code_page.h"
 #include "settings/my_ini_file.h"
 #include "simulator/simulated_clock.h"
 #include "simulator/simulated_serial.h"

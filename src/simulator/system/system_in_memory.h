@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/iconv_code_page.h"
+#include "adapters/system/iconv_code_page.h"
 #include "service/tarnex_comm.h"
 #include "simulator/simulated_clock.h"
 #include "simulator/simulated_mail_server.h"

@@ -1,0 +1,237 @@
+#include "adapters/asio/asio_datagram.h"
+
+#include "adapters/asio/loop_core.h"
+#include "platform/error_words.h"
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <deque>
+
+#include <asio/ip/udp.hpp>
+
+namespace tarnex {
+
+namespace {
+
+using asio::ip::udp;
+
+constexpr std::size_t kLargestDatagram = 65'535;
+constexpr int kKernelBuffer = 4 << 20; // bytes; a burst of some thousand datagrams fits
+
+// What is taken from the kernel ahead of its handling; the rest waits in the kernel.
+constexpr std::size_t kMostWaiting = 4096;
+constexpr std::size_t kMostWaitingBytes = 1 << 20;
+
+using OnDatagram = std::function<void(const Datagram&)>;
+
+void EnlargeReceiveBuffer(udp::socket& socket) {
+#ifdef SO_RCVBUFFORCE
+    if (setsockopt(socket.native_handle(), SOL_SOCKET, SO_RCVBUFFORCE, &kKernelBuffer,
+                   sizeof kKernelBuffer) == 0)
+        return;
+#endif
+    asio::error_code ignored; // as large as the system allows
+    socket.set_option(udp::socket::receive_buffer_size(kKernelBuffer), ignored);
+}
+
+// One bound socket, from Bind() to Close(). The socket's handlers hold it weakly: they do nothing
+// once it is gone.
+class Binding : public std::enable_shared_from_this<Binding> {
+  public:
+    Binding(AsioLoop& loop, std::shared_ptr<char[]> receive_buffer,
+            std::shared_ptr<const OnDatagram> on_datagram)
+        : loop_(loop), socket_(loop.core().io), receive_buffer_(std::move(receive_buffer)),
+          on_datagram_(std::move(on_datagram)) {}
+
+    // "", or what stands in the way.
+    std::string Open(const std::string& address, std::uint16_t port) {
+        asio::error_code error;
+        const auto ip = asio::ip::make_address_v4(address, error);
+        if (error)
+            return "\"" + address + "\" is not an IPv4 address";
+        socket_.open(udp::v4(), error);
+        if (!error)
+            socket_.non_blocking(true, error);
+        if (!error)
+            socket_.bind({ip, port}, error);
+        if (error)
+            return WordsFor(error).english;
+        EnlargeReceiveBuffer(socket_);
+        AskForDrops();
+        AwaitArrival();
+        return "";
+    }
+
+    void Close() {
+        asio::error_code ignored;
+        socket_.close(ignored);
+    }
+
+    bool Send(const Endpoint& to, std::string_view bytes) {
+        asio::error_code error;
+        const auto ip = asio::ip::make_address_v4(to.address, error);
+        if (!error)
+            socket_.send_to(asio::buffer(bytes), {ip, to.port}, 0, error);
+        return !error;
+    }
+
+  private:
+    bool Full() const {
+        return waiting_.size() >= kMostWaiting || waiting_bytes_ >= kMostWaitingBytes;
+    }
+
+    void AwaitArrival() {
+        awaiting_arrival_ = true;
+        socket_.async_wait(udp::socket::wait_read,
+                           [weak = weak_from_this()](const asio::error_code& error) {
+                               if (const auto self = weak.lock(); self && !error)
+                                   self->TakeArrivals();
+                           });
+    }
+
+    void TakeArrivals() {
+        awaiting_arrival_ = false;
+        const bool was_empty = waiting_.empty();
+        while (!Full() && TakeOne()) {
+        }
+        if (was_empty && !waiting_.empty())
+            DeliverLater();
+        if (!Full())
+            AwaitArrival();
+    }
+
+    // False when nothing more waits in the kernel.
+    bool TakeOne() {
+        udp::endpoint from;
+        asio::error_code error;
+        const std::uint32_t dropped = dropped_;
+        const std::size_t size = Receive(from, error);
+        if (error == asio::error::connection_refused || error == asio::error::connection_reset)
+            return true; // the fate of an earlier datagram that was sent
+        if (error)
+            return false;
+        waiting_bytes_ += size;
+        waiting_.push_back({.from = {from.address().to_string(), from.port()},
+                            .bytes = {receive_buffer_.get(), size},
+                            .dropped_before = dropped_ - dropped});
+        return true;
+    }
+
+#ifdef SO_RXQ_OVFL
+    void AskForDrops() {
+        const int on = 1;
+        setsockopt(socket_.native_handle(), SOL_SOCKET, SO_RXQ_OVFL, &on, sizeof on);
+    }
+    // The kernel counts what it drops from the start of the socket, and tells the count with the
+    // next datagram that it has room for.
+    std::size_t Receive(udp::endpoint& from, asio::error_code& error) {
+        alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof dropped_)> notes{};
+        iovec bytes{.iov_base = receive_buffer_.get(), .iov_len = kLargestDatagram};
+        msghdr message{};
+        message.msg_name = from.data();
+        message.msg_namelen = static_cast<socklen_t>(from.capacity());
+        message.msg_iov = &bytes;
+        message.msg_iovlen = 1;
+        message.msg_control = notes.data();
+        message.msg_controllen = notes.size();
+        const ssize_t size = recvmsg(socket_.native_handle(), &message, 0);
+        if (size < 0) {
+            error.assign(errno, asio::system_category());
+            return 0;
+        }
+        from.resize(message.msg_namelen);
+        const cmsghdr* note = CMSG_FIRSTHDR(&message);
+        if (note && note->cmsg_level == SOL_SOCKET && note->cmsg_type == SO_RXQ_OVFL)
+            std::memcpy(&dropped_, CMSG_DATA(note), sizeof dropped_);
+        return static_cast<std::size_t>(size);
+    }
+#else
+    void AskForDrops() {}
+    std::size_t Receive(udp::endpoint& from, asio::error_code& error) {
+        return socket_.receive_from(asio::buffer(receive_buffer_.get(), kLargestDatagram), from, 0,
+                                    error);
+    }
+#endif
+
+    void DeliverLater() {
+        loop_.CallAfter(Duration::zero(), [weak = weak_from_this()] {
+            if (const auto self = weak.lock())
+                self->Deliver();
+        });
+    }
+
+    // The handler comes last: it may close or destroy the socket.
+    void Deliver() {
+        const Datagram datagram = std::move(waiting_.front());
+        waiting_.pop_front();
+        waiting_bytes_ -= datagram.bytes.size();
+        if (!waiting_.empty())
+            DeliverLater();
+        if (!awaiting_arrival_)
+            AwaitArrival();
+        (*on_datagram_)(datagram);
+    }
+
+    AsioLoop& loop_;
+    udp::socket socket_;
+    std::shared_ptr<char[]> receive_buffer_;
+    std::shared_ptr<const OnDatagram> on_datagram_;
+    std::uint32_t dropped_ = 0; // datagrams since Open(), as last told
+    bool awaiting_arrival_ = false;
+    std::deque<Datagram> waiting_;
+    std::size_t waiting_bytes_ = 0;
+};
+
+class AsioDatagramSocket : public DatagramSocket {
+  public:
+    AsioDatagramSocket(AsioLoop& loop, std::shared_ptr<const std::string> bind_address,
+                       std::shared_ptr<char[]> receive_buffer, OnDatagram on_datagram)
+        : loop_(loop), bind_address_(std::move(bind_address)),
+          receive_buffer_(std::move(receive_buffer)),
+          on_datagram_(std::make_shared<const OnDatagram>(std::move(on_datagram))) {}
+    ~AsioDatagramSocket() override { Close(); }
+
+    std::string Bind(std::uint16_t port) override {
+        if (binding_ && port == port_)
+            return "";
+        Close();
+        auto binding = std::make_shared<Binding>(loop_, receive_buffer_, on_datagram_);
+        if (std::string obstacle = binding->Open(*bind_address_, port); !obstacle.empty())
+            return obstacle;
+        binding_ = std::move(binding);
+        port_ = port;
+        return "";
+    }
+    bool Bound() const override { return binding_ != nullptr; }
+    void Close() override {
+        if (binding_)
+            binding_->Close();
+        binding_.reset();
+    }
+    bool Send(const Endpoint& to, std::string_view bytes) override {
+        return binding_ && binding_->Send(to, bytes);
+    }
+
+  private:
+    AsioLoop& loop_;
+    std::shared_ptr<const std::string> bind_address_;
+    std::shared_ptr<char[]> receive_buffer_;
+    std::shared_ptr<const OnDatagram> on_datagram_;
+    std::shared_ptr<Binding> binding_;
+    std::uint16_t port_ = 0; // as it was asked for
+};
+
+} // namespace
+
+AsioDatagramSockets::AsioDatagramSockets(AsioLoop& loop, std::string bind_address)
+    : loop_(loop), bind_address_(std::make_shared<std::string>(std::move(bind_address))),
+      receive_buffer_(std::make_shared_for_overwrite<char[]>(kLargestDatagram)) {}
+
+std::unique_ptr<DatagramSocket>
+AsioDatagramSockets::Create(std::function<void(const Datagram&)> on_datagram) {
+    return std::make_unique<AsioDatagramSocket>(loop_, bind_address_, receive_buffer_,
+                                                std::move(on_datagram));
+}
+
+} // namespace tarnex

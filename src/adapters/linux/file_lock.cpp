@@ -1,0 +1,126 @@
+#include "adapters/system/file_lock.h"
+
+#include "adapters/linux/pidfd.h"
+
+#include <cerrno>
+#include <charconv>
+#include <cstdlib>
+#include <filesystem>
+#include <tuple>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+namespace tarnex {
+
+namespace {
+
+constexpr const char* kRuntimeFolder = "/run/tarnexcomm";
+constexpr mode_t kMode = 0640; // the owner's group may lock it
+constexpr mode_t kFolderMode = 0750;
+constexpr mode_t kOthers = 0007;
+constexpr int kAttempts = 3;
+
+std::string FolderOf(const std::string& path) {
+    const std::string folder = std::filesystem::path(path).parent_path();
+    return folder.empty() ? "." : folder;
+}
+
+// Nothing but the file itself, whatever stands in its place.
+UniqueFd OpenOrMake(const std::string& path) {
+    constexpr int kFlags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    UniqueFd file(open(path.c_str(), kFlags | O_RDWR | O_CREAT, kMode));
+    return file ? std::move(file) : UniqueFd(open(path.c_str(), kFlags | O_RDONLY));
+}
+
+// Nobody else can have it open: neither its mode nor its owner lets strangers in.
+bool IsOurs(const struct stat& file, const struct stat& folder) {
+    const bool known_owner =
+        file.st_uid == 0 || file.st_uid == geteuid() || file.st_uid == folder.st_uid;
+    return known_owner && (file.st_mode & kOthers) == 0;
+}
+
+// One that is not ours is replaced: changing its mode would not close it for who has it open.
+UniqueFd OpenOurs(const std::string& path) {
+    const std::string parent = FolderOf(path);
+    mkdir(parent.c_str(), kFolderMode);
+    for (int i = 0; i < kAttempts; ++i) {
+        UniqueFd file = OpenOrMake(path);
+        struct stat opened, present, folder;
+        if (!file || fstat(file.Get(), &opened) != 0 || stat(parent.c_str(), &folder) != 0)
+            return {};
+        if (IsOurs(opened, folder))
+            return file;
+        // Not the new one that another copy has made meanwhile.
+        if (lstat(path.c_str(), &present) == 0 && present.st_ino == opened.st_ino &&
+            unlink(path.c_str()) != 0)
+            return {};
+    }
+    return {};
+}
+
+// A file that the superuser makes is for the user of the service, too, whose folder it is in.
+void GiveToOwnerOfFolder(int file, const std::string& path) {
+    struct stat folder;
+    if (geteuid() == 0 && stat(FolderOf(path).c_str(), &folder) == 0)
+        std::ignore = fchown(file, folder.st_uid, folder.st_gid);
+}
+
+bool Record(int file, pid_t process) {
+    const std::string line = std::to_string(process) + "\n";
+    return fchmod(file, kMode) == 0 && ftruncate(file, 0) == 0 &&
+           write(file, line.data(), line.size()) == static_cast<ssize_t>(line.size());
+}
+
+// 0 when nobody is recorded.
+pid_t Recorded(int file) {
+    char text[32];
+    const ssize_t size = pread(file, text, sizeof text, 0);
+    pid_t process = 0;
+    if (size > 0)
+        std::from_chars(text, text + size, process);
+    return process;
+}
+
+bool RunsThisProgram(pid_t process) {
+    struct stat own {};
+    struct stat other {};
+    return stat("/proc/self/exe", &own) == 0 &&
+           stat(("/proc/" + std::to_string(process) + "/exe").c_str(), &other) == 0 &&
+           own.st_dev == other.st_dev && own.st_ino == other.st_ino;
+}
+
+} // namespace
+
+FileInstanceLock::FileInstanceLock() : paths_{std::string(kRuntimeFolder) + "/lock"} {
+    if (const char* const own = std::getenv("XDG_RUNTIME_DIR"); own && *own)
+        paths_.push_back(std::string(own) + "/tarnexcomm.lock");
+}
+
+bool FileInstanceLock::Acquire() {
+    for (const std::string& path : paths_) {
+        UniqueFd file = OpenOurs(path);
+        if (!file)
+            continue;
+        if (flock(file.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+            return false;
+        GiveToOwnerOfFolder(file.Get(), path);
+        std::ignore = Record(file.Get(), getpid()); // without it there is nobody to find later
+        held_ = std::move(file);
+        break;
+    }
+    return true;
+}
+
+void FileInstanceLock::KillLeftOver() {
+    const pid_t process = held_ ? Recorded(held_.Get()) : 0;
+    if (process <= 0 || process == getpid())
+        return;
+    // Held before the check, so that the signal cannot meet a later process of the same number.
+    const UniqueFd target(pidfd_open(process, 0));
+    if (target && RunsThisProgram(process))
+        pidfd_send_signal(target.Get(), SIGKILL, nullptr, 0);
+}
+
+} // namespace tarnex

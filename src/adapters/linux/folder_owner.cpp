@@ -1,0 +1,101 @@
+#include "adapters/system/folder_owner.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <deque>
+#include <filesystem>
+#include <optional>
+#include <system_error>
+
+#include <grp.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace tarnex {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr uid_t kSuperuser = 0;
+constexpr int kMostLinks = 40; // as the kernel follows
+
+fs::path FolderOf(const std::string& path) {
+    const fs::path folder = fs::path(path).parent_path();
+    return folder.empty() ? "." : folder;
+}
+
+struct Owner {
+    uid_t user;
+    gid_t group;
+    std::string of;
+};
+
+// The first owner other than the superuser on the way to path: of a folder or link, and of the file
+// at its end where file_counts says so.
+std::optional<Owner> FirstOwner(const std::string& path, bool file_counts) {
+    const fs::path whole = fs::absolute(path);
+    std::deque<fs::path> rest(whole.begin(), whole.end());
+    fs::path current;
+    for (int links = 0; !rest.empty() && links < kMostLinks;) {
+        const fs::path name = rest.front();
+        rest.pop_front();
+        if (name == "..") {
+            current = current.parent_path();
+            continue;
+        }
+        struct stat status {};
+        const fs::path next = current / name;
+        if (lstat(next.c_str(), &status) != 0)
+            return std::nullopt; // the rest has no owner yet
+        if (status.st_uid != kSuperuser && (file_counts || !S_ISREG(status.st_mode)))
+            return Owner{status.st_uid, status.st_gid, next.string()};
+        if (!S_ISLNK(status.st_mode)) {
+            current = next;
+            continue;
+        }
+        ++links;
+        std::error_code error;
+        const fs::path target = fs::read_symlink(next, error);
+        rest.insert(rest.begin(), target.begin(), target.end());
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+AsFolderOwner::AsFolderOwner(const std::string& path, const std::string& named_in) {
+    if (geteuid() != kSuperuser)
+        return;
+    std::optional<Owner> owner;
+    if (!named_in.empty())
+        owner = FirstOwner(named_in, true);
+    if (!owner)
+        owner = FirstOwner(path, false);
+    if (!owner)
+        return;
+    group_ = getegid();
+    groups_.resize(std::size_t(getgroups(0, nullptr)));
+    acting_ = getgroups(int(groups_.size()), groups_.data()) >= 0 && setgroups(0, nullptr) == 0 &&
+              setegid(owner->group) == 0 && seteuid(owner->user) == 0;
+    if (!acting_)
+        throw std::system_error(errno, std::generic_category(),
+                                "cannot act as the owner of " + owner->of);
+}
+
+AsFolderOwner::~AsFolderOwner() {
+    if (!acting_)
+        return;
+    if (seteuid(kSuperuser) != 0 || setegid(group_) != 0 ||
+        setgroups(groups_.size(), groups_.data()) != 0)
+        std::abort();
+}
+
+bool BelongsToFolderOwner(const std::string& path) {
+    struct stat folder {};
+    struct stat file {};
+    return stat(FolderOf(path).c_str(), &folder) == 0 && stat(path.c_str(), &file) == 0 &&
+           folder.st_uid == file.st_uid && folder.st_gid == file.st_gid;
+}
+
+} // namespace tarnex

@@ -1,0 +1,152 @@
+#include "adapters/linux/remote_view.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace tarnex {
+
+namespace {
+
+// What changes within that time is drawn at once.
+constexpr Duration kFrame = 30ms;
+// After that time without an answer nobody sees the windows, whatever the reason.
+constexpr Duration kPatience = 5s;
+
+} // namespace
+
+class RemoteView::Window : public FormWindow {
+  public:
+    Window(RemoteView& view, Form& form) : view_(view), form_(form) { view_.feed_.Watch(form_); }
+    ~Window() override { view_.feed_.Unwatch(form_); }
+    bool Shown() const override { return form_.Visible() && view_.Reads(); }
+
+  private:
+    RemoteView& view_;
+    Form& form_;
+};
+
+RemoteView::RemoteView(ViewHost host)
+    : host_(std::move(host)), feed_({.shown = [this] { FormShown(); },
+                                     .hidden = [this] { FormHidden(); },
+                                     .changed = [this] { FlushSoon(); }}) {}
+
+RemoteView::~RemoteView() {
+    host_.clock.Cancel(flush_);
+}
+
+std::unique_ptr<FormWindow> RemoteView::Attach(Form& form) {
+    return std::make_unique<Window>(*this, form);
+}
+
+bool RemoteView::Start(std::string& trouble) {
+    const char* const display = std::getenv("DISPLAY");
+    if (!display || !*display) {
+        trouble = "there is no display (the environment variable DISPLAY is not set)";
+        return false;
+    }
+    const std::uint64_t run = ++run_;
+    feed_.Forget();
+    trouble_.clear();
+    ready_ = false;
+    process_ =
+        ViewProcess::Start(host_.descriptors,
+                           {.arrived =
+                                [this, run](const std::string& packet) {
+                                    if (run == run_)
+                                        Arrived(packet);
+                                },
+                            .ended = [this, run](const std::string& how) { Ended(run, how); }},
+                           trouble);
+    owes_ = true;
+    owes_since_ = host_.clock.Now();
+    return process_ != nullptr;
+}
+
+std::string RemoteView::Open() {
+    std::string trouble;
+    if (!Start(trouble))
+        return trouble;
+    while (process_ && !ready_)
+        process_->Wait();
+    return process_ ? "" : trouble_;
+}
+
+void RemoteView::FormShown() {
+    std::string trouble;
+    if (!process_ && !Start(trouble))
+        SayThatNoneIsShown(trouble);
+}
+
+void RemoteView::SayThatNoneIsShown(const std::string& trouble) {
+    if (!std::exchange(said_, true))
+        host_.notice("no window can be shown: " + trouble + ". Going on without");
+}
+
+void RemoteView::FormHidden() {
+    if (!process_ || feed_.AnyVisible())
+        return;
+    process_->Kill();
+    ending_[run_++] = std::move(process_);
+}
+
+void RemoteView::FlushSoon() {
+    if (!process_ || owes_ || flush_pending_ || !feed_.Pending())
+        return;
+    flush_pending_ = true;
+    flush_ = host_.clock.CallAfter(kFrame, [this] {
+        flush_pending_ = false;
+        Flush();
+    });
+}
+
+void RemoteView::Flush() {
+    if (!process_ || owes_ || !feed_.Pending())
+        return;
+    owes_ = true;
+    owes_since_ = host_.clock.Now();
+    if (!process_->Send(feed_.NextPacket()))
+        process_->Kill(); // it has ended, or something is wrong with it: that is told then
+}
+
+bool RemoteView::Reads() const {
+    return process_ && !(owes_ && host_.clock.Now() - owes_since_ > kPatience);
+}
+
+void RemoteView::Arrived(const std::string& packet) {
+    WireReader reader(packet);
+    switch (reader.Begin<ViewRecord>()) {
+    case ViewRecord::kReady:
+        ready_ = true;
+        owes_ = false;
+        Flush();
+        break;
+    case ViewRecord::kSeen:
+        owes_ = false;
+        FlushSoon();
+        break;
+    case ViewRecord::kTrouble:
+        trouble_ = reader.String();
+        break;
+    case ViewRecord::kNotice:
+        host_.notice(reader.String());
+        break;
+    default:
+        feed_.Take(packet);
+    }
+}
+
+void RemoteView::Ended(std::uint64_t run, const std::string& how) {
+    if (run != run_) {
+        ending_.erase(run);
+        return;
+    }
+    const auto ended = std::move(process_);
+    const std::string why = trouble_.empty() ? how : trouble_;
+    trouble_ = why;
+    if (ready_)
+        host_.lost(why);
+    else if (feed_.AnyVisible())
+        SayThatNoneIsShown(why);
+}
+
+} // namespace tarnex

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "adapters/linux/view_process.h"
+#include "platform/clock.h"
+#include "ui/form_feed.h"
+#include "ui/view.h"
+
+#include <map>
+
+namespace tarnex {
+
+// What a view gets from the program that shows windows; everything must outlive the view.
+struct ViewHost {
+    Clock& clock;
+    DescriptorSource& descriptors;
+    std::function<void(const std::string& line)> notice; // for what an operator must act on
+    // Every window is gone; why in words. From the loop.
+    std::function<void(const std::string& why)> lost;
+};
+
+// Shows the windows in a process of their own, which has copies of the forms: a display that does
+// not read, a crash or an error of the window system cost that process and no more.
+//
+// The process runs while a form is visible. One packet of changes is on its way at a time, and the
+// next one leaves when that one stands on the screen.
+class RemoteView : public ScreenView {
+  public:
+    explicit RemoteView(ViewHost host);
+    ~RemoteView() override;
+
+    // Starts the process before a form is visible and waits until it has its screen. "", or what
+    // stands in the way. For programs that have nothing else to do.
+    std::string Open();
+    std::unique_ptr<FormWindow> Attach(Form& form) override;
+    FileDialog& Files() override { return feed_; }
+
+  private:
+    class Window;
+
+    // False, and in trouble why.
+    bool Start(std::string& trouble);
+    void FormShown();
+    void FormHidden();
+    void Arrived(const std::string& packet);
+    void Ended(std::uint64_t run, const std::string& how);
+    void SayThatNoneIsShown(const std::string& trouble);
+    void FlushSoon();
+    void Flush();
+    bool Reads() const;
+
+    ViewHost host_;
+    FormFeed feed_;
+    std::unique_ptr<ViewProcess> process_;
+    std::uint64_t run_ = 0;                                        // counts the processes
+    std::map<std::uint64_t, std::unique_ptr<ViewProcess>> ending_; // killed, by their runs
+    bool ready_ = false;                                           // it has its screen
+    bool owes_ = false; // an answer to the start or a packet
+    Duration owes_since_{};
+    std::string trouble_; // in its own words
+    bool said_ = false;   // that no window can be shown
+    CallId flush_;
+    bool flush_pending_ = false;
+};
+
+} // namespace tarnex

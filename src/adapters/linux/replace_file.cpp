@@ -1,0 +1,34 @@
+#include "adapters/system/replace_file.h"
+
+#include "adapters/linux/unique_fd.h"
+#include "adapters/linux/write_all.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace tarnex {
+
+namespace {
+
+bool WriteNew(const std::string& path, std::string_view content) {
+    unlink(path.c_str());
+    const UniqueFd file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    return file && WriteAll(file.Get(), content) && fchmod(file.Get(), 0644) == 0;
+}
+
+} // namespace
+
+std::string ReplaceFile(const std::string& path, std::string_view content) {
+    const std::string successor = path + ".new";
+    if (WriteNew(successor, content) && std::rename(successor.c_str(), path.c_str()) == 0)
+        return "";
+    const std::string problem = std::strerror(errno);
+    unlink(successor.c_str());
+    return problem;
+}
+
+} // namespace tarnex

@@ -1,0 +1,48 @@
+#include "adapters/system/status_file.h"
+
+#include "adapters/system/replace_file.h"
+
+#include <cstdlib>
+#include <filesystem>
+
+#include <unistd.h>
+
+namespace tarnex {
+
+namespace {
+
+constexpr const char* kDefaultFolder = "/run/tarnexcomm";
+
+std::string Variable(const char* name) {
+    const char* const value = std::getenv(name);
+    return value ? value : "";
+}
+
+} // namespace
+
+std::string StatusFilePath() {
+    if (const std::string path = Variable("TARNEXCOMM_STATUS"); !path.empty())
+        return path;
+    const std::string folders = Variable("RUNTIME_DIRECTORY"); // several are parted by ":"
+    const std::string folder = folders.substr(0, folders.find(':'));
+    return (folder.empty() ? kDefaultFolder : folder) + "/status.json";
+}
+
+bool StatusFile::Possible() const {
+    const std::string folder = std::filesystem::path(path_).parent_path();
+    return access(folder.empty() ? "." : folder.c_str(), W_OK | X_OK) == 0;
+}
+
+std::string StatusFile::Replace(const std::string& text) {
+    const std::string problem = ReplaceFile(path_, text);
+    return problem.empty() ? ""
+                           : "The status file " + path_ + " cannot be written (" + problem +
+                                 "), so tarnexctl shows old values or none. Give the user of this "
+                                 "service write access to its folder, and free space there.";
+}
+
+void StatusFile::Remove() {
+    unlink(path_.c_str());
+}
+
+} // namespace tarnex

@@ -1,0 +1,70 @@
+#include "adapters/system/terminal.h"
+
+#include <cstdlib>
+#include <iostream>
+#include <tuple>
+
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace tarnex {
+
+namespace {
+
+class WithoutEcho {
+  public:
+    WithoutEcho() {
+        changed_ = tcgetattr(STDIN_FILENO, &before_) == 0;
+        termios silent = before_;
+        silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+        changed_ = changed_ && tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent) == 0;
+    }
+    WithoutEcho(const WithoutEcho&) = delete;
+    WithoutEcho& operator=(const WithoutEcho&) = delete;
+    ~WithoutEcho() {
+        if (!changed_)
+            return;
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &before_);
+        std::cerr << '\n';
+    }
+
+  private:
+    termios before_{};
+    bool changed_ = false;
+};
+
+} // namespace
+
+void OccupyStandardStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(stream, F_GETFD) < 0)
+            std::ignore = open("/dev/null", O_RDONLY); // takes the lowest number that is free
+}
+
+bool StandardOutputIsTerminal() {
+    return isatty(STDOUT_FILENO) == 1;
+}
+bool StandardErrorIsTerminal() {
+    return isatty(STDERR_FILENO) == 1;
+}
+bool StandardInputIsTerminal() {
+    return isatty(STDIN_FILENO) == 1;
+}
+
+bool TerminalShowsColours() {
+    const char* const terminal = std::getenv("TERM");
+    const char* const unwanted = std::getenv("NO_COLOR");
+    return terminal && std::string(terminal) != "dumb" && (!unwanted || !*unwanted);
+}
+
+std::optional<std::string> AskOnTerminal(const std::string& prompt, bool secret) {
+    std::cerr << prompt << std::flush;
+    std::optional<WithoutEcho> silence;
+    if (secret)
+        silence.emplace();
+    std::string line;
+    return std::getline(std::cin, line) ? std::optional(line) : std::nullopt;
+}
+
+} // namespace tarnex

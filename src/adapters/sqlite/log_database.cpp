@@ -1,0 +1,148 @@
+#include "adapters/sqlite/log_database.h"
+
+#include "adapters/sqlite/sqlite_handles.h"
+#include "adapters/sqlite/sqlite_log_table.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace tarnex {
+
+namespace {
+
+constexpr int kPatienceMs = 2000; // for another program's lock
+constexpr mode_t kMode = 0640;    // people's messages; who may read the settings may read them
+
+// clang-format off
+constexpr Explanation kExplanations[] = {
+    {SQLITE_BUSY,     "is locked by another program: end what keeps it locked"},
+    {SQLITE_READONLY, "needs files beside it that only its users may make: run this as root or as the user of the service"},
+    {SQLITE_CANTOPEN, "cannot be opened: run this as root or as the user of the service"},
+    {SQLITE_NOTADB,   "is not an SQLite database: name another file"},
+    {SQLITE_ERROR,    "has no table \"Log\": name another file, or make one with \"tarnexctl log create\""},
+    {SQLITE_CORRUPT,  "is damaged: move it away and make a new one with \"tarnexctl log create\""},
+};
+// clang-format on
+
+Database OpenDatabase(const std::string& path, int flags) {
+    sqlite3* database = nullptr;
+    sqlite3_open_v2(path.c_str(), &database, flags, nullptr);
+    sqlite3_busy_timeout(database, kPatienceMs);
+    return Database(database);
+}
+
+// "", or what is wrong.
+std::string Build(const std::string& path, const std::string& schema) {
+    const Database database = OpenDatabase(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    if (sqlite3_errcode(database.get()) == SQLITE_CANTOPEN)
+        return "its folder is missing or may not be written to. Make the folder, or run this as "
+               "root or as the user of the service";
+    const int result = sqlite3_exec(database.get(), schema.c_str(), nullptr, nullptr, nullptr);
+    return result == SQLITE_OK ? "" : sqlite3_errmsg(database.get());
+}
+
+} // namespace
+
+std::string CreateLogDatabase(const std::string& path, const std::string& schema) {
+    std::error_code error;
+    if (std::filesystem::exists(path, error))
+        return path + " is there already and stays as it is";
+    const std::string draft = path + ".new";
+    std::filesystem::remove(draft, error);
+    std::string problem = Build(draft, schema);
+    if (problem.empty())
+        problem = SqliteLogTable().Open(FromUtf8(draft)); // the service must be able to use it
+    if (problem.empty() &&
+        (chmod(draft.c_str(), kMode) != 0 || link(draft.c_str(), path.c_str()) != 0))
+        problem = std::strerror(errno);
+    std::filesystem::remove(draft, error);
+    return problem.empty() ? "" : path + " cannot be made: " + problem;
+}
+
+struct LogReader::Connection {
+    Database database;
+    Statement last;
+    Statement after;
+
+    std::string Problem() const {
+        const int code = sqlite3_errcode(database.get());
+        if (code == SQLITE_OK || code == SQLITE_DONE)
+            return "";
+        const char* const known = FindExplanation(kExplanations, code);
+        return known ? known : std::string("cannot be read: ") + sqlite3_errmsg(database.get());
+    }
+
+    // The rows of a statement of which column 0 is the id.
+    static std::optional<std::vector<StoredLogRow>> Run(sqlite3_stmt* statement,
+                                                        std::int64_t argument) {
+        std::vector<StoredLogRow> rows;
+        sqlite3_bind_int64(statement, 1, argument);
+        int result;
+        while ((result = sqlite3_step(statement)) == SQLITE_ROW)
+            rows.push_back(RowOf(statement));
+        sqlite3_reset(statement);
+        return result == SQLITE_DONE ? std::optional(std::move(rows)) : std::nullopt;
+    }
+
+    static StoredLogRow RowOf(sqlite3_stmt* statement) {
+        StoredLogRow row;
+        row.id = sqlite3_column_int64(statement, 0);
+        const int columns = std::min(sqlite3_column_count(statement) - 1, int(row.columns.size()));
+        for (int i = 0; i < columns; ++i)
+            if (const auto* text = sqlite3_column_text(statement, i + 1))
+                row.columns[std::size_t(i)].emplace(
+                    reinterpret_cast<const char*>(text),
+                    std::size_t(sqlite3_column_bytes(statement, i + 1))); // NUL may be among them
+        return row;
+    }
+};
+
+LogReader::LogReader() = default;
+LogReader::LogReader(LogReader&&) noexcept = default;
+LogReader& LogReader::operator=(LogReader&&) noexcept = default;
+LogReader::~LogReader() = default;
+
+std::string LogReader::Open(const std::string& path) {
+    auto connection = std::make_unique<Connection>();
+    connection->database = OpenDatabase(path, SQLITE_OPEN_READONLY);
+    connection->last =
+        Prepare(connection->database, "SELECT rowid, * FROM \"Log\" ORDER BY rowid DESC LIMIT ?");
+    if (!connection->last)
+        return connection->Problem();
+    connection->after = Prepare(connection->database,
+                                "SELECT rowid, * FROM \"Log\" WHERE rowid > ? ORDER BY rowid");
+    if (!connection->after)
+        return connection->Problem();
+    connection_ = std::move(connection);
+    return "";
+}
+
+std::string LogReader::Problem() const {
+    return connection_->Problem();
+}
+
+bool LogReader::LockedOut() const {
+    return sqlite3_errcode(connection_->database.get()) == SQLITE_BUSY;
+}
+
+std::optional<std::vector<StoredLogRow>> LogReader::Last(int count) const {
+    auto rows = Connection::Run(connection_->last.get(), count);
+    if (rows)
+        std::ranges::reverse(*rows);
+    return rows;
+}
+
+std::optional<std::vector<StoredLogRow>> LogReader::After(std::int64_t id) const {
+    return Connection::Run(connection_->after.get(), id);
+}
+
+bool LogReader::Moved() const {
+    return tarnex::Moved(connection_->database);
+}
+
+} // namespace tarnex

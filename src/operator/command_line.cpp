@@ -1,0 +1,298 @@
+#include "operator/command_line.h"
+
+#include "operator/commands.h"
+#include "operator/setup_questions.h"
+#include "operator/suggestion.h"
+#include "operator/text_output.h"
+
+#include <ostream>
+#include <sstream>
+
+#include <CLI/CLI.hpp>
+
+namespace tarnex {
+
+namespace {
+
+// The command line and the options that it fills.
+class CommandLine {
+  public:
+    explicit CommandLine(ControlWorld& world) : world_(world) {
+        app_.set_version_flag("--version", "tarnexctl " TARNEX_VERSION);
+        app_.add_option("--settings-file", world_.settings_path, "the settings file")
+            ->type_name("FILE")
+            ->capture_default_str();
+        app_.add_option("--status-file", world_.status_path, "the status file of the service")
+            ->type_name("FILE")
+            ->capture_default_str();
+        app_.footer("\"tarnexctl COMMAND --help\" shows the options and examples of a command.\n"
+                    "\n"
+                    "Exit status: 0 done; settings check: 1 warnings, 2 errors; 64 wrong usage,\n"
+                    "65 impossible value, 66 missing file, 69 the service does not run, 73 a file\n"
+                    "cannot be written, 74 input or output failed, 77 no rights.");
+        app_.require_subcommand(1);
+        app_.fallthrough();
+        AddSettings();
+        AddStatus();
+        AddDryRuns();
+        AddLog();
+        AddSetup();
+    }
+
+    int Run(std::vector<std::string> arguments) {
+        std::reverse(arguments.begin(), arguments.end()); // as the parser wants them
+        try {
+            app_.parse(std::move(arguments));
+        } catch (const CLI::Success& asked) { // help or version
+            std::ostringstream text;
+            app_.exit(asked, text, text);
+            world_.out << text.str();
+            return kExitDone;
+        } catch (const CLI::ParseError& error) {
+            throw Failure(kExitUsage, Trouble(error) + " (try \"" + Name(Deepest()) + " --help\")");
+        }
+        return run_();
+    }
+
+  private:
+    using Work = std::function<ExitStatus()>;
+
+    CLI::App* Command(CLI::App& parent, const std::string& name, const std::string& what,
+                      const std::string& examples, Work work) {
+        CLI::App* command = parent.add_subcommand(name, what);
+        command->footer("Examples:\n" + examples);
+        if (work)
+            command->callback([this, work = std::move(work)] { run_ = work; });
+        return command;
+    }
+
+    void AddSettings();
+    void AddStatus();
+    void AddDryRuns();
+    void AddLog();
+    void AddSetup();
+
+    // The innermost command that was given.
+    const CLI::App& Deepest() const {
+        const CLI::App* app = &app_;
+        while (!app->get_subcommands().empty())
+            app = app->get_subcommands().front();
+        return *app;
+    }
+
+    static std::string Name(const CLI::App& app) {
+        const CLI::App* parent = app.get_parent();
+        return parent ? Name(*parent) + " " + app.get_name() : "tarnexctl";
+    }
+
+    std::string Trouble(const CLI::ParseError& error) const {
+        const CLI::App& app = Deepest();
+        const std::vector<std::string> unknown = app_.remaining(true);
+        if (unknown.empty() && app.get_require_subcommand_min() > 0 &&
+            error.get_name() == "RequiredError")
+            return "the command is missing";
+        if (unknown.empty())
+            return OneLine(error.what());
+        const std::string& word = unknown.front();
+        std::vector<std::string> known;
+        if (word.starts_with('-')) {
+            for (const CLI::App* a = &app; a; a = a->get_parent())
+                for (const CLI::Option* option : a->get_options())
+                    known.push_back(option->get_name());
+            return "there is no option " + word + DidYouMean(Closest(word, known));
+        }
+        for (const CLI::App* command : app.get_subcommands({}))
+            known.push_back(command->get_name());
+        if (known.empty())
+            return "\"" + word + "\" is one word too many";
+        return "there is no command \"" + word + "\"" + DidYouMean(Closest(word, known));
+    }
+
+    static std::string OneLine(std::string text) {
+        std::replace(text.begin(), text.end(), '\n', ' ');
+        return text;
+    }
+
+    ControlWorld& world_;
+    CLI::App app_{"Sets up, watches and tries out TarnexComm, the service beside a GSM alarm unit.",
+                  "tarnexctl"};
+    Work run_;
+
+    ListOptions list_;
+    std::string name_;
+    std::optional<std::string> value_;
+    bool json_ = false;
+    StatusOptions status_;
+    std::string output_;
+    WhyOptions why_;
+    SimulateOptions simulate_;
+    std::string path_;
+    std::string schema_;
+    TailOptions tail_;
+    SetupOptions setup_;
+};
+
+void CommandLine::AddSettings() {
+    CLI::App& settings = *Command(app_, "settings", "list, read, change and check the settings",
+                                  "  tarnexctl settings list quiet\n"
+                                  "  tarnexctl settings set send-count 2\n"
+                                  "  tarnexctl settings check",
+                                  nullptr);
+    settings.require_subcommand(1);
+
+    CLI::App* list = Command(settings, "list", "show settings, their values and what these do",
+                             "  tarnexctl settings list\n"
+                             "  tarnexctl settings list quiet mail\n"
+                             "  tarnexctl settings list --long 'Check1(8)'",
+                             [this] { return SettingsList(world_, list_); });
+    list->add_option("NAME", list_.names, "names, keys, or parts of names (all settings)")
+        ->type_name("");
+    list->add_flag("--long", list_.long_form, "everything about each setting");
+    list->add_flag("--json", list_.json, "everything, as JSON");
+
+    CLI::App* get = Command(settings, "get", "print the stored value of one setting",
+                            "  tarnexctl settings get alarm-number-1\n"
+                            "  tarnexctl settings get 'Text1(34)'",
+                            [this] { return SettingsGet(world_, name_); });
+    get->add_option("NAME", name_, "plain name or key")->type_name("")->required();
+
+    CLI::App* set = Command(settings, "set", "change one setting, as the service itself writes",
+                            "  tarnexctl settings set alarm-number-1 13900000001\n"
+                            "  tarnexctl settings set quiet-time on\n"
+                            "  tarnexctl settings set 'Text1(38)' 22:00",
+                            [this] { return SettingsSet(world_, name_, value_); });
+    set->add_option("NAME", name_, "plain name or key")->type_name("")->required();
+    set->add_option("VALUE", value_, "the new value; on or off for switches (it is asked for)")
+        ->type_name("");
+
+    CLI::App* unset = Command(settings, "unset", "take the value of one setting away",
+                              "  tarnexctl settings unset mail-server",
+                              [this] { return SettingsUnset(world_, name_); });
+    unset->add_option("NAME", name_, "plain name or key")->type_name("")->required();
+
+    CLI::App* check =
+        Command(settings, "check", "say what is wrong or dangerous; exit status 0, 1 or 2",
+                "  tarnexctl settings check && echo all is well\n"
+                "  tarnexctl settings check --json",
+                [this] { return SettingsCheck(world_, json_); });
+    check->add_flag("--json", json_, "as JSON");
+}
+
+void CommandLine::AddStatus() {
+    CLI::App* status =
+        Command(app_, "status", "show what the service is doing; exit status 69 if it does not run",
+                "  tarnexctl status\n"
+                "  tarnexctl status --watch\n"
+                "  tarnexctl status --json | jq .unit.state",
+                [this] { return ShowStatus(world_, status_); });
+    status->add_flag("--watch", status_.watch, "again and again, until Ctrl-C");
+    status->add_flag("--json", status_.json, "as JSON");
+
+    CLI::App* metrics =
+        Command(app_, "metrics", "the state as Prometheus text",
+                "  tarnexctl metrics\n"
+                "  tarnexctl metrics --output /var/lib/prometheus/node-exporter/tarnexcomm.prom",
+                [this] { return ShowMetrics(world_, output_); });
+    metrics->add_option("--output", output_, "replace this file, in one step for readers")
+        ->type_name("FILE");
+}
+
+void CommandLine::AddDryRuns() {
+    CLI::App* why =
+        Command(app_, "why", "what would happen to an event now, and why; sends nothing",
+                "  tarnexctl why '1031010srv{[b^k^]}98%'\n"
+                "  tarnexctl why '1031010{[b^k^]}' --at '2024-05-06 22:30'",
+                [this] { return ExplainRecord(world_, why_); });
+    why->add_option("RECORD", why_.record, "event record, as monitoring programs send it")
+        ->type_name("")
+        ->required();
+    why->add_option("--at", why_.at, "at that local time instead of now")
+        ->type_name("'YYYY-MM-DD HH:MM'");
+    why->add_flag("--json", why_.json, "as JSON");
+
+    CLI::App* simulate =
+        Command(app_, "simulate", "run the service with these settings on simulated days of alarms",
+                "  tarnexctl simulate\n"
+                "  tarnexctl simulate --days 30 --seed 2 --start 2024-05-06",
+                [this] { return Simulate(world_, simulate_); });
+    simulate->add_option("--days", simulate_.days, "how many days, 1 to 366")
+        ->type_name("N")
+        ->check(CLI::Range(1, 366).description(""))
+        ->capture_default_str();
+    simulate->add_option("--seed", simulate_.seed, "another number gives other alarms")
+        ->type_name("S")
+        ->check(CLI::Range(0, 1'000'000'000).description(""))
+        ->capture_default_str();
+    simulate->add_option("--start", simulate_.start, "the first day (today)")
+        ->type_name("YYYY-MM-DD");
+    simulate->add_flag("--json", simulate_.json, "as JSON");
+}
+
+void CommandLine::AddLog() {
+    CLI::App& log = *Command(app_, "log", "make the log database, and follow it",
+                             "  tarnexctl log create\n"
+                             "  tarnexctl log tail",
+                             nullptr);
+    log.require_subcommand(1);
+    CLI::App* create = Command(log, "create", "make a log database; never over an existing file",
+                               "  tarnexctl log create\n"
+                               "  tarnexctl log create /srv/tarnex/log.db",
+                               [this] { return LogCreate(world_, path_, schema_); });
+    create->add_option("FILE", path_, "the database (the one of the settings)")->type_name("");
+    create->add_option("--schema", schema_, "make it by this file (the installed one)")
+        ->type_name("FILE");
+
+    CLI::App* tail = Command(log, "tail", "show the last rows and then new ones, until Ctrl-C",
+                             "  tarnexctl log tail\n"
+                             "  tarnexctl log tail --lines 50 --once\n"
+                             "  tarnexctl log tail --json --once | jq -r .message",
+                             [this] { return LogTail(world_, tail_); });
+    tail->add_option("FILE", tail_.path, "the database (the one of the settings)")->type_name("");
+    tail->add_option("--lines", tail_.lines, "how many of the present rows")
+        ->type_name("N")
+        ->check(CLI::Range(0, 1'000'000).description(""))
+        ->capture_default_str();
+    tail->add_flag("--once", tail_.once, "end after the present rows");
+    tail->add_flag("--json", tail_.json, "a JSON object for each row, one a line");
+}
+
+void CommandLine::AddSetup() {
+    CLI::App* setup =
+        Command(app_, "setup", "first start: ask what is needed, write the settings, make the log",
+                "  sudo tarnexctl setup\n"
+                "  tarnexctl setup --port search --number-1 13900000001 --number-2 13900000002 \\\n"
+                "      --sms-centre +8613800100500 --mail-server none",
+                [this] { return Setup(world_, setup_); });
+    for (const SetupQuestion& question : SetupQuestions())
+        setup
+            ->add_option_function<std::string>(
+                FlagOf(question),
+                [this, name = question.name](const std::string& value) {
+                    setup_.answers[name] = value;
+                },
+                question.secret ? std::string(question.prompt) + ", in the first line of a file"
+                                : question.prompt)
+            ->type_name(question.secret ? "FILE" : "ANSWER");
+    setup->add_option("--log-database", setup_.log_path, "log database (log.db beside \"system\")")
+        ->type_name("FILE");
+    setup->add_flag("--force", setup_.force, "write over existing settings; they stay as .old");
+}
+
+} // namespace
+
+int RunTarnexctl(std::vector<std::string> arguments, ControlWorld& world) {
+    try {
+        const int status = CommandLine(world).Run(std::move(arguments));
+        if (!world.out.flush())
+            throw Failure(kExitIo, "standard output cannot be written: look for a full disk");
+        return status;
+    } catch (const Failure& failure) {
+        world.err << "tarnexctl: " << Printable(failure.what()) << '\n';
+        return failure.status;
+    } catch (const std::exception& error) {
+        world.err << "tarnexctl: " << Printable(error.what()) << " (a fault of this program)\n";
+        return kExitSoftware;
+    }
+}
+
+} // namespace tarnex

@@ -1,0 +1,90 @@
+#include "operator/file_access.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <span>
+
+namespace tarnex {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Remedy {
+    std::errc problem;
+    ExitStatus status;
+    const char* words; // for the problem; nullptr: the system's
+    const char* remedy;
+};
+constexpr const char* kBecomeUser =
+    "run this as root or as the user of the service (sudo tarnexctl ...); even root may do no more "
+    "in a user's folder than that user";
+
+// clang-format off
+constexpr Remedy kWriting[] = {
+    {std::errc::permission_denied,         kExitNoRights,     nullptr, kBecomeUser},
+    {std::errc::operation_not_permitted,   kExitNoRights,     nullptr, kBecomeUser},
+    {std::errc::no_space_on_device,        kExitCannotCreate, nullptr, "free space on its disk"},
+    {std::errc::read_only_file_system,     kExitCannotCreate, nullptr, "make the file system writable"},
+    {std::errc::is_a_directory,            kExitCannotCreate, "it is no ordinary file", "name a file"},
+    {std::errc::no_such_file_or_directory, kExitCannotCreate, "its folder is missing", "make the folder first"},
+    {std::errc::not_a_directory,           kExitCannotCreate, nullptr, "name a file in a folder"},
+    {std::errc::operation_would_block,     kExitCannotCreate, "another program keeps it locked", "try again later"},
+    {std::errc::device_or_resource_busy,   kExitCannotCreate, "another program keeps changing it", "try again later"},
+    {std::errc::file_too_large,            kExitCannotCreate, "it is too large", "see what has filled it"},
+};
+constexpr Remedy kOtherWriting{{}, kExitCannotCreate, nullptr, "look for a used-up quota or a failing disk"};
+
+constexpr Remedy kReading[] = {
+    {std::errc::permission_denied,         kExitNoRights,     nullptr, kBecomeUser},
+    {std::errc::is_a_directory,            kExitNoInput,      "it is no ordinary file", "name a file"},
+};
+constexpr Remedy kOtherReading{{}, kExitIo, nullptr, "look for a failing disk"};
+// clang-format on
+
+Failure MakeFailure(const std::string& line, std::error_code why, const Remedy& remedy) {
+    return {remedy.status,
+            line + " (" + (remedy.words ? remedy.words : why.message()) + "): " + remedy.remedy};
+}
+
+const Remedy& RemedyOf(std::error_code why, std::span<const Remedy> table, const Remedy& other) {
+    const auto found =
+        std::ranges::find_if(table, [&](const Remedy& r) { return why == r.problem; });
+    return found == table.end() ? other : *found;
+}
+
+} // namespace
+
+std::error_code ReadingProblem(const std::string& path) {
+    std::error_code problem;
+    const fs::file_status status = fs::status(path, problem);
+    if (!fs::exists(status))
+        return problem ? problem : std::make_error_code(std::errc::no_such_file_or_directory);
+    if (!fs::is_regular_file(status))
+        return std::make_error_code(std::errc::is_a_directory);
+    errno = 0;
+    const std::ifstream file(path);
+    return file ? std::error_code() : std::error_code(errno, std::generic_category());
+}
+
+std::string ReadWholeFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+Failure CannotRead(const std::string& what, std::error_code why, const std::string& if_missing) {
+    if (why == std::errc::no_such_file_or_directory || why == std::errc::not_a_directory)
+        return {kExitNoInput, "there is no " + what + ": " + if_missing};
+    return MakeFailure("the " + what + " cannot be read", why,
+                       RemedyOf(why, kReading, kOtherReading));
+}
+
+Failure CannotWrite(const std::string& what, std::error_code why) {
+    return MakeFailure("the " + what + " cannot be written", why,
+                       RemedyOf(why, kWriting, kOtherWriting));
+}
+
+} // namespace tarnex

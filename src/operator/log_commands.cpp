@@ -1,0 +1,158 @@
+#include "adapters/sqlite/log_database.h"
+#include "adapters/system/folder_owner.h"
+#include "operator/commands.h"
+#include "operator/file_access.h"
+#include "operator/json_output.h"
+#include "operator/settings_file.h"
+#include "operator/text_output.h"
+
+#include <ostream>
+
+namespace tarnex {
+
+namespace {
+
+constexpr Duration kPollPeriod = 1s;
+
+enum Column { kNumber, kDate, kTime, kDirection, kSource, kMessage, kBySms = 9, kByMail };
+constexpr const char* kColumnNames[] = {"number",  "date",    "time",  "direction", "source",
+                                        "message", "event",   "state", "action",    "by_sms",
+                                        "by_mail", "machine", "detail"};
+
+std::string PathOf(const ControlWorld& world, const std::string& path) {
+    if (!path.empty())
+        return path;
+    const std::string configured =
+        ToUtf8(SettingsFile(world.settings_path).Value(*FindSetting("log-database")));
+    if (configured.empty())
+        throw Failure(kExitData, "the settings name no log database: name a file, or set it with "
+                                 "\"tarnexctl settings set log-database FILE\"");
+    return configured;
+}
+
+// The file in which the path of the database stands; "" when a person gave it.
+std::string NamedIn(const ControlWorld& world, const std::string& path) {
+    return path.empty() ? world.settings_path : "";
+}
+
+std::string ReadSchema(const std::string& path) {
+    if (const std::error_code problem = ReadingProblem(path))
+        throw CannotRead("schema " + path, problem, "name another with --schema");
+    return ReadWholeFile(path);
+}
+
+std::string Field(const StoredLogRow& row, std::size_t column) {
+    return Printable(row.columns[column].value_or(""));
+}
+
+std::string Padded(const std::string& text, std::size_t width) {
+    const std::size_t used = DisplayWidth(text);
+    return text + std::string(used < width ? width - used : 0, ' ') + "  ";
+}
+
+std::string Ways(const StoredLogRow& row) {
+    const bool sms = Field(row, kBySms) == "Yes";
+    const bool mail = Field(row, kByMail) == "Yes";
+    return sms && mail ? "SMS+mail" : sms ? "SMS" : mail ? "mail" : "";
+}
+
+// Fixed widths: the rows to come are not known.
+std::string LineOf(const StoredLogRow& row) {
+    return Padded(Field(row, kNumber), 6) + Padded(Field(row, kDate), 10) +
+           Padded(Field(row, kTime), 8) + Padded(Field(row, kDirection), 3) +
+           Padded(Field(row, kSource), 5) + Padded(Ways(row), 8) + Field(row, kMessage) + '\n';
+}
+
+std::string JsonOf(const StoredLogRow& row) {
+    Json json;
+    for (std::size_t i = 0; i < row.columns.size(); ++i)
+        json[kColumnNames[i]] = row.columns[i] ? Json(*row.columns[i]) : Json();
+    return JsonText(json, -1);
+}
+
+// The rows of one file, and of those that take its place.
+class Tail {
+  public:
+    Tail(const ControlWorld& world, const std::string& path, bool json)
+        : world_(world), path_(path), json_(json) {
+        if (const std::error_code problem = ReadingProblem(path_))
+            throw CannotRead("log database " + path_, problem,
+                             "make it with \"tarnexctl log create\", or name another");
+        if (const std::string problem = reader_.Open(path_); !problem.empty())
+            throw Unreadable(problem);
+    }
+
+    void ShowLast(int count) {
+        if (count > 0)
+            Show(reader_.Last(count));
+        else if (const auto newest = reader_.Last(1); newest && !newest->empty())
+            last_id_ = newest->back().id;
+    }
+
+    void ShowNew() {
+        ShowFurther();
+        LogReader replacement;
+        if (!reader_.Moved() || !replacement.Open(path_).empty())
+            return; // or not there yet
+        std::swap(reader_, replacement);
+        last_id_ = 0;
+        ShowFurther();
+    }
+
+  private:
+    void ShowFurther() {
+        const auto rows = reader_.After(last_id_);
+        if (rows || !reader_.LockedOut()) // else next time
+            Show(rows);
+    }
+
+    Failure Unreadable(const std::string& problem) const {
+        return {kExitIo, "the log database " + path_ + " " + problem};
+    }
+
+    void Show(const std::optional<std::vector<StoredLogRow>>& rows) {
+        if (!rows)
+            throw Unreadable(reader_.Problem());
+        for (const StoredLogRow& row : *rows) {
+            world_.out << (json_ ? JsonOf(row) : LineOf(row));
+            last_id_ = row.id;
+        }
+        world_.out.flush();
+    }
+
+    const ControlWorld& world_;
+    const std::string path_;
+    const bool json_;
+    LogReader reader_;
+    std::int64_t last_id_ = 0;
+};
+
+} // namespace
+
+ExitStatus LogCreate(ControlWorld& world, const std::string& path, const std::string& schema) {
+    const std::string file = PathOf(world, path);
+    const std::string sql =
+        ReadSchema(schema.empty() ? world.data_folder + "/log-schema.sql" : schema);
+    const AsFolderOwner owner(file, NamedIn(world, path));
+    const std::string problem = CreateLogDatabase(file, sql);
+    if (!problem.empty())
+        throw Failure(kExitCannotCreate, problem);
+    world.out << "made " << Printable(file) << '\n';
+    if (!BelongsToFolderOwner(file))
+        world.err << "tarnexctl: warning: " << Printable(file)
+                  << " does not belong to the owner of its folder; see that the user of the "
+                     "service may write to it\n";
+    return kExitDone;
+}
+
+ExitStatus LogTail(ControlWorld& world, const TailOptions& options) {
+    const std::string path = PathOf(world, options.path);
+    const AsFolderOwner owner(path, NamedIn(world, options.path)); // reading makes files beside it
+    Tail tail(world, path, options.json);
+    tail.ShowLast(options.lines);
+    while (!options.once && world.out && world.pause(kPollPeriod))
+        tail.ShowNew();
+    return kExitDone;
+}
+
+} // namespace tarnex

@@ -1,0 +1,72 @@
+#include "operator/service_state.h"
+
+#include "operator/file_access.h"
+#include "operator/text_output.h"
+
+#include <filesystem>
+
+namespace tarnex {
+
+namespace {
+
+constexpr int kFormat = 1;
+constexpr const char* kStart = "start it with \"systemctl start tarnexcomm\"";
+
+// What the service writes has some 10 KiB and is nested 4 deep. A deeper one would be printed by as
+// many calls inside each other.
+constexpr std::uintmax_t kLongest = 1 << 20;
+constexpr int kDeepest = 16;
+
+Json Parse(const std::string& path) {
+    std::error_code error;
+    const bool too_long = std::filesystem::file_size(path, error) > kLongest;
+    bool too_deep = false;
+    Json json;
+    if (!too_long)
+        json = Json::parse(
+            ReadWholeFile(path),
+            [&](int depth, Json::parse_event_t event, const Json&) {
+                const bool starts = event == Json::parse_event_t::array_start ||
+                                    event == Json::parse_event_t::object_start;
+                too_deep = too_deep || (starts && depth == kDeepest);
+                return !too_deep;
+            },
+            false);
+    if (too_long || too_deep)
+        throw Failure(kExitData, path + " is too " + (too_long ? "long" : "deeply nested") +
+                                     " for a status file of the service: name another with "
+                                     "--status-file");
+    if (!json.is_object() || !json.contains("format"))
+        throw Failure(kExitData, path + " is not a status file of the service: name another with "
+                                        "--status-file");
+    if (json["format"] != kFormat)
+        throw Failure(kExitData, path + " was written by another version of the service: use the "
+                                        "tarnexctl of the same version, or restart the service");
+    return json;
+}
+
+} // namespace
+
+ServiceState ReadServiceState(const ControlWorld& world) {
+    ServiceState state;
+    state.now = std::chrono::floor<std::chrono::seconds>(world.now().time_since_epoch()).count();
+    const std::error_code problem = ReadingProblem(world.status_path);
+    if (problem == std::errc::no_such_file_or_directory) {
+        state.absence = "the service does not run, or has no runtime folder (there is no " +
+                        world.status_path + "): " + kStart;
+        return state;
+    }
+    if (problem)
+        throw CannotRead("status file " + world.status_path, problem, "");
+    state.status = Parse(world.status_path);
+    const long process = state.status.at("pid").get<long>();
+    state.running = world.is_service(process);
+    if (!state.running)
+        state.absence = "the service does not run: process " + std::to_string(process) +
+                        " has gone, and its last word is " +
+                        AgeText(state.SecondsSince(state.status.at("written_at"))) + " old; " +
+                        kStart;
+    return state;
+}
+
+} // namespace tarnex

@@ -1,0 +1,160 @@
+#include "operator/setting_value.h"
+
+#include "events/quiet_time.h"
+#include "mail/server_address.h"
+#include "settings/ini_document.h"
+
+#include <algorithm>
+
+namespace tarnex {
+
+namespace {
+
+using enum SettingKind;
+
+constexpr std::size_t kShortestPhone = 3;
+constexpr std::size_t kLongestPhone = 20;
+
+bool IsDigit(char16_t c) {
+    return c >= u'0' && c <= u'9';
+}
+
+bool AllDigits(TextView text) {
+    return !text.empty() && std::ranges::all_of(text, IsDigit);
+}
+
+bool IsPhone(TextView value) {
+    const TextView digits = value.starts_with(u'+') ? value.substr(1) : value;
+    return AllDigits(digits) && digits.size() >= kShortestPhone && digits.size() <= kLongestPhone;
+}
+
+bool IsNumberIn(TextView value, int lowest, int highest) {
+    return AllDigits(value) && value.size() <= 5 && LeadingNumber(value) >= lowest &&
+           LeadingNumber(value) <= highest;
+}
+
+bool IsIpAddress(TextView value) {
+    for (int part = 0; part < 4; ++part) {
+        const std::size_t dot = value.find(u'.');
+        if (!IsNumberIn(value.substr(0, dot), 0, 255) || (part < 3) != (dot != TextView::npos))
+            return false;
+        value.remove_prefix(part < 3 ? dot + 1 : 0);
+    }
+    return true;
+}
+
+bool IsMailAddress(TextView value) {
+    const std::size_t at = value.find(u'@');
+    return at != TextView::npos && at > 0 && at + 1 < value.size() &&
+           value.find_first_of(u" <>,;", 0) == TextView::npos &&
+           value.find(u'@', at + 1) == TextView::npos;
+}
+
+std::vector<std::string> Choices(const Setting& setting) {
+    std::vector<std::string> choices(1);
+    for (const char c : setting.choices)
+        if (c == '|')
+            choices.emplace_back();
+        else
+            choices.back() += c;
+    return choices;
+}
+
+bool IsChoice(const Setting& setting, TextView value) {
+    return std::ranges::count(Choices(setting), ToUtf8(value)) > 0;
+}
+
+bool HasControlCharacters(TextView value) {
+    return std::ranges::any_of(value, IsControl);
+}
+
+bool Fits(const Setting& setting, TextView value) {
+    switch (setting.kind) {
+    case kSwitch:
+        return value == setting.on || value == setting.off;
+    case kNumber:
+        return IsNumberIn(value, setting.lowest, setting.highest);
+    case kPhone:
+        return IsPhone(value);
+    case kTime:
+        return IsTimeOfDay(value);
+    case kChoice:
+        return IsChoice(setting, value);
+    case kPath:
+        return value.starts_with(u'/');
+    case kServer:
+        return ParseServerAddress(value).has_value() && value.find(u' ') == TextView::npos;
+    case kMailAddress:
+        return IsMailAddress(value);
+    case kIpAddress:
+        return IsIpAddress(value);
+    case kText:
+    case kPassword:
+    case kRecord:
+        return true;
+    }
+    return true;
+}
+
+// "a, b or c"
+std::string Alternatives(const std::vector<std::string>& words) {
+    std::string text;
+    for (std::size_t i = 0; i < words.size(); ++i)
+        text += (i == 0 ? "" : i + 1 < words.size() ? ", " : " or ") + words[i];
+    return text;
+}
+
+} // namespace
+
+std::string AllowedValues(const Setting& setting) {
+    switch (setting.kind) {
+    case kSwitch:
+        return "on or off";
+    case kNumber:
+        return std::to_string(setting.lowest) + " to " + std::to_string(setting.highest);
+    case kPhone:
+        return "3 to 20 digits, \"+\" in front allowed";
+    case kTime:
+        return "a time of day as hh:mm";
+    case kChoice:
+        return Alternatives(Choices(setting));
+    case kPath:
+        return "a path that begins with \"/\"";
+    case kServer:
+        return "a host, or host:port with a port from 1 to 65535";
+    case kMailAddress:
+        return "one mail address";
+    case kIpAddress:
+        return "an IPv4 address such as 127.0.0.1";
+    case kText:
+    case kPassword:
+        return "a text of 1 to 128 characters";
+    case kRecord:
+        return "written by the service";
+    }
+    return "";
+}
+
+Text StoredForm(const Setting& setting, const std::string& typed) {
+    const Text text = FromUtf8(typed);
+    if (setting.kind != kSwitch)
+        return text;
+    for (const TextView word : {u"on", u"yes", u"true", u"1"})
+        if (EqualIgnoringCase(text, word))
+            return setting.on;
+    for (const TextView word : {u"off", u"no", u"false", u"0"})
+        if (EqualIgnoringCase(text, word))
+            return setting.off;
+    return text;
+}
+
+std::string Objection(const Setting& setting, TextView value) {
+    if (value.size() > kLongestValue)
+        return "has " + std::to_string(value.size()) + " characters; only the first " +
+               std::to_string(kLongestValue) + " count";
+    if (HasControlCharacters(value))
+        return "contains control characters";
+    return Fits(setting, value) ? "" : "is not " + AllowedValues(setting);
+}
+
+} // namespace tarnex

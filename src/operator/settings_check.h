@@ -1,0 +1,24 @@
+#pragma once
+
+#include "operator/settings_file.h"
+
+#include <vector>
+
+namespace tarnex {
+
+// Something about the settings that an operator should know.
+struct Finding {
+    enum class Level { kWarning, kError }; // error: the service cannot do its work, or is open
+    Level level;
+    std::string name; // of the setting, or the line of the file
+    std::string text; // what is the matter and what to do, in one sentence or two
+};
+
+// What is wrong or dangerous, in the order of the catalogue; stray lines of the file last.
+std::vector<Finding> CheckSettings(const SettingsFile& file);
+
+// Lines of the file that mean nothing: misspelt keys, keys in a wrong section, second lines of a
+// key.
+std::vector<Finding> StrayLines(const SettingsFile& file);
+
+} // namespace tarnex

@@ -1,0 +1,83 @@
+#include "operator/settings_file.h"
+
+#include "adapters/system/folder_owner.h"
+#include "operator/file_access.h"
+
+#include <algorithm>
+
+namespace tarnex {
+
+namespace {
+
+std::string ReadContent(const FileSettingsStore& store) {
+    SettingsReading reading = store.Read();
+    if (!reading.problem)
+        return std::move(reading.content);
+    throw CannotRead("settings file " + store.Name(), reading.problem,
+                     "make one with \"tarnexctl setup\", or name another with --settings-file");
+}
+
+StartSettings ReadStart(const std::string& content) {
+    return ReadStartSettings(IniDocument(content, IconvCodePage("UTF-8")));
+}
+
+} // namespace
+
+void CheckHolds(const IconvCodePage& code_page, const std::string& encoding, const Setting& setting,
+                TextView value) {
+    const bool secret = setting.kind == SettingKind::kPassword;
+    if (code_page.Decode(code_page.Encode(value)) != value)
+        throw Failure(kExitData, setting.name + " cannot hold " +
+                                     (secret ? "this" : "\"" + ToUtf8(value) + "\"") +
+                                     ": some of it does not exist in " + encoding +
+                                     ", the code page of the settings");
+}
+
+SettingsFile::SettingsFile(const std::string& path)
+    : path_(path), store_(path), content_(ReadContent(store_)), start_(ReadStart(content_)),
+      encoding_(IconvCodePage::Supported(start_.code_page) ? start_.code_page : "GBK"),
+      code_page_(encoding_), document_(content_, code_page_) {}
+
+bool SettingsFile::IsAscii() const {
+    return std::ranges::all_of(content_, [](unsigned char c) { return c < 0x80; });
+}
+
+bool SettingsFile::IsUtf8() const {
+    const IconvCodePage utf8("UTF-8");
+    return utf8.Encode(utf8.Decode(content_)) == content_;
+}
+
+bool SettingsFile::IsChineseUtf8() const {
+    const auto chinese = [](char16_t c) { return c >= 0x4E00 && c <= 0x9FFF; };
+    return IsUtf8() && std::ranges::any_of(FromUtf8(content_), chinese);
+}
+
+void SettingsFile::Set(const Setting& setting, TextView value) {
+    CheckHolds(code_page_, encoding_, setting, value);
+    const bool unreadable =
+        !IsAscii() && (value == u"UTF-8" ? !IsChineseUtf8() : value == u"GBK" && IsUtf8());
+    if (setting.name == "code-page" && unreadable)
+        throw Failure(kExitData, "code-page cannot be " + ToUtf8(value) + ": " + path_ +
+                                     " holds texts that are none. Convert the file first, with "
+                                     "iconv, and change the line CodePage by hand");
+    const AsFolderOwner owner(path_);
+    MyIniFile file(store_, code_page_);
+    file.WriteIniStr(setting.section, setting.key, value);
+    CheckWritten(!file.LastWriteFailed());
+}
+
+void SettingsFile::Unset(const Setting& setting) {
+    const AsFolderOwner owner(path_);
+    CheckWritten(store_.Update([&](const std::string& present) -> std::optional<std::string> {
+        std::string content =
+            IniDocument::Remove(present, code_page_, setting.section, setting.key);
+        return content == present ? std::nullopt : std::optional(content);
+    }));
+}
+
+void SettingsFile::CheckWritten(bool written) const {
+    if (!written)
+        throw CannotWrite("settings file " + path_, store_.Problem());
+}
+
+} // namespace tarnex

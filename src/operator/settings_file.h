@@ -1,0 +1,55 @@
+#pragma once
+
+#include "adapters/system/file_settings_store.h"
+#include "adapters/system/iconv_code_page.h"
+#include "operator/control_world.h"
+#include "operator/setting_catalog.h"
+#include "settings/my_ini_file.h"
+#include "settings/settings.h"
+#include "settings/start_settings.h"
+
+namespace tarnex {
+
+// Throws Failure for a value that a code page of that name cannot hold.
+void CheckHolds(const IconvCodePage& code_page, const std::string& encoding, const Setting& setting,
+                TextView value);
+
+// The settings file as a command finds it, read once. Every function that cannot do its work
+// throws Failure.
+class SettingsFile {
+  public:
+    explicit SettingsFile(const std::string& path);
+
+    const std::string& Path() const { return path_; }
+    const std::string& Content() const { return content_; }
+    const IniDocument& Document() const { return document_; }
+    const StartSettings& AtStart() const { return start_; }
+    // The one that the service uses: GBK where the settings name an unknown one.
+    const CodePage& Encoding() const { return code_page_; }
+    const std::string& EncodingName() const { return encoding_; }
+    bool IsAscii() const;
+    bool IsUtf8() const;        // short texts in GBK can be, too, by chance
+    bool IsChineseUtf8() const; // beyond doubt
+
+    TextView Value(const Setting& setting) const {
+        return document_.Get(setting.section, setting.key);
+    }
+
+    // Writes as the service does: at once, under its lock, everything else stays. value must have
+    // passed Objection().
+    void Set(const Setting& setting, TextView value);
+    void Unset(const Setting& setting);
+
+  private:
+    void CheckWritten(bool written) const;
+
+    std::string path_;
+    FileSettingsStore store_;
+    std::string content_;
+    StartSettings start_;
+    std::string encoding_;
+    IconvCodePage code_page_;
+    IniDocument document_;
+};
+
+} // namespace tarnex

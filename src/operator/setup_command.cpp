@@ -1,0 +1,183 @@
+#include "adapters/sqlite/log_database.h"
+#include "adapters/sqlite/sqlite_log_table.h"
+#include "adapters/system/folder_owner.h"
+#include "operator/commands.h"
+#include "operator/file_access.h"
+#include "operator/setting_value.h"
+#include "operator/settings_check.h"
+#include "operator/settings_file.h"
+#include "operator/setup_questions.h"
+#include "operator/text_output.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <ostream>
+
+namespace tarnex {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kEncoding = "GBK"; // of the sample
+
+std::string ReadData(const std::string& path) {
+    if (const std::error_code problem = ReadingProblem(path))
+        throw CannotRead("file " + path, problem, "install the program with its data");
+    return ReadWholeFile(path);
+}
+
+bool Exists(const std::string& path) {
+    std::error_code error;
+    return fs::exists(path, error);
+}
+
+void RefuseToOverwrite(const std::string& path) {
+    throw Failure(kExitCannotCreate, path +
+                                         " is there already and stays as it is: change it with "
+                                         "\"tarnexctl settings\", or write a new one with "
+                                         "--force, which keeps the old one as " +
+                                         path + ".old");
+}
+
+// The sample with the answers in it.
+class Draft {
+  public:
+    explicit Draft(std::string sample) : content_(std::move(sample)) {}
+
+    void Set(const std::string& name, const std::string& utf8) {
+        const Setting& setting = *FindSetting(name);
+        const Text value = FromUtf8(utf8);
+        CheckHolds(code_page_, kEncoding, setting, value);
+        content_ = IniDocument::Set(content_, code_page_, setting.section, setting.key, value)
+                       .value(); // the value fits the setting
+    }
+    void Switch(const std::string& name, bool on) { Set(name, on ? "1" : "0"); }
+    const std::string& Content() const { return content_; }
+
+  private:
+    const IconvCodePage code_page_{kEncoding};
+    std::string content_;
+};
+
+std::string Content(const std::string& sample, const SetupAnswers& answers,
+                    const std::string& log_path) {
+    Draft draft(sample);
+    for (const SetupQuestion& question : SetupQuestions())
+        if (const auto answer = answers.find(question.name);
+            answer != answers.end() && *question.setting)
+            draft.Set(question.setting, answer->second == kNone ? "" : answer->second);
+    const PortAnswer port = ParsePort(answers.at("port")).value();
+    if (port.number != 0)
+        draft.Set("last-port", std::to_string(port.number));
+    if (!port.device.empty())
+        draft.Set("com1-device", port.device);
+    draft.Switch("sms-to-number-1", true);
+    // One telephone needs each text once.
+    draft.Switch("sms-to-number-2", answers.at("number-2") != answers.at("number-1"));
+    draft.Switch("mail-login", answers.contains("mail-password"));
+    draft.Set("log-database", log_path);
+    return draft.Content();
+}
+
+void MakeFolders(const fs::path& folder) {
+    std::error_code error;
+    if (!folder.empty())
+        fs::create_directories(folder, error);
+    if (error)
+        throw CannotWrite("folder " + folder.string(), error);
+}
+
+void KeepOld(const std::string& path) {
+    std::error_code error;
+    const std::string old = path + ".old";
+    fs::copy_file(path, old, fs::copy_options::overwrite_existing, error);
+    if (error)
+        throw CannotWrite("copy " + old, error);
+}
+
+// Whether nobody has set the system up yet: the numbers are the place-holders of the sample, which
+// the package puts there so that the service starts.
+bool StillTheSample(const std::string& path, const std::string& sample_path) {
+    const SettingsFile present(path);
+    const SettingsFile sample(sample_path);
+    return std::ranges::all_of(
+        std::array{"alarm-number-1", "alarm-number-2"}, [&](const char* name) {
+            return present.Value(*FindSetting(name)) == sample.Value(*FindSetting(name));
+        });
+}
+
+void WriteSettings(const std::string& path, const std::string& content, bool replace) {
+    const AsFolderOwner owner(path);
+    MakeFolders(fs::path(path).parent_path());
+    if (replace && Exists(path))
+        KeepOld(path);
+    bool stands_there = false;
+    FileSettingsStore store(path);
+    const bool written =
+        store.Update([&](const std::string& present) -> std::optional<std::string> {
+            stands_there = !present.empty() && !replace;
+            return stands_there ? std::nullopt : std::optional(content);
+        });
+    if (stands_there)
+        RefuseToOverwrite(path);
+    if (!written)
+        throw CannotWrite("settings file " + path, store.Problem());
+}
+
+void MakeLog(const ControlWorld& world, const std::string& path, const std::string& schema) {
+    const AsFolderOwner owner(path);
+    if (Exists(path)) {
+        world.out << "kept the log " << path << '\n';
+        if (const std::string problem = SqliteLogTable().Open(FromUtf8(path)); !problem.empty())
+            world.err << "tarnexctl: warning: " << Printable(problem) << '\n';
+        return;
+    }
+    MakeFolders(fs::path(path).parent_path());
+    const std::string problem = CreateLogDatabase(path, schema);
+    if (!problem.empty())
+        throw Failure(kExitCannotCreate, problem);
+    world.out << "made the log " << path << '\n';
+}
+
+void SayWhatIsNext(const ControlWorld& world) {
+    const SettingsFile file(world.settings_path);
+    for (const Finding& finding : CheckSettings(file))
+        world.out << "note: " << Printable(finding.name + " " + finding.text) << '\n';
+    world.out << "\nNext:\n"
+                 "  systemctl restart tarnexcomm        starts the service with these settings\n"
+                 "  tarnexctl status --watch            the unit is ready about 30 seconds after "
+                 "the start\n"
+                 "  tarnex-monitor notify --service cpu --state abnormal\n"
+                 "                                      sends a first alarm\n"
+                 "  tarnexctl settings list             shows everything else that can be set\n";
+}
+
+} // namespace
+
+ExitStatus Setup(ControlWorld& world, const SetupOptions& options) {
+    const std::string& path = world.settings_path;
+    const std::string sample_path = world.data_folder + "/Tarnex.ini.sample";
+    const std::string sample = ReadData(sample_path);
+    const bool replace = options.force || (Exists(path) && StillTheSample(path, sample_path));
+    if (Exists(path) && !replace)
+        RefuseToOverwrite(path);
+    const std::string schema = ReadData(world.data_folder + "/log-schema.sql");
+    const std::string log_path =
+        options.log_path.empty()
+            ? (fs::absolute(path).parent_path().parent_path() / "log.db").string()
+            : options.log_path;
+    if (const std::string wrong = Objection(*FindSetting("log-database"), FromUtf8(log_path));
+        !wrong.empty())
+        throw Failure(kExitData, "--log-database: \"" + log_path + "\" " + wrong);
+
+    const SetupAnswers answers = AskQuestions(world, options.answers);
+    WriteSettings(path, Content(sample, answers, log_path), replace);
+    world.out << "wrote the settings " << path << '\n';
+    MakeLog(world, log_path, schema);
+    SayWhatIsNext(world);
+    return kExitDone;
+}
+
+} // namespace tarnex

@@ -1,0 +1,125 @@
+#include "operator/setup_questions.h"
+
+#include "adapters/system/serial_names.h"
+#include "operator/file_access.h"
+#include "operator/setting_value.h"
+#include "operator/text_output.h"
+
+#include <algorithm>
+#include <ostream>
+
+namespace tarnex {
+
+namespace {
+
+constexpr const char* kSearch = "search";
+constexpr const char* kPortForms = "a device such as /dev/ttyUSB0, COM1 to COM20, or search";
+
+// clang-format off
+constexpr SetupQuestion kQuestions[] = {
+    {"port",          "Serial port of the unit: a device such as /dev/ttyUSB0, COM1 to COM20, or search", "", kSearch, false, false, ""},
+    {"number-1",      "First alarm telephone number; it may also command by SMS",                         "alarm-number-1", "", false, false, ""},
+    {"number-2",      "Second alarm telephone number; with one telephone only, the same",                 "alarm-number-2", "=number-1", false, false, ""},
+    {"sms-centre",    "SMS service centre of your carrier",                                               "sms-centre", "", false, false, ""},
+    {"mail-server",   "Mail server, as host or host:port, or none",                                       "mail-server", kNone, true, false, ""},
+    {"mail-from",     "Sender of the mails",                                                              "mail-from", "", false, false, "mail-server"},
+    {"mail-to",       "Recipient of the mails",                                                           "mail-to", "", false, false, "mail-server"},
+    {"mail-user",     "User name at the mail server, or none",                                            "mail-user", kNone, true, false, "mail-server"},
+    {"mail-password", "Password at the mail server",                                                      "mail-password", "", false, true, "mail-user"},
+};
+// clang-format on
+
+// "", or what is wrong with an answer.
+std::string Wrong(const SetupQuestion& question, const std::string& answer) {
+    if (question.none_allowed && answer == kNone)
+        return "";
+    if (std::string(question.name) == "port")
+        return ParsePort(answer) ? "" : std::string("is not ") + kPortForms;
+    const Setting& setting = *FindSetting(question.setting);
+    const Text value = FromUtf8(answer);
+    return Trim(value).empty() ? "must not be empty" : Objection(setting, value);
+}
+
+std::string ReadSecret(const std::string& path) {
+    if (const std::error_code problem = ReadingProblem(path))
+        throw CannotRead("password file " + path, problem, "name another");
+    const std::string content = ReadWholeFile(path);
+    return content.substr(0, content.find_first_of("\r\n"));
+}
+
+std::string Given(const SetupQuestion& question, const std::string& flag_value) {
+    const std::string answer = question.secret ? ReadSecret(flag_value) : flag_value;
+    if (const std::string wrong = Wrong(question, answer); !wrong.empty())
+        throw Failure(kExitData, FlagOf(question) + ": " +
+                                     (question.secret ? "the password" : "\"" + answer + "\"") +
+                                     " " + wrong);
+    return answer;
+}
+
+std::string Default(const SetupQuestion& question, const SetupAnswers& answers) {
+    const std::string value = question.default_value;
+    return value.starts_with('=') ? answers.at(value.substr(1)) : value;
+}
+
+std::string Ask(const ControlWorld& world, const SetupQuestion& question,
+                const SetupAnswers& answers) {
+    const std::string preset = Default(question, answers);
+    const std::string prompt =
+        std::string(question.prompt) + (preset.empty() ? "" : " [" + preset + "]") + ": ";
+    for (;;) {
+        const auto line = world.ask(prompt, question.secret);
+        if (!line)
+            throw Failure(kExitUsage, "the input ended before all questions were answered; nothing "
+                                      "was written");
+        const std::string answer = line->empty() ? preset : *line;
+        const std::string wrong = Wrong(question, answer);
+        if (wrong.empty())
+            return answer;
+        world.err << "  That " << wrong << ".\n";
+    }
+}
+
+} // namespace
+
+std::span<const SetupQuestion> SetupQuestions() {
+    return kQuestions;
+}
+
+std::string FlagOf(const SetupQuestion& question) {
+    return std::string("--") + question.name + (question.secret ? "-file" : "");
+}
+
+SetupAnswers AskQuestions(const ControlWorld& world, const SetupAnswers& given) {
+    SetupAnswers answers;
+    std::string missing;
+    for (const SetupQuestion& question : kQuestions) {
+        const std::string condition = question.only_if;
+        if (!condition.empty() && (!answers.contains(condition) || answers[condition] == kNone))
+            continue;
+        if (const auto found = given.find(question.name); found != given.end())
+            answers[question.name] = Given(question, found->second);
+        else if (world.ask)
+            answers[question.name] = Ask(world, question, answers);
+        else
+            missing += " " + FlagOf(question);
+    }
+    if (!missing.empty())
+        throw Failure(kExitUsage,
+                      "there is no terminal to ask on: answer by flags (missing:" + missing + ")");
+    return answers;
+}
+
+std::optional<PortAnswer> ParsePort(const std::string& answer) {
+    if (answer == kSearch)
+        return PortAnswer{};
+    const SerialPaths defaults = SerialDevicePaths({});
+    for (int number = 1; number <= int(defaults.size()); ++number)
+        if (EqualIgnoringCase(FromUtf8(answer), u"COM" + ToText(number)) ||
+            answer == std::to_string(number) || answer == defaults[std::size_t(number) - 1])
+            return PortAnswer{.number = number, .device = ""};
+    if (answer.starts_with('/') && Objection(*FindSetting("com1-device"), FromUtf8(answer)).empty())
+        return PortAnswer{.number = 1, .device = answer};
+    return std::nullopt;
+}
+
+} // namespace tarnex

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "operator/control_world.h"
+
+#include <map>
+#include <span>
+
+namespace tarnex {
+
+// What answers a question that asks for nothing needed.
+inline constexpr const char* kNone = "none";
+
+// What setup asks. Each question has a flag of its name.
+struct SetupQuestion {
+    const char* name;
+    const char* prompt;
+    const char* setting;       // that takes the answer, which must fit it; "" for none
+    const char* default_value; // "": the question needs an answer; "=name": the answer to that one
+    bool none_allowed;         // kNone is an answer
+    bool secret;               // typed without an echo; the flag, + "-file", names a file
+    const char* only_if;       // asked if the answer to that question is not kNone; "" for always
+};
+
+std::span<const SetupQuestion> SetupQuestions();
+// The flag of a question: "--number-1".
+std::string FlagOf(const SetupQuestion& question);
+
+using SetupAnswers = std::map<std::string, std::string>; // by question
+
+// Checks the given answers (by name; of a secret one the file) and asks for the others. Throws
+// Failure when one cannot be, or is missing and nobody is there to ask.
+SetupAnswers AskQuestions(const ControlWorld& world, const SetupAnswers& given);
+
+// The number of the port that an answer to "port" names, and the device to be put behind it; 0 for
+// "search"; nothing when it names none.
+struct PortAnswer {
+    int number = 0;
+    std::string device; // "" for the default one
+};
+std::optional<PortAnswer> ParsePort(const std::string& answer);
+
+} // namespace tarnex

@@ -1,0 +1,254 @@
+#include "operator/commands.h"
+#include "operator/service_state.h"
+#include "operator/setting_catalog.h"
+#include "operator/text_output.h"
+
+#include <algorithm>
+#include <ostream>
+#include <sstream>
+
+namespace tarnex {
+
+namespace {
+
+constexpr Duration kWatchPeriod = 1s;
+constexpr const char* kClearScreen = "\x1b[H\x1b[2J";
+
+std::string Or(const Json& value, const std::string& none) {
+    return value.is_null() ? none : value.is_string() ? value.get<std::string>() : value.dump();
+}
+
+std::string Number(const Json& value) {
+    return value.dump();
+}
+
+// The names of the start-up steps: the settings kept in the unit, then two readings.
+std::vector<std::string> StepNames() {
+    std::vector<std::string> names;
+    for (const Setting& setting : SettingCatalog())
+        if (setting.kept_in_unit)
+            names.push_back(setting.name);
+    names.insert(names.end(), {"version", "serial"});
+    return names;
+}
+
+std::string MissingSteps(const std::string& steps) {
+    const std::vector<std::string> names = StepNames();
+    std::vector<std::string> missing;
+    for (std::size_t i = 0; i < std::min(names.size(), steps.size()); ++i)
+        if (steps[i] != '1')
+            missing.push_back(names[i]);
+    return Joined(missing, ", ");
+}
+
+class StatusPage {
+  public:
+    explicit StatusPage(const ServiceState& state) : state_(state), s_(state.status) {
+        Service();
+        Unit();
+        Links();
+        Sms();
+        Mail();
+        Counters();
+        Troubles();
+    }
+    void Print(const ControlWorld& world) const { table_.Print(world); }
+
+  private:
+    std::string Age(const Json& time) const { return AgeText(state_.SecondsSince(time)); }
+
+    void Row(const std::string& label, const std::string& text, Colour colour = Colour::kNone) {
+        table_.Add({{label, Colour::kBold}, {text, colour}});
+    }
+    void More(const std::string& text, Colour colour = Colour::kNone) { Row("", text, colour); }
+
+    void Service() {
+        Row("Service", "running for " + Age(s_.at("started_at")) + ", process " +
+                           Number(s_.at("pid")) + ", version " + Or(s_.at("program_version"), "?"));
+        More("last change " + Age(s_.at("written_at")) + " ago; settings in " +
+                 Or(s_.at("settings_file"), "?"),
+             Colour::kFaint);
+        if (s_.at("debug_mode").get<bool>())
+            More("debug mode is on", Colour::kWarning);
+    }
+
+    void Unit() {
+        struct Phase {
+            const char* word;
+            const char* text;
+            Colour colour;
+        };
+        constexpr Phase kPhases[] = {
+            {"off", "switched off by the settings", Colour::kWarning},
+            {"searching", "being searched for", Colour::kBad},
+            {"greeting", "found, its greeting is awaited", Colour::kWarning},
+            {"setting-up", "connected, its settings are being written", Colour::kWarning},
+            {"ready", "ready", Colour::kGood},
+        };
+        const Json& unit = s_.at("unit");
+        const auto phase = std::ranges::find_if(
+            kPhases, [&](const Phase& p) { return unit.at("state") == p.word; });
+        Row("Unit", phase == std::end(kPhases) ? Or(unit.at("state"), "?") : phase->text,
+            phase == std::end(kPhases) ? Colour::kNone : phase->colour);
+        More("for " + Age(unit.at("state_since")) + "; began anew with it " +
+             Counted(unit.at("restarts").get<long long>(), "time"));
+        if (!unit.at("port").is_null())
+            More("port COM" + Number(unit.at("port")) + ", " + Or(unit.at("device"), "?"));
+        if (!unit.at("signal").is_null())
+            More("signal " + Number(unit.at("signal")) + ", level " +
+                 Or(unit.at("signal_level"), "?") + " of 5");
+        if (!unit.at("version").is_null())
+            More("version " + Or(unit.at("version"), "") + ", serial number " +
+                 Or(unit.at("serial"), "not read"));
+        Steps(unit.at("steps").get<std::string>(), unit.at("state") == "setting-up");
+    }
+
+    void Steps(const std::string& steps, bool setting_up) {
+        const auto done = std::ranges::count(steps, '1');
+        const std::string missing = setting_up ? "; missing: " + MissingSteps(steps) : "";
+        More(std::to_string(done) + " of " + std::to_string(steps.size()) + " start-up steps done" +
+             missing);
+    }
+
+    void Links() {
+        std::string label = "Links";
+        for (const Json& link : s_.at("links")) {
+            std::string text = Number(link.at("link")) + "  port " + Number(link.at("port")) + "  ";
+            Colour colour = Colour::kFaint;
+            if (!link.at("listening").get<bool>()) {
+                text += "the port is not open";
+                colour = Colour::kBad;
+            } else if (link.at("connected").get<bool>()) {
+                text += Or(link.at("name"), "(no name)") + " at " + Or(link.at("peer"), "?") +
+                        ", heard " + Age(link.at("last_heartbeat_at")) + " ago";
+                colour = Colour::kGood;
+                if (!link.at("sent_to").get<bool>()) {
+                    text += ", but not sent to (see link-0 of the settings)";
+                    colour = Colour::kWarning;
+                }
+            } else {
+                text += link.at("last_heartbeat_at").is_null()
+                            ? "nobody"
+                            : Or(link.at("name"), "(no name)") + " is lost, last heard " +
+                                  Age(link.at("last_heartbeat_at")) + " ago";
+            }
+            if (const auto lost = link.at("datagrams_dropped").get<long long>(); lost > 0) {
+                text += "; " + Counted(lost, "datagram") + " lost for want of room";
+                colour = Colour::kWarning;
+            }
+            Row(label, text, colour);
+            label.clear();
+        }
+    }
+
+    void Sms() {
+        const Json& sms = s_.at("sms");
+        Row("SMS", Number(sms.at("queued")) + " queued; last result " +
+                       Or(sms.at("last_result"), "none yet"));
+        if (const Json& held = sms.at("held"); !held.is_null())
+            More("attempt " + Number(held.at("attempt")) + " of " +
+                     Number(held.at("attempts_allowed")) + " to number " +
+                     Or(held.at("to_number"), "?") + ": " + Or(held.at("text"), ""),
+                 held.at("attempt") > 1 ? Colour::kWarning : Colour::kNone);
+        More("sent " + Number(sms.at("sent")) + ", given up " + Number(sms.at("given_up")) +
+             "; attempts refused " + Number(sms.at("attempts_refused")) + ", failed " +
+             Number(sms.at("attempts_failed")) + ", lost " + Number(sms.at("attempts_lost")));
+        More("dropped by a full queue " + Number(sms.at("dropped_by_full_queue")) +
+             ", by a new start with the unit " + Number(sms.at("dropped_by_reset")));
+    }
+
+    void Mail() {
+        const Json& mail = s_.at("mail");
+        const bool in_flight = mail.at("in_flight").get<bool>();
+        Row("Mail", Number(mail.at("queued")) + " queued" +
+                        (in_flight ? "; one on its way, waiting for the reply to " +
+                                         Or(mail.at("step_waits_for"), "?")
+                                   : ""));
+        More("sent " + Number(mail.at("sent")) + ", failed attempts " +
+             Number(mail.at("attempts_failed")) + ", dropped by a full queue " +
+             Number(mail.at("dropped_by_full_queue")));
+        if (mail.at("failing").get<bool>())
+            More("failing: " + Or(mail.at("last_problem"), "?"), Colour::kBad);
+    }
+
+    void Counters() {
+        const Json& events = s_.at("events");
+        Row("Events", "dispatched " + Number(events.at("dispatched")) +
+                          ", held back by quiet time " + Number(events.at("held_by_quiet_time")));
+        const Json& log = s_.at("log");
+        Row("Log", Or(log.at("path"), "none") + ", rows lost " + Number(log.at("lost_rows")),
+            log.at("lost_rows") > 0 ? Colour::kWarning : Colour::kNone);
+    }
+
+    void Troubles() {
+        std::string label = "Attention";
+        for (const Json& trouble : s_.at("troubles")) {
+            Row(label, Or(trouble, ""), Colour::kBad);
+            label.clear();
+        }
+    }
+
+    const ServiceState& state_;
+    const Json& s_;
+    TextTable table_;
+};
+
+// What is no longer true stands apart, so that nobody takes it for the present state.
+Json AsJson(const ServiceState& state) {
+    Json json{{"running", state.running}};
+    if (state.status.is_null())
+        return json;
+    json["seconds_since_change"] = state.SecondsSince(state.status.at("written_at"));
+    if (state.running)
+        json.update(state.status);
+    else
+        json["last_status"] = state.status;
+    return json;
+}
+
+void Show(const ControlWorld& world, const ServiceState& state, const StatusOptions& options) {
+    if (options.json)
+        world.out << JsonText(AsJson(state), options.watch ? -1 : 2);
+    else if (state.running)
+        StatusPage(state).Print(world);
+    else if (options.watch)
+        world.out << state.absence << '\n';
+}
+
+ExitStatus Watch(const ControlWorld& world, const StatusOptions& options) {
+    const bool redraw = world.colours && !options.json;
+    std::optional<std::pair<bool, Json>> shown;
+    do {
+        const ServiceState state = ReadServiceState(world);
+        const std::pair now(state.running, state.status);
+        if (!redraw && now == shown)
+            continue;
+        if (redraw)
+            world.out << kClearScreen;
+        else if (shown && !options.json)
+            world.out << '\n';
+        Show(world, state, options);
+        world.out.flush();
+        shown = now;
+    } while (world.out && world.pause(kWatchPeriod));
+    return kExitDone;
+}
+
+} // namespace
+
+ExitStatus ShowStatus(ControlWorld& world, const StatusOptions& options) {
+    try {
+        if (options.watch)
+            return Watch(world, options);
+        const ServiceState state = ReadServiceState(world);
+        Show(world, state, options);
+        if (!state.running && !options.json)
+            throw Failure(kExitUnavailable, state.absence);
+        return state.running ? kExitDone : kExitUnavailable;
+    } catch (const Json::exception&) {
+        throw Failure(kExitData, world.status_path + " lacks something: name another file with "
+                                                     "--status-file, or restart the service");
+    }
+}
+
+} // namespace tarnex

@@ -1,0 +1,177 @@
+#include "events/event_names.h"
+#include "notify/sms_queue.h"
+#include "operator/calendar_words.h"
+#include "operator/commands.h"
+#include "operator/record_explanation.h"
+#include "operator/service_state.h"
+#include "operator/text_output.h"
+
+#include <ostream>
+
+namespace tarnex {
+
+namespace {
+
+// Monitoring programs send it in front of the record.
+constexpr std::string_view kRequestCode = "txSendSMS";
+
+std::string RecordOf(std::string text) {
+    if (text.starts_with(kRequestCode))
+        text.erase(0, kRequestCode.size());
+    return text;
+}
+
+CalendarTime MomentOf(const ControlWorld& world, const std::string& at) {
+    if (at.empty())
+        return world.calendar();
+    if (const auto moment = ParseMoment(at))
+        return *moment;
+    throw Failure(kExitUsage, "--at: \"" + at + "\" is no moment; write it as '2024-05-06 22:30'");
+}
+
+std::string WithName(const std::string& number, std::optional<TextView> name) {
+    return number + ", " + (name && !name->empty() ? ToUtf8(*name) : "no name");
+}
+
+// What the service that runs now would do with the SMS.
+std::string ServiceNow(const ControlWorld& world) {
+    try {
+        const ServiceState state = ReadServiceState(world);
+        if (!state.running)
+            return "it does not run";
+        const auto unit = state.status.at("unit").at("state").get<std::string>();
+        return unit == "ready"
+                   ? "it runs, and the unit is ready"
+                   : "it runs, but the unit is not ready (" + unit + "): SMS wait in the queue";
+    } catch (const Failure&) {
+        return "not known: its status file cannot be read";
+    } catch (const Json::exception&) {
+        return "not known: its status file lacks something";
+    }
+}
+
+class Page {
+  public:
+    Page(const RecordExplanation& why, const CalendarTime& at) {
+        Record(why.event);
+        Section("Text, " + Counted(std::ssize(why.text), "character"));
+        Add({"  " + ToUtf8(why.text)});
+        Sms(why, at);
+        Way("Mail", "  one mail", why.mail);
+        Way("Log", "  one row", why.log);
+    }
+    void Service(const std::string& now, const std::vector<std::string>& gates) {
+        Section("Service");
+        Add({"  now", now});
+        for (const std::string& gate : gates)
+            Add({"  settings", {gate + ", so it ends", Colour::kBad}});
+    }
+    void Print(const ControlWorld& world) const {
+        for (const TextTable& section : sections_)
+            section.Print(world);
+    }
+
+  private:
+    void Section(const std::string& title) {
+        sections_.emplace_back();
+        Add({{title, Colour::kBold}});
+    }
+    void Add(std::vector<Cell> row) { sections_.back().Add(std::move(row)); }
+
+    void Record(const EventRecord& event) {
+        Section("Record");
+        Add({"  machine", std::to_string(event.MachineNo)});
+        const int state = LeadingInt16(event.StatusNo).value_or(0);
+        Add({"  service", WithName(std::to_string(event.ServiceNo), ServiceName(event.ServiceNo))});
+        Add({"  state", WithName(ToUtf8(event.StatusNo), StateName(state))});
+        Add({"  action", WithName(std::to_string(event.AutoNo), ActionName(event.AutoNo))});
+        Add({"  SMS flag", ToUtf8(event.SMSableNo)});
+        Add({"  mail flag", ToUtf8(event.EmailableNo)});
+        Add({"  machine name", ToUtf8(event.MachineName)});
+        Add({"  memo", ToUtf8(event.Memo)});
+    }
+
+    void Sms(const RecordExplanation& why, const CalendarTime& at) {
+        Section("SMS, " + std::to_string(why.queued) + " in all");
+        for (const auto& sms : why.sms)
+            Add({"  number " + std::to_string(sms.recipient), YesNo(sms),
+                 ToUtf8(sms.number) + (sms.number.empty() ? "" : ": ") + Joined(sms.reasons)});
+        Add({"  quiet", why.quiet ? "yes" : "no", MomentText(at) + ": " + why.quiet_reason});
+        Add({"  repeated", std::to_string(why.times) + "x", "send-count"});
+        if (why.queued > kSMSFifoSize)
+            Add({"  queue",
+                 {"!", Colour::kWarning},
+                 "it holds " + std::to_string(kSMSFifoSize) + ", so the first ones are dropped"});
+        if (why.pieces.size() > 1)
+            for (const Text& piece : why.pieces)
+                Add({"  " + ToUtf8(piece)});
+    }
+
+    void Way(const char* title, const char* what, const WayExplanation& way) {
+        Section(title);
+        Add({what, YesNo(way), Joined(way.reasons)});
+    }
+
+    static Cell YesNo(const WayExplanation& way) {
+        return way.taken ? Cell("yes", Colour::kGood) : Cell("no", Colour::kWarning);
+    }
+
+    std::vector<TextTable> sections_; // aligned by themselves
+};
+
+Json ToJson(const WayExplanation& way) {
+    return {{"taken", way.taken}, {"reasons", way.reasons}};
+}
+
+Json ToJson(const RecordExplanation& why, const CalendarTime& at) {
+    const EventRecord& event = why.event;
+    Json json{{"record",
+               {{"machine", event.MachineNo},
+                {"service", event.ServiceNo},
+                {"state", ToUtf8(event.StatusNo)},
+                {"action", event.AutoNo},
+                {"sms_flag", ToUtf8(event.SMSableNo)},
+                {"mail_flag", ToUtf8(event.EmailableNo)},
+                {"machine_name", ToUtf8(event.MachineName)},
+                {"memo", ToUtf8(event.Memo)}}},
+              {"at", MomentText(at)},
+              {"text", ToUtf8(why.text)},
+              {"pieces", Json::array()},
+              {"quiet", why.quiet},
+              {"quiet_reason", why.quiet_reason},
+              {"sms_in_all", why.queued},
+              {"repeated", why.times},
+              {"sms", Json::array()},
+              {"mail", ToJson(why.mail)},
+              {"log", ToJson(why.log)},
+              {"service_would_end", why.gates}};
+    for (const Text& piece : why.pieces)
+        json["pieces"].push_back(ToUtf8(piece));
+    for (const auto& sms : why.sms) {
+        Json way{{"recipient", sms.recipient}, {"number", ToUtf8(sms.number)}};
+        way.update(ToJson(static_cast<const WayExplanation&>(sms)));
+        json["sms"].push_back(way);
+    }
+    return json;
+}
+
+} // namespace
+
+ExitStatus ExplainRecord(ControlWorld& world, const WhyOptions& options) {
+    const CalendarTime at = MomentOf(world, options.at);
+    const SettingsFile file(world.settings_path);
+    // As the service receives it: through the code page.
+    const CodePage& encoding = file.Encoding();
+    const Text record = encoding.Decode(encoding.Encode(FromUtf8(RecordOf(options.record))));
+    const RecordExplanation why = Explain(file, record, at);
+    if (options.json) {
+        world.out << JsonText(ToJson(why, at));
+        return kExitDone;
+    }
+    Page page(why, at);
+    page.Service(ServiceNow(world), why.gates);
+    page.Print(world);
+    return kExitDone;
+}
+
+} // namespace tarnex

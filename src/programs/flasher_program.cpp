@@ -1,0 +1,225 @@
+// tarnex-flasher: loads new firmware into the unit.
+
+#include "platform/exit_status.h"
+#include "programs/machine.h"
+#include "programs/programs.h"
+#include "programs/tool_window.h"
+#include "tools/firmware_flasher.h"
+#include "tools/line_flasher.h"
+
+#include <charconv>
+#include <csignal>
+#include <cstdio>
+
+#include <getopt.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace tarnex {
+namespace {
+
+constexpr char kUsage[] =
+    "Usage: tarnex-flasher [[--port PORT] --file unit.hex]\n"
+    "       tarnex-flasher --check-only --file unit.hex\n"
+    "Loads new firmware into the unit. Without options it opens its window.\n"
+    "\n"
+    "  --port PORT    the port of the unit: COM1 to COM20, or the path of a device such as\n"
+    "                 /dev/ttyUSB0; without it, the port where the unit was last found\n"
+    "  --file FILE    the firmware, an Intel HEX file\n"
+    "  --check-only   read the file, say what is in it and what is odd about it, write nothing\n"
+    "  --help, --version\n"
+    "\n"
+    "No other program of TarnexComm may run meanwhile: systemctl stop tarnexcomm. An update that\n"
+    "broke off can be run again, also where the unit does not answer any more.\n"
+    "\n"
+    "Exit status: 0 done, 64 wrong usage, 65 the file cannot be sent, 66 it cannot be read, 69 no\n"
+    "such port, unit or display, 74 the line failed, 75 something else has the port or the unit "
+    "is\n"
+    "starting up, 76 the unit answered wrong or fell silent, 77 the port may not be opened\n"
+    "or the settings may not be read, 130 interrupted.\n";
+
+constexpr int kHighestPort = 20;
+constexpr int kUsualColumns = 80;
+
+struct Options {
+    std::optional<UpdatePort> port;
+    std::string device; // the path of a device, which no number of a port stands for
+    std::string file;
+    bool check_only = false;
+};
+
+int UsageError(const std::string& trouble) {
+    std::fprintf(stderr, "tarnex-flasher: %s (try --help)\n", trouble.c_str());
+    return kExitUsage;
+}
+
+// "COM3", "com3" and "3" are 3; 0 for what is no port.
+int PortNumber(std::string_view text) {
+    if (text.size() > 3 && EqualIgnoringCase(FromUtf8(text.substr(0, 3)), u"COM"))
+        text.remove_prefix(3);
+    int number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool whole = error == std::errc() && end == text.data() + text.size();
+    return whole && number >= 1 && number <= kHighestPort ? number : 0;
+}
+
+// False when the words name no port. One serial line is all that an update needs, so that a device
+// that is given by its path takes the place of a port.
+bool ReadPort(const std::string& words, Options& options) {
+    if (words.find('/') != words.npos) {
+        options.port = {.number = kHighestPort, .name = words};
+        options.device = words;
+        return true;
+    }
+    const int number = PortNumber(words);
+    options.port = {.number = number, .name = "COM" + std::to_string(number)};
+    return number != 0;
+}
+
+// The exit status, or nothing when there is something to do.
+std::optional<int> ReadArguments(int argc, char** argv, Options& options) {
+    const option known[] = {
+        {"port", required_argument, nullptr, 'p'}, {"file", required_argument, nullptr, 'f'},
+        {"check-only", no_argument, nullptr, 'c'}, {"help", no_argument, nullptr, 'h'},
+        {"version", no_argument, nullptr, 'v'},    {}};
+    for (int letter; (letter = getopt_long(argc, argv, "", known, nullptr)) != -1;) {
+        switch (letter) {
+        case 'p':
+            if (!ReadPort(optarg, options))
+                return UsageError("\"" + std::string(optarg) +
+                                  "\" is neither COM1 to COM20 nor the path of a device");
+            break;
+        case 'f':
+            options.file = optarg;
+            break;
+        case 'c':
+            options.check_only = true;
+            break;
+        case 'h':
+            std::fputs(kUsage, stdout);
+            return kExitDone;
+        case 'v':
+            std::puts("tarnex-flasher " TARNEX_VERSION);
+            return kExitDone;
+        default: // getopt_long has said what is wrong
+            return kExitUsage;
+        }
+    }
+    if (optind < argc)
+        return UsageError("unexpected argument \"" + std::string(argv[optind]) + "\"");
+    if (options.file.empty() && (options.check_only || options.port))
+        return UsageError("--file names no file");
+    return std::nullopt;
+}
+
+// Standard output and standard error. On a terminal the last line may be a bar, which makes way
+// for other lines.
+class Terminal {
+  public:
+    FlasherOutput Output() {
+        return {.say = [this](const std::string& line) { Print(stdout, line); },
+                .complain = [this](const std::string& line) { Print(stderr, line); },
+                .show_bar = [this](const std::string& bar) { ShowBar(bar); },
+                .terminal = isatty(STDOUT_FILENO) == 1};
+    }
+    void ShowBar(const std::string& bar) {
+        if (bar.empty() && !bar_shown_)
+            return;
+        std::printf("\r\x1b[K%s", bar.substr(0, Columns() - 1).c_str());
+        std::fflush(stdout);
+        bar_shown_ = !bar.empty();
+    }
+
+  private:
+    void Print(std::FILE* stream, const std::string& line) {
+        ShowBar("");
+        std::fprintf(stream, "%s\n", line.c_str());
+        std::fflush(stream);
+    }
+    static std::size_t Columns() {
+        winsize size{};
+        const bool known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+        return known ? size.ws_col : kUsualColumns;
+    }
+
+    bool bar_shown_ = false;
+};
+
+// One update on the command line.
+class LineProgram {
+  public:
+    LineProgram() {
+        for (const int signal : {SIGINT, SIGTERM})
+            machine_.loop.OnSignal(signal, [this] {
+                if (flasher_.Interrupt())
+                    End(kExitInterrupted);
+            });
+        machine_.loop.OnSignal(SIGHUP, [this] {
+            if (!flasher_.MustNotEnd()) // the unit comes before whoever watched
+                End(kExitInterrupted);
+        });
+    }
+    int Check(const std::string& file) { return flasher_.Check(file); }
+    int Update(const Options& options) {
+        if (const ExitStatus status = machine_.TakeSettings(); status != kExitDone)
+            return status;
+        ports_.SetPaths(Paths(options.device));
+        Task<> update = Drive(options.port, options.file);
+        update.Start();
+        if (!status_)
+            machine_.loop.Run();
+        terminal_.ShowBar("");
+        return *status_;
+    }
+
+  private:
+    // device: that the update is to use; "": a port of the settings.
+    SerialPaths Paths(const std::string& device) const {
+        SerialPaths paths = SerialDevicePaths(machine_.settings.device_paths);
+        if (!device.empty())
+            paths.at(kHighestPort - 1) = device;
+        return paths;
+    }
+    Task<> Drive(std::optional<UpdatePort> port, std::string file) {
+        const int status = co_await flasher_.Update(port, file);
+        End(status);
+    }
+    void End(int status) {
+        status_ = status;
+        machine_.loop.Stop();
+    }
+
+    Machine machine_{"tarnex-flasher"};
+    TtyPorts ports_{machine_.loop, {}}; // none until the settings name them
+    Terminal terminal_;
+    LineFlasher flasher_{
+        {.clock = machine_.loop,
+         .serial_ports = ports_,
+         .files = machine_.files,
+         .settings_store = machine_.store,
+         .code_page = machine_.code_page,
+         .instance_lock = machine_.lock,
+         .notice = [this](const std::string& line) { terminal_.Output().complain(line); },
+         .end_process = [] {}},
+        terminal_.Output()};
+    std::optional<int> status_;
+};
+
+} // namespace
+
+int RunFlasherProgram(int argc, char** argv) {
+    Options options;
+    if (const std::optional<int> status = ReadArguments(argc, argv, options))
+        return *status;
+    if (options.check_only)
+        return LineProgram().Check(options.file);
+    if (!options.file.empty())
+        return LineProgram().Update(options);
+    return RunToolWindow("tarnex-flasher", "; --port and --file update without one (see --help)",
+                         [](const ToolWorld& world, ScreenView& view) {
+                             return std::make_unique<FirmwareFlasher>(world, view.Files(),
+                                                                      FromUtf8(TARNEX_VERSION));
+                         });
+}
+
+} // namespace tarnex

@@ -1,0 +1,55 @@
+#include "programs/machine.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+
+namespace tarnex {
+
+namespace {
+
+constexpr auto kSecondLook = 100ms;
+
+FileInstanceLock MakeLock() {
+    const char* path = std::getenv("TARNEXCOMM_LOCK");
+    return path ? FileInstanceLock(path) : FileInstanceLock();
+}
+
+ExitStatus StatusFor(std::error_code problem) {
+    if (problem == std::errc::permission_denied)
+        return kExitNoRights;
+    return problem == std::errc::is_a_directory ? kExitNoInput : kExitIo;
+}
+
+} // namespace
+
+Machine::Machine(const char* program_name)
+    : program(program_name), store(SettingsPath(std::getenv("WINDIR"))),
+      code_page(settings.code_page), ports(loop, SerialDevicePaths(settings.device_paths)),
+      lock(MakeLock()) {}
+
+// Plain C output: the standard streams would cost a tenth of the service's idle memory.
+void Machine::Say(const std::string& line) const {
+    std::fputs((std::string(program) + ": " + line + "\n").c_str(), stderr);
+}
+
+ExitStatus Machine::TakeSettings() {
+    const auto pause = [] { std::this_thread::sleep_for(kSecondLook); };
+    const SettingsReading reading = ReadAtStart(store, code_page, pause);
+    if (reading.Unreadable()) {
+        Say(Unreadable(store.Name(), reading.problem) +
+            ". Run this as root or as the user of the service, who must be able to read the file.");
+        return StatusFor(reading.problem);
+    }
+    const std::string named = ReadStartSettings(IniDocument(reading.content, code_page)).code_page;
+    if (IconvCodePage::Supported(named))
+        code_page = IconvCodePage(named);
+    else
+        Say("The settings in " + store.Name() + ", section [Encoding], name the code page \"" +
+            named + "\". GBK and UTF-8 are supported; going on with GBK.");
+    settings = ReadStartSettings(IniDocument(reading.content, code_page));
+    ports.SetPaths(SerialDevicePaths(settings.device_paths));
+    return kExitDone;
+}
+
+} // namespace tarnex

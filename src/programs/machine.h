@@ -1,0 +1,36 @@
+#pragma once
+
+#include "adapters/asio/tty_ports.h"
+#include "adapters/system/disk_line_files.h"
+#include "adapters/system/file_lock.h"
+#include "adapters/system/file_settings_store.h"
+#include "adapters/system/iconv_code_page.h"
+#include "platform/exit_status.h"
+#include "settings/start_settings.h"
+
+namespace tarnex {
+
+// What every program of this executable takes from the machine.
+struct Machine {
+    // program: the name under which it speaks to its operator.
+    explicit Machine(const char* program);
+
+    // Reads what holds from the start on; until then it has its defaults. kExitDone, or, when the
+    // settings file is there and cannot be read, the status with which the program ends: it must
+    // not go on with the defaults, which may name somebody else's devices. The operator is told.
+    ExitStatus TakeSettings();
+
+    // A line for the operator, on standard error, with the program's name in front.
+    void Say(const std::string& line) const;
+
+    const char* program;
+    AsioLoop loop;
+    FileSettingsStore store;
+    StartSettings settings; // as the file says, without what is not supported
+    IconvCodePage code_page;
+    TtyPorts ports;
+    DiskLineFiles files;
+    FileInstanceLock lock;
+};
+
+} // namespace tarnex

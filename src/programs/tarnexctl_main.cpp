@@ -1,0 +1,49 @@
+// tarnexctl, the operator's command: hands the world to the command line.
+
+#include "adapters/system/local_time.h"
+#include "adapters/system/process_check.h"
+#include "adapters/system/status_file.h"
+#include "adapters/system/terminal.h"
+#include "operator/command_line.h"
+#include "settings/start_settings.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <thread>
+
+namespace {
+
+// Beside the folder of the program, wherever that was installed.
+std::string DataFolder() {
+    std::error_code unknown;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", unknown);
+    return (program.parent_path().parent_path() / "share/tarnexcomm").string();
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    using namespace tarnex;
+    OccupyStandardStreams();
+    ControlWorld world{
+        .out = std::cout,
+        .err = std::cerr,
+        .colours = StandardOutputIsTerminal() && TerminalShowsColours(),
+        .progress = StandardErrorIsTerminal(),
+        .ask = nullptr,
+        .settings_path = SettingsPath(std::getenv("WINDIR")),
+        .status_path = StatusFilePath(),
+        .data_folder = DataFolder(),
+        .now = std::chrono::system_clock::now,
+        .calendar = LocalTime,
+        .pause =
+            [](Duration duration) {
+                std::this_thread::sleep_for(duration);
+                return true;
+            },
+        .is_service = [](long process) { return ProcessRuns(process, "tarnexcomm"); }};
+    if (StandardInputIsTerminal())
+        world.ask = AskOnTerminal;
+    return RunTarnexctl({argv + 1, argv + argc}, world);
+}

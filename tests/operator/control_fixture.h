@@ -1,0 +1,61 @@
+#pragma once
+
+#include "operator/command_line.h"
+#include "tests/temp_folder.h"
+
+#include <algorithm>
+#include <chrono>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+namespace tarnex {
+
+// tarnexctl on files of the test's own, with nobody at the terminal.
+class ControlTest : public testing::Test {
+  protected:
+    ControlTest() { WriteFile(settings, FileContent(TARNEX_PACKAGING "/Tarnex.ini.sample")); }
+
+    int Run(std::vector<std::string> arguments) {
+        out.str("");
+        err.str("");
+        return RunTarnexctl(std::move(arguments), world);
+    }
+    // The line on standard error, which must be the only one, without the program's name.
+    std::string Error() const {
+        const std::string text = err.str();
+        EXPECT_EQ(std::ranges::count(text, '\n'), 1) << text;
+        EXPECT_TRUE(text.starts_with("tarnexctl: ")) << text;
+        return text.substr(std::min<std::size_t>(11, text.size()));
+    }
+    bool Says(const std::string& part) const { return out.str().find(part) != std::string::npos; }
+    bool Warns(const std::string& part) const { return err.str().find(part) != std::string::npos; }
+
+    const TempFolder folder;
+    const std::string settings = folder / "Tarnex.ini";
+    std::ostringstream out;
+    std::ostringstream err;
+    long service_process = 4711;
+    int pauses_left = 0; // then a command that follows something ends
+    std::function<void()> on_pause = [] {};
+    std::chrono::system_clock::time_point now{std::chrono::seconds(1'714'982'400)};
+    CalendarTime calendar{.year = 2024, .month = 5, .day = 6, .hour = 8, .weekday = 1};
+    ControlWorld world{.out = out,
+                       .err = err,
+                       .colours = false,
+                       .progress = false,
+                       .ask = nullptr,
+                       .settings_path = settings,
+                       .status_path = folder / "status.json",
+                       .data_folder = TARNEX_PACKAGING,
+                       .now = [this] { return now; },
+                       .calendar = [this] { return calendar; },
+                       .pause =
+                           [this](Duration) {
+                               on_pause();
+                               return pauses_left-- > 0;
+                           },
+                       .is_service = [this](long process) { return process == service_process; }};
+};
+
+} // namespace tarnex

@@ -1,0 +1,225 @@
+#include "adapters/system/iconv_code_page.h"
+#include "operator/setting_value.h"
+#include "settings/load_settings.h"
+#include "tests/operator/control_fixture.h"
+
+#include <set>
+
+#include <nlohmann/json.hpp>
+
+namespace tarnex {
+namespace {
+
+using nlohmann::json;
+
+class SettingsCommands : public ControlTest {};
+
+TEST(SettingCatalog, HasEveryKeyOfTheSampleOnceAndAllItsValuesFit) {
+    std::set<std::string> names;
+    for (const Setting& setting : SettingCatalog()) {
+        EXPECT_TRUE(names.insert(setting.name).second) << setting.name;
+        EXPECT_FALSE(setting.meaning.empty() || setting.when_set.empty() ||
+                     setting.when_not_set.empty() || setting.in_force.empty())
+            << setting.name;
+        EXPECT_EQ(FindSetting(setting.name), &setting);
+        EXPECT_EQ(FindSetting(ToUtf8(setting.section) + "/" + ToUtf8(setting.key)), &setting);
+    }
+    std::string sample = FileContent(TARNEX_PACKAGING "/Tarnex.ini.sample");
+    for (const char* key : {"\n;COM", "\n;BindAddress", "\n;CodePage"})
+        for (std::size_t at; (at = sample.find(key)) != sample.npos;)
+            sample.erase(at + 1, 1);
+    int found = 0;
+    for (const auto& line : IniDocument::KeyLines(sample, IconvCodePage("GBK"))) {
+        const Setting* setting = FindSetting(line.section, line.key);
+        ASSERT_TRUE(setting) << ToUtf8(line.key);
+        EXPECT_TRUE(line.value.empty() || Objection(*setting, line.value).empty()) << setting->name;
+        ++found;
+    }
+    EXPECT_GE(found, 75);
+}
+
+TEST(SettingCatalog, SwitchesMeanWhatTheServiceReads) {
+    const Settings none;
+    for (const char* value : {"", "0", "1", "on"}) {
+        const IniDocument file("[Check]\nCheck1(7)=" + std::string(value) +
+                                   "\nCheck1(42)=" + value + "\n",
+                               IconvCodePage("GBK"));
+        const LoadedSettings loaded = ReadSettings(file, none);
+        EXPECT_EQ(IsOn(*FindSetting("unit-link"), FromUtf8(value)), !loaded.settings.AutoSearchOff);
+        EXPECT_EQ(IsOn(*FindSetting("Check1(42)"), FromUtf8(value)), loaded.settings.SwitchCheck42);
+    }
+}
+
+TEST(SettingValue, TakesWhatMakesSenseAndNothingElse) {
+    const struct {
+        const char* setting;
+        std::vector<const char*> good;
+        std::vector<const char*> bad;
+    } rows[] = {
+        {"link-0", {"on", "OFF", "yes", "0", "1"}, {"2", "maybe", " 1"}},
+        {"unit-link", {"off"}, {"-1"}},
+        {"service-enabled", {"on", "no"}, {"disable"}},
+        {"send-count", {"0", "1", "20"}, {"21", "-1", "1x", "", "1.5", "99999999999"}},
+        {"alarm-number-1",
+         {"13900000001", "+8613900000001", "110"},
+         {"12", "1 39", "abc", "+", "123456789012345678901"}},
+        {"quiet-monday-from",
+         {"07:05", "7:05", "23:59", "7:05:10"},
+         {"24:00", "7", "07:60", "1x:y5"}},
+        {"link-events-way", {"SMS", "Email", "S+E"}, {"sms", "both"}},
+        {"log-database", {"/var/lib/log.db"}, {"log.db"}},
+        {"mail-server", {"mail", "mail.example.com:2525", "10.0.0.1"}, {"mail:", "mail:0", "a b"}},
+        {"mail-to", {"a@b.example"}, {"a", "a@", "@b", "a@b@c", "A <a@b>"}},
+        {"bind-address",
+         {"127.0.0.1", "0.0.0.0"},
+         {"localhost", "1.2.3", "1.2.3.256", "1.2.3.4.5", "::1"}},
+        {"unit-name", {"机房 1"}, {"a\nb"}},
+    };
+    for (const auto& row : rows) {
+        const Setting& setting = *FindSetting(row.setting);
+        for (const char* value : row.good)
+            EXPECT_EQ(Objection(setting, StoredForm(setting, value)), "") << value;
+        for (const char* value : row.bad)
+            EXPECT_NE(Objection(setting, StoredForm(setting, value)), "")
+                << row.setting << " " << value;
+    }
+    EXPECT_NE(Objection(*FindSetting("unit-name"), Text(129, u'x')), "");
+}
+
+TEST_F(SettingsCommands, ListShowsNamesValuesAndEffects) {
+    EXPECT_EQ(Run({"settings", "list"}), 0);
+    EXPECT_TRUE(Says("\n  send-count "));
+    EXPECT_FALSE(Says("ALL FIVE LINKS ARE SILENT"));
+    EXPECT_EQ(Run({"settings", "list", "quiet-monday", "Check1(8)", "--json"}), 0);
+    const json list = json::parse(out.str());
+    ASSERT_EQ(list.size(), 4u);
+    EXPECT_EQ(list[0]["name"], "link-0");
+    EXPECT_EQ(list[2]["value"], "00:00");
+
+    ASSERT_EQ(Run({"settings", "set", "mail-password", "geheim"}), 0);
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"settings", "list"},
+                                                      {"settings", "list", "--long"},
+                                                      {"settings", "list", "--json"}}) {
+        EXPECT_EQ(Run(arguments), 0);
+        EXPECT_FALSE(Says("geheim"));
+    }
+    EXPECT_EQ(Run({"settings", "get", "mail-password"}), 0);
+    EXPECT_EQ(out.str(), "geheim\n");
+}
+
+TEST_F(SettingsCommands, AMissingValueIsAskedFor) {
+    world.ask = [](const std::string&, bool secret) { return secret ? "geheim" : "机房"; };
+    EXPECT_EQ(Run({"settings", "set", "mail-password"}), 0);
+    EXPECT_EQ(Run({"settings", "set", "unit-name"}), 0);
+    EXPECT_EQ(Run({"settings", "get", "mail-password"}), 0);
+    EXPECT_EQ(out.str(), "geheim\n");
+    EXPECT_EQ(Run({"settings", "get", "unit-name"}), 0);
+    EXPECT_EQ(out.str(), "机房\n");
+}
+
+TEST_F(SettingsCommands, ALongValueIsCutInTheListOnly) {
+    std::string name;
+    for (int i = 0; i < 20; ++i)
+        name += "机房";
+    Run({"settings", "set", "unit-name", name});
+    Run({"settings", "list", "unit-name"});
+    EXPECT_TRUE(Says("  机房机房机房机房机房机…  the unit is called " + name)) << out.str();
+    Run({"settings", "list", "--long", "unit-name"});
+    EXPECT_TRUE(Says("value     " + name)) << out.str();
+}
+
+TEST_F(SettingsCommands, SetWritesOneValueAndUnsetTakesItAway) {
+    const std::string before = FileContent(settings);
+    EXPECT_EQ(Run({"settings", "set", "power-alarm", "on"}), 0);
+    EXPECT_EQ(Run({"settings", "set", "text1(32)", "机房"}), 0);
+    std::string expected = before;
+    expected.replace(expected.find("Check1(44)=0"), 12, "Check1(44)=1");
+    expected.replace(expected.find("Text1(32)=Tarnex"), 16, "Text1(32)=\xBB\xFA\xB7\xBF");
+    EXPECT_EQ(FileContent(settings), expected);
+    EXPECT_EQ(Run({"settings", "get", "unit-name"}), 0);
+    EXPECT_EQ(out.str(), "机房\n");
+
+    WriteFile(settings, "[Text]\nText1(29)=mail\nText1(29)=second\n; end\n");
+    EXPECT_EQ(Run({"settings", "unset", "mail-server"}), 0);
+    EXPECT_EQ(FileContent(settings), "[Text]\n; end\n");
+}
+
+TEST_F(SettingsCommands, WarnsOfADangerousChange) {
+    EXPECT_EQ(Run({"settings", "unset", "alarm-number-2"}), 0);
+    EXPECT_TRUE(Says("EVERYBODY MAY COMMAND BY SMS"));
+    EXPECT_TRUE(Warns("warning: alarm-number-2 is empty"));
+    for (const auto& [name, value] : std::map<std::string, std::string>{
+             {"quiet-time", "on"}, {"quiet-monday", "on"}, {"quiet-monday-from", "05:00"}}) {
+        EXPECT_EQ(Run({"settings", "set", name, value}), 0);
+    }
+    EXPECT_EQ(Run({"settings", "set", "quiet-monday-to", "04:00"}), 0);
+    EXPECT_TRUE(Warns("warning: quiet-monday-from is later than quiet-monday-to"));
+    EXPECT_FALSE(Warns("alarm-number-2")); // nothing new
+    EXPECT_EQ(Run({"settings", "set", "sms-to-number-1", "1"}), 0);
+    EXPECT_EQ(err.str(), "");
+}
+
+TEST_F(SettingsCommands, RefusesNonsenseInOneLine) {
+    const std::string before = FileContent(settings);
+    const struct {
+        std::vector<std::string> arguments;
+        int status;
+        const char* error;
+    } rows[] = {
+        {{"set", "send-count", "many"}, 65, "send-count: \"many\" is not 0 to 20"},
+        {{"set", "send-count", " "}, 65, "settings unset send-count"},
+        {{"set", "unit-name", "\u0E01"}, 65, "does not exist in GBK"},
+        {{"set", "unit-port", "Com3"}, 64, "written by the service alone"},
+        {{"unset", "written-unit-name"}, 64, "written by the service alone"},
+        {{"set", "sent-count", "1"}, 64, "did you mean \"send-count\"?"},
+        {{"get", "Chek1(13)"}, 64, "did you mean \"Check1(13)\"?"},
+        {{"list", "xyzzy"}, 64, "there is no setting \"xyzzy\""},
+        {{"set", "send-count"}, 64, "the value is missing"}, // nobody is there to ask
+        {{"set", "send-count", "1", "2"}, 64, "\"2\" is one word too many"},
+        {{"lst"}, 64, "did you mean \"list\"?"},
+        {{}, 64, "the command is missing"},
+        {{"list", "--lnog"}, 64, "did you mean \"--long\"?"},
+    };
+    for (auto row : rows) {
+        row.arguments.insert(row.arguments.begin(), "settings");
+        EXPECT_EQ(Run(row.arguments), row.status) << row.error;
+        EXPECT_NE(Error().find(row.error), std::string::npos) << err.str();
+        EXPECT_EQ(out.str(), "");
+    }
+    EXPECT_EQ(FileContent(settings), before);
+    EXPECT_EQ(Run({"--settings-file", folder / "none", "settings", "list"}), 66);
+    EXPECT_NE(Error().find("make one with \"tarnexctl setup\""), std::string::npos);
+}
+
+TEST_F(SettingsCommands, TheCodePageIsThatOfTheTextsInTheFile) {
+    for (const char* text : {"\xBB\xFA\xB7\xBF", "\xCA\xD4"}) { // the second could be UTF-8, too
+        WriteFile(settings, "[Text]\nText1(32)=" + std::string(text) + "\n");
+        EXPECT_EQ(Run({"settings", "set", "code-page", "UTF-8"}), 65);
+    }
+    WriteFile(settings, "[Text]\nText1(32)=\n");
+    EXPECT_EQ(Run({"settings", "set", "code-page", "UTF-8"}), 0);
+    EXPECT_EQ(Run({"settings", "set", "unit-name", "机房"}), 0);
+    EXPECT_NE(FileContent(settings).find("Text1(32)=机房"), std::string::npos);
+    EXPECT_EQ(Run({"settings", "set", "code-page", "GBK"}), 65);
+    EXPECT_NE(Error().find("iconv"), std::string::npos);
+}
+
+TEST_F(SettingsCommands, WithoutRightsSaysSo) {
+    chmod(settings.c_str(), 0600);
+    EXPECT_TRUE(InChild(true, [&] { return Run({"settings", "list"}) == 77; }));
+    chmod(settings.c_str(), 0644);
+    chmod(folder.Path().c_str(), 0755);
+    EXPECT_TRUE(InChild(true, [&] { return Run({"settings", "set", "link-0", "off"}) == 77; }));
+    world.settings_path = folder.Path();
+    EXPECT_EQ(Run({"settings", "list"}), 66);
+    Error();
+}
+
+TEST_F(SettingsCommands, AnOutputThatCannotBeWrittenIsNoSuccess) {
+    out.setstate(std::ios::badbit); // a full disk
+    EXPECT_EQ(Run({"settings", "list"}), 74);
+    Error();
+}
+
+} // namespace
+} // namespace tarnex

@@ -1,0 +1,111 @@
+#include "operator/dry_run.h"
+#include "tests/operator/control_fixture.h"
+
+#include <nlohmann/json.hpp>
+
+namespace tarnex {
+namespace {
+
+using nlohmann::json;
+
+TEST(AlarmPlan, IsPlausibleAndTheSameForASeed) {
+    const std::vector<PlannedAlarm> alarms = PlanAlarms(60, 5);
+    EXPECT_GT(alarms.size(), 150u);
+    EXPECT_LT(alarms.size(), 350u);
+    EXPECT_TRUE(std::ranges::is_sorted(alarms, {}, &PlannedAlarm::at));
+    EXPECT_LT(alarms.back().at, 60 * 24h);
+    std::map<std::pair<int, Text>, int> open; // troubles that were not reported as over yet
+    for (const PlannedAlarm& alarm : alarms)
+        if (alarm.event.state == 2)
+            EXPECT_EQ((open[{alarm.event.service, alarm.event.memo}]--), 1);
+        else if (alarm.event.service != 1 && alarm.event.service != 20 && alarm.event.service != 50)
+            ++open[{alarm.event.service, alarm.event.memo}];
+
+    const auto records = [](std::uint64_t seed) {
+        std::vector<std::pair<Duration, Text>> records;
+        for (const PlannedAlarm& alarm : PlanAlarms(7, seed))
+            records.emplace_back(alarm.at, MakeEventRecord(alarm.event));
+        return records;
+    };
+    EXPECT_EQ(records(1), records(1));
+    EXPECT_NE(records(1), records(2));
+}
+
+class Simulation : public ControlTest {
+  protected:
+    Simulation() {
+        for (const char* setting : {"sms-to-number-1", "sms-to-number-2"})
+            Run({"settings", "set", setting, "on"});
+        Run({"settings", "set", "mail-from", "a@b.example"});
+        Run({"settings", "set", "mail-to", "c@d.example"});
+    }
+    // Alarms of a minute each, from start on.
+    DryRunResult RunAlarms(int count, const CalendarTime& start) {
+        std::vector<PlannedAlarm> alarms;
+        for (int i = 1; i <= count; ++i)
+            alarms.push_back({i * 1min, {.service = 30, .state = 1, .memo = ToText(i)}});
+        return RunDry(SettingsFile(settings), start, 0, alarms, [](int) {});
+    }
+    const CalendarTime monday_night{.year = 2024, .month = 5, .day = 6, .hour = 22, .minute = 50};
+};
+
+TEST_F(Simulation, EveryAlarmLeavesOnTheWaysThatTheSettingsGive) {
+    Run({"settings", "set", "send-count", "2"});
+    const DryRunResult result = RunAlarms(5, monday_night);
+    ASSERT_EQ(result.alarms.size(), 5u);
+    for (const AlarmOutcome& alarm : result.alarms) {
+        EXPECT_EQ(alarm.sms_sent, 4u);
+        EXPECT_TRUE(alarm.mail_sent);
+    }
+    EXPECT_GE(result.alarms[0].wait, 3 * 8s); // a send of the queue each 8 s at most
+    EXPECT_EQ(result.mails, 5u);
+    EXPECT_EQ(result.log_rows, 6u); // the greeting is one
+    EXPECT_EQ(result.other_sms, 0u);
+    EXPECT_TRUE(result.said.empty());
+}
+
+TEST_F(Simulation, QuietTimeHoldsBack) {
+    Run({"settings", "set", "quiet-time", "on"});
+    Run({"settings", "set", "quiet-monday", "on"});
+    Run({"settings", "set", "quiet-monday-to", "22:53"});
+    Run({"settings", "set", "link-events-by-sms", "on"});
+    Run({"settings", "unset", "mail-server"});
+    const DryRunResult result = RunAlarms(5, monday_night);
+    for (std::size_t i = 0; i < 5; ++i) {
+        const bool quiet = i < 3; // 22:51 to 22:53
+        EXPECT_EQ(result.alarms[i].sms_sent, quiet ? 0u : 2u) << i;
+        EXPECT_EQ(result.alarms[i].held_back.size(), quiet ? 1u : 0u);
+    }
+    EXPECT_EQ(result.mails, 0u);
+    EXPECT_TRUE(result.alarms[0].mail_queued && !result.alarms[0].mail_sent);
+    EXPECT_EQ(result.said.size(), 1u); // mails have nowhere to go
+}
+
+TEST_F(Simulation, ReportsAndShowsProgressToAPersonWhoWaits) {
+    world.progress = true;
+    world.now = [this] { return now += 1000ms; };
+    EXPECT_EQ(Run({"simulate", "--days", "1", "--start", "2024-05-06", "--json"}), 0);
+    EXPECT_EQ(err.str(), "\rday 1 of 1\r\x1b[K");
+    const json result = json::parse(out.str());
+    std::size_t sent = 0;
+    for (const json& alarm : result["alarms"]) {
+        EXPECT_TRUE(alarm["at"].get<std::string>().starts_with("Mon 2024-05-06 "));
+        sent += alarm["sms_sent"].get<std::size_t>();
+    }
+    EXPECT_EQ(result["alarms_by_sms"], result["alarms"].size());
+    EXPECT_EQ(result["sms_sent"], sent);
+    EXPECT_GT(sent, 0u);
+}
+
+TEST_F(Simulation, RefusesWhatCannotBe) {
+    EXPECT_EQ(Run({"simulate", "--days", "367"}), 64);
+    Error();
+    EXPECT_EQ(Run({"simulate", "--start", "2024-05-06 10:00"}), 64);
+    Error();
+    Run({"settings", "unset", "run-allowed"});
+    EXPECT_EQ(Run({"simulate"}), 65);
+    EXPECT_NE(Error().find("ends at once"), std::string::npos);
+}
+
+} // namespace
+} // namespace tarnex

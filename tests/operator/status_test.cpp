@@ -1,0 +1,173 @@
+#include "service/service_status.h"
+#include "tests/operator/control_fixture.h"
+
+#include <filesystem>
+#include <regex>
+#include <set>
+
+#include <nlohmann/json.hpp>
+
+namespace tarnex {
+namespace {
+
+using nlohmann::json;
+
+class StatusCommands : public ControlTest {
+  protected:
+    StatusCommands() {
+        status.state.unit = {.phase = UnitPhase::kReady,
+                             .since = 10min,
+                             .port = 5,
+                             .device = "/dev/ttyUSB0",
+                             .signal = 17,
+                             .level = u"4",
+                             .version = u"TARNEX 1.0",
+                             .serial = u"7\"8\x1b",
+                             .steps = u"11111111111",
+                             .restarts = 1};
+        for (auto& link : status.state.links)
+            link.listening = true;
+        status.state.links[0].connected = status.state.links[0].sent_to = true;
+        status.state.links[0].name = u"监控\x1b[31m\u202e";
+        status.state.links[0].peer = Endpoint{"127.0.0.1", 4000};
+        status.traffic[0] = {.last_sign = 3h - 7s, .received = 3, .sent = 4, .dropped = 1};
+        status.state.sms.counts.Sent = 12;
+        status.state.lost_rows = 2;
+        Put();
+    }
+    void Put() {
+        WriteFile(world.status_path, StatusText(status, {.process_id = 4711,
+                                                         .settings_file = "/x/Tarnex.ini",
+                                                         .now = 3h,
+                                                         .wall_now = now - 5s}));
+    }
+    ServiceStatus status;
+};
+
+TEST_F(StatusCommands, ShowsEveryPart) {
+    status.state.sms.held = u"2设备1\n";
+    status.state.sms.attempt = 3;
+    status.state.mail.failing = true;
+    status.state.mail.last_problem = "no answer";
+    status.state.troubles = {"The disk is full."};
+    Put();
+    EXPECT_EQ(Run({"status"}), 0);
+    for (const char* part :
+         {"running for 3 h, process 4711", "last change 5 s ago", "ready\n", "for 2 h 50 min",
+          "port COM5, /dev/ttyUSB0", "signal 17, level 4 of 5", "serial number 7\"8",
+          "11 of 11 start-up steps done\n",
+          "0  port 7840  监控\\x1B[31m\\u202E at 127.0.0.1:4000, heard 12 s ago; 1 datagram lost",
+          "4  port 7844  nobody", "attempt 3 of 4 to number 2: 设备1\\n", "sent 12, given up 0",
+          "failing: no answer", "none, rows lost 2", "The disk is full."})
+        EXPECT_TRUE(Says(part)) << part << "\n" << out.str();
+    EXPECT_EQ(out.str().find('\x1b'), std::string::npos);
+    world.colours = true;
+    EXPECT_EQ(Run({"status"}), 0);
+    EXPECT_TRUE(Says("\x1b[32mready\x1b[0m"));
+}
+
+TEST_F(StatusCommands, SaysWhatIsStillMissing) {
+    status.state.unit.phase = UnitPhase::kSettingUp;
+    status.state.unit.steps = u"11011111100";
+    status.state.links[0].sent_to = false;
+    status.state.links[1].listening = false;
+    Put();
+    EXPECT_EQ(Run({"status"}), 0);
+    EXPECT_TRUE(Says("8 of 11 start-up steps done; missing: sms-centre, version, serial\n"));
+    EXPECT_TRUE(Says("but not sent to"));
+    EXPECT_TRUE(Says("1  port 7841  the port is not open"));
+}
+
+TEST_F(StatusCommands, TellsAServiceThatDoesNotRun) {
+    service_process = 1;
+    EXPECT_EQ(Run({"status"}), 69);
+    EXPECT_NE(Error().find("process 4711 has gone, and its last word is 5 s old"),
+              std::string::npos);
+    EXPECT_EQ(Run({"status", "--json"}), 69);
+    EXPECT_EQ(json::parse(out.str())["running"], false);
+    EXPECT_FALSE(json::parse(out.str()).contains("unit")); // which was ready
+    EXPECT_EQ(Run({"metrics"}), 0);
+    EXPECT_TRUE(Says("\ntarnexcomm_up 0\n"));
+    EXPECT_FALSE(Says("sms"));
+
+    unlink(world.status_path.c_str());
+    EXPECT_EQ(Run({"status"}), 69);
+    EXPECT_NE(Error().find("systemctl start tarnexcomm"), std::string::npos);
+}
+
+TEST_F(StatusCommands, RefusesOtherFiles) {
+    std::string whole = FileContent(world.status_path);
+    const std::string begun = whole.substr(0, whole.rfind('}')) + ",\"more\":";
+    const std::string deepest = begun + std::string(15, '[') + std::string(15, ']') + "}";
+    WriteFile(world.status_path, deepest + std::string((1 << 20) - deepest.size(), ' '));
+    EXPECT_EQ(Run({"status", "--json"}), 0);
+    for (const std::string& content :
+         {std::string(), std::string("no json"), std::string("[]"), std::string("{\"format\": 2}"),
+          std::string("{\"format\": 1}"),
+          std::string("{\"format\": 1, \"pid\": 4711, \"written_at\": \"now\"}"),
+          begun + std::string(16, '[') + std::string(16, ']') + "}",
+          begun + std::string(200'000, '[') + std::string(200'000, ']') + "}",
+          whole.append((1 << 20) + 1 - whole.size(), ' ')}) {
+        WriteFile(world.status_path, content);
+        for (const char* command : {"status", "metrics"}) {
+            EXPECT_EQ(Run({command}), 65) << content.substr(0, 60);
+            EXPECT_NE(Error().find("status.json"), std::string::npos);
+        }
+    }
+}
+
+TEST_F(StatusCommands, WatchShowsChangesOnly) {
+    pauses_left = 3;
+    on_pause = [this] {
+        if (pauses_left == 2) {
+            status.state.unit.phase = UnitPhase::kSearching;
+            Put();
+        }
+    };
+    EXPECT_EQ(Run({"status", "--watch", "--json"}), 0);
+    std::istringstream lines(out.str());
+    std::vector<std::string> phases;
+    for (std::string line; std::getline(lines, line);)
+        phases.push_back(json::parse(line)["unit"]["state"]);
+    EXPECT_EQ(phases, (std::vector<std::string>{"ready", "searching"}));
+    EXPECT_TRUE(Says("[31m\\u202e"));
+}
+
+TEST_F(StatusCommands, MetricsAreGoodPrometheusText) {
+    EXPECT_EQ(Run({"metrics"}), 0);
+    const std::regex line(
+        R"((# (HELP|TYPE) tarnexcomm_[a-z_]+ .+)|(tarnexcomm_[a-z_]+(\{([a-z_]+="([^"\\]|\\.)*",?)+\})? -?[0-9]+))");
+    std::istringstream lines(out.str());
+    std::set<std::string> seen;
+    std::string current;
+    for (std::string text; std::getline(lines, text);) {
+        EXPECT_TRUE(std::regex_match(text, line)) << text;
+        if (text.starts_with("# HELP")) {
+            current = text.substr(7, text.find(' ', 7) - 7);
+            EXPECT_TRUE(seen.insert(current).second) << current; // a name stands together
+        } else if (!text.starts_with('#')) {
+            EXPECT_EQ(text.substr(0, text.find_first_of("{ ")), current);
+        }
+    }
+    for (const char* part :
+         {"\ntarnexcomm_up 1\n", "\ntarnexcomm_unit_state{state=\"ready\"} 1\n",
+          "\ntarnexcomm_unit_state{state=\"off\"} 0\n", "\ntarnexcomm_unit_signal 17\n",
+          ",serial=\"7\\\"8\\\\x1B\"} 1\n", "\ntarnexcomm_sms_sent_total 12\n",
+          "\ntarnexcomm_link_connected{link=\"0\"} 1\n",
+          "\ntarnexcomm_link_last_heartbeat_time_seconds{link=\"0\"} 1714982388\n",
+          "\ntarnexcomm_start_time_seconds 1714971595\n"})
+        EXPECT_TRUE(Says(part)) << part;
+    EXPECT_FALSE(Says("heartbeat_time_seconds{link=\"1\"}"));
+
+    const std::string text = out.str();
+    EXPECT_EQ(Run({"metrics", "--output", folder / "tarnexcomm.prom"}), 0);
+    EXPECT_EQ(FileContent(folder / "tarnexcomm.prom"), text);
+    EXPECT_EQ(Run({"metrics", "--output", folder / "none/x.prom"}), 73);
+    EXPECT_NE(Error().find("No such file"), std::string::npos);
+    symlink("/dev/null", (folder / "link").c_str()); // as /dev/stdout is one
+    EXPECT_EQ(Run({"metrics", "--output", folder / "link"}), 73);
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "link"));
+}
+
+} // namespace
+} // namespace tarnex
