@@ -1,14 +1,28 @@
 """Notifications by mail, from the service to a mail server."""
 
 import re
+import smtplib
 import socket
 import unittest
+
+from aiosmtpd.controller import Controller
 
 import harness
 from harness import Program, Site
 
 ALARM = "txSendSMS1031001srv{[b^k^]}98%"
 SUBJECT = r'Subject: Tarnex K Serial : \d{4}-\d\d-\d\d 设备1"98%"的CPU负荷异常'
+
+
+class Keeper:
+    """A mail server's handler that keeps the contents of the mails."""
+
+    def __init__(self):
+        self.mails = []
+
+    async def handle_DATA(self, server, session, envelope):
+        self.mails.append((session.host_name, envelope.mail_from, envelope.rcpt_tos, envelope.content))
+        return "250 OK"
 
 
 class Mail(unittest.TestCase):
@@ -39,6 +53,42 @@ class Mail(unittest.TestCase):
         for service in services:
             self.assertEqual(service.stop(), 0)
             self.assertEqual(service.lines, [])
+
+    def test_every_byte_reaches_a_server_of_others(self):
+        keeper = Keeper()
+        with socket.create_server(("127.0.0.1", 0)) as free:
+            port = free.getsockname()[1]
+        server = Controller(keeper, hostname="127.0.0.1", port=port)
+        server.start()
+        self.addCleanup(server.stop)
+        self.start(port)
+        harness.wait_until(lambda: keeper.mails, "a mail")
+        (mail,) = keeper.mails
+        self.assertEqual(mail[:3], ("unit@site.example", "unit@site.example", ["staff@site.example"]))
+        *header, text = mail[3].decode("gbk").removesuffix("\r\n\r\n\r\n").split("\r\n")
+        self.assertEqual(
+            header,
+            [
+                "From:Tarnex K Serial <unit@site.example>",
+                "To: <staff@site.example>",
+                "Tarnex K Serial:http://tarnex.example",
+                "Subject: Tarnex K Serial : " + text,
+                "",
+            ],
+        )
+
+    def test_the_sink_against_another_client(self):
+        sink, port = self.sink("--user", "u", "--password", "p")
+        with smtplib.SMTP("127.0.0.1", port) as client:
+            with self.assertRaises(smtplib.SMTPAuthenticationError):
+                client.login("u", "x", initial_response_ok=False)
+            client.login("u", "p", initial_response_ok=False)
+            client.sendmail("a@b.example", ["c@d.example"], b"Subject: x\r\n\r\n.dot\x1b\r\n")
+        sink.wait_for(".dot\\x1B")
+        _, port = self.sink("--refuse", "rcpt")
+        with smtplib.SMTP("127.0.0.1", port) as client:
+            with self.assertRaises(smtplib.SMTPRecipientsRefused):
+                client.sendmail("a@b.example", ["c@d.example"], "x")
 
     def test_what_is_in_the_way_is_told_once_and_mails_leave_once_it_is_gone(self):
         refusing, refusing_port = self.sink("--user", "u", "--password", "right")
