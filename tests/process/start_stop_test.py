@@ -2,7 +2,6 @@
 
 import os
 import shutil
-import signal
 import unittest
 
 import harness
@@ -44,15 +43,6 @@ class StartStop(unittest.TestCase):
         self.assertEqual(first.lines, [])
         monitor.wait_for(b"tx-SMSEnd")
 
-    def test_pause_and_continue_stop_nothing(self):
-        site = Site(self)
-        service = site.service()
-        monitor = site.monitor()
-        for number in (signal.SIGUSR1, signal.SIGUSR1, signal.SIGUSR2):
-            service.send_signal(number)
-            monitor.greet()
-        self.assertEqual(service.stop(), 0)
-
     def test_it_outlives_the_reader_of_its_messages(self):
         reader, writer = os.pipe()
         os.close(reader)
@@ -61,22 +51,6 @@ class StartStop(unittest.TestCase):
         os.close(writer)
         site.monitor().greet()
         self.assertEqual(service.stop(), 0)
-
-    def test_it_stops_at_once_while_a_command_waits(self):
-        running = []
-        for number in (signal.SIGTERM, signal.SIGINT):
-            site = Site(self)
-            unit = site.unit()
-            unit.tell("silent on")
-            service = site.service()
-            monitor = site.monitor()
-            monitor.greet()
-            running.append((number, unit, service, monitor))
-        for number, unit, service, monitor in running:
-            unit.wait_for("Hello,tarnex")
-            self.assertEqual(service.stop(number), 0)
-            self.assertEqual(service.lines, [])
-            monitor.wait_for(b"tx-SMSEnd")
 
     def ends_with(self, content, mode=None, user=None, status=0):
         """What it says before it ends by itself. content: of its settings, None for no file."""
@@ -108,15 +82,6 @@ class StartStop(unittest.TestCase):
         self.assertIn("cannot be read (it is no", self.ends_with("folder", status=66))
         reader = NOBODY if os.geteuid() == 0 else None
         self.assertIn("(Permission denied)", self.ends_with(b"", 0o000, reader, status=77))
-
-    def test_without_permission_in_the_settings_it_says_how_to_give_it_and_ends(self):
-        whole = Site(self).settings_text().encode("gbk")
-        utf16 = b"\xff\xfe" + whole.decode("gbk").encode("utf-16-le")
-        half = whole[: whole.index(b"Check1(13)") + 8]
-        for content in (b"", half, bytes(range(256)) * 300, utf16, whole.replace(b"=1", b"=01")):
-            self.assertIn("write the line Check1(13)=1 into", self.ends_with(content))
-        disabled = whole.replace(b"Enable=Enable", b"Enable=Disable")
-        self.assertIn("remove the line Enable=Disable from", self.ends_with(disabled))
 
     def test_without_windir_it_creates_nothing(self):
         base = "/var/lib/tarnexcomm"

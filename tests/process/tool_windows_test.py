@@ -92,14 +92,6 @@ class ToolWindowsTest(unittest.TestCase):
     def test_firmware_is_updated_on_a_fine_screen(self):
         self.update_firmware(192)
 
-    def test_closing_while_it_writes_has_to_be_confirmed(self):
-        self.site.unit()
-        flasher, window = self.start_update(96, 0xFF00)
-        window.close()
-        window.wait_for_line(FLASHER_LIST, "正在写入，现在退出会使设备程序不完整。再次关闭窗口将强行退出。")
-        window.close()
-        self.assertEqual(flasher.wait(), 0)
-
     # ---- the console
 
     def open_console(self, screen):
@@ -187,14 +179,6 @@ class ToolWindowsTest(unittest.TestCase):
                 self.press(window, 43, "OCXDebug信息已关闭", 0)
                 wait_until(lambda: window.size()[0] == window.least_size()[0], "the narrow window")
                 window.key("alt+x")
-
-    def test_console_ends_while_a_command_waits(self):
-        unit = self.site.unit()
-        console, window = self.open_console(self.screen())
-        unit.tell("silent on")
-        self.insist(lambda: window.click(*CONSOLE[36]), lambda: unit.said("RDCSQ"), "a command")
-        window.close()
-        self.assertEqual(console.wait(), 0)
 
     # ---- where there is no window
 

@@ -142,53 +142,28 @@ class Unit(unittest.TestCase):
         self.assertEqual(site.without_own_settings(), changed)
         self.assertEqual(len(service.lines), 2, service.lines)
 
-    def test_an_adapter_pulled_and_put_back(self):
-        def pull_when_found(site, unit, monitor):
-            wait_until(lambda: site.setting("LastCom"), "the port in the settings")
-
-        def pull_when_a_command_waits(site, unit, monitor):
-            wait_until(lambda: site.setting("TelNo1") == "@v@", "the greeting is answered")
-            unit.tell("silent on")
-            unit.wait_for("WRNO1")
-            unit.tell("silent off")
-
-        def pull_when_settings_are_written(site, unit, monitor):
-            unit.wait_for("WRCSCA")
-
-        def pull_when_an_sms_is_on_its_way(site, unit, monitor):
-            monitor.send(ALARM)
-            unit.wait_for("SMS to number 1")
-
-        running = []
-        for phase in (
-            pull_when_found,
-            pull_when_a_command_waits,
-            pull_when_settings_are_written,
-            pull_when_an_sms_is_on_its_way,
-        ):
-            site = Site(self)
-            unit = site.unit()
-            service = site.service()
-            monitor = site.monitor()
-            monitor.greet()
-            running.append((phase, site, unit, service, monitor))
-        cpu = {}
-        for phase, site, unit, service, monitor in running:
-            phase(site, unit, monitor)
-            unit.tell("unplug")
-            monitor.wait_for(b"txNexLost")
-            monitor.greet()
-            cpu[phase] = service.cpu_seconds()
-        for phase, site, unit, service, monitor in running:
-            with self.subTest(phase.__name__):
-                monitor.wait_for(b"tx-NoConn")  # the search, 15 s after the loss
-                self.assertLess(service.cpu_seconds() - cpu[phase], 2)
-                wait_until(lambda: site.setting("Text1(33)") == "*", "no port in the settings")
-                seen = len(unit.said("Hello,tarnex"))
-                unit.tell("plug")
-                unit.wait_for("Hello,tarnex", seen + 1)
-                wait_until(lambda: site.setting("Text1(33)") == "Com3", "the port in the settings")
-                self.assertEqual(service.lines, [])
+    def test_an_adapter_pulled_while_a_command_waits_and_put_back(self):
+        site = Site(self)
+        unit = site.unit()
+        service = site.service()
+        monitor = site.monitor()
+        monitor.greet()
+        wait_until(lambda: site.setting("TelNo1") == "@v@", "the greeting is answered")
+        unit.tell("silent on")
+        unit.wait_for("WRNO1")
+        unit.tell("silent off")
+        unit.tell("unplug")
+        monitor.wait_for(b"txNexLost")
+        monitor.greet()
+        cpu = service.cpu_seconds()
+        monitor.wait_for(b"tx-NoConn")  # the search, 15 s after the loss
+        self.assertLess(service.cpu_seconds() - cpu, 2)
+        wait_until(lambda: site.setting("Text1(33)") == "*", "no port in the settings")
+        seen = len(unit.said("Hello,tarnex"))
+        unit.tell("plug")
+        unit.wait_for("Hello,tarnex", seen + 1)
+        wait_until(lambda: site.setting("Text1(33)") == "Com3", "the port in the settings")
+        self.assertEqual(service.lines, [])
 
     def test_noise_on_the_line(self):
         line = FakeUnit(self)
