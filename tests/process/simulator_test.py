@@ -3,7 +3,6 @@
 import os
 import random
 import socket
-import subprocess
 import unittest
 
 import harness
