@@ -1,6 +1,6 @@
 #include "notify/control_link.h"
 
-#include "events/event_record_parser.h"
+#include "events/event_record.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #include "notify/sms_msg_codec.h"
 
 #include "events/event_names.h"
-#include "events/event_record_parser.h"
+#include "events/event_record.h"
 #include "events/notification_text.h"
 #include "notify/sms_command.h"
 

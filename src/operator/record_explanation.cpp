@@ -1,7 +1,6 @@
 #include "operator/record_explanation.h"
 
 #include "events/event_names.h"
-#include "events/event_record_parser.h"
 #include "events/notification_text.h"
 #include "events/quiet_time.h"
 #include "events/sms_pieces.h"

@@ -1,4 +1,4 @@
-#include "events/event_record_parser.h"
+#include "events/event_record.h"
 #include "events/notification_text.h"
 
 #include <gtest/gtest.h>
