@@ -1,9 +1,9 @@
 #include "operator/setting_catalog.h"
 
 #include "adapters/system/serial_names.h"
-#include "events/quiet_time.h"
 #include "operator/calendar_words.h"
 #include "operator/suggestion.h"
+#include "platform/calendar_text.h"
 
 #include <algorithm>
 

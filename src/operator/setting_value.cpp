@@ -1,7 +1,7 @@
 #include "operator/setting_value.h"
 
-#include "events/quiet_time.h"
 #include "mail/server_address.h"
+#include "platform/calendar_text.h"
 #include "settings/ini_document.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "operator/settings_check.h"
 
-#include "events/quiet_time.h"
 #include "operator/setting_value.h"
+#include "platform/calendar_text.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -10,4 +10,11 @@ Text DateText(const CalendarTime& time);       // "yyyy-mm-dd"
 Text TimeText(const CalendarTime& time);       // "hh:mm:ss"
 Text HourMinuteText(const CalendarTime& time); // "hh:mm"
 
+// Whether a text is a time of day as it counts here: "07:05", "7:05" or "7:05:10".
+bool IsTimeOfDay(TextView text);
+
+// A time of day as "hh:mm": "7:05" and "7:05:10" give "07:05"; a text that is no time stays as it
+// is.
+Text FormattedHourMinute(TextView text);
+
 } // namespace tarnex

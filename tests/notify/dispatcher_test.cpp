@@ -41,15 +41,6 @@ TEST(SMSPieces, CutOnlyWhatDoesNotFit) {
     }
 }
 
-TEST(QuietTime, OnlyTimesAreFormatted) {
-    EXPECT_EQ(FormattedHourMinute(u"7:05"), u"07:05");
-    EXPECT_EQ(FormattedHourMinute(u"7:05:10"), u"07:05");
-    EXPECT_EQ(FormattedHourMinute(u"23:59:59"), u"23:59");
-    for (const TextView text : {u"", u"7", u"24:00", u"7:60", u"7:05:60", u"7:05:10:1", u"-1:05",
-                                u"7:", u":05", u"007:05", u"a7:05"})
-        EXPECT_EQ(FormattedHourMinute(text), text);
-}
-
 TEST(QuietTime, HoldsFromItsStartToItsEnd) {
     Settings settings;
     settings.QuietTimeOn = true;

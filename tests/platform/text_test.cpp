@@ -1,4 +1,4 @@
-#include "platform/text.h"
+#include "platform/calendar_text.h"
 
 #include <gtest/gtest.h>
 
@@ -37,6 +37,15 @@ TEST(Text, Utf8BothWays) {
     EXPECT_EQ(ToUtf8(Text(1, char16_t(0xD800))), "\xEF\xBF\xBD");
     EXPECT_EQ(FromUtf8("a\xFF\xE4\xB8z"), u"a\uFFFD\uFFFDz");
     EXPECT_EQ(FromUtf8("\xC0\x80"), u"\uFFFD\uFFFD"); // overlong
+}
+
+TEST(TimeOfDay, OnlyTimesAreFormatted) {
+    EXPECT_EQ(FormattedHourMinute(u"7:05"), u"07:05");
+    EXPECT_EQ(FormattedHourMinute(u"7:05:10"), u"07:05");
+    EXPECT_EQ(FormattedHourMinute(u"23:59:59"), u"23:59");
+    for (const TextView text : {u"", u"7", u"24:00", u"7:60", u"7:05:60", u"7:05:10:1", u"-1:05",
+                                u"7:", u":05", u"007:05", u"a7:05"})
+        EXPECT_EQ(FormattedHourMinute(text), text);
 }
 
 } // namespace
