@@ -1,6 +1,6 @@
 #include "notify/control_link.h"
 
-#include "events/event_record.h"
+#include "events/notification_plan.h"
 
 #include <algorithm>
 

@@ -9,13 +9,7 @@
 
 namespace tarnex {
 
-// Whether link events go out by SMS, and by mail: "1" or "0" for each.
-Text NotifyChannels(const Settings& settings);
-
-// The numbers that notifications go to by SMS: "1", "2", "12" or none.
-Text SmsRecipients(const Settings& settings);
-
-// Sends each event on the ways that its record and the settings ask for.
+// Carries out the plan of each event.
 class Dispatcher {
   public:
     struct Parts {
@@ -38,13 +32,10 @@ class Dispatcher {
 
     // Logs the event of the record, and queues it for mail and SMS. Never waits.
     void DispatchEvent(TextView record);
-    // False during the weekly quiet time.
-    bool SMSTimeAllowed() const;
     const Counts& Totals() const { return totals_; }
 
   private:
-    void QueueMail(const Text& text);
-    void QueuePieces(const Text& text);
+    void QueueSMS(const Text& entry);
 
     Parts parts_;
     Counts totals_;

@@ -1,8 +1,6 @@
 #include "notify/sms_msg_codec.h"
 
 #include "events/event_names.h"
-#include "events/event_record.h"
-#include "events/notification_text.h"
 #include "notify/sms_command.h"
 
 namespace tarnex {
@@ -10,16 +8,10 @@ namespace tarnex {
 SMSMsgCodec::SMSMsgCodec(Clock& clock, const MyIniFile& settings_file, DebugLists& lists)
     : clock_(clock), settings_file_(settings_file), lists_(lists) {}
 
-void SMSMsgCodec::ParseEventRecord(TextView record) {
-    current_ = ParsedRecord(record);
+void SMSMsgCodec::ListEvent(TextView record, const EventRecord& e) {
     if (!lists_.DebugOn)
         return;
     lists_.mList1Additem(u"解码:" + Text(record));
-    ListCurrent();
-}
-
-void SMSMsgCodec::ListCurrent() {
-    const EventRecord& e = current_;
     const auto state_no = LeadingInt16(e.StatusNo).value_or(0);
     const auto list = [this](TextView label, TextView value, std::optional<TextView> name = {}) {
         lists_.mList1Additem(Text(label) + Text(value) + Text(name.value_or(TextView())));
@@ -32,10 +24,6 @@ void SMSMsgCodec::ListCurrent() {
     list(u"EmailableNo:", e.EmailableNo);
     list(u"MachineName:", e.MachineName);
     list(u"Memo:", e.Memo);
-}
-
-Text SMSMsgCodec::ComposeNotification() const {
-    return current_.SMSableNo + current_.EmailableNo + NotificationText(current_);
 }
 
 Text SMSMsgCodec::DecodeSMSCommand(TextView sender, TextView text) const {

@@ -7,26 +7,20 @@
 
 namespace tarnex {
 
-// Turns event records into notification texts, and received SMS into commands.
+// Lists event records as they were understood, and turns received SMS into commands.
 class SMSMsgCodec {
   public:
     SMSMsgCodec(Clock& clock, const MyIniFile& settings_file, DebugLists& lists);
 
-    // Makes the record's event the current one, and lists its fields.
-    void ParseEventRecord(TextView record);
-    const EventRecord& Current() const { return current_; }
-    // Of the current event: its SMS flag and its mail flag, one character each, and the text.
-    Text ComposeNotification() const;
+    // Lists a record and the fields of the event that it was parsed to.
+    void ListEvent(TextView record, const EventRecord& event);
     // See CommandAnswer(). The two numbers are those that the settings file holds now.
     Text DecodeSMSCommand(TextView sender, TextView text) const;
 
   private:
-    void ListCurrent();
-
     Clock& clock_;
     const MyIniFile& settings_file_;
     DebugLists& lists_;
-    EventRecord current_;
 };
 
 } // namespace tarnex

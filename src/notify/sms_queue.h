@@ -1,5 +1,6 @@
 #pragma once
 
+#include "events/notification_plan.h"
 #include "logging/debug_lists.h"
 #include "notify/sms_sender.h"
 #include "notify/unit_state.h"
@@ -10,8 +11,6 @@
 
 namespace tarnex {
 
-// The most entries that wait; a further one pushes the oldest out.
-inline constexpr std::size_t kSMSFifoSize = 200;
 // How often an entry is tried before it is given up.
 inline constexpr int kSendErrorLimit = 4;
 // What mGetSMSFifo returns from an empty queue.

@@ -3,6 +3,7 @@
 #include "mail/mail_settings.h"
 #include "mail/server_address.h"
 #include "operator/record_explanation.h"
+#include "settings/load_settings.h"
 #include "simulator/simulated_monitor.h"
 #include "simulator/system/system_in_memory.h"
 
@@ -19,7 +20,8 @@ constexpr Duration kRunOut = 1h;
 class DryRun {
   public:
     DryRun(const SettingsFile& file, const CalendarTime& start)
-        : file_(file), system_(file.Content(), file.EncodingName(), start),
+        : file_(file), settings_(ReadSettings(file.Document(), {}).settings),
+          system_(file.Content(), file.EncodingName(), start),
           monitor_(system_.clock, system_.network, system_.code_page, {.name = u"monitor"}) {
         ServeMail();
         system_.unit.OnSent([this](const SentSms& sms) { NoteSent(sms); });
@@ -74,27 +76,30 @@ class DryRun {
 
     void Raise(const MonitorEvent& event) {
         const CalendarTime at = system_.clock.Calendar();
-        const RecordExplanation why = Explain(file_, MakeEventRecord(event), at);
+        const NotificationPlan plan = Plan(ParsedRecord(MakeEventRecord(event)), settings_, at);
         AlarmOutcome outcome{.at = at,
-                             .text = why.text,
+                             .text = plan.text,
                              .held_back = {},
-                             .sms_queued = why.queued,
-                             .mail_queued = why.mail.taken};
-        if (why.queued == 0)
-            for (const auto& sms : why.sms)
-                for (const std::string& reason : sms.reasons)
+                             .sms_queued = plan.SMSCount(),
+                             .mail_queued = plan.mail.has_value()};
+        for (const auto& number : plan.numbers)
+            if (number.Gets())
+                Expect(plan, number.recipient - u'0');
+            else if (outcome.sms_queued == 0)
+                for (const std::string& reason : HeldBackWords(number))
                     if (std::ranges::count(outcome.held_back, reason) == 0)
                         outcome.held_back.push_back(reason);
-        for (int rep = 0; rep < why.times; ++rep)
-            for (const Text& piece : why.pieces)
-                for (const auto& sms : why.sms)
-                    if (sms.taken)
-                        expected_.push_back({.alarm = result_.alarms.size(),
-                                             .recipient = sms.recipient,
-                                             .text = piece,
-                                             .queued_at = system_.clock.Now()});
         result_.alarms.push_back(std::move(outcome));
         monitor_.SendEvent(event);
+    }
+
+    void Expect(const NotificationPlan& plan, int recipient) {
+        for (int rep = 0; rep < plan.repetitions; ++rep)
+            for (const Text& piece : plan.pieces)
+                expected_.push_back({.alarm = result_.alarms.size(),
+                                     .recipient = recipient,
+                                     .text = piece,
+                                     .queued_at = system_.clock.Now()});
     }
 
     void NoteMail(const ReceivedMail& mail) {
@@ -122,6 +127,7 @@ class DryRun {
     }
 
     const SettingsFile& file_;
+    const Settings settings_;
     DryRunResult result_;
     std::vector<Expected> expected_;
     MailSink mail_sink_;

@@ -1,12 +1,8 @@
 #include "operator/record_explanation.h"
 
 #include "events/event_names.h"
-#include "events/notification_text.h"
-#include "events/quiet_time.h"
-#include "events/sms_pieces.h"
 #include "mail/mail_settings.h"
 #include "mail/server_address.h"
-#include "notify/dispatcher.h"
 #include "operator/calendar_words.h"
 #include "platform/calendar_text.h"
 #include "settings/load_settings.h"
@@ -18,6 +14,22 @@ namespace tarnex {
 
 namespace {
 
+std::string Words(HeldBack reason, char16_t recipient) {
+    switch (reason) {
+    case HeldBack::kFlag:
+        return "the SMS flag of the record is not 1";
+    case HeldBack::kQuietTime:
+        return "it is quiet time";
+    case HeldBack::kNoUnit:
+        return "unit-link is off";
+    case HeldBack::kSendCount:
+        return "send-count is 0";
+    case HeldBack::kNumberOff:
+        return std::string("sms-to-number-") + char(recipient) + " is off";
+    }
+    return "";
+}
+
 class Explainer {
   public:
     Explainer(const SettingsFile& file, const CalendarTime& at)
@@ -26,17 +38,13 @@ class Explainer {
 
     RecordExplanation Of(TextView record) {
         RecordExplanation result;
-        result.event = ParsedRecord(record);
-        result.text = NotificationText(result.event);
-        result.pieces = CutIntoPieces(result.text);
-        result.quiet = InQuietTime(settings_, at_);
-        result.quiet_reason = QuietReason();
-        result.times = std::max<int>(settings_.SendCount, 0);
-        for (const int recipient : {1, 2})
-            result.sms.push_back(Sms(result, recipient));
-        result.queued = Queued(result);
-        result.mail = Mail(result.event);
-        result.log = Log(result.event);
+        result.plan = Plan(ParsedRecord(record), settings_, at_);
+        result.quiet_reason = QuietReason(result.plan.quiet);
+        result.send_count = std::max<int>(settings_.SendCount, 0);
+        for (const auto& number : result.plan.numbers)
+            result.sms.push_back(Sms(number));
+        result.mail = Mail(result.plan);
+        result.log = Log(result.plan.event);
         if (!loaded_.enabled)
             result.gates.push_back("service-enabled is off");
         if (!loaded_.allowed)
@@ -45,58 +53,38 @@ class Explainer {
     }
 
   private:
-    std::string QuietReason() const {
-        const auto day = std::size_t(at_.weekday);
+    std::string QuietReason(const QuietTime& quiet) const {
         const std::string name = WeekdayName(at_.weekday);
-        if (!settings_.QuietTimeOn)
+        if (quiet.state == QuietTime::State::kOff)
             return "quiet-time is off";
-        if (!settings_.QuietDay[day])
+        if (quiet.state == QuietTime::State::kOtherDay)
             return "quiet time is not on for " + name;
-        const Text from = FormattedHourMinute(settings_.QuietTimes[2 * day]);
-        const Text to = FormattedHourMinute(settings_.QuietTimes[2 * day + 1]);
-        const std::string window = name + " is quiet from " + ToUtf8(from) + " to " + ToUtf8(to) +
-                                   ", and it is " + ToUtf8(HourMinuteText(at_));
-        return from > to ? window + "; a time that passes midnight is never quiet" : window;
+        const std::string window = name + " is quiet from " + ToUtf8(quiet.from) + " to " +
+                                   ToUtf8(quiet.to) + ", and it is " + ToUtf8(HourMinuteText(at_));
+        return quiet.from > quiet.to ? window + "; a time that passes midnight is never quiet"
+                                     : window;
     }
 
-    RecordExplanation::Sms Sms(const RecordExplanation& result, int recipient) const {
-        const std::string n = std::to_string(recipient);
+    RecordExplanation::Sms Sms(const NotificationPlan::Number& number) const {
+        const std::string n(1, char(number.recipient));
         RecordExplanation::Sms sms;
-        sms.recipient = recipient;
+        sms.recipient = number.recipient - u'0';
         sms.number = Text(file_.Value(*FindSetting("alarm-number-" + n)));
-        const auto block = [&sms](bool blocks, const std::string& reason) {
-            if (blocks)
-                sms.reasons.push_back(reason);
-        };
-        block(result.event.SMSableNo != u"1", "the SMS flag of the record is not 1");
-        block(result.quiet, "it is quiet time");
-        block(settings_.AutoSearchOff, "unit-link is off");
-        block(settings_.SendCount <= 0, "send-count is 0");
-        const bool on = recipient == 1 ? settings_.SwitchCheck42 : settings_.SwitchCheck43;
-        block(!on, "sms-to-number-" + n + " is off");
-        sms.taken = result.event.SMSableNo == u"1" && !result.quiet && result.times > 0 &&
-                    Contains(SmsRecipients(settings_), ToText(recipient));
+        sms.taken = number.Gets();
+        sms.reasons = HeldBackWords(number);
         if (sms.taken) {
             sms.reasons = {"the SMS flag of the record is 1", "sms-to-number-" + n + " is on"};
-            block(Trim(sms.number).empty(),
-                  "but alarm-number-" + n + " is empty, so the unit has nobody to send it to");
+            if (Trim(sms.number).empty())
+                sms.reasons.push_back("but alarm-number-" + n +
+                                      " is empty, so the unit has nobody to send it to");
         }
         return sms;
     }
 
-    // The dispatcher stops repeating once it has filled the queue.
-    static std::size_t Queued(const RecordExplanation& result) {
-        const auto recipients = std::ranges::count(result.sms, true, &WayExplanation::taken);
-        std::size_t queued = 0;
-        for (int i = 0; recipients > 0 && i < result.times && queued < kSMSFifoSize; ++i)
-            queued += std::size_t(recipients) * result.pieces.size();
-        return queued;
-    }
-
-    WayExplanation Mail(const EventRecord& event) const {
+    WayExplanation Mail(const NotificationPlan& plan) const {
         const MailSettings mail = ReadMailSettings(file_.Document());
         WayExplanation way;
-        way.taken = event.EmailableNo == u"1";
+        way.taken = plan.mail.has_value();
         if (!way.taken) {
             way.reasons = {"the mail flag of the record is not 1"};
             return way;
@@ -136,6 +124,13 @@ class Explainer {
 };
 
 } // namespace
+
+std::vector<std::string> HeldBackWords(const NotificationPlan::Number& number) {
+    std::vector<std::string> words;
+    for (const HeldBack reason : number.held_back)
+        words.push_back(Words(reason, number.recipient));
+    return words;
+}
 
 RecordExplanation Explain(const SettingsFile& file, TextView record, const CalendarTime& at) {
     return Explainer(file, at).Of(record);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "events/event_record.h"
+#include "events/notification_plan.h"
 #include "operator/settings_file.h"
 
 #include <vector>
@@ -13,24 +13,23 @@ struct WayExplanation {
     std::vector<std::string> reasons; // for it, or each thing that stands in the way
 };
 
-// What the service does with an event record at one moment, by the rules that it uses itself.
+// What the service does with an event record at one moment, and why.
 struct RecordExplanation {
-    EventRecord event;
-    Text text;
-    std::vector<Text> pieces;
-    bool quiet = false;
+    NotificationPlan plan;
     std::string quiet_reason; // why it is quiet or not
     struct Sms : WayExplanation {
         int recipient; // 1 or 2
         Text number;
     };
-    std::vector<Sms> sms;   // for both numbers
-    int times = 0;          // how often the pieces are queued for each number
-    std::size_t queued = 0; // SMS in all
+    std::vector<Sms> sms; // for both numbers
+    int send_count = 0;   // how often the settings want the pieces queued for each number
     WayExplanation mail;
     WayExplanation log;
     std::vector<std::string> gates; // why the service would not run at all
 };
+
+// What keeps the notification from a number, in the names of the settings.
+std::vector<std::string> HeldBackWords(const NotificationPlan::Number& number);
 
 RecordExplanation Explain(const SettingsFile& file, TextView record, const CalendarTime& at);
 

@@ -1,5 +1,4 @@
 #include "events/event_names.h"
-#include "notify/sms_queue.h"
 #include "operator/calendar_words.h"
 #include "operator/commands.h"
 #include "operator/record_explanation.h"
@@ -53,9 +52,9 @@ std::string ServiceNow(const ControlWorld& world) {
 class Page {
   public:
     Page(const RecordExplanation& why, const CalendarTime& at) {
-        Record(why.event);
-        Section("Text, " + Counted(std::ssize(why.text), "character"));
-        Add({"  " + ToUtf8(why.text)});
+        Record(why.plan.event);
+        Section("Text, " + Counted(std::ssize(why.plan.text), "character"));
+        Add({"  " + ToUtf8(why.plan.text)});
         Sms(why, at);
         Way("Mail", "  one mail", why.mail);
         Way("Log", "  one row", why.log);
@@ -92,18 +91,19 @@ class Page {
     }
 
     void Sms(const RecordExplanation& why, const CalendarTime& at) {
-        Section("SMS, " + std::to_string(why.queued) + " in all");
+        const bool quiet = why.plan.quiet.state == QuietTime::State::kQuiet;
+        Section("SMS, " + std::to_string(why.plan.SMSCount()) + " in all");
         for (const auto& sms : why.sms)
             Add({"  number " + std::to_string(sms.recipient), YesNo(sms),
                  ToUtf8(sms.number) + (sms.number.empty() ? "" : ": ") + Joined(sms.reasons)});
-        Add({"  quiet", why.quiet ? "yes" : "no", MomentText(at) + ": " + why.quiet_reason});
-        Add({"  repeated", std::to_string(why.times) + "x", "send-count"});
-        if (why.queued > kSMSFifoSize)
+        Add({"  quiet", quiet ? "yes" : "no", MomentText(at) + ": " + why.quiet_reason});
+        Add({"  repeated", std::to_string(why.send_count) + "x", "send-count"});
+        if (why.plan.SMSCount() > kSMSFifoSize)
             Add({"  queue",
                  {"!", Colour::kWarning},
                  "it holds " + std::to_string(kSMSFifoSize) + ", so the first ones are dropped"});
-        if (why.pieces.size() > 1)
-            for (const Text& piece : why.pieces)
+        if (why.plan.pieces.size() > 1)
+            for (const Text& piece : why.plan.pieces)
                 Add({"  " + ToUtf8(piece)});
     }
 
@@ -124,7 +124,7 @@ Json ToJson(const WayExplanation& way) {
 }
 
 Json ToJson(const RecordExplanation& why, const CalendarTime& at) {
-    const EventRecord& event = why.event;
+    const EventRecord& event = why.plan.event;
     Json json{{"record",
                {{"machine", event.MachineNo},
                 {"service", event.ServiceNo},
@@ -135,17 +135,17 @@ Json ToJson(const RecordExplanation& why, const CalendarTime& at) {
                 {"machine_name", ToUtf8(event.MachineName)},
                 {"memo", ToUtf8(event.Memo)}}},
               {"at", MomentText(at)},
-              {"text", ToUtf8(why.text)},
+              {"text", ToUtf8(why.plan.text)},
               {"pieces", Json::array()},
-              {"quiet", why.quiet},
+              {"quiet", why.plan.quiet.state == QuietTime::State::kQuiet},
               {"quiet_reason", why.quiet_reason},
-              {"sms_in_all", why.queued},
-              {"repeated", why.times},
+              {"sms_in_all", why.plan.SMSCount()},
+              {"repeated", why.send_count},
               {"sms", Json::array()},
               {"mail", ToJson(why.mail)},
               {"log", ToJson(why.log)},
               {"service_would_end", why.gates}};
-    for (const Text& piece : why.pieces)
+    for (const Text& piece : why.plan.pieces)
         json["pieces"].push_back(ToUtf8(piece));
     for (const auto& sms : why.sms) {
         Json way{{"recipient", sms.recipient}, {"number", ToUtf8(sms.number)}};

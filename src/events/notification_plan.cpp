@@ -1,0 +1,117 @@
+#include "events/notification_plan.h"
+
+#include "events/notification_text.h"
+#include "platform/calendar_text.h"
+
+#include <algorithm>
+
+namespace tarnex {
+
+namespace {
+
+constexpr std::size_t kSMSLength = 70;
+constexpr std::size_t kPieceLength = 65; // leaves room for "{k/n}"
+
+std::vector<Text> CutIntoPieces(TextView text) {
+    const std::size_t count = text.size() / kSMSLength + 1;
+    if (count == 1)
+        return {Text(text)};
+    std::vector<Text> pieces;
+    for (std::size_t k = 1; k <= count; ++k) {
+        const TextView part = k < count ? text.substr(0, kPieceLength) : text;
+        text.remove_prefix(part.size());
+        pieces.push_back(u"{" + ToText((long long)k) + u"/" + ToText((long long)count) + u"}" +
+                         Text(part));
+    }
+    return pieces;
+}
+
+QuietTime QuietTimeAt(const Settings& settings, const CalendarTime& now) {
+    const auto day = std::size_t(now.weekday);
+    QuietTime quiet{.from = FormattedHourMinute(settings.QuietTimes[2 * day]),
+                    .to = FormattedHourMinute(settings.QuietTimes[2 * day + 1])};
+    const Text time = HourMinuteText(now);
+    if (!settings.QuietTimeOn)
+        quiet.state = QuietTime::State::kOff;
+    else if (!settings.QuietDay[day])
+        quiet.state = QuietTime::State::kOtherDay;
+    else if (quiet.from <= time && time <= quiet.to)
+        quiet.state = QuietTime::State::kQuiet;
+    else
+        quiet.state = QuietTime::State::kOutside;
+    return quiet;
+}
+
+bool ForSMS(const EventRecord& event) {
+    return event.SMSableNo == u"1";
+}
+
+NotificationPlan::Number NumberOf(const NotificationPlan& plan, const Settings& settings,
+                                  char16_t recipient, bool on) {
+    NotificationPlan::Number number{.recipient = recipient, .held_back = {}};
+    const auto hold = [&number](bool holds, HeldBack reason) {
+        if (holds)
+            number.held_back.push_back(reason);
+    };
+    hold(!ForSMS(plan.event), HeldBack::kFlag);
+    hold(plan.quiet.state == QuietTime::State::kQuiet, HeldBack::kQuietTime);
+    hold(settings.AutoSearchOff, HeldBack::kNoUnit);
+    hold(settings.SendCount <= 0, HeldBack::kSendCount);
+    hold(!on, HeldBack::kNumberOff);
+    return number;
+}
+
+std::size_t SMSEachTime(const NotificationPlan& plan) {
+    return plan.pieces.size() *
+           std::size_t(std::ranges::count_if(plan.numbers, &NotificationPlan::Number::Gets));
+}
+
+int Repetitions(const NotificationPlan& plan, const Settings& settings) {
+    const std::size_t each_time = SMSEachTime(plan);
+    if (each_time == 0)
+        return 0;
+    const std::size_t fill = (kSMSFifoSize + each_time - 1) / each_time;
+    return std::min(int(settings.SendCount), int(fill));
+}
+
+// A line break is a blank here: a line of the mail must not be of the sender's making, since one
+// with a single dot ends the content, and what follows it would be commands to the mail server.
+Text MailLine(const Text& text, const CalendarTime& now) {
+    Text line = DateText(now) + u" " + text;
+    std::ranges::replace_if(
+        line, [](char16_t c) { return c == u'\r' || c == u'\n'; }, u' ');
+    return line;
+}
+
+} // namespace
+
+std::size_t NotificationPlan::SMSCount() const {
+    return std::size_t(repetitions) * SMSEachTime(*this);
+}
+
+bool NotificationPlan::HeldByQuietTime() const {
+    return ForSMS(event) && quiet.state == QuietTime::State::kQuiet;
+}
+
+NotificationPlan Plan(EventRecord event, const Settings& settings, const CalendarTime& now) {
+    NotificationPlan plan{};
+    plan.event = std::move(event);
+    plan.text = NotificationText(plan.event);
+    plan.pieces = CutIntoPieces(plan.text);
+    plan.quiet = QuietTimeAt(settings, now);
+    plan.numbers = {NumberOf(plan, settings, u'1', settings.SwitchCheck42),
+                    NumberOf(plan, settings, u'2', settings.SwitchCheck43)};
+    plan.repetitions = Repetitions(plan, settings);
+    if (plan.event.EmailableNo == u"1")
+        plan.mail = MailLine(plan.text, now);
+    return plan;
+}
+
+Text NotifyChannels(const Settings& settings) {
+    const auto wanted = [&settings](bool on, TextView mode) {
+        return on && (settings.NotifyMode == mode || settings.NotifyMode == u"S+E") ? u'1' : u'0';
+    };
+    return {wanted(settings.SMSNotifyOn, u"SMS"), wanted(settings.EmailNotifyOn, u"Email")};
+}
+
+} // namespace tarnex

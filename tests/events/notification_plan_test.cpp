@@ -1,0 +1,144 @@
+#include "events/notification_plan.h"
+
+#include <gtest/gtest.h>
+
+namespace tarnex {
+namespace {
+
+constexpr CalendarTime kMondayAtEight{.year = 2024, .month = 5, .day = 6, .hour = 8, .weekday = 1};
+
+// A text whose characters differ by position.
+Text Numbered(std::size_t length) {
+    Text text;
+    for (std::size_t i = 0; i < length; ++i)
+        text += char16_t(0x4E00 + i);
+    return text;
+}
+
+Settings Everything() {
+    Settings settings;
+    settings.SendCount = 1;
+    settings.SwitchCheck42 = settings.SwitchCheck43 = true;
+    settings.QuietDay[1] = true;
+    settings.QuietTimes[2] = u"7:30";
+    settings.QuietTimes[3] = u"08:00:59";
+    return settings;
+}
+
+// "1", "2": the numbers, each with what holds it back; "x": repetitions; "M": by mail; "Q": counted
+// as held by quiet time.
+std::string Summary(const NotificationPlan& plan) {
+    std::string summary;
+    for (const auto& number : plan.numbers) {
+        summary += char(number.recipient);
+        for (const HeldBack reason : number.held_back)
+            summary += "fqucn"[int(reason)]; // flag, quiet, unit, count, number
+    }
+    return summary + "x" + std::to_string(plan.repetitions) + (plan.mail ? "M" : "") +
+           (plan.HeldByQuietTime() ? "Q" : "");
+}
+
+TEST(NotificationPlan, FlagsAndSettingsHoldBack) {
+    struct Row {
+        TextView record;
+        void (*set)(Settings&);
+        const char* plan;
+    };
+    const auto none = [](Settings&) {};
+    // clang-format off
+    const Row rows[] = {
+        {u"1302011", none,                                          "12x1M"},
+        {u"1302010", none,                                          "12x1"},
+        {u"1302001", none,                                          "1f2fx0M"},
+        {u"1302022", none,                                          "1f2fx0"},
+        {u"1302011", [](Settings& s) { s.SwitchCheck42 = false; },  "1n2x1M"},
+        {u"1302011", [](Settings& s) { s.SwitchCheck43 = false; },  "12nx1M"},
+        {u"1302011", [](Settings& s) { s.SendCount = 3; },          "12x3M"},
+        {u"1302011", [](Settings& s) { s.SendCount = 32767; },      "12x100M"},
+        {u"1302011", [](Settings& s) { s.SendCount = 0; },          "1c2cx0M"},
+        {u"1302011", [](Settings& s) { s.SendCount = -1; },         "1c2cx0M"},
+        {u"1302011", [](Settings& s) { s.AutoSearchOff = true; },   "1u2ux0M"},
+        {u"1302011", [](Settings& s) { s.QuietTimeOn = true; },     "1q2qx0MQ"},
+        {u"1302001", [](Settings& s) { s.QuietTimeOn = true; },     "1fq2fqx0M"},
+    };
+    // clang-format on
+    for (const Row& row : rows) {
+        Settings settings = Everything();
+        row.set(settings);
+        const NotificationPlan plan = Plan(ParsedRecord(row.record), settings, kMondayAtEight);
+        EXPECT_EQ(Summary(plan), row.plan) << &row - rows;
+    }
+    Settings first_only = Everything();
+    first_only.SwitchCheck43 = false;
+    first_only.SendCount = 3;
+    EXPECT_EQ(Plan(ParsedRecord(u"1302011"), first_only, kMondayAtEight).SMSCount(), 3u);
+}
+
+TEST(NotificationPlan, CutsOnlyWhatDoesNotFit) {
+    constexpr std::size_t kAroundMemo = 14; // characters
+    struct Row {
+        std::size_t length;
+        TextView pieces; // prefix and characters behind it
+        int most;        // repetitions of two SMS a piece until 200 are full
+    };
+    const Row rows[] = {{69, u" 69", 100},
+                        {70, u" {1/2}65 {2/2}5", 50},
+                        {139, u" {1/2}65 {2/2}74", 50},
+                        {140, u" {1/3}65 {2/3}65 {3/3}10", 34}};
+    for (const Row& row : rows) {
+        Settings settings = Everything();
+        settings.SendCount = 32767;
+        const Text memo = Numbered(row.length - kAroundMemo);
+        const NotificationPlan plan =
+            Plan(ParsedRecord(u"1302010{[b^k^]}" + memo), settings, kMondayAtEight);
+        Text pieces, joined;
+        for (const Text& piece : plan.pieces) {
+            const std::size_t prefix = piece.find(u'}') + 1;
+            pieces += u" " + piece.substr(0, prefix) + ToText((long long)(piece.size() - prefix));
+            joined += piece.substr(prefix);
+        }
+        EXPECT_EQ(ToUtf8(pieces), ToUtf8(row.pieces));
+        EXPECT_EQ(joined, u"设备1\"" + memo + u"\"的web服务正常。");
+        EXPECT_EQ(plan.repetitions, row.most);
+        EXPECT_EQ(plan.SMSCount(), std::size_t(row.most) * 2 * plan.pieces.size());
+    }
+}
+
+TEST(NotificationPlan, QuietTimeHoldsFromItsStartToItsEnd) {
+    using enum QuietTime::State;
+    Settings settings = Everything();
+    const auto quiet = [&settings](int weekday, int hour, int minute) {
+        const CalendarTime at{.hour = hour, .minute = minute, .weekday = weekday};
+        return Plan({}, settings, at).quiet.state;
+    };
+    EXPECT_EQ(quiet(1, 8, 0), kOff);
+    settings.QuietTimeOn = true;
+    EXPECT_EQ(quiet(1, 7, 29), kOutside);
+    EXPECT_EQ(quiet(1, 7, 30), kQuiet);
+    EXPECT_EQ(quiet(1, 8, 0), kQuiet);
+    EXPECT_EQ(quiet(1, 8, 1), kOutside);
+    EXPECT_EQ(quiet(0, 8, 0), kOtherDay);
+    settings.QuietTimes[2] = u"22:00"; // over midnight
+    EXPECT_EQ(quiet(1, 23, 0), kOutside);
+    EXPECT_EQ(quiet(1, 5, 0), kOutside);
+    settings.QuietTimes[2] = u"";
+    EXPECT_EQ(quiet(1, 0, 0), kQuiet);
+}
+
+TEST(NotificationPlan, LinkEventsNeedTheSwitchAndTheMode) {
+    const auto channels = [](bool sms, bool email, TextView mode) {
+        Settings settings;
+        settings.SMSNotifyOn = sms;
+        settings.EmailNotifyOn = email;
+        settings.NotifyMode = mode;
+        return NotifyChannels(settings);
+    };
+    EXPECT_EQ(channels(true, true, u"SMS"), u"10");
+    EXPECT_EQ(channels(true, true, u"Email"), u"01");
+    EXPECT_EQ(channels(false, true, u"S+E"), u"01");
+    EXPECT_EQ(channels(true, false, u"S+E"), u"10");
+    EXPECT_EQ(channels(true, true, u"s+e"), u"00");
+}
+
+} // namespace
+} // namespace tarnex
