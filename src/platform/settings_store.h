@@ -34,8 +34,8 @@ class SettingsStore {
     virtual std::string Name() const = 0;
     // Nothing when there is no readable file.
     virtual std::optional<FileStamp> Stamp() const = 0;
-    // The whole content from one moment: read again when the file changed meanwhile. Content beyond
-    // 1 MiB is not read.
+    // The whole content from one moment: read again when the file changed meanwhile. A file of more
+    // than 1 MiB is not read: file_too_large.
     virtual SettingsReading Read() const = 0;
     // Replaces the content by edit(present content) in one atomic step, under the lock that all
     // programs of this system use; a file that another program changes meanwhile is read and

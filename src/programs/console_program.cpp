@@ -20,7 +20,7 @@ constexpr char kUsage[] =
     "  --help, --version\n"
     "\n"
     "Exit status: 0 done, 64 wrong usage, 66, 74 and 77 the settings file cannot be read (no\n"
-    "ordinary file, a failure, no rights), 69 no display.\n";
+    "ordinary file or over 1 MiB, a failure, no rights), 69 no display.\n";
 
 } // namespace
 

@@ -18,7 +18,9 @@ FileInstanceLock MakeLock() {
 ExitStatus StatusFor(std::error_code problem) {
     if (problem == std::errc::permission_denied)
         return kExitNoRights;
-    return problem == std::errc::is_a_directory ? kExitNoInput : kExitIo;
+    if (problem == std::errc::is_a_directory || problem == std::errc::file_too_large)
+        return kExitNoInput;
+    return kExitIo;
 }
 
 } // namespace

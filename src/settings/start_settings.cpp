@@ -37,9 +37,12 @@ SettingsReading ReadAtStart(const SettingsStore& store, const CodePage& code_pag
 }
 
 std::string Unreadable(const std::string& file, std::error_code problem) {
-    const bool no_file = problem == std::errc::is_a_directory;
-    return "The settings file " + file + " cannot be read (" +
-           (no_file ? "it is no ordinary file" : problem.message()) + ")";
+    std::string words = problem.message();
+    if (problem == std::errc::is_a_directory)
+        words = "it is no ordinary file";
+    else if (problem == std::errc::file_too_large)
+        words = "it is longer than 1 MiB";
+    return "The settings file " + file + " cannot be read (" + words + ")";
 }
 
 std::string SettingsPath(const char* windir) {

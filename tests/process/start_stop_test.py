@@ -80,6 +80,7 @@ class StartStop(unittest.TestCase):
     def test_without_a_readable_settings_file_every_program_says_so_and_ends(self):
         self.assertIn("is missing", self.ends_with(None))
         self.assertIn("cannot be read (it is no", self.ends_with("folder", status=66))
+        self.assertIn("(it is longer than 1 MiB)", self.ends_with(b";\n" * (1 << 20), status=66))
         reader = NOBODY if os.geteuid() == 0 else None
         self.assertIn("(Permission denied)", self.ends_with(b"", 0o000, reader, status=77))
 

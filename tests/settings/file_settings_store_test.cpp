@@ -156,7 +156,8 @@ TEST_F(FileSettingsStoreTest, ContentBeyondTheLimitIsNeitherReadNorLost) {
     WriteFile(path, most);
     EXPECT_TRUE(store.Update([](const std::string& content) { return content; }));
     WriteFile(path, most + "b");
-    EXPECT_EQ(store.Read().content, most);
+    EXPECT_EQ(store.Read().problem, std::errc::file_too_large);
+    EXPECT_TRUE(store.Read().content.empty());
     EXPECT_FALSE(store.Update(AppendX));
     EXPECT_EQ(store.Problem(), std::errc::file_too_large);
     EXPECT_EQ(FileContent(path), most + "b");

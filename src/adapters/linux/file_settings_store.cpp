@@ -35,12 +35,12 @@ constexpr auto kLockPause = 10ms;
 struct Image {
     enum class Kind { kFile, kMissing, kUnusable };
     Kind kind = Kind::kUnusable;
-    std::error_code problem; // of one that is no file
+    std::error_code problem; // of one that cannot be used
     FileStamp stamp;
     uid_t owner = 0;
     gid_t group = 0;
     mode_t mode = 0;
-    std::string content; // at most one byte more than kLongestContent
+    std::string content; // at most kLongestContent bytes
 };
 
 std::error_code LastError() {
@@ -109,6 +109,9 @@ Image ReadOnce(const std::string& path, bool& changing) {
     image.problem = ReadUpTo(file.Get(), kLongestContent + 1, content);
     if (!image.problem && fstat(file.Get(), &after) != 0)
         image.problem = LastError();
+    // Half of it would pass for the whole.
+    if (!image.problem && content.size() > kLongestContent)
+        image.problem = std::make_error_code(std::errc::file_too_large);
     if (image.problem)
         return image;
     image.kind = Image::Kind::kFile;
@@ -196,7 +199,6 @@ std::optional<FileStamp> FileSettingsStore::Stamp() const {
 
 SettingsReading FileSettingsStore::Read() const {
     Image image = ReadWhole(path_, pause_);
-    image.content.resize(std::min(image.content.size(), kLongestContent));
     return {.content = std::move(image.content), .problem = image.problem};
 }
 
@@ -224,8 +226,6 @@ std::error_code FileSettingsStore::UpdateOnce(const std::string& target,
     const Image present = ReadWhole(target, pause_);
     if (present.kind == Image::Kind::kUnusable)
         return present.problem;
-    if (present.content.size() > kLongestContent)
-        return std::make_error_code(std::errc::file_too_large);
     // A program that writes in place would lose its second half with the file it writes to.
     const bool own = own_write_ && SameState(*own_write_, present.stamp);
     if (present.kind == Image::Kind::kFile && !own && Age(present.stamp) < kWriteTime)
