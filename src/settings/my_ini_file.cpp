@@ -1,6 +1,7 @@
 #include "settings/my_ini_file.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tarnex {
 
@@ -51,9 +52,13 @@ bool MyIniFile::Write(TextView section, std::span<const TextView> keys, TextView
         return content == present ? std::nullopt : content;
     };
     const bool written = store_.Update(edit);
-    if (possible)
-        last_write_failed_ = !written;
-    return possible;
+    if (!possible)
+        return false;
+    last_write_failed_ = !written;
+    failed_unreadable_ = !written && store_.Read().Unreadable();
+    if (failed_unreadable_)
+        stamp_.reset(); // the next look is a real one
+    return true;
 }
 
 std::shared_ptr<const IniDocument> MyIniFile::Snapshot() const {
@@ -65,6 +70,8 @@ std::shared_ptr<const IniDocument> MyIniFile::Snapshot() const {
     read_problem_ = reading.Unreadable() ? reading.problem : std::error_code();
     if (!read_problem_ || !parsed_)
         parsed_ = std::make_shared<const IniDocument>(reading.content, code_page_);
+    if (!read_problem_ && std::exchange(failed_unreadable_, false))
+        last_write_failed_ = false;
     stamp_ = reading.problem ? std::nullopt : stamp;
     return parsed_;
 }

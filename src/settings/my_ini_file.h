@@ -29,7 +29,8 @@ class MyIniFile {
     // The same value under several keys in their order, all in one step or none.
     bool WriteIniStr(TextView section, std::span<const TextView> keys, TextView value);
 
-    // The last value that was to be written is not in the file: it cannot be written.
+    // The last value that was to be written is not in the file: it cannot be written. One that
+    // failed since the file cannot be read counts until that is read again.
     bool LastWriteFailed() const { return last_write_failed_; }
 
     // Why the last look at the file found one that cannot be read; nothing when it was read, or
@@ -45,7 +46,8 @@ class MyIniFile {
 
     SettingsStore& store_;
     const CodePage& code_page_;
-    bool last_write_failed_ = false;
+    mutable bool last_write_failed_ = false;
+    mutable bool failed_unreadable_ = false; // it failed, and the file could not be read either
     // The parsed file of stamp_; reused only while the stamp is settled and still the same.
     mutable std::optional<FileStamp> stamp_;
     mutable std::shared_ptr<const IniDocument> parsed_;

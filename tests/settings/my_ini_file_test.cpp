@@ -62,6 +62,13 @@ TEST_F(MyIniFileTest, AFileThatCannotBeWrittenIsTold) {
     EXPECT_TRUE(file.WriteIniStr(u"S", u"k", u" v "));
     EXPECT_FALSE(file.LastWriteFailed());
     EXPECT_EQ(file.GetIniStr(u"S", u"k"), u" v ");
+
+    store.Readable = store.Writable = false; // a folder in its place, say, and then the file again
+    file.WriteIniStr(u"S", u"k", u"w");
+    EXPECT_TRUE(file.LastWriteFailed());
+    store.Readable = store.Writable = true;
+    EXPECT_EQ(file.GetIniStr(u"S", u"k"), u" v ");
+    EXPECT_FALSE(file.LastWriteFailed());
 }
 
 TEST_F(MyIniFileTest, ReadsTheFileAgainWheneverItCanHaveChanged) {
