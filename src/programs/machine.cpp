@@ -28,7 +28,9 @@ ExitStatus StatusFor(std::error_code problem) {
 Machine::Machine(const char* program_name)
     : program(program_name), store(SettingsPath(std::getenv("WINDIR"))),
       code_page(settings.code_page), ports(loop, SerialDevicePaths(settings.device_paths)),
-      lock(MakeLock()) {}
+      lock(MakeLock()) {
+    lock.SetNotice([this](const std::string& line) { Say(line); });
+}
 
 // Plain C output: the standard streams would cost a tenth of the service's idle memory.
 void Machine::Say(const std::string& line) const {

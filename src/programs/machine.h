@@ -14,6 +14,7 @@ namespace tarnex {
 struct Machine {
     // program: the name under which it speaks to its operator.
     explicit Machine(const char* program);
+    Machine(const Machine&) = delete;
 
     // Reads what holds from the start on; until then it has its defaults. kExitDone, or, when the
     // settings file is there and cannot be read, the status with which the program ends: it must

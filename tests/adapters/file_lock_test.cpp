@@ -80,6 +80,10 @@ TEST_F(InstanceLockFile, AFileThatStrangersMayLockIsReplaced) {
     EXPECT_EQ(file.st_mode & 07777, 0640u);
     EXPECT_FALSE(FileInstanceLock(folder.Path("lock")).Acquire());
     close(stranger);
+
+    ASSERT_EQ(chmod(folder.Path("lock").c_str(), 0644), 0); // by an administrator
+    EXPECT_FALSE(FileInstanceLock(folder.Path("lock")).Acquire());
+    EXPECT_EQ(folder.Read("lock"), own_record);
 }
 
 TEST_F(InstanceLockFile, AFileOfAnotherUserLocksAllTheSame) {
@@ -96,10 +100,18 @@ TEST_F(InstanceLockFile, AFileOfAnotherUserLocksAllTheSame) {
     EXPECT_EQ(folder.Read("lock"), "1\n");
 }
 
-TEST_F(InstanceLockFile, AnUnusableFileKeepsNobodyFromRunning) {
-    EXPECT_TRUE(FileInstanceLock(folder.Path("no/such/folder")).Acquire());
+TEST_F(InstanceLockFile, AnUnusableFileKeepsNobodyFromRunningButIsTold) {
     std::filesystem::create_symlink(folder.Path("victim"), folder.Path("link"));
-    EXPECT_TRUE(FileInstanceLock(folder.Path("link")).Acquire());
+    std::filesystem::create_directory(folder.Path("folder"));
+    for (const auto& [name, problem] :
+         {std::pair{"no/such/folder", "no such file or folder"},
+          std::pair{"link", "it is a symbolic link"}, std::pair{"folder", "it is a folder"}}) {
+        std::string told;
+        FileInstanceLock unusable(folder.Path(name));
+        unusable.SetNotice([&](const std::string& line) { told += line; });
+        EXPECT_TRUE(unusable.Acquire());
+        EXPECT_NE(told.find(folder.Path(name) + ": " + problem), std::string::npos) << told;
+    }
     EXPECT_FALSE(folder.Has("victim"));
 }
 

@@ -1,6 +1,7 @@
 #include "adapters/system/file_lock.h"
 
 #include "adapters/linux/pidfd.h"
+#include "platform/error_words.h"
 
 #include <cerrno>
 #include <charconv>
@@ -31,7 +32,12 @@ std::string FolderOf(const std::string& path) {
 UniqueFd OpenOrMake(const std::string& path) {
     constexpr int kFlags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
     UniqueFd file(open(path.c_str(), kFlags | O_RDWR | O_CREAT, kMode));
-    return file ? std::move(file) : UniqueFd(open(path.c_str(), kFlags | O_RDONLY));
+    const int error = errno;
+    if (!file)
+        file = UniqueFd(open(path.c_str(), kFlags | O_RDONLY));
+    if (!file && errno == ENOENT)
+        errno = error; // why it cannot be made
+    return file;
 }
 
 // Nobody else can have it open: neither its mode nor its owner lets strangers in.
@@ -39,25 +45,6 @@ bool IsOurs(const struct stat& file, const struct stat& folder) {
     const bool known_owner =
         file.st_uid == 0 || file.st_uid == geteuid() || file.st_uid == folder.st_uid;
     return known_owner && (file.st_mode & kOthers) == 0;
-}
-
-// One that is not ours is replaced: changing its mode would not close it for who has it open.
-UniqueFd OpenOurs(const std::string& path) {
-    const std::string parent = FolderOf(path);
-    mkdir(parent.c_str(), kFolderMode);
-    for (int i = 0; i < kAttempts; ++i) {
-        UniqueFd file = OpenOrMake(path);
-        struct stat opened, present, folder;
-        if (!file || fstat(file.Get(), &opened) != 0 || stat(parent.c_str(), &folder) != 0)
-            return {};
-        if (IsOurs(opened, folder))
-            return file;
-        // Not the new one that another copy has made meanwhile.
-        if (lstat(path.c_str(), &present) == 0 && present.st_ino == opened.st_ino &&
-            unlink(path.c_str()) != 0)
-            return {};
-    }
-    return {};
 }
 
 // A file that the superuser makes is for the user of the service, too, whose folder it is in.
@@ -91,6 +78,45 @@ bool RunsThisProgram(pid_t process) {
            own.st_dev == other.st_dev && own.st_ino == other.st_ino;
 }
 
+struct Opened {
+    UniqueFd file{};
+    bool held = false;     // by another copy of this program; there is no file then
+    std::string problem{}; // why there is no file
+};
+
+Opened Problem(int error) {
+    const std::error_code code(error, std::generic_category());
+    return {.problem = error == ELOOP ? "it is a symbolic link" : WordsFor(code).english};
+}
+
+bool HeldByLiveCopy(int file) {
+    const bool locked = flock(file, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    return locked && RunsThisProgram(Recorded(file));
+}
+
+// One that is not ours is replaced: changing its mode would not close it for who has it open.
+Opened OpenOurs(const std::string& path) {
+    const std::string parent = FolderOf(path);
+    mkdir(parent.c_str(), kFolderMode);
+    for (int i = 0; i < kAttempts; ++i) {
+        UniqueFd file = OpenOrMake(path);
+        struct stat opened, present, folder;
+        if (!file || fstat(file.Get(), &opened) != 0 || stat(parent.c_str(), &folder) != 0)
+            return Problem(errno);
+        if (S_ISDIR(opened.st_mode))
+            return Problem(EISDIR);
+        if (IsOurs(opened, folder))
+            return {.file = std::move(file)};
+        if (HeldByLiveCopy(file.Get()))
+            return {.held = true};
+        // Not the new one that another copy has made meanwhile.
+        if (lstat(path.c_str(), &present) == 0 && present.st_ino == opened.st_ino &&
+            unlink(path.c_str()) != 0)
+            return Problem(errno);
+    }
+    return {.problem = "others keep putting theirs in its place"};
+}
+
 } // namespace
 
 FileInstanceLock::FileInstanceLock() : paths_{std::string(kRuntimeFolder) + "/lock"} {
@@ -99,17 +125,28 @@ FileInstanceLock::FileInstanceLock() : paths_{std::string(kRuntimeFolder) + "/lo
 }
 
 bool FileInstanceLock::Acquire() {
+    std::string problems;
     for (const std::string& path : paths_) {
-        UniqueFd file = OpenOurs(path);
-        if (!file)
-            continue;
-        if (flock(file.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+        Opened opened = OpenOurs(path);
+        if (opened.file && flock(opened.file.Get(), LOCK_EX | LOCK_NB) != 0) {
+            const int error = errno;
+            opened = Problem(error);
+            opened.held = error == EWOULDBLOCK;
+        }
+        if (opened.held)
             return false;
-        GiveToOwnerOfFolder(file.Get(), path);
-        std::ignore = Record(file.Get(), getpid()); // without it there is nobody to find later
-        held_ = std::move(file);
-        break;
+        if (opened.file) {
+            GiveToOwnerOfFolder(opened.file.Get(), path);
+            std::ignore = Record(opened.file.Get(), getpid()); // else there is nobody to find later
+            held_ = std::move(opened.file);
+            return true;
+        }
+        problems += (problems.empty() ? "" : "; ") + path + ": " + opened.problem;
     }
+    if (notice_)
+        notice_(
+            "No lock keeps a second program of TarnexComm from using the unit at the same time (" +
+            problems + "). Remove what is in its place, or give this user access to its folder.");
     return true;
 }
 

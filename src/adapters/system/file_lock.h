@@ -3,6 +3,7 @@
 #include "adapters/linux/unique_fd.h"
 #include "platform/service_controller.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -12,22 +13,28 @@ namespace tarnex {
 // behind unlocked; where it may not be written to, it is locked all the same and records nobody.
 //
 // Who can open the file can lock it, and so keep the service from running: only its owner, the
-// superuser and the file's group can. One that others may have open is replaced by a new one.
+// superuser and the file's group can. One that others may have open is replaced by a new one,
+// unless a live copy of this program holds it.
 class FileInstanceLock : public InstanceLock {
   public:
     // In the runtime folder of the service; for users who may not enter that, in their own.
     FileInstanceLock();
     explicit FileInstanceLock(std::string path) : paths_{std::move(path)} {}
 
+    // For the operator, in one line: no lock could be had, and why.
+    using Notice = std::function<void(const std::string& line)>;
+    void SetNotice(Notice notice) { notice_ = std::move(notice); }
+
     // Makes the file, and the last folder of its path, where they are missing. A file that cannot
-    // be opened at all keeps nobody from running.
+    // serve keeps nobody from running, but is told.
     bool Acquire() override;
     // Does nothing unless this object holds the lock.
     void KillLeftOver() override;
 
   private:
-    std::vector<std::string> paths_; // the first one that can be opened
+    std::vector<std::string> paths_; // the first one that serves
     UniqueFd held_;
+    Notice notice_;
 };
 
 } // namespace tarnex
