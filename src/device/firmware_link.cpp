@@ -23,7 +23,7 @@ class FirmwareLink::Closing {
     ~Closing() {
         link_.exchange_ = Task<>();
         link_.FirmComTimer.Disable();
-        link_.hex_file_.reset();
+        link_.program_ = {};
         link_.FirmConnect(0);
         link_.firm_mode_ = false;
     }
@@ -54,15 +54,14 @@ void FirmwareLink::HardwareLost() {
     changed_.Notify();
 }
 
-Task<bool> FirmwareLink::FirmwareFlash(int port, std::string hexFile) {
+Task<bool> FirmwareLink::FirmwareFlash(int port, HexProgram program) {
     const Closing closing(*this);
     FlashOK_ = false;
     FlashDone_ = false;
     line_lost_ = false;
     progress_ = FlashProgress();
+    program_ = std::move(program);
     display_.List1Additem(u"打开HEX文件");
-    if (!OpenFile(hexFile))
-        co_return FlashOK_;
     display_.List1Additem(u"用升级模式打开Com" + ToText(port));
     if (!OpenPort(port))
         co_return FlashOK_;
@@ -71,16 +70,6 @@ Task<bool> FirmwareLink::FirmwareFlash(int port, std::string hexFile) {
     display_.List1Additem(u"开始握手");
     co_await ShakeHands();
     co_return FlashOK_;
-}
-
-bool FirmwareLink::OpenFile(const std::string& path) {
-    OpenedLineFile opened = parts_.files.Open(path);
-    hex_file_ = std::move(opened.file);
-    if (hex_file_)
-        return true;
-    progress_.file_problem = std::move(opened.problem);
-    End(Fail(FlashFault::kNoFile));
-    return false;
 }
 
 // Opened twice: the second opening discards what the change of speed made of the line.
@@ -174,28 +163,22 @@ Task<bool> FirmwareLink::Erase() {
     co_return erased;
 }
 
+// record must outlive the wait.
 Task<bool> FirmwareLink::WriteRecords() {
     progress_.step = FlashStep::kWrite;
     display_.List1Additem(u"擦除成功，开始写入。");
     display_.show_address();
-    for (;;) {
-        HexItem item = ReadHexItem(*hex_file_);
+    for (const HexRecord& record : program_) {
         ++progress_.line;
-        if (std::holds_alternative<HexEnd>(item))
-            break;
-        if (const auto* trouble = std::get_if<HexTrouble>(&item)) {
-            progress_.trouble = *trouble;
-            co_return Fail(FlashFault::kBadLine);
-        }
-        const bool written = co_await WriteRecord(std::move(std::get<HexRecord>(item)));
+        const bool written = co_await WriteRecord(record);
         if (!written)
             co_return false;
     }
-    hex_file_.reset();
     co_return co_await SendFrame(FirmwareCommand::kErase); // closes the programming
 }
 
-Task<bool> FirmwareLink::WriteRecord(HexRecord record) {
+// record must outlive the wait.
+Task<bool> FirmwareLink::WriteRecord(const HexRecord& record) {
     progress_.address.assign(record.address.begin(), record.address.end());
     co_await SendBlock(DataFrame(record));
     const bool written = co_await CheckWriteAck(DataSum(record.data));

@@ -52,7 +52,6 @@ class FirmwareLink {
     struct Parts {
         Clock& clock;
         CommPort& port;
-        LineFiles& files;
         DeviceTrace& trace;
     };
     // The parts must outlive the link.
@@ -66,9 +65,9 @@ class FirmwareLink {
     void SetDisplay(Display display) { display_ = std::move(display); }
 
     // The whole update on a port that nothing has open; true when it succeeded. Cancelled or not,
-    // port and file are closed afterwards. One update at a time. hexFile: a path in the system's
-    // own bytes.
-    Task<bool> FirmwareFlash(int port, std::string hexFile);
+    // the port is closed afterwards. One update at a time. The caller has read program from a HEX
+    // file and judged it: a file that is read while the unit is written may change in between.
+    Task<bool> FirmwareFlash(int port, HexProgram program);
     // Opens COM<port> in firmware mode; 0 closes the open port, and is absent without one.
     PortStatus FirmConnect(int port);
     // Load address of the record being written, "" before the first.
@@ -104,7 +103,7 @@ class FirmwareLink {
     Task<bool> AcknowledgeThrice();
     Task<bool> Erase();
     Task<bool> WriteRecords();
-    Task<bool> WriteRecord(HexRecord record);
+    Task<bool> WriteRecord(const HexRecord& record);
 
     Task<bool> SendFrame(FirmwareCommand command);
     Task<bool> SendBlock(std::string block);
@@ -114,7 +113,6 @@ class FirmwareLink {
     Task<bool> ReadAnswer(std::span<const int> pattern);
     Task<std::uint8_t> ReadByte();
 
-    bool OpenFile(const std::string& path);
     bool OpenPort(int port);
     bool Fail(FlashFault fault);
     void End(bool ok);
@@ -123,7 +121,7 @@ class FirmwareLink {
     Display display_;
     Signal
         changed_; // bytes arrived, the byte time-out passed, the line was lost, the exchange ended
-    std::unique_ptr<LineFile> hex_file_;
+    HexProgram program_;
     Task<> exchange_;
     FlashProgress progress_;
     bool firm_mode_ = false;

@@ -34,7 +34,10 @@ bool HexSummary::Add(const HexItem& item) {
 }
 
 void HexSummary::AddRecord(const HexRecord& record) {
-    ++records_;
+    if (++records_ == kMostRecords + 1)
+        AddTrouble(HexTrouble::kTooMany);
+    if (!fault_)
+        program_.push_back(record);
     bytes_ += long(record.data.size());
     if (!record.checksum_holds)
         AddTrouble(HexTrouble::kWrongChecksum);
@@ -62,8 +65,10 @@ void HexSummary::AddRecord(const HexRecord& record) {
 
 void HexSummary::AddTrouble(HexTrouble trouble) {
     const OddHexLine odd{.line = lines_, .trouble = trouble};
-    if (!fault_ && EndsUpdate(trouble))
+    if (!fault_ && EndsUpdate(trouble)) {
         fault_ = odd;
+        program_ = {};
+    }
     ++odd_count_;
     if (odd_.size() < kMostListed)
         odd_.push_back(odd);

@@ -5,6 +5,7 @@
 #include <bitset>
 #include <chrono>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace tarnex {
@@ -19,6 +20,8 @@ class HexSummary {
   public:
     // Of more odd lines than this, the further ones are counted only.
     static constexpr std::size_t kMostListed = 1000;
+    // One for each address of a unit. They are held, and a file of any length must cost no memory.
+    static constexpr long kMostRecords = 0x10000;
 
     // Takes the next line; false once nothing behind it counts.
     bool Add(const HexItem& item);
@@ -28,6 +31,10 @@ class HexSummary {
     // The first line that cannot be sent, in a file that was read to its end; without one an
     // update with this file can succeed.
     const std::optional<OddHexLine>& Fault() const { return fault_; }
+
+    // Hands over the records, so that an update sends what was judged here, whatever has become of
+    // the file; none where there is a fault.
+    HexProgram TakeProgram() { return std::exchange(program_, {}); }
 
     long Records() const { return records_; }
     long Bytes() const { return bytes_; }
@@ -44,6 +51,7 @@ class HexSummary {
     void AddRecord(const HexRecord& record);
     void AddTrouble(HexTrouble trouble);
 
+    HexProgram program_;
     long lines_ = 0;
     long records_ = 0;
     long bytes_ = 0;

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 namespace tarnex {
 
@@ -24,6 +25,7 @@ enum class HexTrouble {
     kTooMuchData, // more than kMostHexData bytes
     kTruncated,   // less data than its count says
     kSurplus,     // more data than its count says
+    kTooMany,     // records: HexSummary::kMostRecords are before it
     kNoEndRecord, // the file ends before it
     // These are sent to the unit all the same.
     kWrongChecksum,
@@ -39,6 +41,7 @@ struct HexRecord {
     std::string data; // at most kMostHexData bytes
     bool checksum_holds = true;
 };
+using HexProgram = std::vector<HexRecord>; // what an update sends, in this order
 struct HexEnd {};
 using HexItem = std::variant<HexRecord, HexEnd, HexTrouble>;
 

@@ -11,7 +11,6 @@ class TarnexCore {
     struct Parts {
         Clock& clock;
         SerialPorts& ports;
-        LineFiles& files; // HEX files of firmware updates
         const CodePage& code_page;
         const MyIniFile& ini;
         DebugLists& lists;

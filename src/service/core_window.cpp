@@ -118,10 +118,11 @@ Task<Text> CoreWindow::DebugOff() {
 // service looks for the unit anew.
 Task<Text> CoreWindow::Firmware() {
     TarnexCore& core = parts_.core;
-    const OpenedLineFile opened = parts_.files.Open(kFirmwareFile);
+    OpenedLineFile opened = parts_.files.Open(kFirmwareFile);
     if (!opened.file)
         co_return u"不能读取当前目录的Tarnex_20050626.hex：" + opened.problem.chinese;
-    const HexSummary summary = HexSummary::Read(*opened.file);
+    HexSummary summary = HexSummary::Read(*opened.file);
+    opened.file.reset();
     if (summary.Fault())
         co_return u"文件第" + ToText(summary.Fault()->line) + u"行有错，没有升级。";
     if (core.discovery.ConnectStatus() == 0)
@@ -131,7 +132,8 @@ Task<Text> CoreWindow::Firmware() {
     Results.Add(u"正在升级Firmware,请等待.");
     co_await core.commands.RESET_NOBACK();
     const int port = core.discovery.ConnectClose();
-    const bool upgraded = co_await core.firmware.FirmwareFlash(port, kFirmwareFile);
+    HexProgram program = summary.TakeProgram();
+    const bool upgraded = co_await core.firmware.FirmwareFlash(port, std::move(program));
     parts_.set_to_research();
     co_return Text(upgraded ? u"升级成功!" : u"升级失败! 请停止服务，用tarnex-flasher再次升级。");
 }

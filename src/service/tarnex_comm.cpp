@@ -35,7 +35,6 @@ TarnexComm::TarnexComm(World world)
       ini_(world_.settings_store, world_.code_page), log_(world_.clock, world_.log_table, notices_),
       core_({.clock = world_.clock,
              .ports = world_.serial_ports,
-             .files = world_.files,
              .code_page = world_.code_page,
              .ini = ini_,
              .lists = lists_,

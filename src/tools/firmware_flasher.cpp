@@ -176,7 +176,7 @@ void FirmwareFlasher::Disconnect() {
 
 Task<> FirmwareFlasher::Upgrade() {
     DisableAll();
-    const FirmwareFile file = ReadFirmwareFile(world_.files, hex_file_);
+    FirmwareFile file = ReadFirmwareFile(world_.files, hex_file_);
     if (!file.Sendable()) {
         EndInFailure(file.verdict);
         co_return;
@@ -190,15 +190,16 @@ Task<> FirmwareFlasher::Upgrade() {
     List1Additem(u"");
     co_await core.commands.RESET_NOBACK();
     const int port = core.discovery.ConnectClose();
-    const bool upgraded = co_await Write(port, file.summary.Bytes());
+    const bool upgraded = co_await Write(port, std::move(file.summary));
     if (!upgraded)
         EndInFailure(core.firmware.Progress());
 }
 
-Task<bool> FirmwareFlasher::Write(int port, long total_bytes) {
-    total_bytes_ = total_bytes;
+Task<bool> FirmwareFlasher::Write(int port, HexSummary file) {
+    total_bytes_ = file.Bytes();
     GetAddrTimer.Enable();
-    const bool upgraded = co_await link_.core.firmware.FirmwareFlash(port, hex_file_);
+    HexProgram program = file.TakeProgram();
+    const bool upgraded = co_await link_.core.firmware.FirmwareFlash(port, std::move(program));
     if (upgraded) {
         List1Additem(u"升级成功!");
         Disconnect();
@@ -222,7 +223,7 @@ void FirmwareFlasher::EndInFailure(const FlashProgress& progress) {
 // that answers after all is connected.
 Task<> FirmwareFlasher::CallLoader() {
     DisableAll();
-    const FirmwareFile file = ReadFirmwareFile(world_.files, hex_file_);
+    FirmwareFile file = ReadFirmwareFile(world_.files, hex_file_);
     if (port_ == 0)
         port_ = link_.core.discovery.LastPort();
     if (!file.Sendable()) {
@@ -238,7 +239,7 @@ Task<> FirmwareFlasher::CallLoader() {
             ListConnected(port_);
         } else {
             List1Additem(u"设备没有应答，改为呼叫它的升级程序。请将设备断电后重新上电。");
-            const bool upgraded = co_await Write(port_, file.summary.Bytes());
+            const bool upgraded = co_await Write(port_, std::move(file.summary));
             if (!upgraded)
                 ListFailure(link_.core.firmware.Progress());
         }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "device/hex_summary.h"
 #include "tools/tool_form.h"
 #include "ui/file_dialog.h"
 
@@ -46,7 +47,7 @@ class FirmwareFlasher : public ToolForm {
     void ListConnected(int port);
     Task<> Upgrade();
     Task<> CallLoader();
-    Task<bool> Write(int port, long total_bytes);
+    Task<bool> Write(int port, HexSummary file);
     void EndInFailure(const FlashProgress& progress);
     void ListFailure(const FlashProgress& progress);
     void Command6_Click();

@@ -46,6 +46,8 @@ Words TroubleWords(HexTrouble trouble) {
         return {"has less data than its count says", u"数据少于记录的字节数"};
     case HexTrouble::kSurplus:
         return {"has more data than its count says", u"数据多于记录的字节数"};
+    case HexTrouble::kTooMany:
+        return {"is one record too many: a unit has 65536 addresses", u"记录太多，超过65536条"};
     case HexTrouble::kNoEndRecord:
         return {"is missing: the file ends without the end record :00000001FF",
                 u"缺失：文件没有结束记录:00000001FF"};
@@ -81,7 +83,7 @@ Words PortWords(PortStatus status) {
 
 std::string Place(const FlashProgress& progress) {
     std::string place = StepWords(progress.step).english;
-    if (progress.step == FlashStep::kWrite && progress.fault != FlashFault::kBadLine)
+    if (progress.step == FlashStep::kWrite)
         place += " at address " + ToUtf8(progress.address) + " (line " +
                  std::to_string(progress.line) + " of the file)";
     return place;
@@ -166,7 +168,7 @@ std::string UpdateCommand(const std::string& port, const std::string& file) {
 
 std::vector<Text> FailureInChinese(const FlashProgress& progress, const std::string& command) {
     Text place(StepWords(progress.step).chinese);
-    if (progress.step == FlashStep::kWrite && progress.fault != FlashFault::kBadLine)
+    if (progress.step == FlashStep::kWrite)
         place += u"地址" + progress.address;
     std::vector<Text> lines{place + u"：" + CauseInChinese(progress) + u"。"};
     if (ProgramTouched(progress))

@@ -131,7 +131,9 @@ Task<int> LineFlasher::Update(std::optional<UpdatePort> port, std::string file) 
 
     began_ = step_began_ = world_.clock.Now();
     progress_timer_.Enable();
-    const bool updated = co_await link_.core.firmware.FirmwareFlash(port_.number, file);
+    HexProgram program = file_.summary.TakeProgram();
+    const bool updated =
+        co_await link_.core.firmware.FirmwareFlash(port_.number, std::move(program));
     progress_timer_.Disable();
     const int status = Report(updated);
     if (updated)

@@ -205,7 +205,7 @@ Task<> OCXDebug::AlarmsOff() {
 
 Task<> OCXDebug::Upgrade() {
     TarnexCore& core = link_.core;
-    const FirmwareFile file = ReadFirmwareFile(world_.files, kFirmwareFile);
+    FirmwareFile file = ReadFirmwareFile(world_.files, kFirmwareFile);
     if (!file.Sendable()) {
         ListFailure(file.verdict, core.discovery.ConnectClose());
         co_return;
@@ -225,7 +225,8 @@ Task<> OCXDebug::Upgrade() {
     Text6.SetValue(u"Erase");
     Text6.SetVisible(true);
     GetAddrTimer.Enable();
-    const bool upgraded = co_await core.firmware.FirmwareFlash(port, kFirmwareFile);
+    HexProgram program = file.summary.TakeProgram();
+    const bool upgraded = co_await core.firmware.FirmwareFlash(port, std::move(program));
     if (upgraded) {
         Log(u"升级成功!");
         co_await Run(kConnectButton);

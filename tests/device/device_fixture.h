@@ -76,14 +76,12 @@ class DeviceTest : public testing::Test, protected World {
 
     SimulatedSerialPorts ports{clock};
     ScriptedDevice device{clock};
-    SimulatedLineFiles files;
     const IconvCodePage& gbk = code_page;
     DebugWindow& form = window;
     DebugLists& lists = window.lists;
     int losses = 0;
     TarnexCore core{{.clock = clock,
                      .ports = ports,
-                     .files = files,
                      .code_page = code_page,
                      .ini = ini,
                      .lists = lists,

@@ -1,3 +1,4 @@
+#include "device/hex_summary.h"
 #include "simulator/simulated_unit.h"
 #include "tests/device/device_fixture.h"
 
@@ -16,31 +17,36 @@ class FirmwareTest : public DeviceTest {
   protected:
     FirmwareTest() {
         ports.Plug(7, unit);
-        files.Files["unit.hex"] = kFile;
         core.firmware.SetDisplay(
             {.List1Additem = [this](const Text& line) { told.push_back(line); },
              .show_address = [this] { told.push_back(u"(address)"); }});
     }
     ~FirmwareTest() override { ports.Unplug(7); }
     // Restarts the unit and runs an update to its end.
-    bool Flash(const std::string& file = "unit.hex", int port = 7) {
+    bool Flash(int port = 7) {
         unit.Boot();
         told.clear();
         ports.ForgetWritten(7);
         start = clock.Now();
-        Running<bool> flash(clock, core.firmware.FirmwareFlash(port, file));
+        Running<bool> flash(clock, core.firmware.FirmwareFlash(port, Program()));
         EXPECT_TRUE(clock.RunUntil([&] { return flash.result.has_value(); }, 5min));
         took = flash.ended - start;
         EXPECT_TRUE(Closed());
         return flash.result.value_or(false);
     }
     bool Closed() const {
-        return files.OpenCount == 0 && !ports.OpenSettings(7) && !core.firmware.FirmMode() &&
+        return !ports.OpenSettings(7) && !core.firmware.FirmMode() &&
                !core.firmware.FirmComTimer.Enabled();
+    }
+    HexProgram Program() const {
+        SimulatedLineFiles files;
+        files.Files["unit.hex"] = hex_file;
+        return HexSummary::Read(*files.Open("unit.hex").file).TakeProgram();
     }
     const FlashProgress& Progress() const { return core.firmware.Progress(); }
 
     SimulatedUnit unit{clock};
+    std::string hex_file = kFile;
     std::vector<Text> told;
     Duration took{};
 };
@@ -67,10 +73,10 @@ TEST_F(FirmwareTest, GoesThroughItsStepsFrameByFrame) {
 }
 
 TEST_F(FirmwareTest, TheLineIsTheLoadersAndTheUnitBootsWithTheNewVersion) {
-    files.Files["unit.hex"] = ":0C00000056455253494F4E3D4E45575F48\n"
-                              ":07000C00322E302D313700C8\n:00000001FF\n";
+    hex_file = ":0C00000056455253494F4E3D4E45575F48\n"
+               ":07000C00322E302D313700C8\n:00000001FF\n";
     unit.Boot();
-    Running<bool> flash(clock, core.firmware.FirmwareFlash(7, "unit.hex"));
+    Running<bool> flash(clock, core.firmware.FirmwareFlash(7, Program()));
     const LineSettings line = ports.OpenSettings(7).value();
     EXPECT_EQ(line.baud, 38400);
     EXPECT_EQ(line.parity, 'E');
@@ -86,7 +92,7 @@ TEST_F(FirmwareTest, TheLineIsTheLoadersAndTheUnitBootsWithTheNewVersion) {
 }
 
 TEST_F(FirmwareTest, OnlyTheEndRecordIsAlsoAnUpdate) {
-    files.Files["unit.hex"] = ":00000001FF";
+    hex_file = ":00000001FF";
     ASSERT_TRUE(Flash());
     EXPECT_EQ(ports.Written(7).size(), 5 * kErase.size());
     EXPECT_EQ(Progress().records, 0);
@@ -188,32 +194,8 @@ TEST_F(FirmwareTest, BytesThatDoNotLeaveEndIt) {
     EXPECT_EQ(took, 2s);
 }
 
-TEST_F(FirmwareTest, ABadFileEndsItWhereItIsBad) {
-    const std::string good = ":020100000102FA\n";
-    const std::pair<std::string, HexTrouble> files_with_trouble[] = {
-        {"", HexTrouble::kNoEndRecord},
-        {good, HexTrouble::kNoEndRecord},
-        {good + "\n:00000001FF\n", HexTrouble::kTooShort},
-        {good + "MZ\x90\n", HexTrouble::kNoColon},
-        {good + ":0101000Z01FD\n", HexTrouble::kNotHex},
-        {good + ":74010000" + std::string(2 * 117, '0') + "\n", HexTrouble::kTooMuchData},
-        {good + std::string(5000, ':'), HexTrouble::kNotHex},
-    };
-    for (const auto& [content, trouble] : files_with_trouble) {
-        files.Files["unit.hex"] = content;
-        EXPECT_FALSE(Flash());
-        EXPECT_EQ(Progress().fault, FlashFault::kBadLine);
-        EXPECT_EQ(Progress().trouble, trouble);
-        EXPECT_EQ(Progress().line, content.empty() ? 1 : 2);
-    }
-    EXPECT_FALSE(Flash("other.hex"));
-    EXPECT_EQ(Progress().fault, FlashFault::kNoFile);
-    EXPECT_EQ(Progress().file_problem.english, "no such file");
-    EXPECT_EQ(ports.Written(7), "");
-}
-
 TEST_F(FirmwareTest, APortThatCannotBeOpenedEndsItAtOnce) {
-    EXPECT_FALSE(Flash("unit.hex", 0));
+    EXPECT_FALSE(Flash(0));
     EXPECT_EQ(Progress().port_status, PortStatus::kAbsent);
     ports.SetStatus(7, PortStatus::kBusy);
     EXPECT_FALSE(Flash());
@@ -226,7 +208,7 @@ TEST_F(FirmwareTest, CancelledItLeavesNothingOpen) {
     for (const Duration when : {100ms, 500ms, 1020ms}) {
         unit.Boot();
         {
-            Running<bool> flash(clock, core.firmware.FirmwareFlash(7, "unit.hex"));
+            Running<bool> flash(clock, core.firmware.FirmwareFlash(7, Program()));
             clock.RunFor(when);
             EXPECT_FALSE(Closed());
             EXPECT_EQ(flash.result, std::nullopt);

@@ -95,6 +95,12 @@ TEST(HexSummary, ListsNoMoreThanItsShareOfAFileFullOfFaults) {
     EXPECT_EQ(noise.OddLines().size(), HexSummary::kMostListed);
     EXPECT_EQ(noise.OddCount(), 2001);
     EXPECT_EQ(noise.Fault().value().line, 4001);
+
+    for (long line = 0; line <= HexSummary::kMostRecords; ++line)
+        files.Files["long"] += ":0000000000\n";
+    HexSummary too_long = HexSummary::Read(*files.Open("long").file);
+    EXPECT_EQ(too_long.Fault().value().line, HexSummary::kMostRecords + 1);
+    EXPECT_TRUE(too_long.TakeProgram().empty());
 }
 
 TEST(FirmwareFrames, HoldUpTo115BytesUnderAnAddressInEitherCase) {
