@@ -41,8 +41,9 @@ ExitStatus Machine::TakeSettings() {
     const auto pause = [] { std::this_thread::sleep_for(kSecondLook); };
     const SettingsReading reading = ReadAtStart(store, code_page, pause);
     if (reading.Unreadable()) {
-        Say(Unreadable(store.Name(), reading.problem) +
-            ". Run this as root or as the user of the service, who must be able to read the file.");
+        Say(Unreadable(store.Name(), reading.problem) + ". " +
+            ReadingAdvice(reading.problem, "Run this as root or as the user of the service, who "
+                                           "must be able to read the file."));
         return StatusFor(reading.problem);
     }
     const std::string named = ReadStartSettings(IniDocument(reading.content, code_page)).code_page;

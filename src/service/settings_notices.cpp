@@ -19,9 +19,10 @@ std::string WhyNotRead(const SettingsStore& store, const MyIniFile& ini) {
     if (!ini.ReadProblem())
         return "";
     return Unreadable(store.Name(), ini.ReadProblem()) +
-           ", so the settings stay as they were read last. Give the user of this service read "
-           "access to the file and its folder, and look for a failing disk. It is tried again all "
-           "the time.";
+           ", so the settings stay as they were read last. " +
+           ReadingAdvice(ini.ReadProblem(),
+                         "Give the user of this service read access to the file and its folder.") +
+           " It is tried again all the time.";
 }
 
 std::string WhyRestart(const SettingsStore& store, const StartSettings& in_use,

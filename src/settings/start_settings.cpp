@@ -1,12 +1,31 @@
 #include "settings/start_settings.h"
 
+#include "platform/error_words.h"
 #include "settings/load_settings.h"
+
+#include <algorithm>
 
 namespace tarnex {
 
 namespace {
 
 constexpr const char* kDefaultBaseFolder = "/var/lib/tarnexcomm";
+
+struct Advice {
+    std::errc problem;
+    const char* words;
+};
+constexpr const char* kPutBack = "Put an ordinary file back in its place.";
+constexpr const char* kFreeFiles = "End what holds so many files open, or raise the limit.";
+constexpr Advice kAdvice[] = {
+    {std::errc::is_a_directory, kPutBack},
+    {std::errc::not_a_directory, "Put its folder back in its place."},
+    {std::errc::too_many_symbolic_link_levels, kPutBack},
+    {std::errc::file_too_large, "Take out what has filled it."},
+    {std::errc::too_many_files_open, kFreeFiles},
+    {std::errc::too_many_files_open_in_system, kFreeFiles},
+    {std::errc::not_enough_memory, "Free memory."},
+};
 
 void ReadInto(std::string& value, const IniDocument& file, TextView section, TextView key) {
     if (const TextView text = Trim(file.Get(section, key)); !text.empty())
@@ -37,12 +56,20 @@ SettingsReading ReadAtStart(const SettingsStore& store, const CodePage& code_pag
 }
 
 std::string Unreadable(const std::string& file, std::error_code problem) {
-    std::string words = problem.message();
+    std::string words = WordsFor(problem).english;
     if (problem == std::errc::is_a_directory)
         words = "it is no ordinary file";
     else if (problem == std::errc::file_too_large)
         words = "it is longer than 1 MiB";
     return "The settings file " + file + " cannot be read (" + words + ")";
+}
+
+std::string ReadingAdvice(std::error_code problem, const std::string& for_rights) {
+    const auto advice =
+        std::ranges::find_if(kAdvice, [&](const Advice& each) { return problem == each.problem; });
+    if (problem == std::errc::permission_denied)
+        return for_rights;
+    return advice == std::end(kAdvice) ? "Look for a failing disk." : advice->words;
 }
 
 std::string SettingsPath(const char* windir) {

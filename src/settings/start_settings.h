@@ -28,6 +28,9 @@ SettingsReading ReadAtStart(const SettingsStore& store, const CodePage& code_pag
 // For an operator: the file cannot be read and why, without a full stop.
 std::string Unreadable(const std::string& file, std::error_code problem);
 
+// What to do about it, in sentences; for_rights where the rights are missing.
+std::string ReadingAdvice(std::error_code problem, const std::string& for_rights);
+
 // The settings file: system/Tarnex.ini below the folder that the environment variable WINDIR
 // names; windir is nullptr or "" where it is not set.
 std::string SettingsPath(const char* windir);

@@ -83,7 +83,7 @@ class StartStop(unittest.TestCase):
         self.assertIn("cannot be read (it is no", self.ends_with("folder", status=66))
         self.assertIn("(it is longer than 1 MiB)", self.ends_with(b";\n" * (1 << 20), status=66))
         reader = NOBODY if os.geteuid() == 0 else None
-        self.assertIn("(Permission denied)", self.ends_with(b"", 0o000, reader, status=77))
+        self.assertIn("(permission denied)", self.ends_with(b"", 0o000, reader, status=77))
 
     def test_without_windir_it_creates_nothing(self):
         base = "/var/lib/tarnexcomm"

@@ -2,6 +2,8 @@
 #include "settings/start_settings.h"
 #include "simulator/simulated_stores.h"
 
+#include <cerrno>
+
 #include <gtest/gtest.h>
 
 namespace tarnex {
@@ -40,6 +42,14 @@ TEST(StartSettings, AFileInTheMiddleOfAChangeIsReadAgain) {
         EXPECT_EQ(reading.content, whole) << first;
     }
     EXPECT_EQ(ReadAtStart(store, gbk, [&] { store.Delete(); }).content, whole);
+}
+
+TEST(StartSettings, AReadingProblemHasOwnWordsAndFittingAdvice) {
+    const std::error_code links(ELOOP, std::generic_category());
+    EXPECT_EQ(Unreadable("f", links), "The settings file f cannot be read (too many links lead to "
+                                      "one another)");
+    const std::error_code full(EMFILE, std::generic_category());
+    EXPECT_NE(ReadingAdvice(full, "rights").find("holds so many files open"), std::string::npos);
 }
 
 TEST(StartSettings, SettingsPathIsBelowTheBaseFolder) {
