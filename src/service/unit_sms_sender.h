@@ -1,7 +1,7 @@
 #pragma once
 
 #include "device/sms_modem.h"
-#include "notify/sms_sender.h"
+#include "notify/sms_queue.h"
 
 namespace tarnex {
 
