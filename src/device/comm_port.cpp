@@ -31,7 +31,7 @@ PortStatus CommPort::Open(int number, const LineSettings& settings) {
 
 void CommPort::Close() {
     port_.reset();
-    half_character_.clear();
+    taken_.clear();
     clock_.Cancel(event_);
 }
 
@@ -58,18 +58,25 @@ std::size_t CommPort::OutBufferCount() const {
 }
 
 std::size_t CommPort::InBufferCount() const {
-    return port_ ? port_->InBufferCount() : 0;
+    return port_ ? code_page_.WholeLength(taken_) + port_->InBufferCount() : 0;
 }
 
 Text CommPort::Input() {
-    if (!port_)
-        return {};
-    std::string bytes = std::exchange(half_character_, {});
-    bytes += port_->Read(std::numeric_limits<std::size_t>::max());
-    const std::size_t whole = code_page_.WholeLength(bytes);
-    half_character_ = bytes.substr(whole);
-    bytes.resize(whole);
-    return code_page_.Decode(bytes);
+    TakeAll();
+    const std::size_t whole = code_page_.WholeLength(taken_);
+    const Text text = code_page_.Decode(std::string_view(taken_).substr(0, whole));
+    taken_.erase(0, whole);
+    return text;
+}
+
+void CommPort::DropHalfCharacter() {
+    TakeAll();
+    taken_.resize(code_page_.WholeLength(taken_));
+}
+
+void CommPort::TakeAll() {
+    if (port_)
+        taken_ += port_->Read(std::numeric_limits<std::size_t>::max());
 }
 
 std::optional<std::uint8_t> CommPort::InputByte() {

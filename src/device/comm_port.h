@@ -38,13 +38,15 @@ class CommPort {
     Task<bool> OutputLeft();
     // Written bytes that have not left yet; 0 on a closed port.
     std::size_t OutBufferCount() const;
-    // Received bytes that wait; 0 on a closed port.
+    // Received bytes that wait, without the first half of a character that Input() left; 0 on a
+    // closed port.
     std::size_t InBufferCount() const;
     // Everything that waits. The first half of a character stays until its other half comes.
     Text Input();
-    // That first half will have no other half.
-    void DropHalfCharacter() { half_character_.clear(); }
-    // The first byte that waits, if any. Not between two Input() of one open port.
+    // Drops the first half of a character at the end of all that has arrived: it will have no other
+    // half. What is whole waits on.
+    void DropHalfCharacter();
+    // The first byte that waits, if any. Not on a port whose text was read since it was opened.
     std::optional<std::uint8_t> InputByte();
 
     // 0 holds the receive event back, 1 raises it, at once when characters wait already.
@@ -54,13 +56,15 @@ class CommPort {
     void RaiseIfWaiting();
 
   private:
+    void TakeAll();
+
     Clock& clock_;
     SerialPorts& ports_;
     const CodePage& code_page_;
     Events events_;
     std::unique_ptr<SerialPort> port_;
     int threshold_ = 1;
-    std::string half_character_;
+    std::string taken_; // from the port, and not yet handed on
     CallId event_;
 };
 

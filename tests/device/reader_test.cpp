@@ -53,14 +53,14 @@ TEST_F(ReaderTest, ALineInPiecesAndAHalvedCharacterAreJoined) {
     EXPECT_EQ(form.List2.Lines()[2], u"Get :中)\r\n");
 }
 
-TEST_F(ReaderTest, ACommandDiscardsAHalfReceivedLine) {
+TEST_F(ReaderTest, ACommandDiscardsHalfACharacterThatWaitsAndKeepsTheLineBeforeIt) {
     Open();
-    device.SendAfter(0ms, "TX:OK,old");
-    clock.RunFor(100ms);
+    device.Replies["~TX:ChkVer\r\n"] = "TX:Ver 1.0.0\r\n";
     Running<Text> command(clock, core.commands.ChkVer());
-    device.SendAfter(500ms, "TX:Ver 1.0.0\r\n");
+    device.SendAfter(5ms, "TX:Alarm(AC)\r\n\xC4");
     clock.RunFor(1s);
     EXPECT_EQ(command.result, u"Ver 1.0.0");
+    EXPECT_EQ(Words(), std::vector<Text>{u"ACLost"});
 }
 
 TEST_F(ReaderTest, EndlessNoiseNeitherBlocksNorGrows) {
