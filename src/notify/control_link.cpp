@@ -46,7 +46,9 @@ ControlLink::ControlLink(Parts parts)
       parts_(parts) {
     for (int i = 0; i < kLinks; ++i)
         sockets_[i] = parts_.sockets.Create(
-            [this, i](const Datagram& datagram) { WinsockforClient_DataArrival(i, datagram); });
+            {.received =
+                 [this, i](const Datagram& datagram) { WinsockforClient_DataArrival(i, datagram); },
+             .dropped = [this, i](unsigned long count) { CountDropped(i, count); }});
 }
 
 void ControlLink::Open() {
@@ -102,6 +104,12 @@ void ControlLink::TellClosedPorts() {
 
 // ---- receiving
 
+void ControlLink::CountDropped(int index, unsigned long count) {
+    links_[index].Dropped += count;
+    links_[index].LastDropped = parts_.clock.Now();
+    TellDropped();
+}
+
 void ControlLink::TellDropped() {
     std::string ports;
     for (int i = 0; i < kLinks; ++i)
@@ -118,11 +126,6 @@ void ControlLink::TellDropped() {
 
 void ControlLink::WinsockforClient_DataArrival(int index, const Datagram& datagram) {
     ++links_[index].Received;
-    if (datagram.dropped_before > 0) {
-        links_[index].Dropped += datagram.dropped_before;
-        links_[index].LastDropped = parts_.clock.Now();
-        TellDropped();
-    }
     const Text data = parts_.code_page.Decode(datagram.bytes);
     if (parts_.lists.DebugOn)
         parts_.lists.mList5Additem(u"Read" + ToText(index) + u":" + data);

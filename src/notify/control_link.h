@@ -97,6 +97,7 @@ class ControlLink {
     void Bind(int index);
     void OpenClosedPorts();
     void TellClosedPorts();
+    void CountDropped(int index, unsigned long count);
     void TellDropped();
     void Broadcast(TextView label, TextView message);
     void Send(int index, TextView message);

@@ -17,8 +17,14 @@ struct Endpoint {
 struct Datagram {
     Endpoint from;
     std::string bytes; // at most 65,535, may be empty
-    // Datagrams before this one that the system had no room for; 0 where it does not tell.
-    unsigned long dropped_before = 0;
+};
+
+// What a socket tells its user. Called from the loop, never from within a call on the socket; the
+// user may close or destroy the socket there.
+struct DatagramEvents {
+    std::function<void(const Datagram&)> received;
+    // So many further datagrams came that the system had no room for, where it tells.
+    std::function<void(unsigned long)> dropped = nullptr;
 };
 
 // A UDP socket. What waits on it is taken at once and handed on one datagram a turn of the loop,
@@ -41,9 +47,8 @@ class DatagramSocket {
 class DatagramSockets {
   public:
     virtual ~DatagramSockets() = default;
-    // A new, unbound socket. on_datagram is called from the loop.
-    virtual std::unique_ptr<DatagramSocket>
-    Create(std::function<void(const Datagram&)> on_datagram) = 0;
+    // A new, unbound socket.
+    virtual std::unique_ptr<DatagramSocket> Create(DatagramEvents events) = 0;
 };
 
 } // namespace tarnex

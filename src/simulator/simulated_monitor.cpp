@@ -19,10 +19,10 @@ Endpoint ServiceEndpoint(const MonitorOptions& options) {
 Monitor::Monitor(Clock& clock, DatagramSockets& sockets, const CodePage& code_page,
                  MonitorOptions options)
     : clock_(clock), code_page_(code_page), options_(std::move(options)),
-      socket_(sockets.Create([this](const Datagram& datagram) {
+      socket_(sockets.Create({[this](const Datagram& datagram) {
           if (datagram.from == ServiceEndpoint(options_)) // anybody may send here
               Hear(code_page_.Decode(datagram.bytes));
-      })),
+      }})),
       heartbeat_timer_(clock, "heartbeat", options_.heartbeat, [this] { SendHeartbeat(); }),
       greet_timer_(clock, "greet", options_.greet_again, [this] { Greet(); }) {}
 

@@ -15,9 +15,8 @@ constexpr std::uint16_t kFirstFreePort = 49152;
 
 class SimulatedNetwork::Socket : public DatagramSocket {
   public:
-    Socket(SimulatedNetwork& network, std::function<void(const Datagram&)> on_datagram)
-        : network_(network), on_datagram_(std::make_shared<std::function<void(const Datagram&)>>(
-                                 std::move(on_datagram))),
+    Socket(SimulatedNetwork& network, DatagramEvents events)
+        : network_(network), events_(std::make_shared<const DatagramEvents>(std::move(events))),
           deliveries_(network.clock_) {}
     ~Socket() override { Close(); }
 
@@ -48,30 +47,34 @@ class SimulatedNetwork::Socket : public DatagramSocket {
         const auto receiver = network_.bound_.find(to.port);
         if (to.address == kAddress && receiver != network_.bound_.end())
             receiver->second->Arrive(
-                {.from = {std::string(kAddress), port_},
-                 .bytes = std::string(bytes),
-                 .dropped_before = std::exchange(network_.dropped_[to.port], 0)});
+                {.from = {std::string(kAddress), port_}, .bytes = std::string(bytes)});
         return true;
+    }
+    void Drop(unsigned long count) {
+        deliveries_.After(0ms, [count, events = events_] { events->dropped(count); });
     }
 
   private:
     void Arrive(Datagram datagram) {
-        // The handler is held by the call, since it may destroy the socket.
-        deliveries_.After(0ms, [datagram = std::move(datagram), handler = on_datagram_] {
-            (*handler)(datagram);
+        // The handlers are held by the call, since they may destroy the socket.
+        deliveries_.After(0ms, [datagram = std::move(datagram), events = events_] {
+            events->received(datagram);
         });
     }
 
     SimulatedNetwork& network_;
-    std::shared_ptr<std::function<void(const Datagram&)>> on_datagram_;
+    std::shared_ptr<const DatagramEvents> events_;
     std::uint16_t asked_port_ = 0; // 0: any
     std::uint16_t port_ = 0;       // 0: not bound
     CallGroup deliveries_;
 };
 
-std::unique_ptr<DatagramSocket>
-SimulatedNetwork::Create(std::function<void(const Datagram&)> on_datagram) {
-    return std::make_unique<Socket>(*this, std::move(on_datagram));
+std::unique_ptr<DatagramSocket> SimulatedNetwork::Create(DatagramEvents events) {
+    return std::make_unique<Socket>(*this, std::move(events));
+}
+
+void SimulatedNetwork::Drop(std::uint16_t port, unsigned long count) {
+    bound_.at(port)->Drop(count);
 }
 
 } // namespace tarnex

@@ -15,14 +15,13 @@ class SimulatedNetwork : public DatagramSockets {
     // clock must outlive the network, and the network its sockets.
     explicit SimulatedNetwork(Clock& clock) : clock_(clock) {}
 
-    std::unique_ptr<DatagramSocket>
-    Create(std::function<void(const Datagram&)> on_datagram) override;
+    std::unique_ptr<DatagramSocket> Create(DatagramEvents events) override;
 
     // Another program holds the port, or gives it back. It must not be bound here.
     void OccupyPort(std::uint16_t port) { occupied_.insert(port); }
     void FreePort(std::uint16_t port) { occupied_.erase(port); }
-    // The next datagram to the port tells of so many lost before it.
-    void DropBefore(std::uint16_t port, unsigned long count) { dropped_[port] = count; }
+    // So many datagrams to the port, which must be bound here, find no room.
+    void Drop(std::uint16_t port, unsigned long count);
 
     bool Refusing = false; // the system takes nothing that is to be sent
 
@@ -36,7 +35,6 @@ class SimulatedNetwork : public DatagramSockets {
     Clock& clock_;
     std::map<std::uint16_t, Socket*> bound_;
     std::set<std::uint16_t> occupied_;
-    std::map<std::uint16_t, unsigned long> dropped_; // to be told
 };
 
 } // namespace tarnex

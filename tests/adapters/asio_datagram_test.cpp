@@ -78,17 +78,17 @@ struct AsioDatagram : testing::Test {
     std::vector<Datagram> received;
     const std::uint16_t port = FreePort();
     std::unique_ptr<DatagramSocket> socket =
-        sockets.Create([this](const Datagram& datagram) { received.push_back(datagram); });
+        sockets.Create({[this](const Datagram& datagram) { received.push_back(datagram); }});
 };
 
 TEST_F(AsioDatagram, ABurstIsTakenWholeAndHandledOneATurn) {
     constexpr std::size_t kBurst = 1000;
     std::size_t seen_between = 0; // by a call that the first datagram's handler made
-    socket = sockets.Create([&](const Datagram& datagram) {
+    socket = sockets.Create({[&](const Datagram& datagram) {
         if (received.empty())
             loop.CallAfter(0ms, [&] { seen_between = received.size(); });
         received.push_back(datagram);
-    });
+    }});
     ASSERT_EQ(socket->Bind(port), "");
     for (std::size_t i = 0; i < kBurst; ++i)
         ASSERT_TRUE(peer.SendTo(port, std::to_string(i)));
@@ -102,12 +102,12 @@ TEST_F(AsioDatagram, ABurstIsTakenWholeAndHandledOneATurn) {
 TEST_F(AsioDatagram, WhatIsBeyondTheQueueWaitsInTheKernelOrIsCountedAsLost) {
     unsigned long waiting = 0;
     unsigned long lost = 0;
-    socket = sockets.Create([&](const Datagram& datagram) {
-        if (received.empty())
-            waiting = WaitingInKernel(port);
-        received.push_back(datagram);
-        lost += datagram.dropped_before;
-    });
+    socket = sockets.Create({[&](const Datagram& datagram) {
+                                 if (received.empty())
+                                     waiting = WaitingInKernel(port);
+                                 received.push_back(datagram);
+                             },
+                             [&](unsigned long count) { lost += count; }});
     ASSERT_EQ(socket->Bind(port), "");
     const std::string large(60'000, 'x');
     constexpr std::size_t kBurst = 40;
@@ -122,11 +122,8 @@ TEST_F(AsioDatagram, WhatIsBeyondTheQueueWaitsInTheKernelOrIsCountedAsLost) {
     constexpr std::size_t kFlood = 400; // 24 MB
     for (std::size_t i = 0; i < kFlood; ++i)
         ASSERT_TRUE(peer.SendTo(port, large));
-    ASSERT_TRUE(RunUntil(loop, [&] { return WaitingInKernel(port) == 0; }));
-    ASSERT_TRUE(peer.SendTo(port, "end"));
-    ASSERT_TRUE(RunUntil(loop, [&] { return received.back().bytes == "end"; }));
+    ASSERT_TRUE(RunUntil(loop, [&] { return received.size() + lost == kBurst + kFlood; }));
     EXPECT_GT(lost, 0u);
-    EXPECT_EQ(received.size() + lost, kBurst + kFlood + 1);
 }
 
 TEST_F(AsioDatagram, EmptyAndLargestDatagramsPassBothWays) {
@@ -157,10 +154,10 @@ TEST_F(AsioDatagram, RefusalsDoNotDisturbTheSocket) {
 }
 
 TEST_F(AsioDatagram, BindingToTheSamePortLosesNothing) {
-    socket = sockets.Create([this](const Datagram& datagram) {
+    socket = sockets.Create({[this](const Datagram& datagram) {
         EXPECT_EQ(socket->Bind(port), "");
         received.push_back(datagram);
-    });
+    }});
     ASSERT_EQ(socket->Bind(port), "");
     ASSERT_TRUE(peer.SendTo(port, "1"));
     ASSERT_TRUE(peer.SendTo(port, "2"));
@@ -170,7 +167,7 @@ TEST_F(AsioDatagram, BindingToTheSamePortLosesNothing) {
 TEST_F(AsioDatagram, ATakenPortIsRefusedUntilItIsFree) {
     EXPECT_EQ(socket->Bind(peer.Port()), "address already in use");
     EXPECT_FALSE(socket->Bound());
-    auto other = sockets.Create([](const Datagram&) {});
+    auto other = sockets.Create({[](const Datagram&) {}});
     ASSERT_EQ(other->Bind(port), "");
     EXPECT_EQ(socket->Bind(port), "address already in use");
     other->Close();
@@ -182,7 +179,7 @@ TEST_F(AsioDatagram, ATakenPortIsRefusedUntilItIsFree) {
 TEST_F(AsioDatagram, AHandlerMayCloseRebindOrDestroyItsSocket) {
     const std::uint16_t next = FreePort();
     int calls = 0;
-    socket = sockets.Create([&](const Datagram&) {
+    socket = sockets.Create({[&](const Datagram&) {
         if (++calls == 1) {
             socket->Close();
             EXPECT_EQ(socket->Bind(port), "");
@@ -190,7 +187,7 @@ TEST_F(AsioDatagram, AHandlerMayCloseRebindOrDestroyItsSocket) {
         } else {
             socket.reset();
         }
-    });
+    }});
     ASSERT_EQ(socket->Bind(port), "");
     ASSERT_TRUE(peer.SendTo(port, "1"));
     ASSERT_TRUE(peer.SendTo(port, "lost with the close"));
@@ -209,11 +206,11 @@ TEST_F(AsioDatagram, CallsAndArrivalsTakeTurns) {
     chain();
     std::size_t echoes = 0;
     bool timer_ran = false;
-    socket = sockets.Create([&](const Datagram&) {
+    socket = sockets.Create({[&](const Datagram&) {
         ++echoes;
         socket->Send({"127.0.0.1", port}, "again");
         socket->Send({"127.0.0.1", port}, "and again");
-    });
+    }});
     ASSERT_EQ(socket->Bind(port), "");
     ASSERT_TRUE(peer.SendTo(port, "go"));
     loop.CallAfter(20ms, [&] { timer_ran = true; });

@@ -11,7 +11,7 @@ TEST(SendDatagram, ReachesWhoListensAndTellsWhenNobodyDoes) {
     AsioLoop loop;
     AsioDatagramSockets sockets(loop, "127.0.0.1");
     std::string heard;
-    const auto socket = sockets.Create([&](const Datagram& datagram) { heard = datagram.bytes; });
+    const auto socket = sockets.Create({[&](const Datagram& datagram) { heard = datagram.bytes; }});
     std::uint16_t port = 47840;
     while (!socket->Bind(port).empty())
         ++port;

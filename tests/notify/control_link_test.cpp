@@ -168,7 +168,7 @@ TEST_F(ControlLinkTest, ARequestIsDispatched) {
 
 TEST_F(ControlLinkTest, StrangeDatagramsAreHarmless) {
     Start();
-    const auto socket = network.Create([](const Datagram&) {});
+    const auto socket = network.Create({[](const Datagram&) {}});
     ASSERT_EQ(socket->Bind(0), "");
     std::string binary = "txHelloN";
     for (int i = 0; i < 256; ++i)
@@ -216,8 +216,7 @@ TEST_F(ControlLinkTest, LossesAreToldForAnHourAndRefusedSendsDoNotCount) {
     Start();
     Greet(third);
     clock.RunTo(5s);
-    network.DropBefore(7842, 3);
-    third.SendHeartbeat();
+    network.Drop(7842, 3);
     clock.RunFor(0ms);
     EXPECT_EQ(link.Links()[2].Dropped, 3u);
     network.Refusing = true;

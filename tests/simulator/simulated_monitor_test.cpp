@@ -23,10 +23,10 @@ class MonitorTest : public testing::Test {
     IconvCodePage gbk{"GBK"};
     Endpoint peer;
     std::vector<std::string> heard;
-    std::unique_ptr<DatagramSocket> service = network.Create([&](const Datagram& datagram) {
+    std::unique_ptr<DatagramSocket> service = network.Create({[&](const Datagram& datagram) {
         peer = datagram.from;
         heard.push_back(std::to_string(clock.Now() / 1s) + ":" + datagram.bytes);
-    });
+    }});
     Monitor monitor{clock, network, gbk, {.link = 3, .name = u"中A"}};
     using Heard = std::vector<std::string>;
 };
@@ -65,7 +65,7 @@ TEST_F(MonitorTest, KeepsAndReportsWhatComesFromTheService) {
     monitor.OnMessage([&](const Text& message) { told.push_back(message); });
     monitor.Start();
     clock.RunTo(5s);
-    const auto stranger = network.Create([](const Datagram&) {});
+    const auto stranger = network.Create({[](const Datagram&) {}});
     stranger->Bind(0);
     stranger->Send(peer, "tx-States");
     Tell("tx-Serial\xD6\xD0");

@@ -4,11 +4,13 @@
 #include "platform/error_words.h"
 
 #include <array>
-#include <cerrno>
-#include <cstring>
+#include <cstdint>
 #include <deque>
 
 #include <asio/ip/udp.hpp>
+#ifdef __linux__
+#include <linux/sock_diag.h>
+#endif
 
 namespace tarnex {
 
@@ -22,8 +24,6 @@ constexpr int kKernelBuffer = 4 << 20; // bytes; a burst of some thousand datagr
 // What is taken from the kernel ahead of its handling; the rest waits in the kernel.
 constexpr std::size_t kMostWaiting = 4096;
 constexpr std::size_t kMostWaitingBytes = 1 << 20;
-
-using OnDatagram = std::function<void(const Datagram&)>;
 
 void EnlargeReceiveBuffer(udp::socket& socket) {
 #ifdef SO_RCVBUFFORCE
@@ -40,9 +40,9 @@ void EnlargeReceiveBuffer(udp::socket& socket) {
 class Binding : public std::enable_shared_from_this<Binding> {
   public:
     Binding(AsioLoop& loop, std::shared_ptr<char[]> receive_buffer,
-            std::shared_ptr<const OnDatagram> on_datagram)
+            std::shared_ptr<const DatagramEvents> events)
         : loop_(loop), socket_(loop.core().io), receive_buffer_(std::move(receive_buffer)),
-          on_datagram_(std::move(on_datagram)) {}
+          events_(std::move(events)) {}
 
     // "", or what stands in the way.
     std::string Open(const std::string& address, std::uint16_t port) {
@@ -58,7 +58,6 @@ class Binding : public std::enable_shared_from_this<Binding> {
         if (error)
             return WordsFor(error).english;
         EnlargeReceiveBuffer(socket_);
-        AskForDrops();
         AwaitArrival();
         return "";
     }
@@ -99,60 +98,38 @@ class Binding : public std::enable_shared_from_this<Binding> {
             DeliverLater();
         if (!Full())
             AwaitArrival();
+        TellDropped(); // comes last: the user may close or destroy the socket
     }
 
     // False when nothing more waits in the kernel.
     bool TakeOne() {
         udp::endpoint from;
         asio::error_code error;
-        const std::uint32_t dropped = dropped_;
-        const std::size_t size = Receive(from, error);
+        const std::size_t size = socket_.receive_from(
+            asio::buffer(receive_buffer_.get(), kLargestDatagram), from, 0, error);
         if (error == asio::error::connection_refused || error == asio::error::connection_reset)
             return true; // the fate of an earlier datagram that was sent
         if (error)
             return false;
         waiting_bytes_ += size;
         waiting_.push_back({.from = {from.address().to_string(), from.port()},
-                            .bytes = {receive_buffer_.get(), size},
-                            .dropped_before = dropped_ - dropped});
+                            .bytes = {receive_buffer_.get(), size}});
         return true;
     }
 
-#ifdef SO_RXQ_OVFL
-    void AskForDrops() {
-        const int on = 1;
-        setsockopt(socket_.native_handle(), SOL_SOCKET, SO_RXQ_OVFL, &on, sizeof on);
-    }
-    // The kernel counts what it drops from the start of the socket, and tells the count with the
-    // next datagram that it has room for.
-    std::size_t Receive(udp::endpoint& from, asio::error_code& error) {
-        alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof dropped_)> notes{};
-        iovec bytes{.iov_base = receive_buffer_.get(), .iov_len = kLargestDatagram};
-        msghdr message{};
-        message.msg_name = from.data();
-        message.msg_namelen = static_cast<socklen_t>(from.capacity());
-        message.msg_iov = &bytes;
-        message.msg_iovlen = 1;
-        message.msg_control = notes.data();
-        message.msg_controllen = notes.size();
-        const ssize_t size = recvmsg(socket_.native_handle(), &message, 0);
-        if (size < 0) {
-            error.assign(errno, asio::system_category());
-            return 0;
-        }
-        from.resize(message.msg_namelen);
-        const cmsghdr* note = CMSG_FIRSTHDR(&message);
-        if (note && note->cmsg_level == SOL_SOCKET && note->cmsg_type == SO_RXQ_OVFL)
-            std::memcpy(&dropped_, CMSG_DATA(note), sizeof dropped_);
-        return static_cast<std::size_t>(size);
-    }
-#else
-    void AskForDrops() {}
-    std::size_t Receive(udp::endpoint& from, asio::error_code& error) {
-        return socket_.receive_from(asio::buffer(receive_buffer_.get(), kLargestDatagram), from, 0,
-                                    error);
-    }
+    // The kernel counts from the start of the socket. Its note beside a datagram would tell only of
+    // those before it: the end of a burst would stay unknown.
+    void TellDropped() {
+#ifdef SO_MEMINFO
+        std::array<std::uint32_t, SK_MEMINFO_VARS> info{};
+        socklen_t size = sizeof info;
+        if (getsockopt(socket_.native_handle(), SOL_SOCKET, SO_MEMINFO, info.data(), &size) != 0)
+            return;
+        const std::uint32_t known = std::exchange(dropped_, info[SK_MEMINFO_DROPS]);
+        if (dropped_ != known && events_->dropped)
+            events_->dropped(dropped_ - known);
 #endif
+    }
 
     void DeliverLater() {
         loop_.CallAfter(Duration::zero(), [weak = weak_from_this()] {
@@ -170,14 +147,14 @@ class Binding : public std::enable_shared_from_this<Binding> {
             DeliverLater();
         if (!awaiting_arrival_)
             AwaitArrival();
-        (*on_datagram_)(datagram);
+        events_->received(datagram);
     }
 
     AsioLoop& loop_;
     udp::socket socket_;
     std::shared_ptr<char[]> receive_buffer_;
-    std::shared_ptr<const OnDatagram> on_datagram_;
-    std::uint32_t dropped_ = 0; // datagrams since Open(), as last told
+    std::shared_ptr<const DatagramEvents> events_;
+    std::uint32_t dropped_ = 0; // datagrams since Open(), as last read
     bool awaiting_arrival_ = false;
     std::deque<Datagram> waiting_;
     std::size_t waiting_bytes_ = 0;
@@ -186,17 +163,17 @@ class Binding : public std::enable_shared_from_this<Binding> {
 class AsioDatagramSocket : public DatagramSocket {
   public:
     AsioDatagramSocket(AsioLoop& loop, std::shared_ptr<const std::string> bind_address,
-                       std::shared_ptr<char[]> receive_buffer, OnDatagram on_datagram)
+                       std::shared_ptr<char[]> receive_buffer, DatagramEvents events)
         : loop_(loop), bind_address_(std::move(bind_address)),
           receive_buffer_(std::move(receive_buffer)),
-          on_datagram_(std::make_shared<const OnDatagram>(std::move(on_datagram))) {}
+          events_(std::make_shared<const DatagramEvents>(std::move(events))) {}
     ~AsioDatagramSocket() override { Close(); }
 
     std::string Bind(std::uint16_t port) override {
         if (binding_ && port == port_)
             return "";
         Close();
-        auto binding = std::make_shared<Binding>(loop_, receive_buffer_, on_datagram_);
+        auto binding = std::make_shared<Binding>(loop_, receive_buffer_, events_);
         if (std::string obstacle = binding->Open(*bind_address_, port); !obstacle.empty())
             return obstacle;
         binding_ = std::move(binding);
@@ -217,7 +194,7 @@ class AsioDatagramSocket : public DatagramSocket {
     AsioLoop& loop_;
     std::shared_ptr<const std::string> bind_address_;
     std::shared_ptr<char[]> receive_buffer_;
-    std::shared_ptr<const OnDatagram> on_datagram_;
+    std::shared_ptr<const DatagramEvents> events_;
     std::shared_ptr<Binding> binding_;
     std::uint16_t port_ = 0; // as it was asked for
 };
@@ -228,10 +205,9 @@ AsioDatagramSockets::AsioDatagramSockets(AsioLoop& loop, std::string bind_addres
     : loop_(loop), bind_address_(std::make_shared<std::string>(std::move(bind_address))),
       receive_buffer_(std::make_shared_for_overwrite<char[]>(kLargestDatagram)) {}
 
-std::unique_ptr<DatagramSocket>
-AsioDatagramSockets::Create(std::function<void(const Datagram&)> on_datagram) {
+std::unique_ptr<DatagramSocket> AsioDatagramSockets::Create(DatagramEvents events) {
     return std::make_unique<AsioDatagramSocket>(loop_, bind_address_, receive_buffer_,
-                                                std::move(on_datagram));
+                                                std::move(events));
 }
 
 } // namespace tarnex

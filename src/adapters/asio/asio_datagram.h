@@ -15,8 +15,7 @@ class AsioDatagramSockets : public DatagramSockets {
     void SetBindAddress(std::string address) { *bind_address_ = std::move(address); }
 
     // Port 0 binds to one that the system chooses. A socket that is not bound sends nothing.
-    std::unique_ptr<DatagramSocket>
-    Create(std::function<void(const Datagram&)> on_datagram) override;
+    std::unique_ptr<DatagramSocket> Create(DatagramEvents events) override;
 
   private:
     AsioLoop& loop_;
