@@ -1,5 +1,7 @@
 #include "adapters/linux/remote_view.h"
 
+#include "platform/text.h"
+
 #include <algorithm>
 #include <cstdlib>
 
@@ -11,6 +13,15 @@ namespace {
 constexpr Duration kFrame = 30ms;
 // After that time without an answer nobody sees the windows, whatever the reason.
 constexpr Duration kPatience = 5s;
+
+constexpr std::size_t kMostNotices = 20;
+constexpr std::size_t kLongestWords = 300; // bytes
+
+// What the process says, so that it cannot pass for anything else in a terminal or a journal.
+std::string InItsWords(std::string_view words) {
+    const bool cut = words.size() > kLongestWords;
+    return EscapeControls(words.substr(0, kLongestWords)) + (cut ? "..." : "");
+}
 
 } // namespace
 
@@ -125,14 +136,19 @@ void RemoteView::Arrived(const std::string& packet) {
         FlushSoon();
         break;
     case ViewRecord::kTrouble:
-        trouble_ = reader.String();
+        trouble_ = InItsWords(reader.String());
         break;
     case ViewRecord::kNotice:
-        host_.notice(reader.String());
+        TakeNotice(InItsWords(reader.String()));
         break;
     default:
         feed_.Take(packet);
     }
+}
+
+void RemoteView::TakeNotice(const std::string& line) {
+    if (notices_.size() < kMostNotices && notices_.insert(line).second)
+        host_.notice(line);
 }
 
 void RemoteView::Ended(std::uint64_t run, const std::string& how) {

@@ -6,6 +6,7 @@
 #include "ui/view.h"
 
 #include <map>
+#include <set>
 
 namespace tarnex {
 
@@ -42,6 +43,7 @@ class RemoteView : public ScreenView {
     void FormShown();
     void FormHidden();
     void Arrived(const std::string& packet);
+    void TakeNotice(const std::string& line);
     void Ended(std::uint64_t run, const std::string& how);
     void SayThatNoneIsShown(const std::string& trouble);
     void FlushSoon();
@@ -56,8 +58,9 @@ class RemoteView : public ScreenView {
     bool ready_ = false;                                           // it has its screen
     bool owes_ = false; // an answer to the start or a packet
     Duration owes_since_{};
-    std::string trouble_; // in its own words
-    bool said_ = false;   // that no window can be shown
+    std::string trouble_;           // in its own words
+    std::set<std::string> notices_; // told, each once
+    bool said_ = false;             // that no window can be shown
     CallId flush_;
     bool flush_pending_ = false;
 };
