@@ -1,4 +1,8 @@
 #include "platform/calendar_text.h"
+#include "platform/error_words.h"
+#include "platform/text.h"
+
+#include <cerrno>
 
 #include <gtest/gtest.h>
 
@@ -29,6 +33,18 @@ TEST(Text, ControlCharactersAreEscaped) {
     EXPECT_EQ(EscapeControls(u"电\x1b\x7f\x9f\u00a0"), u"电\\x1B\\x7F\\x9F\u00a0");
     EXPECT_EQ(EscapeControls("\u200d\u200e\u2028\u202e\u2069\u061c\xFF"),
               "\u200d\\u200E\\u2028\\u202E\\u2069\\u061C\uFFFD");
+}
+
+// What opening a path may fail with.
+TEST(Text, TheSystemsErrorsHaveWords) {
+    for (const int error :
+         {EACCES, EAGAIN,       EBUSY,      EFBIG,     EINVAL, EIO,    EISDIR, ELOOP,
+          EMFILE, ENAMETOOLONG, ENFILE,     ENODEV,    ENOENT, ENOMEM, ENOSPC, ENOTDIR,
+          ENOTTY, ENXIO,        EOPNOTSUPP, EOVERFLOW, EPERM,  EROFS,  ETXTBSY}) {
+        const ErrorWords words = WordsFor({error, std::system_category()});
+        EXPECT_FALSE(words.english.starts_with("system error")) << error;
+        EXPECT_EQ(InChinese(words.english), words.chinese);
+    }
 }
 
 TEST(Text, Utf8BothWays) {
