@@ -22,8 +22,11 @@ std::string StableLink::Point(const std::string& target) {
         return path_ + " leads to " + present.string() + " already; remove it or name another";
     const std::string fresh = path_ + "." + std::to_string(getpid());
     fs::create_symlink(target, fresh, error);
-    if (!error)
+    if (!error) {
         fs::rename(fresh, path_, error);
+        if (std::error_code ignored; error)
+            fs::remove(fresh, ignored);
+    }
     if (error)
         return path_ + ": " + error.message();
     target_ = target;

@@ -223,6 +223,8 @@ std::optional<int> ReadArguments(int argc, char** argv, Options& options) {
     for (int letter; (letter = getopt_long(argc, argv, "", known, nullptr)) != -1;) {
         switch (letter) {
         case 'l':
+            if (!*optarg)
+                return UsageError("--link needs a path");
             options.link = optarg;
             break;
         case 's':

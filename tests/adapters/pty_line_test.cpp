@@ -106,6 +106,12 @@ TEST_F(PtyLineTest, OnlyALinkOfItsOwnOrALeftOverIsTakenAndRemoved) {
     WriteFile(path, "somebody's file");
     EXPECT_NE(StableLink(path).Point("/dev/one"), "");
     EXPECT_TRUE(fs::is_regular_file(path));
+    fs::remove(path);
+    const fs::path before = fs::current_path();
+    fs::current_path(folder.Path());
+    EXPECT_NE(StableLink("").Point("/dev/one"), ""); // can be made, and not be put in its place
+    EXPECT_TRUE(fs::is_empty(folder.Path()));
+    fs::current_path(before);
 }
 
 } // namespace

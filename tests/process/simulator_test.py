@@ -57,7 +57,7 @@ class Simulator(unittest.TestCase):
         unit.wait_for("script: sms 10086 余额")
         self.assertEqual(unit.stop(), 0)
         self.assertFalse(os.path.lexists(link))
-        for wrong, status in ((("--script", link), 64), (("--link", script), 1)):
+        for wrong, status in ((("--script", link), 64), (("--link", ""), 64), (("--link", script), 1)):
             self.assertEqual(self.start("tarnex-sim", *wrong).wait(), status, wrong)
         self.assertTrue(os.path.isfile(script))
 
