@@ -13,7 +13,10 @@ class FirmwareFlasher : public ToolForm {
   public:
     // version: the program's, "1.0.327". The dialog must outlive the window.
     FirmwareFlasher(const ToolWorld& world, FileDialog& dialog, Text version);
-    ~FirmwareFlasher() override { CommonDialog_.Withdraw(); }
+    ~FirmwareFlasher() override {
+        Cancel();
+        CommonDialog_.Withdraw();
+    }
 
     void Form_Load() override;
     // Adds a line with the time in front.

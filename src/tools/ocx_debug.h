@@ -12,6 +12,7 @@ class OCXDebug : public ToolForm {
     static constexpr int kButtons = 45;
 
     explicit OCXDebug(const ToolWorld& world);
+    ~OCXDebug() override { Cancel(); }
 
     void Form_Load() override;
     // Command<number>, 1 to 45.

@@ -68,7 +68,7 @@ void ToolForm::EndProcess() {
     timers_.StopAll();
     // From the loop, since the procedure may stand on the stack now.
     end_ = world_.clock.CallAfter(0ms, [this] {
-        procedure_ = Task<>();
+        Cancel();
         world_.end_process();
     });
 }

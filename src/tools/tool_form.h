@@ -51,6 +51,8 @@ class ToolForm : public Form {
     // Runs a procedure that may wait; the one before must be at its end.
     void Start(Task<> procedure);
     bool Busy() const { return procedure_.Running(); }
+    // Cancels the procedure. First in the destructor of the class whose parts it uses.
+    void Cancel() { procedure_ = Task<>(); }
     // What stands in the way of ending now, and how it is told. Set before the window opens.
     void AskBeforeEnd(std::function<bool()> risky, std::function<void()> warn);
 
