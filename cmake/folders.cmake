@@ -16,6 +16,18 @@ elseif(CMAKE_BUILD_TYPE STREQUAL "Release")
     target_link_options(tarnex_options INTERFACE -Wl,--gc-sections -Wl,--as-needed)
 endif()
 
+# tarnex_precompiled(<name> <library>... HEADERS <header>...): what nearly every file includes, compiled
+# once. No header of our own stands there: files that may not include it would find it.
+function(tarnex_precompiled name)
+    cmake_parse_arguments(PARSE_ARGV 1 with "" "" HEADERS)
+    add_library(tarnex_precompiled_${name} OBJECT ${PROJECT_SOURCE_DIR}/cmake/precompiled.cpp)
+    target_link_libraries(tarnex_precompiled_${name} PRIVATE ${with_UNPARSED_ARGUMENTS})
+    target_precompile_headers(tarnex_precompiled_${name} PRIVATE <algorithm> <array> <chrono>
+        <coroutine> <cstdint> <deque> <filesystem> <functional> <map> <memory> <optional> <set>
+        <sstream> <string> <string_view> <variant> <vector> ${with_HEADERS})
+endfunction()
+tarnex_precompiled(folders tarnex_options)
+
 # tarnex_folder(<folder> <library it uses>...): every .cpp of src/<folder>, not of its subfolders.
 # A folder is found by those who link it and by nobody else: each has an include path of its own, in
 # which nothing but a link to it stands. So an include against the arrows does not compile.
@@ -29,6 +41,7 @@ function(tarnex_folder folder)
     list(FILTER sources EXCLUDE REGEX "_main\\.cpp$")
     if(sources)
         add_library(tarnex_${name} STATIC ${sources})
+        target_precompile_headers(tarnex_${name} REUSE_FROM tarnex_precompiled_folders)
         set(scope PUBLIC)
     else()
         add_library(tarnex_${name} INTERFACE)
@@ -45,7 +58,8 @@ function(tarnex_test folder)
     if(sources)
         add_executable(test_${name} ${sources})
         target_include_directories(test_${name} PRIVATE ${PROJECT_SOURCE_DIR})
-        target_link_libraries(test_${name} PRIVATE ${ARGN} GTest::gtest_main)
+        target_link_libraries(test_${name} PRIVATE ${ARGN} tarnex_test_options GTest::gtest_main)
+        target_precompile_headers(test_${name} REUSE_FROM tarnex_precompiled_tests)
         set_target_properties(test_${name} PROPERTIES
             RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
         gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
