@@ -51,7 +51,8 @@ function(tarnex_folder folder)
     target_link_libraries(tarnex_${name} ${scope} tarnex_options ${ARGN})
 endfunction()
 
-# tarnex_test(<folder> <library>...): every *_test.cpp of tests/<folder> in one program.
+# tarnex_test(<folder> <library>...): every *_test.cpp of tests/<folder> in one program, which is one
+# entry of ctest: a process for each case would cost more than most cases do.
 function(tarnex_test folder)
     string(REPLACE "/" "_" name ${folder})
     file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/${folder}/*_test.cpp)
@@ -62,6 +63,7 @@ function(tarnex_test folder)
         target_precompile_headers(test_${name} REUSE_FROM tarnex_precompiled_tests)
         set_target_properties(test_${name} PROPERTIES
             RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
-        gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+        add_test(NAME test_${name} COMMAND test_${name})
+        set_tests_properties(test_${name} PROPERTIES TIMEOUT 600)
     endif()
 endfunction()
