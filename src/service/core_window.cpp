@@ -1,7 +1,8 @@
 #include "service/core_window.h"
 
 #include "device/answer_rules.h"
-#include "device/hex_summary.h"
+#include "device/firmware_file.h"
+#include "device/flash_report.h"
 
 namespace tarnex {
 
@@ -118,13 +119,9 @@ Task<Text> CoreWindow::DebugOff() {
 // service looks for the unit anew.
 Task<Text> CoreWindow::Firmware() {
     TarnexCore& core = parts_.core;
-    OpenedLineFile opened = parts_.files.Open(kFirmwareFile);
-    if (!opened.file)
-        co_return u"不能读取当前目录的Tarnex_20050626.hex：" + opened.problem.chinese;
-    HexSummary summary = HexSummary::Read(*opened.file);
-    opened.file.reset();
-    if (summary.Fault())
-        co_return u"文件第" + ToText(summary.Fault()->line) + u"行有错，没有升级。";
+    FirmwareFile file = ReadFirmwareFile(parts_.files, kFirmwareFile);
+    if (!file.Sendable())
+        co_return ListFailure(file.verdict, 0);
     if (core.discovery.ConnectStatus() == 0)
         co_return u""; // Init has forgotten the port
     if (buttons_.front()->Caption() == kCSQStop)
@@ -132,10 +129,20 @@ Task<Text> CoreWindow::Firmware() {
     Results.Add(u"正在升级Firmware,请等待.");
     co_await core.commands.RESET_NOBACK();
     const int port = core.discovery.ConnectClose();
-    HexProgram program = summary.TakeProgram();
+    HexProgram program = file.summary.TakeProgram();
     const bool upgraded = co_await core.firmware.FirmwareFlash(port, std::move(program));
     parts_.set_to_research();
-    co_return Text(upgraded ? u"升级成功!" : u"升级失败! 请停止服务，用tarnex-flasher再次升级。");
+    if (!upgraded)
+        co_return ListFailure(core.firmware.Progress(), port);
+    co_return Text(u"升级成功!");
+}
+
+Text CoreWindow::ListFailure(const FlashProgress& progress, int port) {
+    const std::string command = UpdateCommand("COM" + std::to_string(port), kFirmwareFile);
+    for (const Text& line : FailureInChinese(progress, command))
+        Results.Add(line);
+    // The command needs the port that the service has.
+    return ProgramTouched(progress) ? u"升级失败! 请停止服务，再运行以上恢复命令。" : u"升级失败!";
 }
 
 } // namespace tarnex

@@ -39,6 +39,8 @@ class CoreWindow : public Form {
     void Press(const TestButton& test);
     Task<> Run(const TestButton& test);
     void Enable(bool enabled);
+    // Lists why; the outcome in short.
+    Text ListFailure(const FlashProgress& progress, int port);
 
     Task<Text> ToggleCSQ();
     Task<Text> RDNO() { return parts_.core.commands.RDNO(u"1"); }

@@ -1,8 +1,8 @@
 #include "tools/firmware_flasher.h"
 
+#include "device/firmware_file.h"
+#include "device/flash_report.h"
 #include "platform/calendar_text.h"
-#include "tools/firmware_file.h"
-#include "tools/flash_report.h"
 #include "tools/unit_identity.h"
 #include "tools/update_progress.h"
 

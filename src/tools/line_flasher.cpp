@@ -1,8 +1,8 @@
 #include "tools/line_flasher.h"
 
 #include "device/answer_rules.h"
+#include "device/flash_report.h"
 #include "platform/exit_status.h"
-#include "tools/flash_report.h"
 
 namespace tarnex {
 

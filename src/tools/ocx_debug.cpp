@@ -1,9 +1,9 @@
 #include "tools/ocx_debug.h"
 
 #include "device/answer_rules.h"
+#include "device/firmware_file.h"
+#include "device/flash_report.h"
 #include "platform/calendar_text.h"
-#include "tools/firmware_file.h"
-#include "tools/flash_report.h"
 #include "tools/unit_identity.h"
 
 #include <algorithm>

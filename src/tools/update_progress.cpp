@@ -1,6 +1,6 @@
 #include "tools/update_progress.h"
 
-#include "tools/flash_report.h"
+#include "device/flash_report.h"
 
 #include <cstdio>
 

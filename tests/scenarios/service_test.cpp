@@ -296,7 +296,7 @@ TEST_F(Service, TheDeviceLinkIsTriedOutWhileTheServiceRuns) {
              std::pair{"CMDSMSSendChk", u"SMSSendChk: Free"},
              std::pair{"CMDDebugOn", u"DebugOn: On"},
              std::pair{"CMDDebugOff", u"DebugOff: Off"},
-             std::pair{"CMDFirmware", u"Firmware: 文件第2行有错，没有升级。"},
+             std::pair{"CMDFirmware", u"Firmware: 升级失败!"},
              std::pair{"CMDSendSMS1", u"SendSMS1: OK"},
              std::pair{"CMDSendSMS2", u"SendSMS2: Busy"},
          }) {
@@ -318,6 +318,14 @@ TEST_F(Service, TheDeviceLinkIsTriedOutWhileTheServiceRuns) {
     EXPECT_TRUE(clock.RunUntil([&] { return results.back() == u"Firmware: 升级成功!"; }, 1min));
     EXPECT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 1min));
     ASSERT_TRUE(clock.RunUntil([&] { return !service->Unit().UnitBusy; }, 1min));
+    unit.Loader().SetPlan(LoaderPlan{LoaderStep::kWrite, 1, LoaderFault::kRefuse});
+    button("CMDFirmware")->Click();
+    clock.RunFor(1min);
+    EXPECT_EQ((std::vector<Text>{results.end() - 3, results.end()}),
+              (std::vector<Text>{u"写入地址0000：设备应答错误：5A A5 00 08。",
+                                 u"设备程序可能不完整，恢复命令：tarnex-flasher --port COM3 "
+                                 u"--file Tarnex_20050626.hex",
+                                 u"Firmware: 升级失败! 请停止服务，再运行以上恢复命令。"}));
     button("CMDInit")->Click();
     EXPECT_EQ(results.back(), u"Init: OK");
     button("CMDFirmware")->Click();

@@ -1,4 +1,4 @@
-#include "tools/firmware_file.h"
+#include "device/firmware_file.h"
 
 namespace tarnex {
 

@@ -1,4 +1,4 @@
-#include "tools/flash_report.h"
+#include "device/flash_report.h"
 
 #include <array>
 #include <cstdio>
