@@ -100,9 +100,16 @@ TEST_F(CommandTest, LostHardwareFailsTheCommandAtOnce) {
     Open();
     lists.DebugOn = core.OCXDebug(u"On");
     clock.CallAfter(10ms, [this] { ports.Unplug(7); }); // just before the command is written
-    Running<Text> refused(clock, core.commands.RDAT());
+    int counted = 0; // by the command itself: the port tells of the loss only after it
+    const auto refused_command = [&]() -> Task<Text> {
+        Text answer = co_await core.commands.RDAT();
+        counted = losses;
+        co_return answer;
+    };
+    Running<Text> refused(clock, refused_command());
     clock.RunFor(10ms);
     EXPECT_EQ(refused.result, kFailed);
+    EXPECT_EQ(counted, 2);
     EXPECT_EQ(losses, 2);
     EXPECT_EQ(form.List1.Lines().back(), u"sendtocom8021错误导致硬件丢失");
 }
