@@ -80,9 +80,12 @@ void FirmwareFlasher::ShowFigures(bool visible) {
 void FirmwareFlasher::Follow() {
     const FirmwareLink& firmware = link_.core.firmware;
     Text1.SetValue(firmware.HEXWriteAddr());
-    if (firmware.Progress().step == FlashStep::kWrite)
+    const FlashProgress& progress = firmware.Progress();
+    if (progress.fault != FlashFault::kNone)
+        Figures.SetCaption(u""); // nothing is to come; the address tells where it broke off
+    else if (progress.step == FlashStep::kWrite)
         Figures.SetCaption(
-            FiguresInChinese(firmware.Progress(), total_bytes_, world_.clock.Now() - write_began_));
+            FiguresInChinese(progress, total_bytes_, world_.clock.Now() - write_began_));
 }
 
 // As far as the three steps have come.

@@ -142,7 +142,7 @@ TEST_F(FlasherTest, AfterAFailureOneCanOnlyLeaveOrBringTheUnitBack) {
                                  u"--file new.hex",
                                  u"也可以按“恢　复”再次写入。"}));
     EXPECT_EQ(Enabled(), "001");
-    EXPECT_TRUE(flasher.GetAddrTimer.Enabled());
+    EXPECT_EQ(flasher.Text1.Value() + flasher.Figures.Caption(), u"0000");
     EXPECT_FALSE(ports.OpenSettings(3));
     flasher.Rescue.Click();
     EXPECT_EQ(Enabled(), "000");
