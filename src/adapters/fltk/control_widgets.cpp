@@ -225,6 +225,8 @@ class LinesWidget : private HasBuffer, public LeafOf<Base> {
         this->align(FL_ALIGN_LEFT_TOP);
         this->box(FL_DOWN_BOX);
         this->buffer(text);
+        if constexpr (std::is_same_v<Base, Fl_Text_Display>)
+            this->color(FL_BACKGROUND_COLOR);
         this->wrap_mode(Base::WRAP_AT_BOUNDS, 0);
         this->when(FL_WHEN_CHANGED);
         this->callback([](Fl_Widget* widget, void*) {
