@@ -332,6 +332,11 @@ bool FormFeed::AnyVisible() const {
     return std::ranges::any_of(forms_, [](const auto& fed) { return fed->number != 0; });
 }
 
+void FormFeed::HideAll() {
+    for (const auto& fed : forms_)
+        fed->form.SetVisible(false);
+}
+
 bool FormFeed::Pending() const {
     return !closed_.empty() || withdrawn_ || (question_ && !question_->told) ||
            std::ranges::any_of(forms_, [](const auto& fed) { return fed->Pending(); });

@@ -32,6 +32,8 @@ class FormFeed : public FileDialog {
     void Watch(Form& form);
     void Unwatch(const Form& form);
     bool AnyVisible() const;
+    // Makes every form invisible.
+    void HideAll();
 
     // There is something to tell.
     bool Pending() const;

@@ -21,8 +21,9 @@ class View {
   public:
     virtual ~View() = default;
     // From now on the form's window is there whenever the form is visible and a screen can be had;
-    // once Form::SetVisible has returned, Shown() is false where none can. One window a form. Form
-    // and view must outlive the result.
+    // once Form::SetVisible has returned, Shown() is false where none can. A form that loses its
+    // window is made invisible, so that making it visible asks for a new one. One window a form.
+    // Form and view must outlive the result.
     [[nodiscard]] virtual std::unique_ptr<FormWindow> Attach(Form& form) = 0;
 };
 

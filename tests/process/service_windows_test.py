@@ -139,6 +139,8 @@ class ServiceWindowsTest(unittest.TestCase):
         os.kill(view, signal.SIGKILL)
         service.wait_for("the program of the windows has ended by signal 9, and the windows with it. Going on without")
         service.wait_for("List2: Get :TX:TXCSQ(20,0)")
+        unit.tell("unplug")  # the service begins anew
+        self.assertTrue(self.main_window().shown())
         self.assertEqual(service.stop(), 0)
 
 

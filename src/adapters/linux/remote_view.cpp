@@ -85,10 +85,11 @@ std::string RemoteView::Open() {
 void RemoteView::FormShown() {
     std::string trouble;
     if (!process_ && !Start(trouble))
-        SayThatNoneIsShown(trouble);
+        NoneIsShown(trouble);
 }
 
-void RemoteView::SayThatNoneIsShown(const std::string& trouble) {
+void RemoteView::NoneIsShown(const std::string& trouble) {
+    feed_.HideAll();
     if (!std::exchange(said_, true))
         host_.notice("no window can be shown: " + trouble + ". Going on without");
 }
@@ -159,10 +160,12 @@ void RemoteView::Ended(std::uint64_t run, const std::string& how) {
     const auto ended = std::move(process_);
     const std::string why = trouble_.empty() ? how : trouble_;
     trouble_ = why;
-    if (ready_)
+    if (ready_) {
+        feed_.HideAll();
         host_.lost(why);
-    else if (feed_.AnyVisible())
-        SayThatNoneIsShown(why);
+    } else if (feed_.AnyVisible()) {
+        NoneIsShown(why);
+    }
 }
 
 } // namespace tarnex

@@ -45,7 +45,7 @@ class RemoteView : public ScreenView {
     void Arrived(const std::string& packet);
     void TakeNotice(const std::string& line);
     void Ended(std::uint64_t run, const std::string& how);
-    void SayThatNoneIsShown(const std::string& trouble);
+    void NoneIsShown(const std::string& trouble);
     void FlushSoon();
     void Flush();
     bool Reads() const;
