@@ -1,5 +1,6 @@
 #include "service/tarnex_comm.h"
 
+#include "device/flash_report.h"
 #include "service/settings_notices.h"
 
 namespace tarnex {
@@ -92,7 +93,11 @@ TarnexComm::TarnexComm(World world)
       core_window_({.core = core_,
                     .files = world_.files,
                     .unit = unit_,
-                    .set_to_research = [this] { connection_.SetToResearch(); }}),
+                    .set_to_research =
+                        [this] {
+                            leave_warned_ = false;
+                            connection_.SetToResearch();
+                        }}),
       status_({.clock = world_.clock,
                .sink = world_.status,
                .process_id = world_.process_id,
@@ -294,8 +299,8 @@ void TarnexComm::WireButtons() {
     window_.mCmdMail.OnClick([this] { mail_.Window().SetVisible(true); });
     window_.mCmdCore.OnClick([this] { core_window_.SetVisible(true); });
     window_.mCmdLinkCheck.OnClick([this] { ShowLinkCheck(); });
-    window_.mCMDExit.OnClick([this] { Form_Unload(); });
-    window_.OnClose([this] { Form_Unload(); });
+    window_.mCMDExit.OnClick([this] { LeaveByHand(); });
+    window_.OnClose([this] { LeaveByHand(); });
 }
 
 // What stands still looks the same as what has nothing to do, so the operator is told.
@@ -323,6 +328,13 @@ void TarnexComm::ClearLists() {
 
 void TarnexComm::ShowLinkCheck() {
     lists_.mList3Additem(link_.LinkCheck() ? u"True" : u"False");
+}
+
+void TarnexComm::LeaveByHand() {
+    if (core_.firmware.ProgramIncomplete() && !std::exchange(leave_warned_, true))
+        window_.mList1.Add(Text(kCloseWarning));
+    else
+        Form_Unload();
 }
 
 void TarnexComm::Form_Unload() {

@@ -82,6 +82,8 @@ class TarnexComm {
     void PressStop();
     void SwitchDebug();
     void ClearLists();
+    // By the window: while the unit's program is incomplete, only a second call of it ends.
+    void LeaveByHand();
     void EndProcess();
 
     World world_;
@@ -113,6 +115,7 @@ class TarnexComm {
     bool reset_in_doubt_ = false; // since the last ResetUnitState
     std::string restart_reason_;  // as the last reading gave it
     bool ExWindowsState_ = false;
+    bool leave_warned_ = false; // of the update at work
     bool ended_ = false;
     CallId end_;
     std::unique_ptr<FormWindow> on_screen_; // the main window; nullptr without a view

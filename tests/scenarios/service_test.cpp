@@ -1,3 +1,4 @@
+#include "device/flash_report.h"
 #include "tests/scenarios/system_fixture.h"
 #include "tests/ui/layout_checks.h"
 
@@ -332,6 +333,30 @@ TEST_F(Service, TheDeviceLinkIsTriedOutWhileTheServiceRuns) {
     EXPECT_EQ(results.back(), u"Firmware: 设备没有连接。");
     button("CMDReset")->Click();
     service.reset(); // while the command waits
+}
+
+TEST_F(Service, LeavingAHalfWrittenUnitTakesASecondPress) {
+    SimulatedView screen;
+    view = &screen;
+    StartToReady();
+    Form& core = *screen.forms["TarnexCore"];
+    files.Files["Tarnex_20050626.hex"] = ":0100000055AA\n:00000001FF\n";
+    const auto& results = dynamic_cast<ListBox*>(core.Find("Results"))->Lines();
+    for (int update = 0; update < 2; ++update) {
+        ASSERT_TRUE(clock.RunUntil(
+            [&] { return service->Unit().UnitReady && !service->Unit().UnitBusy; }, 2min));
+        dynamic_cast<Button*>(core.Find("CMDFirmware"))->Click();
+        ASSERT_TRUE(
+            clock.RunUntil([&] { return results.back() == u"握手成功，开始擦除。"; }, 1min));
+        service->Window().Close();
+        clock.RunFor(0s);
+        ASSERT_FALSE(ended_at);
+        EXPECT_EQ(service->Window().mList1.Lines().back(), kCloseWarning);
+    }
+    service->Window().mCMDExit.Click();
+    clock.RunFor(0s);
+    EXPECT_TRUE(ended_at);
+    service.reset();
 }
 
 TEST_F(Service, TheTestMessageGoesToTheFirstNumber) {
