@@ -111,9 +111,11 @@ class TarnexComm {
     TimerList stoppable_; // what the button "Stop" stops
     CallId second_look_;
     bool second_look_pending_ = false;
-    bool doubt_ = false;          // about the last reading
-    bool reset_in_doubt_ = false; // since the last ResetUnitState
-    std::string restart_reason_;  // as the last reading gave it
+    bool doubt_ = false; // about the last reading
+    // What the last reset took from the settings is to be taken again; an operator who presses
+    // Stop or DebugOn meanwhile has decided it.
+    bool reset_in_doubt_ = false;
+    std::string restart_reason_; // as the last reading gave it
     bool ExWindowsState_ = false;
     bool leave_warned_ = false; // of the update at work
     bool ended_ = false;
