@@ -21,7 +21,7 @@ class DryRun {
   public:
     DryRun(const SettingsFile& file, const CalendarTime& start)
         : file_(file), settings_(ReadSettings(file.Document(), {}).settings),
-          system_(file.Content(), file.EncodingName(), start),
+          system_(file.Content(), file.Encoding(), start),
           monitor_(system_.clock, system_.network, system_.code_page, {.name = u"monitor"}) {
         ServeMail();
         system_.unit.OnSent([this](const SentSms& sms) { NoteSent(sms); });

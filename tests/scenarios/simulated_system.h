@@ -1,5 +1,6 @@
 #pragma once
 
+#include "adapters/system/iconv_code_page.h"
 #include "simulator/simulated_monitor.h"
 #include "simulator/system/system_in_memory.h"
 
@@ -48,12 +49,14 @@ class SettingsText {
     std::map<std::string, std::map<std::string, std::string>> sections_;
 };
 
+inline const IconvCodePage kGbk("GBK");
+
 // The system with the settings of a test and a monitoring program on link 1.
 struct SimulatedSystem : SystemInMemory {
-    SimulatedSystem() : SystemInMemory(SettingsText().Content()) {}
+    SimulatedSystem() : SystemInMemory(SettingsText().Content(), kGbk) {}
 
     SettingsText settings; // what the store holds; changes go there with SetContent
-    const IconvCodePage& gbk = code_page;
+    const CodePage& gbk = code_page;
     Monitor monitor{clock, network, gbk, {.name = u"WebMon"}};
 };
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "adapters/system/iconv_code_page.h"
 #include "service/tarnex_comm.h"
 #include "simulator/simulated_clock.h"
 #include "simulator/simulated_mail_server.h"
@@ -16,9 +15,9 @@ namespace tarnex {
 // The whole system in memory: the real service, a unit on COM3 and a mail network. Nothing happens
 // before StartService(), nor without the clock.
 struct SystemInMemory {
-    // settings: the content of the settings file, in that code page.
-    explicit SystemInMemory(std::string settings, const std::string& encoding = "GBK",
-                            const CalendarTime& start = SimulatedClock().Calendar())
+    // settings: the content of the settings file, in that code page, which outlives the system.
+    SystemInMemory(std::string settings, const CodePage& encoding,
+                   const CalendarTime& start = SimulatedClock().Calendar())
         : clock(start), code_page(encoding) {
         store.SetContent(std::move(settings));
         ports.Plug(3, unit);
@@ -60,7 +59,7 @@ struct SystemInMemory {
     StatusSink* status = nullptr; // where the service tells of its state; before it starts
     SimulatedSettingsStore store;
     SimulatedLineFiles files;
-    IconvCodePage code_page;
+    const CodePage& code_page;
     SimulatedServiceController controller;
     SimulatedInstanceLock lock;
     View* view = nullptr;             // or one, before the service starts; it outlives it
