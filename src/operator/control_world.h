@@ -1,8 +1,13 @@
 #pragma once
 
 #include "platform/clock.h"
+#include "platform/code_page.h"
 #include "platform/exit_status.h"
+#include "platform/file_owners.h"
+#include "platform/log_files.h"
+#include "platform/settings_store.h"
 
+#include <array>
 #include <iosfwd>
 #include <optional>
 #include <stdexcept>
@@ -18,6 +23,8 @@ struct Failure : std::runtime_error {
     ExitStatus status;
 };
 
+using SerialPaths = std::array<std::string, 20>; // of COM1 to COM20
+
 // The world that tarnexctl works in.
 struct ControlWorld {
     std::ostream& out;
@@ -30,7 +37,17 @@ struct ControlWorld {
 
     std::string settings_path;
     std::string status_path;
-    std::string data_folder; // of the sample settings and the schema that were installed
+    std::string data_folder;  // of the sample settings and the schema that were installed
+    SerialPaths serial_paths; // the devices where the settings name none
+
+    FileOwners& owners;
+    LogFiles& logs;
+    std::function<std::unique_ptr<SettingsStore>(const std::string& path)> open_settings;
+    // nullptr for a name that the system does not know; it knows "GBK" and "UTF-8".
+    std::function<std::unique_ptr<CodePage>(const std::string& name)> make_code_page;
+    // Puts a new file with that content, readable by everybody, in the place of path in one step
+    // for readers. "" when done, else what the system says stands in the way.
+    std::function<std::string(const std::string& path, std::string_view content)> replace_file;
 
     std::function<std::chrono::system_clock::time_point()> now;
     std::function<CalendarTime()> calendar; // local

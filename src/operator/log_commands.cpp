@@ -1,5 +1,3 @@
-#include "adapters/sqlite/log_database.h"
-#include "adapters/system/folder_owner.h"
 #include "operator/commands.h"
 #include "operator/file_access.h"
 #include "operator/json_output.h"
@@ -22,8 +20,7 @@ constexpr const char* kColumnNames[] = {"number",  "date",    "time",  "directio
 std::string PathOf(const ControlWorld& world, const std::string& path) {
     if (!path.empty())
         return path;
-    const std::string configured =
-        ToUtf8(SettingsFile(world.settings_path).Value(*FindSetting("log-database")));
+    const std::string configured = ToUtf8(SettingsFile(world).Value(*FindSetting("log-database")));
     if (configured.empty())
         throw Failure(kExitData, "the settings name no log database: name a file, or set it with "
                                  "\"tarnexctl settings set log-database FILE\"");
@@ -78,31 +75,35 @@ class Tail {
         if (const std::error_code problem = ReadingProblem(path_))
             throw CannotRead("log database " + path_, problem,
                              "make it with \"tarnexctl log create\", or name another");
-        if (const std::string problem = reader_.Open(path_); !problem.empty())
-            throw Unreadable(problem);
+        OpenedLog log = world.logs.Open(path_);
+        if (!log.reader)
+            throw Unreadable(log.problem);
+        reader_ = std::move(log.reader);
     }
 
     void ShowLast(int count) {
         if (count > 0)
-            Show(reader_.Last(count));
-        else if (const auto newest = reader_.Last(1); newest && !newest->empty())
+            Show(reader_->Last(count));
+        else if (const auto newest = reader_->Last(1); newest && !newest->empty())
             last_id_ = newest->back().id;
     }
 
     void ShowNew() {
         ShowFurther();
-        LogReader replacement;
-        if (!reader_.Moved() || !replacement.Open(path_).empty())
-            return; // or not there yet
-        std::swap(reader_, replacement);
+        if (!reader_->Moved())
+            return;
+        OpenedLog replacement = world_.logs.Open(path_);
+        if (!replacement.reader)
+            return; // not there yet
+        reader_ = std::move(replacement.reader);
         last_id_ = 0;
         ShowFurther();
     }
 
   private:
     void ShowFurther() {
-        const auto rows = reader_.After(last_id_);
-        if (rows || !reader_.LockedOut()) // else next time
+        const auto rows = reader_->After(last_id_);
+        if (rows || !reader_->LockedOut()) // else next time
             Show(rows);
     }
 
@@ -112,7 +113,7 @@ class Tail {
 
     void Show(const std::optional<std::vector<StoredLogRow>>& rows) {
         if (!rows)
-            throw Unreadable(reader_.Problem());
+            throw Unreadable(reader_->Problem());
         for (const StoredLogRow& row : *rows) {
             world_.out << (json_ ? JsonOf(row) : LineOf(row));
             last_id_ = row.id;
@@ -123,7 +124,7 @@ class Tail {
     const ControlWorld& world_;
     const std::string path_;
     const bool json_;
-    LogReader reader_;
+    std::unique_ptr<LogReader> reader_;
     std::int64_t last_id_ = 0;
 };
 
@@ -133,12 +134,12 @@ ExitStatus LogCreate(ControlWorld& world, const std::string& path, const std::st
     const std::string file = PathOf(world, path);
     const std::string sql =
         ReadSchema(schema.empty() ? world.data_folder + "/log-schema.sql" : schema);
-    const AsFolderOwner owner(file, NamedIn(world, path));
-    const std::string problem = CreateLogDatabase(file, sql);
+    const auto acting = world.owners.ActFor(file, NamedIn(world, path));
+    const std::string problem = world.logs.Create(file, sql);
     if (!problem.empty())
         throw Failure(kExitCannotCreate, problem);
     world.out << "made " << Printable(file) << '\n';
-    if (!BelongsToFolderOwner(file))
+    if (!world.owners.BelongsToFolderOwner(file))
         world.err << "tarnexctl: warning: " << Printable(file)
                   << " does not belong to the owner of its folder; see that the user of the "
                      "service may write to it\n";
@@ -147,7 +148,8 @@ ExitStatus LogCreate(ControlWorld& world, const std::string& path, const std::st
 
 ExitStatus LogTail(ControlWorld& world, const TailOptions& options) {
     const std::string path = PathOf(world, options.path);
-    const AsFolderOwner owner(path, NamedIn(world, options.path)); // reading makes files beside it
+    // Reading makes files beside it.
+    const auto acting = world.owners.ActFor(path, NamedIn(world, options.path));
     Tail tail(world, path, options.json);
     tail.ShowLast(options.lines);
     while (!options.once && world.out && world.pause(kPollPeriod))

@@ -1,5 +1,3 @@
-#include "adapters/system/folder_owner.h"
-#include "adapters/system/replace_file.h"
 #include "operator/commands.h"
 #include "operator/service_state.h"
 #include "operator/text_output.h"
@@ -148,14 +146,14 @@ ExitStatus ShowMetrics(ControlWorld& world, const std::string& output) {
         world.out << text;
         return kExitDone;
     }
-    const AsFolderOwner owner(output);
+    const auto acting = world.owners.ActFor(output, "");
     // A new file would take the place of what that is for everybody.
     std::error_code error;
     const fs::file_status there = fs::symlink_status(output, error);
     if (fs::exists(there) && !fs::is_regular_file(there))
         throw Failure(kExitCannotCreate, output + " is no ordinary file, and stays as it is; leave "
                                                   "--output out for standard output");
-    const std::string problem = ReplaceFile(output, text);
+    const std::string problem = world.replace_file(output, text);
     if (!problem.empty())
         throw Failure(kExitCannotCreate, output + " cannot be written (" + problem +
                                              "): name a file in a folder that you may write to");

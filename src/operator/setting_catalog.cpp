@@ -1,6 +1,5 @@
 #include "operator/setting_catalog.h"
 
-#include "adapters/system/serial_names.h"
 #include "operator/calendar_words.h"
 #include "operator/suggestion.h"
 #include "platform/calendar_text.h"
@@ -137,7 +136,7 @@ constexpr UnitRecord kUnitRecords[] = {
 
 constexpr int kFirstDayKey = 46;  // Check1
 constexpr int kFirstTimeKey = 38; // Text1
-constexpr int kPorts = std::tuple_size_v<SerialPaths>;
+constexpr int kPorts = 20;
 
 Setting MakeSetting(const Row& row) {
     Setting setting;
@@ -178,14 +177,14 @@ void AddQuietDays(std::vector<Setting>& catalog) {
 }
 
 void AddPorts(std::vector<Setting>& catalog) {
-    const SerialPaths defaults = SerialDevicePaths({});
     for (int port = 1; port <= kPorts; ++port) {
         Setting path = MakeSetting({"Start", u"SerialPorts", {}, "", kPath, "", "", "", kStart});
+        path.port = port;
         path.key = u"COM" + ToText(port);
         path.name = "com" + std::to_string(port) + "-device";
         path.meaning = "device behind port number " + std::to_string(port);
         path.when_set = "the unit is searched for at {}";
-        path.when_not_set = "the unit is searched for at " + defaults[std::size_t(port) - 1];
+        path.when_not_set = path.when_set;
         catalog.push_back(path);
     }
 }
@@ -278,15 +277,17 @@ bool IsOn(const Setting& setting, TextView value) {
     return setting.on_unless_off ? value != setting.off : value == setting.on;
 }
 
-std::string Effect(const Setting& setting, TextView value) {
+std::string Effect(const Setting& setting, TextView value,
+                   const std::array<std::string, 20>& ports) {
     const bool set = setting.kind == kSwitch ? IsOn(setting, value) : HasText(setting, value);
-    if (!set)
-        return setting.when_not_set;
-    std::string effect = setting.when_set;
-    if (const std::size_t at = effect.find("{}"); at != std::string::npos)
-        effect.replace(
-            at, 2, ToUtf8(setting.kind == kTime ? FormattedHourMinute(value) : Text(Trim(value))));
-    return effect;
+    std::string effect = set ? setting.when_set : setting.when_not_set;
+    const std::size_t at = effect.find("{}");
+    if (at == std::string::npos)
+        return effect;
+    const std::string shown = !set                    ? ports.at(std::size_t(setting.port) - 1)
+                              : setting.kind == kTime ? ToUtf8(FormattedHourMinute(value))
+                                                      : ToUtf8(Trim(value));
+    return effect.replace(at, 2, shown);
 }
 
 } // namespace tarnex

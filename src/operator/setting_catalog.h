@@ -2,6 +2,7 @@
 
 #include "platform/text.h"
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -32,7 +33,7 @@ struct Setting {
     SettingKind kind = SettingKind::kText;
     std::string meaning;      // what the setting is
     std::string when_set;     // what a switch that is on, or a value, does; "{}" is the value
-    std::string when_not_set; // what a switch that is off, or no value, does
+    std::string when_not_set; // what a switch that is off, or no value, does; "{}" is the default
     std::string in_force;     // when a change takes effect
     int lowest = 0;           // of a number
     int highest = 0;
@@ -41,6 +42,7 @@ struct Setting {
     Text off = u"0";            // the same
     bool on_unless_off = false; // of a switch: every value but off counts as on
     bool kept_in_unit = false;  // written into the unit when it changes
+    int port = 0;               // whose device it names; 0 for none
 };
 
 // Every key that the service reads or writes, in the order of the groups.
@@ -60,7 +62,8 @@ std::string ClosestSettingName(const std::string& name);
 // Whether a switch with that value counts as on.
 bool IsOn(const Setting& setting, TextView value);
 
-// What the value does now, in words.
-std::string Effect(const Setting& setting, TextView value);
+// What the value does now, in words. ports: the devices of COM1 to COM20 where none are set.
+std::string Effect(const Setting& setting, TextView value,
+                   const std::array<std::string, 20>& ports);
 
 } // namespace tarnex

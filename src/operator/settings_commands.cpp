@@ -52,7 +52,7 @@ std::vector<const Setting*> Wanted(const std::vector<std::string>& names) {
     return wanted;
 }
 
-Json ToJson(const Setting& setting, TextView value) {
+Json ToJson(const ControlWorld& world, const Setting& setting, TextView value) {
     const bool secret = setting.kind == SettingKind::kPassword;
     return {{"name", setting.name},
             {"section", ToUtf8(setting.section)},
@@ -62,7 +62,7 @@ Json ToJson(const Setting& setting, TextView value) {
             {"allowed", AllowedValues(setting)},
             {"set", !value.empty()},
             {"value", secret ? Json() : Json(ToUtf8(value))},
-            {"effect", Effect(setting, value)},
+            {"effect", Effect(setting, value, world.serial_paths)},
             {"change_in_force", setting.in_force}};
 }
 
@@ -73,7 +73,7 @@ void PrintLong(const ControlWorld& world, const Setting& setting, TextView value
     table.Add({"  meaning", setting.meaning});
     table.Add({"  allowed", AllowedValues(setting)});
     table.Add({"  value", value.empty() ? "(none)" : ShownValue(setting, value)});
-    table.Add({"  now", Effect(setting, value)});
+    table.Add({"  now", Effect(setting, value, world.serial_paths)});
     table.Add({"  a change", setting.in_force});
     table.Add({""});
     table.Print(world);
@@ -92,7 +92,8 @@ void PrintShort(const ControlWorld& world, const SettingsFile& file,
         }
         const TextView value = file.Value(*setting);
         table.Add({"  " + setting->name, ToUtf8(setting->key),
-                   Shortened(ShownValue(*setting, value), kValueColumns), Effect(*setting, value)});
+                   Shortened(ShownValue(*setting, value), kValueColumns),
+                   Effect(*setting, value, world.serial_paths)});
     }
     table.Print(world);
 }
@@ -100,10 +101,11 @@ void PrintShort(const ControlWorld& world, const SettingsFile& file,
 // Changes the setting and says what that does, and what is now wrong with it or on its account.
 ExitStatus Change(ControlWorld& world, const Setting& setting,
                   const std::function<void(SettingsFile&)>& change) {
-    SettingsFile before(world.settings_path);
+    SettingsFile before(world);
     change(before);
-    const SettingsFile now(world.settings_path);
-    world.out << setting.name << ": " << Printable(Effect(setting, now.Value(setting))) << " ("
+    const SettingsFile now(world);
+    world.out << setting.name << ": "
+              << Printable(Effect(setting, now.Value(setting), world.serial_paths)) << " ("
               << setting.in_force << ")\n";
     const std::vector<Finding> known = CheckSettings(before);
     for (const Finding& finding : CheckSettings(now))
@@ -141,11 +143,11 @@ std::string AskFor(const ControlWorld& world, const Setting& setting) {
 
 ExitStatus SettingsList(ControlWorld& world, const ListOptions& options) {
     const std::vector<const Setting*> settings = Wanted(options.names);
-    const SettingsFile file(world.settings_path);
+    const SettingsFile file(world);
     if (options.json) {
         Json list = Json::array();
         for (const Setting* setting : settings)
-            list.push_back(ToJson(*setting, file.Value(*setting)));
+            list.push_back(ToJson(world, *setting, file.Value(*setting)));
         world.out << JsonText(list);
     } else if (options.long_form) {
         for (const Setting* setting : settings)
@@ -158,7 +160,7 @@ ExitStatus SettingsList(ControlWorld& world, const ListOptions& options) {
 
 ExitStatus SettingsGet(ControlWorld& world, const std::string& name) {
     const Setting& setting = Known(name);
-    world.out << Printable(ToUtf8(SettingsFile(world.settings_path).Value(setting))) << '\n';
+    world.out << Printable(ToUtf8(SettingsFile(world).Value(setting))) << '\n';
     return kExitDone;
 }
 
@@ -183,7 +185,7 @@ ExitStatus SettingsUnset(ControlWorld& world, const std::string& name) {
 }
 
 ExitStatus SettingsCheck(ControlWorld& world, bool json) {
-    const SettingsFile file(world.settings_path);
+    const SettingsFile file(world);
     const std::vector<Finding> findings = CheckSettings(file);
     const auto errors = std::ranges::count(findings, Finding::Level::kError, &Finding::level);
     Json list = Json::array();

@@ -1,6 +1,5 @@
 #include "operator/settings_file.h"
 
-#include "adapters/system/folder_owner.h"
 #include "operator/file_access.h"
 
 #include <algorithm>
@@ -9,7 +8,7 @@ namespace tarnex {
 
 namespace {
 
-std::string ReadContent(const FileSettingsStore& store) {
+std::string ReadContent(const SettingsStore& store) {
     SettingsReading reading = store.Read();
     if (!reading.problem)
         return std::move(reading.content);
@@ -17,13 +16,13 @@ std::string ReadContent(const FileSettingsStore& store) {
                      "make one with \"tarnexctl setup\", or name another with --settings-file");
 }
 
-StartSettings ReadStart(const std::string& content) {
-    return ReadStartSettings(IniDocument(content, IconvCodePage("UTF-8")));
+StartSettings ReadStart(const ControlWorld& world, const std::string& content) {
+    return ReadStartSettings(IniDocument(content, *world.make_code_page("UTF-8")));
 }
 
 } // namespace
 
-void CheckHolds(const IconvCodePage& code_page, const std::string& encoding, const Setting& setting,
+void CheckHolds(const CodePage& code_page, const std::string& encoding, const Setting& setting,
                 TextView value) {
     const bool secret = setting.kind == SettingKind::kPassword;
     if (code_page.Decode(code_page.Encode(value)) != value)
@@ -33,18 +32,19 @@ void CheckHolds(const IconvCodePage& code_page, const std::string& encoding, con
                                      ", the code page of the settings");
 }
 
-SettingsFile::SettingsFile(const std::string& path)
-    : path_(path), store_(path), content_(ReadContent(store_)), start_(ReadStart(content_)),
-      encoding_(IconvCodePage::Supported(start_.code_page) ? start_.code_page : "GBK"),
-      code_page_(encoding_), document_(content_, code_page_) {}
+SettingsFile::SettingsFile(const ControlWorld& world, const std::string& path)
+    : world_(world), path_(path), store_(world.open_settings(path)), content_(ReadContent(*store_)),
+      start_(ReadStart(world, content_)),
+      encoding_(world.make_code_page(start_.code_page) ? start_.code_page : "GBK"),
+      code_page_(world.make_code_page(encoding_)), document_(content_, *code_page_) {}
 
 bool SettingsFile::IsAscii() const {
     return std::ranges::all_of(content_, [](unsigned char c) { return c < 0x80; });
 }
 
 bool SettingsFile::IsUtf8() const {
-    const IconvCodePage utf8("UTF-8");
-    return utf8.Encode(utf8.Decode(content_)) == content_;
+    const std::unique_ptr<CodePage> utf8 = world_.make_code_page("UTF-8");
+    return utf8->Encode(utf8->Decode(content_)) == content_;
 }
 
 bool SettingsFile::IsChineseUtf8() const {
@@ -53,31 +53,31 @@ bool SettingsFile::IsChineseUtf8() const {
 }
 
 void SettingsFile::Set(const Setting& setting, TextView value) {
-    CheckHolds(code_page_, encoding_, setting, value);
+    CheckHolds(*code_page_, encoding_, setting, value);
     const bool unreadable =
         !IsAscii() && (value == u"UTF-8" ? !IsChineseUtf8() : value == u"GBK" && IsUtf8());
     if (setting.name == "code-page" && unreadable)
         throw Failure(kExitData, "code-page cannot be " + ToUtf8(value) + ": " + path_ +
                                      " holds texts that are none. Convert the file first, with "
                                      "iconv, and change the line CodePage by hand");
-    const AsFolderOwner owner(path_);
-    MyIniFile file(store_, code_page_);
+    const auto acting = world_.owners.ActFor(path_, "");
+    MyIniFile file(*store_, *code_page_);
     file.WriteIniStr(setting.section, setting.key, value);
     CheckWritten(!file.LastWriteFailed());
 }
 
 void SettingsFile::Unset(const Setting& setting) {
-    const AsFolderOwner owner(path_);
-    CheckWritten(store_.Update([&](const std::string& present) -> std::optional<std::string> {
+    const auto acting = world_.owners.ActFor(path_, "");
+    CheckWritten(store_->Update([&](const std::string& present) -> std::optional<std::string> {
         std::string content =
-            IniDocument::Remove(present, code_page_, setting.section, setting.key);
+            IniDocument::Remove(present, *code_page_, setting.section, setting.key);
         return content == present ? std::nullopt : std::optional(content);
     }));
 }
 
 void SettingsFile::CheckWritten(bool written) const {
     if (!written)
-        throw CannotWrite("settings file " + path_, store_.Problem());
+        throw CannotWrite("settings file " + path_, store_->Problem());
 }
 
 } // namespace tarnex

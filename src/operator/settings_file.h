@@ -1,7 +1,5 @@
 #pragma once
 
-#include "adapters/system/file_settings_store.h"
-#include "adapters/system/iconv_code_page.h"
 #include "operator/control_world.h"
 #include "operator/setting_catalog.h"
 #include "settings/my_ini_file.h"
@@ -11,21 +9,23 @@
 namespace tarnex {
 
 // Throws Failure for a value that a code page of that name cannot hold.
-void CheckHolds(const IconvCodePage& code_page, const std::string& encoding, const Setting& setting,
+void CheckHolds(const CodePage& code_page, const std::string& encoding, const Setting& setting,
                 TextView value);
 
 // The settings file as a command finds it, read once. Every function that cannot do its work
-// throws Failure.
+// throws Failure. The world outlives it.
 class SettingsFile {
   public:
-    explicit SettingsFile(const std::string& path);
+    // The one of the world, or another one.
+    explicit SettingsFile(const ControlWorld& world) : SettingsFile(world, world.settings_path) {}
+    SettingsFile(const ControlWorld& world, const std::string& path);
 
     const std::string& Path() const { return path_; }
     const std::string& Content() const { return content_; }
     const IniDocument& Document() const { return document_; }
     const StartSettings& AtStart() const { return start_; }
     // The one that the service uses: GBK where the settings name an unknown one.
-    const CodePage& Encoding() const { return code_page_; }
+    const CodePage& Encoding() const { return *code_page_; }
     const std::string& EncodingName() const { return encoding_; }
     bool IsAscii() const;
     bool IsUtf8() const;        // short texts in GBK can be, too, by chance
@@ -43,12 +43,13 @@ class SettingsFile {
   private:
     void CheckWritten(bool written) const;
 
+    const ControlWorld& world_;
     std::string path_;
-    FileSettingsStore store_;
+    std::unique_ptr<SettingsStore> store_;
     std::string content_;
     StartSettings start_;
     std::string encoding_;
-    IconvCodePage code_page_;
+    std::unique_ptr<CodePage> code_page_;
     IniDocument document_;
 };
 

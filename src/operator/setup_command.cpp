@@ -1,6 +1,3 @@
-#include "adapters/sqlite/log_database.h"
-#include "adapters/sqlite/sqlite_log_table.h"
-#include "adapters/system/folder_owner.h"
 #include "operator/commands.h"
 #include "operator/file_access.h"
 #include "operator/setting_value.h"
@@ -44,31 +41,32 @@ void RefuseToOverwrite(const std::string& path) {
 // The sample with the answers in it.
 class Draft {
   public:
-    explicit Draft(std::string sample) : content_(std::move(sample)) {}
+    Draft(const ControlWorld& world, std::string sample)
+        : code_page_(world.make_code_page(kEncoding)), content_(std::move(sample)) {}
 
     void Set(const std::string& name, const std::string& utf8) {
         const Setting& setting = *FindSetting(name);
         const Text value = FromUtf8(utf8);
-        CheckHolds(code_page_, kEncoding, setting, value);
-        content_ = IniDocument::Set(content_, code_page_, setting.section, setting.key, value)
+        CheckHolds(*code_page_, kEncoding, setting, value);
+        content_ = IniDocument::Set(content_, *code_page_, setting.section, setting.key, value)
                        .value(); // the value fits the setting
     }
     void Switch(const std::string& name, bool on) { Set(name, on ? "1" : "0"); }
     const std::string& Content() const { return content_; }
 
   private:
-    const IconvCodePage code_page_{kEncoding};
+    std::unique_ptr<const CodePage> code_page_;
     std::string content_;
 };
 
-std::string Content(const std::string& sample, const SetupAnswers& answers,
-                    const std::string& log_path) {
-    Draft draft(sample);
+std::string Content(const ControlWorld& world, const std::string& sample,
+                    const SetupAnswers& answers, const std::string& log_path) {
+    Draft draft(world, sample);
     for (const SetupQuestion& question : SetupQuestions())
         if (const auto answer = answers.find(question.name);
             answer != answers.end() && *question.setting)
             draft.Set(question.setting, answer->second == kNone ? "" : answer->second);
-    const PortAnswer port = ParsePort(answers.at("port")).value();
+    const PortAnswer port = ParsePort(answers.at("port"), world.serial_paths).value();
     if (port.number != 0)
         draft.Set("last-port", std::to_string(port.number));
     if (!port.device.empty())
@@ -99,50 +97,51 @@ void KeepOld(const std::string& path) {
 
 // Whether nobody has set the system up yet: the numbers are the place-holders of the sample, which
 // the package puts there so that the service starts.
-bool StillTheSample(const std::string& path, const std::string& sample_path) {
-    const SettingsFile present(path);
-    const SettingsFile sample(sample_path);
+bool StillTheSample(const ControlWorld& world, const std::string& sample_path) {
+    const SettingsFile present(world);
+    const SettingsFile sample(world, sample_path);
     return std::ranges::all_of(
         std::array{"alarm-number-1", "alarm-number-2"}, [&](const char* name) {
             return present.Value(*FindSetting(name)) == sample.Value(*FindSetting(name));
         });
 }
 
-void WriteSettings(const std::string& path, const std::string& content, bool replace) {
-    const AsFolderOwner owner(path);
+void WriteSettings(const ControlWorld& world, const std::string& content, bool replace) {
+    const std::string& path = world.settings_path;
+    const auto acting = world.owners.ActFor(path, "");
     MakeFolders(fs::path(path).parent_path());
     if (replace && Exists(path))
         KeepOld(path);
     bool stands_there = false;
-    FileSettingsStore store(path);
+    const std::unique_ptr<SettingsStore> store = world.open_settings(path);
     const bool written =
-        store.Update([&](const std::string& present) -> std::optional<std::string> {
+        store->Update([&](const std::string& present) -> std::optional<std::string> {
             stands_there = !present.empty() && !replace;
             return stands_there ? std::nullopt : std::optional(content);
         });
     if (stands_there)
         RefuseToOverwrite(path);
     if (!written)
-        throw CannotWrite("settings file " + path, store.Problem());
+        throw CannotWrite("settings file " + path, store->Problem());
 }
 
 void MakeLog(const ControlWorld& world, const std::string& path, const std::string& schema) {
-    const AsFolderOwner owner(path);
+    const auto acting = world.owners.ActFor(path, "");
     if (Exists(path)) {
         world.out << "kept the log " << path << '\n';
-        if (const std::string problem = SqliteLogTable().Open(FromUtf8(path)); !problem.empty())
+        if (const std::string problem = world.logs.WritingProblem(path); !problem.empty())
             world.err << "tarnexctl: warning: " << Printable(problem) << '\n';
         return;
     }
     MakeFolders(fs::path(path).parent_path());
-    const std::string problem = CreateLogDatabase(path, schema);
+    const std::string problem = world.logs.Create(path, schema);
     if (!problem.empty())
         throw Failure(kExitCannotCreate, problem);
     world.out << "made the log " << path << '\n';
 }
 
 void SayWhatIsNext(const ControlWorld& world) {
-    const SettingsFile file(world.settings_path);
+    const SettingsFile file(world);
     for (const Finding& finding : CheckSettings(file))
         world.out << "note: " << Printable(finding.name + " " + finding.text) << '\n';
     world.out << "\nNext:\n"
@@ -160,7 +159,7 @@ ExitStatus Setup(ControlWorld& world, const SetupOptions& options) {
     const std::string& path = world.settings_path;
     const std::string sample_path = world.data_folder + "/Tarnex.ini.sample";
     const std::string sample = ReadData(sample_path);
-    const bool replace = options.force || (Exists(path) && StillTheSample(path, sample_path));
+    const bool replace = options.force || (Exists(path) && StillTheSample(world, sample_path));
     if (Exists(path) && !replace)
         RefuseToOverwrite(path);
     const std::string schema = ReadData(world.data_folder + "/log-schema.sql");
@@ -173,7 +172,7 @@ ExitStatus Setup(ControlWorld& world, const SetupOptions& options) {
         throw Failure(kExitData, "--log-database: \"" + log_path + "\" " + wrong);
 
     const SetupAnswers answers = AskQuestions(world, options.answers);
-    WriteSettings(path, Content(sample, answers, log_path), replace);
+    WriteSettings(world, Content(world, sample, answers, log_path), replace);
     world.out << "wrote the settings " << path << '\n';
     MakeLog(world, log_path, schema);
     SayWhatIsNext(world);

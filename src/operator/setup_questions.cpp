@@ -1,6 +1,5 @@
 #include "operator/setup_questions.h"
 
-#include "adapters/system/serial_names.h"
 #include "operator/file_access.h"
 #include "operator/setting_value.h"
 #include "operator/text_output.h"
@@ -30,11 +29,12 @@ constexpr SetupQuestion kQuestions[] = {
 // clang-format on
 
 // "", or what is wrong with an answer.
-std::string Wrong(const SetupQuestion& question, const std::string& answer) {
+std::string Wrong(const ControlWorld& world, const SetupQuestion& question,
+                  const std::string& answer) {
     if (question.none_allowed && answer == kNone)
         return "";
     if (std::string(question.name) == "port")
-        return ParsePort(answer) ? "" : std::string("is not ") + kPortForms;
+        return ParsePort(answer, world.serial_paths) ? "" : std::string("is not ") + kPortForms;
     const Setting& setting = *FindSetting(question.setting);
     const Text value = FromUtf8(answer);
     return Trim(value).empty() ? "must not be empty" : Objection(setting, value);
@@ -47,9 +47,10 @@ std::string ReadSecret(const std::string& path) {
     return content.substr(0, content.find_first_of("\r\n"));
 }
 
-std::string Given(const SetupQuestion& question, const std::string& flag_value) {
+std::string Given(const ControlWorld& world, const SetupQuestion& question,
+                  const std::string& flag_value) {
     const std::string answer = question.secret ? ReadSecret(flag_value) : flag_value;
-    if (const std::string wrong = Wrong(question, answer); !wrong.empty())
+    if (const std::string wrong = Wrong(world, question, answer); !wrong.empty())
         throw Failure(kExitData, FlagOf(question) + ": " +
                                      (question.secret ? "the password" : "\"" + answer + "\"") +
                                      " " + wrong);
@@ -72,7 +73,7 @@ std::string Ask(const ControlWorld& world, const SetupQuestion& question,
             throw Failure(kExitUsage, "the input ended before all questions were answered; nothing "
                                       "was written");
         const std::string answer = line->empty() ? preset : *line;
-        const std::string wrong = Wrong(question, answer);
+        const std::string wrong = Wrong(world, question, answer);
         if (wrong.empty())
             return answer;
         world.err << "  That " << wrong << ".\n";
@@ -97,7 +98,7 @@ SetupAnswers AskQuestions(const ControlWorld& world, const SetupAnswers& given) 
         if (!condition.empty() && (!answers.contains(condition) || answers[condition] == kNone))
             continue;
         if (const auto found = given.find(question.name); found != given.end())
-            answers[question.name] = Given(question, found->second);
+            answers[question.name] = Given(world, question, found->second);
         else if (world.ask)
             answers[question.name] = Ask(world, question, answers);
         else
@@ -109,10 +110,9 @@ SetupAnswers AskQuestions(const ControlWorld& world, const SetupAnswers& given) 
     return answers;
 }
 
-std::optional<PortAnswer> ParsePort(const std::string& answer) {
+std::optional<PortAnswer> ParsePort(const std::string& answer, const SerialPaths& defaults) {
     if (answer == kSearch)
         return PortAnswer{};
-    const SerialPaths defaults = SerialDevicePaths({});
     for (int number = 1; number <= int(defaults.size()); ++number)
         if (EqualIgnoringCase(FromUtf8(answer), u"COM" + ToText(number)) ||
             answer == std::to_string(number) || answer == defaults[std::size_t(number) - 1])

@@ -32,11 +32,11 @@ using SetupAnswers = std::map<std::string, std::string>; // by question
 SetupAnswers AskQuestions(const ControlWorld& world, const SetupAnswers& given);
 
 // The number of the port that an answer to "port" names, and the device to be put behind it; 0 for
-// "search"; nothing when it names none.
+// "search"; nothing when it names none. defaults: the devices of the ports.
 struct PortAnswer {
     int number = 0;
     std::string device; // "" for the default one
 };
-std::optional<PortAnswer> ParsePort(const std::string& answer);
+std::optional<PortAnswer> ParsePort(const std::string& answer, const SerialPaths& defaults);
 
 } // namespace tarnex

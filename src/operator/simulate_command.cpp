@@ -142,7 +142,7 @@ void PrintJson(const ControlWorld& world, const DryRunResult& result,
 
 ExitStatus Simulate(ControlWorld& world, const SimulateOptions& options) {
     const CalendarTime start = StartOf(world, options.start);
-    const SettingsFile file(world.settings_path);
+    const SettingsFile file(world);
     const std::vector<PlannedAlarm> alarms = PlanAlarms(options.days, options.seed);
     DryRunResult result;
     {

@@ -159,7 +159,7 @@ Json ToJson(const RecordExplanation& why, const CalendarTime& at) {
 
 ExitStatus ExplainRecord(ControlWorld& world, const WhyOptions& options) {
     const CalendarTime at = MomentOf(world, options.at);
-    const SettingsFile file(world.settings_path);
+    const SettingsFile file(world);
     // As the service receives it: through the code page.
     const CodePage& encoding = file.Encoding();
     const Text record = encoding.Decode(encoding.Encode(FromUtf8(RecordOf(options.record))));

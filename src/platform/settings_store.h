@@ -43,6 +43,10 @@ class SettingsStore {
     // once; when it returns nothing, nothing is written. False when the file cannot be written.
     using Edit = std::function<std::optional<std::string>(const std::string&)>;
     virtual bool Update(const Edit& edit) = 0;
+    // What stood in the way of the last Update; nothing after one that returned true. Among them
+    // operation_would_block: another program keeps the lock; file_too_large: the file is longer
+    // than 1 MiB; device_or_resource_busy: another program changes it all the time.
+    virtual std::error_code Problem() const = 0;
 };
 
 } // namespace tarnex

@@ -1,7 +1,13 @@
 // tarnexctl, the operator's command: hands the world to the command line.
 
+#include "adapters/sqlite/sqlite_log_files.h"
+#include "adapters/system/file_settings_store.h"
+#include "adapters/system/folder_owner.h"
+#include "adapters/system/iconv_code_page.h"
 #include "adapters/system/local_time.h"
 #include "adapters/system/process_check.h"
+#include "adapters/system/replace_file.h"
+#include "adapters/system/serial_names.h"
 #include "adapters/system/status_file.h"
 #include "adapters/system/terminal.h"
 #include "operator/command_line.h"
@@ -21,11 +27,18 @@ std::string DataFolder() {
     return (program.parent_path().parent_path() / "share/tarnexcomm").string();
 }
 
+std::unique_ptr<tarnex::CodePage> MakeCodePage(const std::string& name) {
+    using tarnex::IconvCodePage;
+    return IconvCodePage::Supported(name) ? std::make_unique<IconvCodePage>(name) : nullptr;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     using namespace tarnex;
     OccupyStandardStreams();
+    SystemFileOwners owners;
+    SqliteLogFiles logs;
     ControlWorld world{
         .out = std::cout,
         .err = std::cerr,
@@ -35,6 +48,13 @@ int main(int argc, char** argv) {
         .settings_path = SettingsPath(std::getenv("WINDIR")),
         .status_path = StatusFilePath(),
         .data_folder = DataFolder(),
+        .serial_paths = SerialDevicePaths({}),
+        .owners = owners,
+        .logs = logs,
+        .open_settings =
+            [](const std::string& path) { return std::make_unique<FileSettingsStore>(path); },
+        .make_code_page = MakeCodePage,
+        .replace_file = ReplaceFile,
         .now = std::chrono::system_clock::now,
         .calendar = LocalTime,
         .pause =

@@ -36,6 +36,9 @@ class SimulatedSettingsStore : public SettingsStore {
             SetContent(std::move(*content));
         return true;
     }
+    std::error_code Problem() const override {
+        return Writable ? std::error_code() : std::make_error_code(std::errc::permission_denied);
+    }
 
     // What another program does to the file.
     void SetContent(std::string content) {

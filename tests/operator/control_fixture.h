@@ -1,5 +1,11 @@
 #pragma once
 
+#include "adapters/sqlite/sqlite_log_files.h"
+#include "adapters/system/file_settings_store.h"
+#include "adapters/system/folder_owner.h"
+#include "adapters/system/iconv_code_page.h"
+#include "adapters/system/replace_file.h"
+#include "adapters/system/serial_names.h"
 #include "operator/command_line.h"
 #include "tests/temp_folder.h"
 
@@ -40,22 +46,36 @@ class ControlTest : public testing::Test {
     std::function<void()> on_pause = [] {};
     std::chrono::system_clock::time_point now{std::chrono::seconds(1'714'982'400)};
     CalendarTime calendar{.year = 2024, .month = 5, .day = 6, .hour = 8, .weekday = 1};
-    ControlWorld world{.out = out,
-                       .err = err,
-                       .colours = false,
-                       .progress = false,
-                       .ask = nullptr,
-                       .settings_path = settings,
-                       .status_path = folder / "status.json",
-                       .data_folder = TARNEX_PACKAGING,
-                       .now = [this] { return now; },
-                       .calendar = [this] { return calendar; },
-                       .pause =
-                           [this](Duration) {
-                               on_pause();
-                               return pauses_left-- > 0;
-                           },
-                       .is_service = [this](long process) { return process == service_process; }};
+    SystemFileOwners owners;
+    SqliteLogFiles logs;
+    ControlWorld world{
+        .out = out,
+        .err = err,
+        .colours = false,
+        .progress = false,
+        .ask = nullptr,
+        .settings_path = settings,
+        .status_path = folder / "status.json",
+        .data_folder = TARNEX_PACKAGING,
+        .serial_paths = SerialDevicePaths({}),
+        .owners = owners,
+        .logs = logs,
+        .open_settings =
+            [](const std::string& path) { return std::make_unique<FileSettingsStore>(path); },
+        .make_code_page = [](const std::string& name) -> std::unique_ptr<CodePage> {
+            if (!IconvCodePage::Supported(name))
+                return nullptr;
+            return std::make_unique<IconvCodePage>(name);
+        },
+        .replace_file = ReplaceFile,
+        .now = [this] { return now; },
+        .calendar = [this] { return calendar; },
+        .pause =
+            [this](Duration) {
+                on_pause();
+                return pauses_left-- > 0;
+            },
+        .is_service = [this](long process) { return process == service_process; }};
 };
 
 } // namespace tarnex

@@ -1,4 +1,3 @@
-#include "adapters/sqlite/log_database.h"
 #include "adapters/sqlite/sqlite_log_table.h"
 #include "tests/operator/control_fixture.h"
 
@@ -84,7 +83,7 @@ TEST_F(LogCommands, TailShowsTheLastRowsAndThenNewOnes) {
         if (pauses_left == 2) { // rotated: the next file begins at its own first row
             for (const char* part : {"", "-wal", "-shm"})
                 fs::rename(path + part, path + ".old" + part);
-            EXPECT_EQ(CreateLogDatabase(path, FileContent(TARNEX_PACKAGING "/log-schema.sql")), "");
+            EXPECT_EQ(logs.Create(path, FileContent(TARNEX_PACKAGING "/log-schema.sql")), "");
             Append(u"after the rotation");
         }
     };

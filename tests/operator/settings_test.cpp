@@ -1,4 +1,3 @@
-#include "adapters/system/iconv_code_page.h"
 #include "operator/setting_value.h"
 #include "settings/load_settings.h"
 #include "tests/operator/control_fixture.h"

@@ -1,5 +1,4 @@
 #include "adapters/sqlite/sqlite_log_table.h"
-#include "adapters/system/iconv_code_page.h"
 #include "operator/setup_questions.h"
 #include "settings/ini_document.h"
 #include "tests/operator/control_fixture.h"

@@ -44,7 +44,7 @@ class Simulation : public ControlTest {
         std::vector<PlannedAlarm> alarms;
         for (int i = 1; i <= count; ++i)
             alarms.push_back({i * 1min, {.service = 30, .state = 1, .memo = ToText(i)}});
-        return RunDry(SettingsFile(settings), start, 0, alarms, [](int) {});
+        return RunDry(SettingsFile(world), start, 0, alarms, [](int) {});
     }
     const CalendarTime monday_night{.year = 2024, .month = 5, .day = 6, .hour = 22, .minute = 50};
 };

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <optional>
 #include <system_error>
+#include <vector>
 
 #include <grp.h>
 #include <sys/stat.h>
@@ -62,36 +63,52 @@ std::optional<Owner> FirstOwner(const std::string& path, bool file_counts) {
     return std::nullopt;
 }
 
+// Nothing changes while there is no owner to act for.
+class ActingForOwner : public FileOwners::Acting {
+  public:
+    explicit ActingForOwner(const std::optional<Owner>& owner) {
+        if (!owner)
+            return;
+        group_ = getegid();
+        groups_.resize(std::size_t(getgroups(0, nullptr)));
+        acting_ = getgroups(int(groups_.size()), groups_.data()) >= 0 &&
+                  setgroups(0, nullptr) == 0 && setegid(owner->group) == 0 &&
+                  seteuid(owner->user) == 0;
+        if (!acting_)
+            throw std::system_error(errno, std::generic_category(),
+                                    "cannot act as the owner of " + owner->of);
+    }
+    ActingForOwner(const ActingForOwner&) = delete;
+    ActingForOwner& operator=(const ActingForOwner&) = delete;
+    ~ActingForOwner() override {
+        if (!acting_)
+            return;
+        if (seteuid(kSuperuser) != 0 || setegid(group_) != 0 ||
+            setgroups(groups_.size(), groups_.data()) != 0)
+            std::abort();
+    }
+
+  private:
+    bool acting_ = false;
+    gid_t group_ = 0; // before
+    std::vector<gid_t> groups_;
+};
+
 } // namespace
 
-AsFolderOwner::AsFolderOwner(const std::string& path, const std::string& named_in) {
-    if (geteuid() != kSuperuser)
-        return;
+std::unique_ptr<FileOwners::Acting> SystemFileOwners::ActFor(const std::string& path,
+                                                             const std::string& named_in) {
     std::optional<Owner> owner;
-    if (!named_in.empty())
-        owner = FirstOwner(named_in, true);
-    if (!owner)
-        owner = FirstOwner(path, false);
-    if (!owner)
-        return;
-    group_ = getegid();
-    groups_.resize(std::size_t(getgroups(0, nullptr)));
-    acting_ = getgroups(int(groups_.size()), groups_.data()) >= 0 && setgroups(0, nullptr) == 0 &&
-              setegid(owner->group) == 0 && seteuid(owner->user) == 0;
-    if (!acting_)
-        throw std::system_error(errno, std::generic_category(),
-                                "cannot act as the owner of " + owner->of);
+    if (geteuid() == kSuperuser) {
+        if (!named_in.empty())
+            owner = FirstOwner(named_in, true);
+        if (!owner)
+            owner = FirstOwner(path, false);
+    }
+    return std::make_unique<ActingForOwner>(owner);
 }
 
-AsFolderOwner::~AsFolderOwner() {
-    if (!acting_)
-        return;
-    if (seteuid(kSuperuser) != 0 || setegid(group_) != 0 ||
-        setgroups(groups_.size(), groups_.data()) != 0)
-        std::abort();
-}
-
-bool BelongsToFolderOwner(const std::string& path) {
+bool SystemFileOwners::BelongsToFolderOwner(const std::string& path) const {
     struct stat folder {};
     struct stat file {};
     return stat(FolderOf(path).c_str(), &folder) == 0 && stat(path.c_str(), &file) == 0 &&

@@ -3,8 +3,6 @@
 #include "platform/clock.h"
 #include "platform/settings_store.h"
 
-#include <system_error>
-
 namespace tarnex {
 
 // The settings in a file. A path that is a symbolic link stands for the file it leads to. Beside
@@ -22,10 +20,7 @@ class FileSettingsStore : public SettingsStore {
     std::optional<FileStamp> Stamp() const override;
     SettingsReading Read() const override;
     bool Update(const Edit& edit) override;
-    // What stood in the way of the last Update; nothing after one that returned true. Among them
-    // EWOULDBLOCK: another program keeps the lock; EFBIG: the file is longer than 1 MiB; EBUSY:
-    // another program changes it all the time.
-    std::error_code Problem() const { return problem_; }
+    std::error_code Problem() const override { return problem_; }
 
   private:
     static void Sleep(Duration duration);

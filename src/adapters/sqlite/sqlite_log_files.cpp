@@ -1,4 +1,4 @@
-#include "adapters/sqlite/log_database.h"
+#include "adapters/sqlite/sqlite_log_files.h"
 
 #include "adapters/sqlite/sqlite_handles.h"
 #include "adapters/sqlite/sqlite_log_table.h"
@@ -46,37 +46,42 @@ std::string Build(const std::string& path, const std::string& schema) {
     return result == SQLITE_OK ? "" : sqlite3_errmsg(database.get());
 }
 
-} // namespace
+class SqliteLogReader : public LogReader {
+  public:
+    // "", or what stands in the way.
+    std::string Open(const std::string& path) {
+        database_ = OpenDatabase(path, SQLITE_OPEN_READONLY);
+        last_ = Prepare(database_, "SELECT rowid, * FROM \"Log\" ORDER BY rowid DESC LIMIT ?");
+        if (!last_)
+            return Problem();
+        after_ = Prepare(database_, "SELECT rowid, * FROM \"Log\" WHERE rowid > ? ORDER BY rowid");
+        return after_ ? "" : Problem();
+    }
 
-std::string CreateLogDatabase(const std::string& path, const std::string& schema) {
-    std::error_code error;
-    if (std::filesystem::exists(path, error))
-        return path + " is there already and stays as it is";
-    const std::string draft = path + ".new";
-    std::filesystem::remove(draft, error);
-    std::string problem = Build(draft, schema);
-    if (problem.empty())
-        problem = SqliteLogTable().Open(FromUtf8(draft)); // the service must be able to use it
-    if (problem.empty() &&
-        (chmod(draft.c_str(), kMode) != 0 || link(draft.c_str(), path.c_str()) != 0))
-        problem = std::strerror(errno);
-    std::filesystem::remove(draft, error);
-    return problem.empty() ? "" : path + " cannot be made: " + problem;
-}
-
-struct LogReader::Connection {
-    Database database;
-    Statement last;
-    Statement after;
-
-    std::string Problem() const {
-        const int code = sqlite3_errcode(database.get());
+    std::string Problem() const override {
+        const int code = sqlite3_errcode(database_.get());
         if (code == SQLITE_OK || code == SQLITE_DONE)
             return "";
         const char* const known = FindExplanation(kExplanations, code);
-        return known ? known : std::string("cannot be read: ") + sqlite3_errmsg(database.get());
+        return known ? known : std::string("cannot be read: ") + sqlite3_errmsg(database_.get());
     }
 
+    bool LockedOut() const override { return sqlite3_errcode(database_.get()) == SQLITE_BUSY; }
+
+    std::optional<std::vector<StoredLogRow>> Last(int count) override {
+        auto rows = Run(last_.get(), count);
+        if (rows)
+            std::ranges::reverse(*rows);
+        return rows;
+    }
+
+    std::optional<std::vector<StoredLogRow>> After(std::int64_t id) override {
+        return Run(after_.get(), id);
+    }
+
+    bool Moved() const override { return tarnex::Moved(database_); }
+
+  private:
     // The rows of a statement of which column 0 is the id.
     static std::optional<std::vector<StoredLogRow>> Run(sqlite3_stmt* statement,
                                                         std::int64_t argument) {
@@ -100,49 +105,39 @@ struct LogReader::Connection {
                     std::size_t(sqlite3_column_bytes(statement, i + 1))); // NUL may be among them
         return row;
     }
+
+    Database database_;
+    Statement last_;
+    Statement after_;
 };
 
-LogReader::LogReader() = default;
-LogReader::LogReader(LogReader&&) noexcept = default;
-LogReader& LogReader::operator=(LogReader&&) noexcept = default;
-LogReader::~LogReader() = default;
+} // namespace
 
-std::string LogReader::Open(const std::string& path) {
-    auto connection = std::make_unique<Connection>();
-    connection->database = OpenDatabase(path, SQLITE_OPEN_READONLY);
-    connection->last =
-        Prepare(connection->database, "SELECT rowid, * FROM \"Log\" ORDER BY rowid DESC LIMIT ?");
-    if (!connection->last)
-        return connection->Problem();
-    connection->after = Prepare(connection->database,
-                                "SELECT rowid, * FROM \"Log\" WHERE rowid > ? ORDER BY rowid");
-    if (!connection->after)
-        return connection->Problem();
-    connection_ = std::move(connection);
-    return "";
+std::string SqliteLogFiles::Create(const std::string& path, const std::string& schema) {
+    std::error_code error;
+    if (std::filesystem::exists(path, error))
+        return path + " is there already and stays as it is";
+    const std::string draft = path + ".new";
+    std::filesystem::remove(draft, error);
+    std::string problem = Build(draft, schema);
+    if (problem.empty())
+        problem = WritingProblem(draft); // the service must be able to use it
+    if (problem.empty() &&
+        (chmod(draft.c_str(), kMode) != 0 || link(draft.c_str(), path.c_str()) != 0))
+        problem = std::strerror(errno);
+    std::filesystem::remove(draft, error);
+    return problem.empty() ? "" : path + " cannot be made: " + problem;
 }
 
-std::string LogReader::Problem() const {
-    return connection_->Problem();
+std::string SqliteLogFiles::WritingProblem(const std::string& path) {
+    return SqliteLogTable().Open(FromUtf8(path));
 }
 
-bool LogReader::LockedOut() const {
-    return sqlite3_errcode(connection_->database.get()) == SQLITE_BUSY;
-}
-
-std::optional<std::vector<StoredLogRow>> LogReader::Last(int count) const {
-    auto rows = Connection::Run(connection_->last.get(), count);
-    if (rows)
-        std::ranges::reverse(*rows);
-    return rows;
-}
-
-std::optional<std::vector<StoredLogRow>> LogReader::After(std::int64_t id) const {
-    return Connection::Run(connection_->after.get(), id);
-}
-
-bool LogReader::Moved() const {
-    return tarnex::Moved(connection_->database);
+OpenedLog SqliteLogFiles::Open(const std::string& path) {
+    auto reader = std::make_unique<SqliteLogReader>();
+    if (std::string problem = reader->Open(path); !problem.empty())
+        return {.reader = nullptr, .problem = std::move(problem)};
+    return {.reader = std::move(reader), .problem = ""};
 }
 
 } // namespace tarnex

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "platform/log_files.h"
+
+namespace tarnex {
+
+// Log databases as SQLite files.
+class SqliteLogFiles : public LogFiles {
+  public:
+    std::string Create(const std::string& path, const std::string& schema) override;
+    std::string WritingProblem(const std::string& path) override;
+    OpenedLog Open(const std::string& path) override;
+};
+
+} // namespace tarnex
