@@ -305,7 +305,6 @@ void TarnexComm::WireButtons() {
 
 // What stands still looks the same as what has nothing to do, so the operator is told.
 void TarnexComm::PressStop() {
-    reset_in_doubt_ = false;
     StopAllTimers();
     for (const TextView line :
          {u"Stop：已停止查找和巡检设备、发送短信、发送邮件、心跳和链路检查。",

@@ -113,7 +113,7 @@ class TarnexComm {
     bool second_look_pending_ = false;
     bool doubt_ = false; // about the last reading
     // What the last reset took from the settings is to be taken again; an operator who presses
-    // Stop or DebugOn meanwhile has decided it.
+    // DebugOn meanwhile has decided it.
     bool reset_in_doubt_ = false;
     std::string restart_reason_; // as the last reading gave it
     bool ExWindowsState_ = false;
