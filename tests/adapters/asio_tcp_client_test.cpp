@@ -1,54 +1,29 @@
 #include "adapters/asio/asio_tcp_client.h"
-#include "adapters/linux/unique_fd.h"
+#include "programs/tcp_listener.h"
 #include "tests/adapters/run_until.h"
 
 #include <vector>
 
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <sys/socket.h>
 
 namespace tarnex {
 namespace {
 
-// A plain server of the operating system with one connection at a time.
-class Server {
-  public:
-    Server() : listener_(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0)) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        bind(listener_.Get(), reinterpret_cast<sockaddr*>(&address), sizeof address);
-        listen(listener_.Get(), 5);
-        socklen_t length = sizeof address;
-        getsockname(listener_.Get(), reinterpret_cast<sockaddr*>(&address), &length);
-        port_ = ntohs(address.sin_port);
+// A server that keeps what it hears.
+struct Server {
+    explicit Server(AsioLoop& loop)
+        : listener(loop, {.accepted = [this](ConnectionId id) { connections.push_back(id); },
+                          .received = [this](ConnectionId, std::string_view b) { heard += b; },
+                          .ended = [](ConnectionId) {}}) {
+        EXPECT_EQ(listener.Listen(0), "");
     }
+    void Send(std::string_view bytes) { listener.Send(connections.back(), bytes); }
+    void HangUp() { listener.Close(connections.back()); }
 
-    std::uint16_t Port() const { return port_; }
-    bool Accept() {
-        connection_ =
-            UniqueFd(accept4(listener_.Get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
-        return static_cast<bool>(connection_);
-    }
-    bool Send(std::string_view bytes) const {
-        return send(connection_.Get(), bytes.data(), bytes.size(), MSG_NOSIGNAL) ==
-               static_cast<ssize_t>(bytes.size());
-    }
-    std::string Receive() const {
-        std::string bytes(65'536, '\0');
-        const ssize_t size = recv(connection_.Get(), bytes.data(), bytes.size(), 0);
-        bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
-        return bytes;
-    }
-    void Hangup() { connection_ = UniqueFd(); }
-    void StopListening() { listener_ = UniqueFd(); }
-
-  private:
-    UniqueFd listener_;
-    UniqueFd connection_;
-    std::uint16_t port_ = 0;
+    TcpListener listener;
+    std::vector<ConnectionId> connections;
+    std::string heard;
 };
 
 std::string Numbers(int count) {
@@ -61,98 +36,72 @@ std::string Numbers(int count) {
 struct AsioTcp : testing::Test {
     AsioLoop loop;
     AsioTcpClients clients{loop};
-    Server server;
+    std::unique_ptr<Server> server = std::make_unique<Server>(loop);
+    const std::uint16_t port = server->listener.Port();
     int connected = 0;
     std::string received;
-    std::size_t longest = 0;
     std::vector<std::string> ends;
     std::unique_ptr<TcpClient> client = clients.Create({
         .connected = [this] { ++connected; },
-        .received =
-            [this](std::string_view bytes) {
-                received += bytes;
-                longest = std::max(longest, bytes.size());
-            },
+        .received = [this](std::string_view bytes) { received += bytes; },
         .ended =
             [this](const TcpEnd& end) {
                 ends.push_back((end.own_machine ? "own machine: " : "") + end.why);
             },
     });
 
+    bool Until(const std::function<bool()>& condition) { return RunUntil(loop, condition); }
     void ConnectTo(Server& to) {
-        client->Connect("127.0.0.1", to.Port());
-        ASSERT_TRUE(RunUntil(loop, [&, before = connected] { return connected > before; }));
-        ASSERT_TRUE(to.Accept());
+        client->Connect("127.0.0.1", to.listener.Port());
+        ASSERT_TRUE(Until(
+            [&, before = connected] { return connected > before && !to.connections.empty(); }));
     }
-    // Nothing happens any more.
+    // Nothing is expected to happen any more.
     void RunForAWhile() {
         RunUntil(
             loop, [] { return false; }, 30ms);
     }
 };
 
-TEST_F(AsioTcp, ANameIsLookedUpAndBytesPassBothWays) {
+TEST_F(AsioTcp, ANameIsLookedUpAndBytesPassBothWaysUpToTheEnd) {
     client->Send("too early");
-    client->Connect("localhost", server.Port());
+    client->Connect("localhost", port);
     client->Send("still too early");
     EXPECT_EQ(connected, 0);
-    ASSERT_TRUE(RunUntil(loop, [&] { return connected == 1; }));
-    ASSERT_TRUE(server.Accept());
-    client->Send("HELO ");
-    client->Send("unit\r\n");
-    std::string arrived;
-    ASSERT_TRUE(RunUntil(loop, [&] { return (arrived += server.Receive()).size() == 11; }));
-    EXPECT_EQ(arrived, "HELO unit\r\n");
-    ASSERT_TRUE(server.Send("250 ok\r\n"));
-    EXPECT_TRUE(RunUntil(loop, [&] { return received == "250 ok\r\n"; }));
-}
-
-TEST_F(AsioTcp, WhatWaitsArrivesAtOnceAndBeforeTheEnd) {
-    ConnectTo(server);
-    const std::string sent = Numbers(3000);
-    ASSERT_TRUE(server.Send(sent));
-    server.Hangup();
-    ASSERT_TRUE(RunUntil(loop, [&] { return !ends.empty(); }));
-    EXPECT_EQ(received, sent);
-    EXPECT_EQ(longest, sent.size());
-    EXPECT_EQ(ends, std::vector<std::string>{"closed by the other side"});
-    client->Send("dropped");
-    RunForAWhile();
-    EXPECT_EQ(ends.size(), 1u);
-}
-
-TEST_F(AsioTcp, ManySendsToASlowReaderArriveInOrder) {
-    ConnectTo(server);
+    ASSERT_TRUE(Until([&] { return connected == 1; }));
     std::string sent;
-    for (int i = 0; i < 60; ++i) {
+    for (int i = 0; i < 60; ++i) { // more than the system takes at once
         const std::string part = Numbers(10'000 + i);
         client->Send(part);
         sent += part;
     }
-    std::string arrived;
-    ASSERT_TRUE(RunUntil(loop, [&] {
-        arrived += server.Receive();
-        return arrived.size() >= sent.size();
-    }));
-    EXPECT_TRUE(arrived == sent);
+    ASSERT_TRUE(Until([&] { return server->heard.size() >= sent.size(); }));
+    EXPECT_TRUE(server->heard == sent);
+    server->Send(Numbers(3000));
+    server->HangUp();
+    ASSERT_TRUE(Until([&] { return !ends.empty(); }));
+    EXPECT_EQ(received, Numbers(3000));
+    client->Send("dropped");
+    RunForAWhile();
+    EXPECT_EQ(ends, std::vector<std::string>{"closed by the other side"});
 }
 
 TEST_F(AsioTcp, AFailureIsToldOnceInWords) {
-    server.StopListening();
-    client->Connect("127.0.0.1", server.Port());
+    server.reset();
+    client->Connect("127.0.0.1", port);
     EXPECT_TRUE(ends.empty());
-    ASSERT_TRUE(RunUntil(loop, [&] { return ends.size() == 1; }));
+    ASSERT_TRUE(Until([&] { return ends.size() == 1; }));
     EXPECT_EQ(ends[0], "connection refused");
     client->Connect(std::string(70, 'x') + ".invalid", 25); // a label too long for any name
-    ASSERT_TRUE(RunUntil(loop, [&] { return ends.size() == 2; }));
+    ASSERT_TRUE(Until([&] { return ends.size() == 2; }));
     EXPECT_NE(ends[1], "");
     rlimit files{};
     getrlimit(RLIMIT_NOFILE, &files);
     const rlimit none{.rlim_cur = 0, .rlim_max = files.rlim_max};
     setrlimit(RLIMIT_NOFILE, &none);
-    client->Connect("127.0.0.1", server.Port());
+    client->Connect("127.0.0.1", port);
     EXPECT_EQ(ends.size(), 2u);
-    ASSERT_TRUE(RunUntil(loop, [&] { return ends.size() == 3; }));
+    ASSERT_TRUE(Until([&] { return ends.size() == 3; }));
     setrlimit(RLIMIT_NOFILE, &files);
     EXPECT_EQ(ends[2], "own machine: no socket for the connection: too many open files");
     RunForAWhile();
@@ -161,77 +110,68 @@ TEST_F(AsioTcp, AFailureIsToldOnceInWords) {
 }
 
 TEST_F(AsioTcp, AClosedConnectionNeverCallsBack) {
-    ConnectTo(server);
-    Server second;
-    ASSERT_TRUE(server.Send("of the first"));
-    client->Connect("127.0.0.1", second.Port()); // replaces the first
-    ASSERT_TRUE(RunUntil(loop, [&] { return connected == 2; }));
-    ASSERT_TRUE(second.Accept());
-    ASSERT_TRUE(second.Send("of the second"));
-    ASSERT_TRUE(RunUntil(loop, [&] { return received == "of the second"; }));
+    ConnectTo(*server);
+    Server second(loop);
+    server->Send("of the first");
+    ConnectTo(second); // replaces the first
+    second.Send("of the second");
+    ASSERT_TRUE(Until([&] { return received == "of the second"; }));
 
-    second.Hangup();
-    client->Close();
-    client->Connect("127.0.0.1", second.Port());
-    client->Close();
-    client->Connect("localhost", second.Port());
-    client->Close();
-    client->Connect("localhost", second.Port());
+    second.HangUp();
+    for (const char* host : {"127.0.0.1", "localhost", "localhost"}) {
+        client->Close();
+        client->Connect(host, second.listener.Port());
+    }
     client.reset();
     RunForAWhile();
     EXPECT_EQ(connected, 2);
-    EXPECT_EQ(received, "of the second");
     EXPECT_TRUE(ends.empty());
 }
 
 TEST_F(AsioTcp, BytesThatWereReadAreNotToldAfterClose) {
-    Server servers[2];
+    Server servers[2]{Server(loop), Server(loop)};
     std::unique_ptr<TcpClient> pair[2];
-    int ready = 0;
     int told = 0;
     for (int i = 0; i < 2; ++i) {
-        pair[i] = clients.Create({.connected = [&] { ++ready; },
+        pair[i] = clients.Create({.connected = [] {},
                                   .received =
                                       [&, i](std::string_view) {
                                           if (++told == 3) // each has its second piece by now
                                               pair[1 - i]->Close();
                                           else
-                                              EXPECT_TRUE(servers[i].Send("more"));
+                                              servers[i].Send("more");
                                       },
                                   .ended = [](const TcpEnd&) {}});
-        pair[i]->Connect("127.0.0.1", servers[i].Port());
+        pair[i]->Connect("127.0.0.1", servers[i].listener.Port());
     }
-    ASSERT_TRUE(RunUntil(loop, [&] { return ready == 2; }));
-    for (Server& each : servers) {
-        ASSERT_TRUE(each.Accept());
-        ASSERT_TRUE(each.Send("x"));
-    }
+    for (Server& each : servers)
+        ASSERT_TRUE(Until([&] { return !each.connections.empty(); }));
+    for (Server& each : servers)
+        each.Send("x");
     RunForAWhile();
     EXPECT_EQ(told, 3);
 }
 
 TEST_F(AsioTcp, AHandlerMayDestroyItsClient) {
     const auto destroy = [this] { client.reset(); };
-    const TcpEvents events{.connected = [] {},
-                           .received = [=](std::string_view) { destroy(); },
-                           .ended = [=](const TcpEnd&) { destroy(); }};
-    TcpEvents destroy_on_connect = events;
-    destroy_on_connect.connected = destroy;
+    const auto create = [&](std::function<void()> on_connect) {
+        client = clients.Create({.connected = std::move(on_connect),
+                                 .received = [=](std::string_view) { destroy(); },
+                                 .ended = [=](const TcpEnd&) { destroy(); }});
+    };
+    create(destroy);
+    client->Connect("127.0.0.1", port);
+    ASSERT_TRUE(Until([&] { return !client; }));
 
-    client = clients.Create(destroy_on_connect);
-    client->Connect("127.0.0.1", server.Port());
-    ASSERT_TRUE(RunUntil(loop, [&] { return !client; }));
+    create([] {});
+    client->Connect("localhost", port);
+    ASSERT_TRUE(Until([&] { return server->connections.size() == 2; }));
+    server->Send("x");
+    ASSERT_TRUE(Until([&] { return !client; }));
 
-    client = clients.Create(events);
-    ASSERT_TRUE(server.Accept());
-    client->Connect("localhost", server.Port());
-    ASSERT_TRUE(RunUntil(loop, [&] { return server.Accept(); }));
-    ASSERT_TRUE(server.Send("x"));
-    ASSERT_TRUE(RunUntil(loop, [&] { return !client; }));
-
-    client = clients.Create(events);
+    create([] {});
     client->Connect(std::string(70, 'x'), 25);
-    EXPECT_TRUE(RunUntil(loop, [&] { return !client; }));
+    EXPECT_TRUE(Until([&] { return !client; }));
 }
 
 } // namespace

@@ -5,34 +5,28 @@
 namespace tarnex {
 namespace {
 
-struct Row {
-    const char* code_page;
-    Text text;
-    std::string bytes;
-};
+const IconvCodePage gbk("GBK");
+const IconvCodePage utf8("UTF-8");
 
 TEST(IconvCodePage, ConvertsBothWays) {
-    const Row rows[] = {
-        {"GBK", u"COM1 ok\r\n~", "COM1 ok\r\n~"},
-        {"GBK", u"设备A",
-         "\xC9\xE8\xB1\xB8"
-         "A"},
-        {"GBK", u"额镕〇€", "\xB6\xEE\xE9\x46\xA9\x96\x80"}, // beyond GB 2312; trail byte "F"
-        {"GBK", Text(1, u'\0') + u"。", std::string(1, '\0') + "\xA1\xA3"},
-        {"UTF-8", u"设€", "\xE8\xAE\xBE\xE2\x82\xAC"},
-        {"UTF-8", u"\U0001F600", "\xF0\x9F\x98\x80"},
+    const struct {
+        const IconvCodePage& code_page;
+        Text text;
+        std::string bytes;
+    } rows[] = {
+        {gbk, u"COM1 设备\r\n~", "COM1 \xC9\xE8\xB1\xB8\r\n~"},
+        {gbk, u"额镕〇€", "\xB6\xEE\xE9\x46\xA9\x96\x80"}, // beyond GB 2312; trail byte "F"
+        {gbk, Text(1, u'\0') + u"。", std::string(1, '\0') + "\xA1\xA3"},
+        {utf8, u"设€\U0001F600", "\xE8\xAE\xBE\xE2\x82\xAC\xF0\x9F\x98\x80"},
     };
-    for (const Row& row : rows) {
-        const IconvCodePage code_page(row.code_page);
-        EXPECT_EQ(code_page.Encode(row.text), row.bytes);
-        EXPECT_EQ(code_page.Decode(row.bytes), row.text) << row.bytes;
-        EXPECT_EQ(code_page.WholeLength(row.bytes), row.bytes.size()) << row.bytes;
+    for (const auto& row : rows) {
+        EXPECT_EQ(row.code_page.Encode(row.text), row.bytes);
+        EXPECT_EQ(row.code_page.Decode(row.bytes), row.text) << row.bytes;
+        EXPECT_EQ(row.code_page.WholeLength(row.bytes), row.bytes.size()) << row.bytes;
     }
 }
 
 TEST(IconvCodePage, WhatCannotBeConvertedBecomesOneQuestionMarkEach) {
-    const IconvCodePage gbk("GBK");
-    const IconvCodePage utf8("UTF-8");
     EXPECT_EQ(gbk.Encode(u"a\U0001F600é设b"), "a??\xA8\xA6\xC9\xE8"
                                               "b"); // a surrogate pair is two characters
     const char16_t lone[] = {u'x', 0xD83D, u'y', 0};
@@ -47,8 +41,6 @@ TEST(IconvCodePage, WhatCannotBeConvertedBecomesOneQuestionMarkEach) {
 }
 
 TEST(IconvCodePage, HalfACharacterAtTheEndIsNotWhole) {
-    const IconvCodePage gbk("GBK");
-    const IconvCodePage utf8("UTF-8");
     EXPECT_EQ(gbk.WholeLength("\xC9\xE8\xB1"), 2u);
     EXPECT_EQ(gbk.WholeLength("\xC9\xE8\x80"), 3u); // the euro sign is whole
     EXPECT_EQ(gbk.WholeLength("\xC9\x0D\xFF"), 3u);
@@ -58,10 +50,9 @@ TEST(IconvCodePage, HalfACharacterAtTheEndIsNotWhole) {
 }
 
 TEST(IconvCodePage, KnowsTwoNames) {
-    EXPECT_TRUE(IconvCodePage::Supported("GBK"));
-    EXPECT_TRUE(IconvCodePage::Supported("UTF-8"));
-    EXPECT_FALSE(IconvCodePage::Supported("utf8"));
-    EXPECT_FALSE(IconvCodePage::Supported(""));
+    for (const auto& [name, known] :
+         {std::pair("GBK", true), {"UTF-8", true}, {"utf8", false}, {"", false}})
+        EXPECT_EQ(IconvCodePage::Supported(name), known) << name;
 }
 
 } // namespace

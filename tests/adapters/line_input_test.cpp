@@ -1,5 +1,4 @@
 #include "adapters/asio/line_input.h"
-#include "adapters/linux/unique_fd.h"
 #include "tests/adapters/run_until.h"
 
 #include <cstdio>
@@ -7,52 +6,39 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace tarnex {
 namespace {
 
-struct LineInputTest : testing::Test {
-    void ReadAll(int descriptor) {
-        const LineInput input(
-            loop, descriptor,
-            {[this](const std::string& line) { lines.push_back(line); }, [this] { ended = true; }});
-        EXPECT_TRUE(RunUntil(loop, [this] { return ended; }));
-    }
-
+std::vector<std::string> LinesFrom(int descriptor) {
     AsioLoop loop;
     std::vector<std::string> lines;
     bool ended = false;
-};
+    const LineInput input(
+        loop, descriptor,
+        {[&](const std::string& line) { lines.push_back(line); }, [&] { ended = true; }});
+    EXPECT_TRUE(RunUntil(loop, [&] { return ended; }));
+    return lines;
+}
 
-TEST_F(LineInputTest, CutsAPipeIntoLinesAndLeavesItsModeAlone) {
+TEST(LineInput, CutsPipesAndFilesIntoLinesAndLeavesTheirModeAlone) {
+    using Lines = std::vector<std::string>;
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
-    const UniqueFd reading(ends[0]);
-    {
-        const UniqueFd writing(ends[1]);
-        constexpr std::string_view bytes = "one\n\ntwo\nthe rest";
-        ASSERT_EQ(write(writing.Get(), bytes.data(), bytes.size()), ssize_t(bytes.size()));
-    }
-    ReadAll(reading.Get());
-    EXPECT_EQ(lines, (std::vector<std::string>{"one", "", "two", "the rest"}));
-    EXPECT_FALSE(fcntl(reading.Get(), F_GETFL) & O_NONBLOCK);
-}
+    dprintf(ends[1], "one\n\ntwo\nthe rest");
+    close(ends[1]);
+    EXPECT_EQ(LinesFrom(ends[0]), (Lines{"one", "", "two", "the rest"}));
+    EXPECT_FALSE(fcntl(ends[0], F_GETFL) & O_NONBLOCK);
+    close(ends[0]);
 
-TEST_F(LineInputTest, ReadsAFileFromWhereItStands) {
     std::FILE* const file = std::tmpfile();
-    ASSERT_TRUE(file);
     const std::string long_line(10'000, 'x');
-    std::fputs(("read before\n" + long_line + "\n").c_str(), file);
-    std::fflush(file);
+    dprintf(fileno(file), "read before\n%s\n", long_line.c_str());
     lseek(fileno(file), 12, SEEK_SET);
-    ReadAll(fileno(file));
-    EXPECT_EQ(lines, std::vector<std::string>{long_line});
+    EXPECT_EQ(LinesFrom(fileno(file)), Lines{long_line});
     std::fclose(file);
-}
-
-TEST_F(LineInputTest, AClosedDescriptorEndsAtOnce) {
-    ReadAll(-1);
-    EXPECT_TRUE(lines.empty());
+    EXPECT_EQ(LinesFrom(-1), Lines()); // nothing is open: the end at once
 }
 
 } // namespace

@@ -60,9 +60,8 @@ TEST_F(Systemd, InstallsAUnitForThisProgramAndTakesItAway) {
                            "--no-ask-password enable tarnexcomm.service\n");
     const std::string self = std::filesystem::read_symlink("/proc/self/exe");
     EXPECT_NE(folder.Read(kUnit).find("\nExecStart=\"" + self + "\"\n"), std::string::npos);
-    struct stat file {};
-    ASSERT_EQ(stat(folder.Path(kUnit).c_str(), &file), 0);
-    EXPECT_EQ(file.st_mode & 07777, 0644u);
+    EXPECT_EQ(std::filesystem::status(folder.Path(kUnit)).permissions(),
+              std::filesystem::perms(0644));
 
     const std::string unit = folder.Read(kUnit);
     controller.SaveParameter("TimerInterval", "300");
@@ -81,27 +80,15 @@ TEST_F(Systemd, InstallsAUnitForThisProgramAndTakesItAway) {
 }
 
 TEST(SystemdUnit, SuitsTheProgramAndTheMachine) {
-    struct Row {
-        const char* executable;
-        bool user_exists;
-        std::vector<std::string> lines;
-        std::vector<std::string> no_lines;
+    const auto has = [](const std::string& unit, const std::string& line) {
+        return unit.find("\n" + line + "\n") != std::string::npos;
     };
-    for (const Row& row :
-         {Row{"/opt/alarm 50%/tarnexcomm",
-              true,
-              {"ExecStart=\"/opt/alarm 50%%/tarnexcomm\"", "User=tarnexcomm", "ProtectHome=yes"},
-              {"ProtectHome=read-only"}},
-          Row{"/home/anna/bin/tarnexcomm",
-              false,
-              {"ExecStart=\"/home/anna/bin/tarnexcomm\"", "ProtectHome=read-only"},
-              {"User=tarnexcomm", "ProtectHome=yes"}}}) {
-        const std::string unit = SystemdUnitText(row.executable, row.user_exists);
-        for (const std::string& line : row.lines)
-            EXPECT_NE(unit.find("\n" + line + "\n"), std::string::npos) << line;
-        for (const std::string& line : row.no_lines)
-            EXPECT_EQ(unit.find("\n" + line + "\n"), std::string::npos) << line;
-    }
+    const std::string usual = SystemdUnitText("/opt/alarm 50%/tarnexcomm", true);
+    EXPECT_TRUE(has(usual, "ExecStart=\"/opt/alarm 50%%/tarnexcomm\""));
+    EXPECT_TRUE(has(usual, "User=tarnexcomm") && has(usual, "ProtectHome=yes"));
+    const std::string at_home = SystemdUnitText("/home/anna/bin/tarnexcomm", false);
+    EXPECT_TRUE(has(at_home, "ProtectHome=read-only"));
+    EXPECT_FALSE(has(at_home, "User=tarnexcomm") || has(at_home, "ProtectHome=yes"));
 }
 
 TEST_F(Systemd, AFailedInstallLeavesWhatWasThere) {
@@ -126,45 +113,30 @@ TEST_F(Systemd, AFailedInstallLeavesWhatWasThere) {
     EXPECT_EQ(TakeCalls(), "");
 }
 
-TEST_F(Systemd, SignalsAreTheServiceEvents) {
-    std::string told;
-    controller.StartService(2, {.start = [&] { told += "start "; },
-                                .stop = [&](bool ending) { told += ending ? "END " : "stop "; },
-                                .pause = [&] { told += "pause "; },
-                                .resume = [&] { told += "resume "; }});
-    EXPECT_EQ(told, "");
-    ASSERT_TRUE(RunUntil(loop, [&] { return told == "start "; }));
-    for (const auto& [signal, after] :
-         {std::pair(SIGUSR1, "start pause "), std::pair(SIGUSR2, "start pause resume "),
-          std::pair(SIGTERM, "start pause resume stop ")}) {
-        raise(signal);
-        ASSERT_TRUE(RunUntil(loop, [&, text = after] { return told == text; })) << told;
-    }
-    raise(SIGTERM);
-    raise(SIGINT);
-    EXPECT_FALSE(RunUntil(
-        loop, [&] { return told.size() > 25; }, 30ms))
-        << told;
-}
-
-TEST_F(Systemd, AStopSaysWhetherTheMachineIsEnding) {
-    struct Row {
-        const char* state;
-        bool ending;
-    };
-    for (const Row& row :
-         {Row{"stopping\n", true}, Row{"degraded\n", false}, Row{"hanging", false}}) {
-        folder.Write("state", row.state);
+TEST_F(Systemd, SignalsAreTheServiceEventsAndTheStopSaysWhetherTheMachineIsEnding) {
+    for (const auto& [state, stop] :
+         {std::pair("stopping\n", "END "), {"degraded\n", "stop "}, {"hanging", "stop "}}) {
+        folder.Write("state", state);
+        std::string told;
         AsioLoop own_loop;
         SystemdController fresh(own_loop, own_loop, places);
-        std::optional<bool> told;
-        fresh.StartService(0, {.start = [] {},
-                               .stop = [&](bool ending) { told = ending; },
-                               .pause = {},
-                               .resume = {}});
-        raise(SIGINT);
-        ASSERT_TRUE(RunUntil(own_loop, [&] { return told.has_value(); }));
-        EXPECT_EQ(*told, row.ending) << row.state;
+        fresh.StartService(2, {.start = [&] { told += "start "; },
+                               .stop = [&](bool ending) { told += ending ? "END " : "stop "; },
+                               .pause = [&] { told += "pause "; },
+                               .resume = [&] { told += "resume "; }});
+        EXPECT_EQ(told, "");
+        std::string expected = "start ";
+        ASSERT_TRUE(RunUntil(own_loop, [&] { return told == expected; }));
+        for (const auto& [signal, event] :
+             {std::pair(SIGUSR1, "pause "), {SIGUSR2, "resume "}, {SIGINT, stop}}) {
+            raise(signal);
+            expected += event;
+            ASSERT_TRUE(RunUntil(own_loop, [&] { return told == expected; })) << told;
+        }
+        raise(SIGTERM); // it is ending already
+        RunUntil(
+            own_loop, [] { return false; }, 30ms);
+        EXPECT_EQ(told, expected);
     }
 }
 
@@ -207,45 +179,23 @@ TEST_F(Systemd, ReadinessGoesToTheSocketOfTheServiceManager) {
     unsetenv("NOTIFY_SOCKET");
 }
 
-struct Watchdog : Systemd {
-    const NotifySocket manager{folder.Path("notify")};
-    SimulatedClock clock;
-
-    ~Watchdog() override {
-        unsetenv("WATCHDOG_USEC");
-        unsetenv("WATCHDOG_PID");
+TEST_F(Systemd, TheWatchdogOfThisProcessIsFedTwiceInItsTime) {
+    const NotifySocket manager(folder.Path("notify"));
+    setenv("WATCHDOG_USEC", "60000000", 1);
+    for (const pid_t watched : {getpid(), getppid()}) {
+        setenv("WATCHDOG_PID", std::to_string(watched).c_str(), 1);
+        SimulatedClock clock;
+        SystemdController fed(clock, loop, places);
+        fed.StartService(0, {.start = [] {}, .stop = {}, .pause = {}, .resume = {}});
+        for (int i = 0; i < 3; ++i) {
+            clock.RunFor(29999ms);
+            EXPECT_EQ(manager.Receive(), "");
+            clock.RunFor(1ms);
+            EXPECT_EQ(manager.Receive(), watched == getpid() ? "WATCHDOG=1" : "");
+        }
     }
-    static void Watch(const std::string& microseconds, pid_t process) {
-        setenv("WATCHDOG_USEC", microseconds.c_str(), 1);
-        setenv("WATCHDOG_PID", std::to_string(process).c_str(), 1);
-    }
-};
-
-TEST_F(Watchdog, IsFedTwiceInItsTime) {
-    Watch("60000000", getpid());
-    SystemdController watched(clock, loop, places);
-    watched.StartService(0, {.start = [] {}, .stop = {}, .pause = {}, .resume = {}});
-    for (int i = 0; i < 3; ++i) {
-        clock.RunFor(29999ms);
-        EXPECT_EQ(manager.Receive(), "");
-        clock.RunFor(1ms);
-        EXPECT_EQ(manager.Receive(), "WATCHDOG=1");
-    }
-}
-
-TEST_F(Watchdog, WithoutOneNobodyIsTold) {
-    struct Row {
-        const char* microseconds;
-        pid_t process;
-    };
-    for (const Row& row : {Row{"60000000", getppid()}, Row{"soon", getpid()}, Row{"-5", getpid()},
-                           Row{"0", getpid()}}) {
-        Watch(row.microseconds, row.process);
-        SystemdController unwatched(clock, loop, places);
-        unwatched.StartService(0, {.start = [] {}, .stop = {}, .pause = {}, .resume = {}});
-        clock.RunFor(1h);
-        EXPECT_EQ(manager.Receive(), "") << row.microseconds;
-    }
+    unsetenv("WATCHDOG_USEC");
+    unsetenv("WATCHDOG_PID");
 }
 
 } // namespace

@@ -45,6 +45,9 @@ class Simulator(unittest.TestCase):
         event = "--service cpu --state=abnormal --action recover --machine 2 --machine-name srv --memo 负荷 --mail no"
         self.assertEqual(self.monitor(service, "notify", *event.split()).wait(), 0)
         self.assertEqual(service.recv(100), "txSendSMS2031410srv{[b^k^]}负荷".encode("gbk"))
+        monitor = self.start("tarnex-monitor", "--address", "127.0.0.99", "raw", "to nobody")
+        monitor.wait_for("nobody listens there")
+        self.assertEqual(monitor.wait(), 69)
         for wrong in ("listen now", "raw", "notify --service cpu", "notify --service cpu --state 10", "listen --link 6"):
             self.assertEqual(self.monitor(service, *wrong.split()).wait(), 64, wrong)
 

@@ -2,6 +2,7 @@
 
 import os
 import shutil
+import signal
 import unittest
 
 import harness
@@ -42,6 +43,34 @@ class StartStop(unittest.TestCase):
         self.assertEqual(first.stop(), 0)
         self.assertEqual(first.lines, [])
         monitor.wait_for(b"tx-SMSEnd")
+
+    def test_its_end_takes_a_left_over_copy_along_and_nobody_else(self):
+        others = [Site(self).service(), Site(self).unit()]
+        for other in others:
+            site = Site(self)
+            service = site.service()
+            with open(site.path("lock"), "w") as lock:
+                print(other.pid, file=lock)
+            self.assertEqual(service.stop(), 0)
+        self.assertEqual(others[0].wait(), -signal.SIGKILL)
+        self.assertTrue(others[1].runs())
+
+    def test_what_the_program_of_the_windows_says_is_told_escaped_and_once(self):
+        site = Site(self, **{"DebugMode": "On"})
+        site.desktop = {"DISPLAY": ":0"}
+        view = site.path("tarnex-view")
+        with open(view, "w") as file:
+            file.write(
+                "#!/bin/sh\n"
+                "for i in 1 2; do printf '\\002\\005\\0\\0\\0\\0\\0\\0\\0\\033[2J\\n' >&3; done\n"
+                "printf '\\001\\004\\0\\0\\0\\0\\0\\0\\0\\rbye' >&3\n"
+            )
+        os.chmod(view, 0o755)
+        program = shutil.copy(harness.programs + "/tarnexcomm", site.folder)
+        service = Program(self, program, env=site.environment())
+        self.assertIn("no window can be shown", service.wait_for("\\rbye"))
+        self.assertEqual(len(service.said("\\x1B[2J\\n")), 1)
+        self.assertEqual(service.stop(), 0)
 
     def test_it_outlives_the_reader_of_its_messages(self):
         reader, writer = os.pipe()
