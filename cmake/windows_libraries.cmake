@@ -1,0 +1,16 @@
+# The libraries for a build by mingw.cmake: those of which headers are all, as Debian installs them for
+# this machine. /usr/include as a whole would bring the headers of its C library.
+
+set(headers ${CMAKE_BINARY_DIR}/library-headers)
+file(MAKE_DIRECTORY ${headers})
+foreach(name CLI nlohmann)
+    if(NOT EXISTS /usr/include/${name})
+        message(FATAL_ERROR "/usr/include/${name} is missing: install libcli11-dev and nlohmann-json3-dev.")
+    endif()
+    file(CREATE_LINK /usr/include/${name} ${headers}/${name} SYMBOLIC)
+endforeach()
+
+foreach(library CLI11::CLI11 nlohmann_json::nlohmann_json)
+    add_library(${library} INTERFACE IMPORTED GLOBAL)
+    target_include_directories(${library} INTERFACE ${headers})
+endforeach()
