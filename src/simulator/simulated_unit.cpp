@@ -26,14 +26,13 @@ std::size_t IndexOf(const ProtocolCommand& command) {
 } // namespace
 
 SimulatedUnit::SimulatedUnit(Clock& clock)
-    : calls_(clock), signal_timer_(clock, "signal", 0ms, [this] { ReportSignal(); }),
-      loader_(clock, {.send =
-                          [this](std::string_view bytes) {
-                              if (line_mode_ == LineMode::kLoader)
-                                  EmitRaw(bytes);
-                          },
-                      .taken = [this] { calls_.CancelAll(); },
-                      .ended = [this] { TakeNewProgram(); }}),
+    : calls_(clock), loader_(clock, {.send =
+                                         [this](std::string_view bytes) {
+                                             if (line_mode_ == LineMode::kLoader)
+                                                 EmitRaw(bytes);
+                                         },
+                                     .taken = [this] { calls_.CancelAll(); },
+                                     .ended = [this] { TakeNewProgram(); }}),
       counts_(ProtocolCommands().size()) {}
 
 void SimulatedUnit::Opened(const LineSettings& settings) {
@@ -68,8 +67,6 @@ void SimulatedUnit::HearText(std::string_view bytes) {
 void SimulatedUnit::Hear(std::string_view line) {
     if (!line.starts_with(kFrameStart))
         return;
-    if (Faults.Echo)
-        calls_.After(0ms, [this, echo = std::string(line) + std::string(kLineEnd)] { Emit(echo); });
     line.remove_prefix(kFrameStart.size());
     on_command_(line);
 
@@ -144,16 +141,12 @@ void SimulatedUnit::ReportOutcome(SmsOutcome outcome) {
 
 void SimulatedUnit::Answer(std::string_view text) {
     std::string chunk;
-    for (const std::string& line : Faults.LinesBefore)
-        chunk.append(line).append(kLineEnd);
     if (Faults.Noise)
         chunk.append(kNoise);
     else
         chunk.append("TX:").append(text);
     if (!Faults.NoLineEnd)
         chunk.append(kLineEnd);
-    for (const std::string& line : Faults.LinesBehind)
-        chunk.append(line).append(kLineEnd);
 
     if (Faults.TwoChunks) {
         const std::size_t half = chunk.size() / 2;
@@ -234,11 +227,6 @@ void SimulatedUnit::LoseCard() {
 void SimulatedUnit::ReportSignal() {
     if (!booting_)
         Say("TX:TXCSQ(" + std::to_string(Signal) + ",0)");
-}
-
-void SimulatedUnit::SetSignalPeriod(Duration period) {
-    signal_timer_.SetInterval(period);
-    signal_timer_.Enable();
 }
 
 long SimulatedUnit::Count(std::string_view name) const {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "platform/text.h"
-#include "platform/timer.h"
 #include "simulator/call_group.h"
 #include "simulator/serial_device.h"
 #include "simulator/unit_loader.h"
@@ -19,13 +18,9 @@ struct ProtocolCommand;
 // What is wrong with a unit. Nothing is, by default.
 struct UnitFaults {
     bool Silent = false;    // hears and counts commands, obeys none, says nothing
-    bool Echo = false;      // sends every command line back before its answer
     bool Noise = false;     // a line of garbage in place of every answer
     bool TwoChunks = false; // every answer comes in two halves, 100 ms apart
     bool NoLineEnd = false; // no line end behind an answer
-    // Lines, without their end, that come in one chunk with every answer.
-    std::vector<std::string> LinesBefore{};
-    std::vector<std::string> LinesBehind{};
     // By command name: what to answer (without "TX:") in place of obeying; "" for no answer.
     // Instead["WRNO1"] = "ERROR" refuses to store the first number.
     std::map<std::string, std::string, std::less<>> Instead{};
@@ -90,8 +85,6 @@ class SimulatedUnit : public SerialDevice {
     void LoseConnection(); // the connection alarm
     void LoseCard();
     void ReportSignal();
-    // Reports the signal every period from now on; 0 stops it.
-    void SetSignalPeriod(Duration period);
     void SendNoise(); // a line of garbage, at any settings of the line
     // Sends any one line as its own report, at once; the line end is added.
     void Say(std::string_view line);
@@ -119,7 +112,6 @@ class SimulatedUnit : public SerialDevice {
     void TakeNewProgram();
 
     CallGroup calls_;
-    Timer signal_timer_;
     SerialLine* line_ = nullptr;
     enum class LineMode { kText, kLoader, kOther };
     LineMode line_mode_ = LineMode::kText;

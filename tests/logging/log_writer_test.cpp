@@ -1,106 +1,65 @@
-#include "logging/log_writer.h"
-#include "simulator/simulated_clock.h"
-#include "simulator/simulated_stores.h"
-
-#include <gtest/gtest.h>
+#include "tests/world.h"
 
 namespace tarnex {
 namespace {
 
-struct LogWriterTest : testing::Test {
-    SimulatedClock clock{{.year = 2024, .month = 5, .day = 6, .hour = 7, .minute = 8, .second = 9}};
-    SimulatedLogTable table;
-    std::vector<std::string> told;
-    OperatorNotices notices{[this](const std::string& line) { told.push_back(line); }};
-    LogWriter log{clock, table, notices};
-
-    void SetUp() override { log.Open(u"/log.db"); }
+struct LogWriterTest : WorldTest {
+    LogWriterTest() { log.Open(u"/log.db"); }
 };
 
-const LogValue kUnwritten;
-
-TEST_F(LogWriterTest, ANotificationFillsEveryColumn) {
-    const EventRecord event{.MachineNo = 3,
-                            .ServiceNo = 30,
-                            .StatusNo = u"1",
-                            .AutoNo = 4,
-                            .SMSableNo = u"1",
-                            .EmailableNo = u"0",
-                            .MachineName = u"web1",
-                            .Memo = u"机房"};
-    EXPECT_TRUE(log.WriteLog(u"设备3", event));
-    const LogRow row{kUnwritten, u"2024-05-06", u"07:08:09", u"Out",          u"3Nex",
-                     u"设备3",   u"web服务",    u"异常",     u"系统尝试恢复", u"Yes",
-                     u"No",      u"web1",       u"机房"};
-    EXPECT_EQ(table.Rows.at(0), row);
-}
-
-TEST_F(LogWriterTest, ACommandSetsTheTargetOfTheResponsesBehindIt) {
+TEST_F(LogWriterTest, EveryKindOfRowHasItsColumns) {
+    EXPECT_TRUE(log.WriteLog(u"设备3", ParsedRecord(u"3301410web1{[b^k^]}机房")));
     EXPECT_TRUE(log.WriteResponseLog(u"first"));
+    for (const TextView command : {u"3301", u"1053", u"ECmd", u""})
+        EXPECT_TRUE(log.WriteCtrlLog(Text(command)));
     EXPECT_TRUE(log.WriteCtrlLog(u"3301"));
-    EXPECT_TRUE(log.WriteResponseLog(u"done"));
-    EXPECT_EQ(table.Rows.at(0)[12], LogValue(0));
-    const LogRow command{kUnwritten, u"2024-05-06", u"07:08:09",  u"In",      u"3Nex",    u"3301",
-                         u"web服务", u"",           u"重启/开启", kUnwritten, kUnwritten, u"",
-                         2};
-    EXPECT_EQ(table.Rows.at(1), command);
-    const LogRow response{kUnwritten, u"2024-05-06", u"07:08:09", u"Out",     u"Nex1", u"done", u"",
-                          u"",        u"",           kUnwritten,  kUnwritten, u"",     2};
-    EXPECT_EQ(table.Rows.at(2), response);
-}
-
-TEST_F(LogWriterTest, CommandsWithoutNamesAreRowsAllTheSame) {
-    EXPECT_TRUE(log.WriteCtrlLog(u"1053"));
-    EXPECT_TRUE(log.WriteCtrlLog(u"ECmd"));
-    EXPECT_TRUE(log.WriteCtrlLog(u""));
-    EXPECT_EQ(table.Rows.at(0)[6], LogValue(u""));
-    EXPECT_EQ(table.Rows.at(0)[8], LogValue(u""));
-    EXPECT_EQ(table.Rows.at(0)[12], LogValue(0));
-    EXPECT_EQ(table.Rows.at(1)[4], LogValue(u"ENex"));
-    EXPECT_EQ(table.Rows.at(1)[12], LogValue(-1));
-    EXPECT_EQ(table.Rows.at(2)[4], LogValue(u"Nex"));
+    EXPECT_TRUE(log.WriteResponseLog(u"done")); // to the machine of the command before it
+    const Text now = u"2024-05-06|08:00:00|";
+    EXPECT_EQ(Rows(), (std::vector<Text>{
+                          now + u"Out|3Nex|设备3|web服务|异常|系统尝试恢复|Yes|No|web1|机房",
+                          now + u"Out|Nex1|first||||-|-||0",
+                          now + u"In|3Nex|3301|web服务||重启/开启|-|-||2",
+                          now + u"In|1Nex|1053||||-|-||0", // without names a row all the same
+                          now + u"In|ENex|ECmd||||-|-||-1",
+                          now + u"In|Nex|||||-|-||-1",
+                          now + u"In|3Nex|3301|web服务||重启/开启|-|-||2",
+                          now + u"Out|Nex1|done||||-|-||2",
+                      }));
+    EXPECT_TRUE(std::holds_alternative<int>(table.Rows.back()[12]));
 }
 
 TEST_F(LogWriterTest, AnIndexOutOfRangeLosesTheRow) {
-    EventRecord event;
-    event.ServiceNo = 90;
-    event.AutoNo = 9;
-    EXPECT_TRUE(log.WriteLog(u"", event));
-    event.ServiceNo = 91;
-    EXPECT_FALSE(log.WriteLog(u"", event));
-    event.ServiceNo = 90;
-    event.AutoNo = 10;
-    EXPECT_FALSE(log.WriteLog(u"", event));
-    event.AutoNo = 0;
-    event.StatusNo = u"-1";
-    EXPECT_FALSE(log.WriteLog(u"", event));
+    EventRecord last = ParsedRecord(u"0900900");
+    EXPECT_TRUE(log.WriteLog(u"", last));
+    EXPECT_FALSE(log.WriteLog(u"", ParsedRecord(u"0910900")));
+    last.AutoNo = 10;
+    EXPECT_FALSE(log.WriteLog(u"", last));
+    last.AutoNo = 0;
+    last.StatusNo = u"-1";
+    EXPECT_FALSE(log.WriteLog(u"", last));
     EXPECT_FALSE(log.WriteCtrlLog(u"4912"));
     EXPECT_EQ(log.LostRows(), 4u);
     EXPECT_TRUE(log.WriteResponseLog(u""));
     EXPECT_EQ(table.Rows.back()[12], LogValue(3)); // of the command whose row was lost
-    EXPECT_TRUE(told.empty());
+    EXPECT_TRUE(said.empty());
 }
 
 TEST_F(LogWriterTest, AFailingDatabaseIsToldOnceAndItsRecoveryTooWithTheLosses) {
     table.Problem = "locked";
     EXPECT_FALSE(log.WriteResponseLog(u"a"));
     EXPECT_FALSE(log.WriteResponseLog(u"b"));
-    EXPECT_EQ(told, (std::vector<std::string>{"locked"}));
     table.Problem = "";
     log.Open(u"/log.db"); // proves nothing about rows
-    EXPECT_EQ(told.size(), 1u);
+    EXPECT_EQ(said, (std::vector<std::string>{"locked"}));
     EXPECT_TRUE(log.WriteResponseLog(u"c"));
-    ASSERT_EQ(told.size(), 2u);
-    EXPECT_NE(told[1].find(" 2."), std::string::npos) << told[1];
-    EXPECT_EQ(table.Rows.size(), 1u);
-}
+    ASSERT_EQ(said.size(), 2u);
+    EXPECT_TRUE(said[1].ends_with("lost since the start: 2.")) << said[1];
 
-TEST_F(LogWriterTest, ADatabaseThatCannotBeOpenedIsToldInsteadOfItsRows) {
     table.Problem = "not a database";
     log.Open(u"/log.db");
     table.Problem = "no log database is open";
     EXPECT_FALSE(log.WriteResponseLog(u"a"));
-    EXPECT_EQ(told, (std::vector<std::string>{"not a database"}));
+    EXPECT_EQ(said.back(), "not a database"); // that is why its rows fail
     table.Problem = "";
     log.Open(u"");
     EXPECT_TRUE(log.WriteResponseLog(u"b")); // the one in use before
@@ -114,29 +73,57 @@ TEST_F(LogWriterTest, WithoutAPathThereIsNoLogAndOneNotice) {
     unconfigured.Open(u"");
     table.Problem = "";
     EXPECT_TRUE(notices.Troubles().empty());
-    told.clear();
+    said.clear();
     EXPECT_FALSE(unconfigured.WriteResponseLog(u"a"));
     EXPECT_FALSE(unconfigured.WriteResponseLog(u"b"));
     EXPECT_EQ(unconfigured.LostRows(), 2u);
-    EXPECT_EQ(told.size(), 1u);
+    EXPECT_EQ(said.size(), 1u);
     unconfigured.Open(u"/log.db");
     unconfigured.Open(u"");
     EXPECT_TRUE(unconfigured.WriteResponseLog(u"c"));
-    EXPECT_EQ(told.size(), 2u);
+    EXPECT_EQ(said.size(), 2u);
 }
 
-TEST(OperatorNotices, TopicsDoNotHideEachOther) {
-    std::vector<std::string> told;
-    OperatorNotices notices([&](const std::string& line) { told.push_back(line); });
-    notices.Report("log", "", "log fine");
-    notices.Report("log", "A", "");
-    notices.Report("mail", "A", "");
-    notices.Report("log", "A", "");
-    notices.Report("log", "B", "");
-    notices.Report("log", "", "log fine");
-    notices.Report("log", "", "log fine");
-    notices.Report("log", "B", "");
-    EXPECT_EQ(told, (std::vector<std::string>{"A", "A", "B", "log fine", "B"}));
+TEST_F(LogWriterTest, TopicsDoNotHideEachOther) {
+    for (const auto& [topic, trouble] : {std::pair{"log", ""},
+                                         {"log", "A"},
+                                         {"mail", "A"},
+                                         {"log", "A"},
+                                         {"log", "B"},
+                                         {"log", ""},
+                                         {"log", ""},
+                                         {"log", "B"}})
+        notices.Report(topic, trouble, "fine");
+    EXPECT_EQ(said, (std::vector<std::string>{"A", "A", "B", "fine", "B"}));
+}
+
+TEST_F(LogWriterTest, EachDebugLineGoesToItsOwnListWhileDebugModeIsOn) {
+    std::string echoed;
+    bool seen = false;
+    DebugLists echoing(
+        window.boxes,
+        [&](const std::string& list, const Text& line) {
+            echoed += list + ":" + ToUtf8(line) + " ";
+        },
+        [&] { return seen; });
+    const auto add_all = [&] {
+        echoing.List1Additem(u"a");
+        echoing.List2Additem(u"b");
+        echoing.mList1Additem(u"c");
+        echoing.mList2Additem(u"d");
+        echoing.mList3Additem(u"e");
+        echoing.mList4Additem(u"f");
+        echoing.mList5Additem(u"g");
+    };
+    add_all();
+    EXPECT_TRUE(window.mList1.Lines().empty());
+    echoing.DebugOn = true;
+    add_all();
+    seen = true;
+    echoing.mList3Additem(u"h");
+    EXPECT_EQ(echoed, "List1:a List2:b mList1:c mList2:d mList3:e mList4:f mList5:g ");
+    EXPECT_EQ(window.mList3.Lines(), (std::vector<Text>{u"e", u"h"}));
+    EXPECT_EQ(window.mList3.Selected(), 1);
 }
 
 } // namespace

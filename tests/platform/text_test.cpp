@@ -10,12 +10,13 @@ namespace tarnex {
 namespace {
 
 TEST(Text, LeadingNumber) {
-    EXPECT_EQ(LeadingNumber(u"7a"), 7);
-    EXPECT_EQ(LeadingNumber(u"  -12x"), -12);
-    EXPECT_EQ(LeadingNumber(u"2.5"), 2.5);
-    EXPECT_EQ(LeadingNumber(u""), 0);
-    EXPECT_EQ(LeadingNumber(u"abc"), 0);
-    EXPECT_EQ(LeadingNumber(u"-"), 0);
+    for (const auto& [text, number] : {std::pair{u"7a", 7.},
+                                       {u"  -12x", -12.},
+                                       {u"2.5", 2.5},
+                                       {u"", 0.},
+                                       {u"a1", 0.},
+                                       {u"-", 0.}})
+        EXPECT_EQ(LeadingNumber(text), number) << ToUtf8(text);
     EXPECT_EQ(LeadingInt16(u"32767"), 32767);
     EXPECT_EQ(LeadingInt16(u"32768"), std::nullopt);
     EXPECT_EQ(LeadingInt16(u"99999999999999999999"), std::nullopt);

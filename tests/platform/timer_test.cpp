@@ -6,74 +6,60 @@
 namespace tarnex {
 namespace {
 
-struct Ticks {
+struct TimerTest : testing::Test {
+    Task<> HandleSlowly() {
+        at.push_back(clock.Now());
+        co_await Sleep(clock, 2500ms);
+        ++finished;
+    }
+
     SimulatedClock clock;
-    std::vector<long> at; // ms
-    void Note() { at.push_back(clock.Now().count()); }
+    int finished = 0;
+    std::vector<Duration> at;
+    Timer timer{clock, "t", 10s, [this] { at.push_back(clock.Now()); }};
+    using Ticks = std::vector<Duration>;
 };
 
-TEST(Timer, FirstDelayHoldsOnceThenTheOwnInterval) {
-    Ticks t;
-    Timer timer(t.clock, "t", 5s, [&] { t.Note(); });
+TEST_F(TimerTest, FirstDelayHoldsOnceThenTheOwnInterval) {
     timer.Reset(15s);
     timer.Enable();
-    t.clock.RunFor(14999ms);
-    EXPECT_TRUE(t.at.empty());
-    t.clock.RunFor(10001ms);
-    EXPECT_EQ(t.at, (std::vector<long>{15000, 20000, 25000}));
+    clock.RunFor(35s);
+    EXPECT_EQ(at, (Ticks{15s, 25s, 35s}));
 }
 
-TEST(Timer, EnablingAnEnabledTimerKeepsItsPhase) {
-    Ticks t;
-    Timer timer(t.clock, "t", 10s, [&] { t.Note(); });
+TEST_F(TimerTest, EnablingAnEnabledTimerKeepsItsPhase) {
     timer.Enable();
-    t.clock.RunFor(9s);
+    clock.RunFor(9s);
     timer.Enable();
-    t.clock.RunFor(1s);
-    EXPECT_EQ(t.at, (std::vector<long>{10000}));
+    clock.RunFor(1s);
     timer.SetInterval(10s); // starts the count anew
-    t.clock.RunFor(9s);
+    clock.RunFor(9s);
     timer.Disable();
     timer.Enable();
-    t.clock.RunFor(10s);
-    EXPECT_EQ(t.at, (std::vector<long>{10000, 29000}));
+    clock.RunFor(10s);
+    EXPECT_EQ(at, (Ticks{10s, 29s}));
 }
 
-TEST(Timer, StoppedTimerStaysSilentUntilReset) {
-    Ticks t;
-    Timer timer(t.clock, "t", 1s, [&] { t.Note(); });
+TEST_F(TimerTest, StoppedTimerStaysSilentUntilReset) {
     timer.Enable();
     timer.Stop();
     timer.Enable(); // a handler that re-arms itself must not undo the stop
-    t.clock.RunFor(1min);
-    EXPECT_TRUE(t.at.empty());
+    clock.RunFor(1min);
     timer.Reset(2s);
     timer.Enable();
-    t.clock.RunFor(3s);
-    EXPECT_EQ(t.at.size(), 2u);
+    clock.RunFor(12s);
+    EXPECT_EQ(at, (Ticks{62s, 72s}));
 }
 
-struct SlowHandler {
-    Ticks t;
-    Duration work = 2500ms;
-    int finished = 0;
-    Task<> Handle() {
-        t.Note();
-        co_await Sleep(t.clock, work);
-        ++finished;
-    }
-};
-
-TEST(Timer, TicksDuringAWaitingHandlerAreDropped) {
-    SlowHandler slow;
-    Timer timer(slow.t.clock, "t", 1s, [&] { return slow.Handle(); });
-    timer.Enable();
-    slow.t.clock.RunFor(7s);
-    EXPECT_EQ(slow.t.at, (std::vector<long>{1000, 4000, 7000}));
-    timer.CancelHandler();
-    timer.Disable();
-    slow.t.clock.RunFor(1min);
-    EXPECT_EQ(slow.finished, 2);
+TEST_F(TimerTest, TicksDuringAWaitingHandlerAreDropped) {
+    Timer slow(clock, "slow", 1s, [this] { return HandleSlowly(); });
+    slow.Enable();
+    clock.RunFor(7s);
+    EXPECT_EQ(at, (Ticks{1s, 4s, 7s}));
+    slow.CancelHandler();
+    slow.Disable();
+    clock.RunFor(1min);
+    EXPECT_EQ(finished, 2);
 }
 
 } // namespace
