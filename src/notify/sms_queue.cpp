@@ -49,30 +49,29 @@ void SMSQueue::mCmdSend_Click() {
 
 Task<> SMSQueue::mSMSSendTimer_Timer() {
     UnitState& unit = parts_.unit;
-    if (!unit.UnitConnected || !parts_.controls.mChkSMSSendEnable.Checked() || unit.UnitBusy)
+    if (!unit.UnitConnected || !parts_.controls.mChkSMSSendEnable.Checked())
         co_return;
-    unit.UnitBusy = true;
+    const UnitGuard guard(unit);
+    if (!guard.Taken())
+        co_return;
     mSMSSendTimer.Disable();
     if (SendErrorCount_ == 0)
         TakeNextEntry();
     if (SMSHeldEntry_.empty()) {
         mSMSSendTimer.Enable();
-        unit.UnitBusy = false;
         co_return;
     }
 
     const int recipient = LeadingInt16(SMSHeldEntry_.substr(0, 1)).value_or(0);
     const Text text = SMSHeldEntry_.substr(1);
-    const unsigned losses = unit.Losses;
     parts_.sender.SetSMSLostTime(kSMSLostTime);
     const Text answer = co_await parts_.sender.SendSMS(text, recipient);
-    if (unit.Losses != losses)
+    if (guard.Lost())
         co_return;
     if (answer == u"OK")
         HandedOver();
     else
         NotTaken(answer);
-    unit.UnitBusy = false;
 }
 
 void SMSQueue::TakeNextEntry() {
@@ -97,7 +96,7 @@ void SMSQueue::NotTaken(const Text& answer) {
 }
 
 void SMSQueue::mSMSSendChkTimer_Timer() {
-    if (!parts_.unit.UnitConnected || parts_.unit.UnitBusy)
+    if (!parts_.unit.UnitConnected || parts_.unit.UnitBusy())
         return;
     mSMSSendChkTimer.Disable();
     const Text answer = parts_.sender.SMSSendChk();

@@ -55,21 +55,16 @@ void CoreWindow::Enable(bool enabled) {
 }
 
 Task<> CoreWindow::Run(const TestButton& test) {
-    UnitState& unit = parts_.unit;
     const Text name = Text(test.caption == kCSQStart ? u"CSQ" : test.caption) + u": ";
-    if (test.needs_unit && unit.UnitBusy) {
+    std::optional<UnitGuard> guard;
+    if (test.needs_unit && !guard.emplace(parts_.unit).Taken()) {
         Results.Add(name + u"服务正在使用设备，请稍候再按。");
         co_return;
     }
-    if (test.needs_unit)
-        unit.UnitBusy = true;
-    const unsigned losses = unit.Losses;
     Enable(false);
     const Text result = co_await (this->*test.run)();
     Enable(true);
     Results.Add(name + (result.empty() ? u"设备没有连接。" : result));
-    if (test.needs_unit && losses == unit.Losses)
-        unit.UnitBusy = false;
 }
 
 Task<Text> CoreWindow::ToggleCSQ() {

@@ -15,7 +15,7 @@ class CoreWindow : public Form {
     struct Parts {
         TarnexCore& core;
         LineFiles& files;                      // the HEX file of CMDFirmware
-        UnitState& unit;                       // UnitBusy while a button works on the unit
+        UnitState& unit;                       // taken while a button works on it
         std::function<void()> set_to_research; // the unit has a new program
     };
     // The parts must outlive the window. It has no place on a screen until it is shown.

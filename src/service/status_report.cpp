@@ -97,7 +97,7 @@ ServiceStatus::Unit StatusReport::CollectUnit() const {
             .version = unit.UnitVersion,
             .serial = unit.UnitSerial,
             .steps = unit.UnitInitFlags.substr(0, kNoUnitInitFlags.size()),
-            .restarts = unit.Losses - 1}; // the start itself is the first
+            .restarts = unit.Losses() - 1}; // the start itself is the first
 }
 
 UnitPhase StatusReport::Phase() const {

@@ -192,17 +192,12 @@ ServiceEvents TarnexComm::ControllerEvents() {
 }
 
 void TarnexComm::ResetUnitState() {
-    ++unit_.Losses; // whoever waits for the unit has no business with it any more
+    unit_.BeginAnew();
     LoadSettings();
     reset_in_doubt_ = doubt_;
-    unit_.UnitReady = false;
-    unit_.UnitOnline = false;
-    unit_.UnitInitFlags = kNoUnitInitFlags;
     link_.Reset();
     queue_.Reset();
     cycle_.Reset();
-    unit_.UnitBusy = false;
-    unit_.UnitConnected = false;
     connection_.mAutoConnect.Reset(kFirstSearch);
     TakeSearchAndDebug();
 }
@@ -214,7 +209,7 @@ void TarnexComm::TakeSearchAndDebug() {
     ShowWindow(debug);
     if (settings_.AutoSearchOff)
         connection_.mAutoConnect.Disable();
-    else if (!unit_.UnitConnected && !unit_.UnitBusy)
+    else if (!unit_.UnitConnected && !unit_.UnitBusy())
         connection_.mAutoConnect.Enable();
 }
 

@@ -17,25 +17,25 @@ ConnectionSupervision::ConnectionSupervision(Parts parts)
       parts_(std::move(parts)) {}
 
 Task<> ConnectionSupervision::mAutoConnect_Timer() {
-    if (parts_.unit.UnitBusy || parts_.settings.AutoSearchOff)
+    if (parts_.settings.AutoSearchOff)
         co_return;
-    parts_.unit.UnitBusy = true;
+    const UnitGuard guard(parts_.unit);
+    if (!guard.Taken())
+        co_return;
     mAutoConnect.Disable();
     if (parts_.core.discovery.ConnectStatus() != 0)
-        co_await Greet();
+        co_await Greet(guard);
     else
         co_await Search();
 }
 
-Task<> ConnectionSupervision::Greet() {
-    const unsigned losses = parts_.unit.Losses;
+Task<> ConnectionSupervision::Greet(const UnitGuard& guard) {
     const Text reply = co_await parts_.core.discovery.HelloTarnex();
-    if (losses != parts_.unit.Losses)
+    if (guard.Lost())
         co_return;
     if (reply == kOk) {
         parts_.unit.DeviceRecordStale = !InvalidateUnitSettings(parts_.ini);
         parts_.unit.UnitConnected = true;
-        parts_.unit.UnitBusy = false;
         parts_.mCheckTimer.Enable();
         co_return;
     }
@@ -49,6 +49,7 @@ Task<> ConnectionSupervision::Greet() {
     TryAgain();
 }
 
+// The unit cannot be lost meanwhile: hardware that goes away only fails the port that is tried.
 Task<> ConnectionSupervision::Search() {
     parts_.link.SendToMonitors(u"tx-NoConn");
     parts_.lists.mList1Additem(u"开始寻找 Tarnex");
@@ -70,7 +71,6 @@ Task<> ConnectionSupervision::Search() {
 void ConnectionSupervision::TryAgain() {
     parts_.unit.UnitConnected = false;
     mAutoConnect.Enable();
-    parts_.unit.UnitBusy = false;
 }
 
 void ConnectionSupervision::SetToResearch() {
@@ -85,7 +85,6 @@ void ConnectionSupervision::SetToResearch() {
     parts_.unit.UnitConnected = false;
     parts_.reset_unit_state();
     mAutoConnect.Enable();
-    parts_.unit.UnitBusy = false;
     parts_.core.discovery.ConnectClose();
 }
 

@@ -41,7 +41,7 @@ class ConnectionSupervision {
 
   private:
     Task<> mAutoConnect_Timer();
-    Task<> Greet();
+    Task<> Greet(const UnitGuard& guard);
     Task<> Search();
     void TryAgain();
 

@@ -96,43 +96,44 @@ void SupervisionCycle::Reset() {
 }
 
 Task<> SupervisionCycle::mCheckTimer_Timer() {
-    if (!parts_.unit.UnitConnected || parts_.unit.UnitBusy)
+    if (!parts_.unit.UnitConnected)
         co_return;
-    parts_.unit.UnitBusy = true;
+    const UnitGuard guard(parts_.unit);
+    if (!guard.Taken())
+        co_return;
     mCheckTimer.Disable();
-    const Outcome outcome = co_await RunSteps();
-    if (outcome == Outcome::kLost)
-        co_return;
-    parts_.unit.UnitBusy = false;
-    mCheckTimer.Enable();
+    co_await RunSteps(guard);
+    if (!guard.Lost())
+        mCheckTimer.Enable();
 }
 
-Task<SupervisionCycle::Outcome> SupervisionCycle::RunSteps() {
-    if (PassStateWord() == Outcome::kLost)
-        co_return Outcome::kLost;
+Task<> SupervisionCycle::RunSteps(const UnitGuard& guard) {
+    PassStateWord();
+    if (guard.Lost())
+        co_return;
     TakeReceivedSMS();
     parts_.settings.SwitchCheck42 = parts_.ini.GetIniStr(u"Check", u"Check1(42)") == u"1";
     parts_.settings.SwitchCheck43 = parts_.ini.GetIniStr(u"Check", u"Check1(43)") == u"1";
-    Outcome outcome = co_await WriteSettings();
-    if (outcome != Outcome::kGoOn)
-        co_return outcome;
-    outcome = co_await ReadIdentity();
-    if (outcome != Outcome::kGoOn)
-        co_return outcome;
+    const bool written = co_await WriteSettings(guard);
+    if (!written)
+        co_return;
+    co_await ReadIdentity(guard);
+    if (guard.Lost())
+        co_return;
     if (parts_.unit.UnitInitFlags == kAllStepsDone)
         DeclareReady();
     if (parts_.lists.DebugOn)
         CountUp(parts_.mText4);
-    co_return co_await ReadSignal();
+    co_await ReadSignal(guard);
 }
 
-SupervisionCycle::Outcome SupervisionCycle::PassStateWord() {
+void SupervisionCycle::PassStateWord() {
     Text word = parts_.core.GetComFifo();
     if (word == kNoData)
-        return Outcome::kGoOn;
+        return;
     if (word == u"SYSOk" || word == u"GSMOk") { // the unit has restarted
         parts_.set_to_research();
-        return Outcome::kLost;
+        return;
     }
     for (const StateCode& row : kStateCodes)
         if (word == row.word) {
@@ -141,7 +142,6 @@ SupervisionCycle::Outcome SupervisionCycle::PassStateWord() {
         }
     parts_.link.SendToMonitors(word);
     parts_.lists.mList3Additem(word);
-    return Outcome::kGoOn;
 }
 
 void SupervisionCycle::TakeReceivedSMS() {
@@ -183,8 +183,7 @@ void SupervisionCycle::ForwardFee(const Text& sender, const Text& text) {
         }
 }
 
-Task<SupervisionCycle::Outcome> SupervisionCycle::WriteSettings() {
-    const unsigned losses = parts_.unit.Losses;
+Task<bool> SupervisionCycle::WriteSettings(const UnitGuard& guard) {
     for (std::size_t step = 0; step < std::size(kUnitSettings); ++step) {
         const UnitSetting& setting = kUnitSettings[step];
         const Text wanted = parts_.ini.GetIniStr(setting.section, setting.key);
@@ -193,31 +192,27 @@ Task<SupervisionCycle::Outcome> SupervisionCycle::WriteSettings() {
         if (record_counts && wanted == parts_.ini.GetIniStr(kDeviceRecord, setting.record_key))
             continue;
         const Text reply = co_await setting.write(parts_.core.commands, wanted);
-        if (losses != parts_.unit.Losses)
-            co_return Outcome::kLost;
-        if (reply != kOk)
-            co_return Outcome::kEndTick;
+        if (guard.Lost() || reply != kOk)
+            co_return false;
         parts_.ini.WriteIniStr(kDeviceRecord, setting.record_key, wanted);
         parts_.unit.UnitInitFlags[step] = u'1';
     }
-    co_return Outcome::kGoOn;
+    co_return true;
 }
 
-Task<SupervisionCycle::Outcome> SupervisionCycle::ReadIdentity() {
-    const unsigned losses = parts_.unit.Losses;
+Task<> SupervisionCycle::ReadIdentity(const UnitGuard& guard) {
     for (const IdentityStep& step : kIdentitySteps) {
         if (parts_.unit.UnitInitFlags != step.due_at)
             continue;
         const Text reply = co_await step.read(parts_.core.commands);
-        if (losses != parts_.unit.Losses)
-            co_return Outcome::kLost;
+        if (guard.Lost())
+            co_return;
         if (reply == kFailed)
             continue;
         parts_.unit.*step.value = reply;
         parts_.link.SendToMonitors(Text(step.code) + reply);
         parts_.unit.UnitInitFlags[step.flag] = u'1';
     }
-    co_return Outcome::kGoOn;
 }
 
 void SupervisionCycle::DeclareReady() {
@@ -230,21 +225,19 @@ void SupervisionCycle::DeclareReady() {
     parts_.unit.UnitInitFlags += u'*'; // so that this step runs once
 }
 
-Task<SupervisionCycle::Outcome> SupervisionCycle::ReadSignal() {
-    const unsigned losses = parts_.unit.Losses;
+Task<> SupervisionCycle::ReadSignal(const UnitGuard& guard) {
     const Text reading = co_await parts_.core.commands.RDCSQ();
-    if (losses != parts_.unit.Losses)
-        co_return Outcome::kLost;
+    if (guard.Lost())
+        co_return;
     JudgeReading(LeadingInt16(reading).value_or(0));
     if (parts_.unit.UnitSignalValue != -1) {
         parts_.unit.UnitSignalLevel = SignalLevel(parts_.unit.UnitSignalValue);
         parts_.mTxtTarnexCSQ.SetValue(ToText(parts_.unit.UnitSignalValue));
-        co_return Outcome::kGoOn;
+        co_return;
     }
     parts_.unit.UnitSignalLevel = u"1";
     parts_.lists.mList1Additem(u"开始丢失拉");
     parts_.set_to_research();
-    co_return Outcome::kLost;
 }
 
 void SupervisionCycle::JudgeReading(std::int16_t reading) {

@@ -41,23 +41,18 @@ class SupervisionCycle {
     Timer mCheckTimer;
 
   private:
-    enum class Outcome {
-        kGoOn,    // with the next step of the tick
-        kEndTick, // the rest waits for the next tick
-        kLost,    // the unit was lost meanwhile: nothing may be touched any more
-    };
-
     Task<> mCheckTimer_Timer();
-    Task<Outcome> RunSteps();
-    Outcome PassStateWord();
+    Task<> RunSteps(const UnitGuard& guard);
+    void PassStateWord();
     void TakeReceivedSMS();
     void AnswerCommand(const Text& answer);
     void ForwardFee(const Text& sender, const Text& text);
-    Task<Outcome> WriteSettings();
-    Task<Outcome> ReadIdentity();
+    // False when one is not in the unit yet: the rest waits for the next tick.
+    Task<bool> WriteSettings(const UnitGuard& guard);
+    Task<> ReadIdentity(const UnitGuard& guard);
     void DeclareReady();
-    Task<Outcome> ReadSignal();
-    // Counts a failed reading; true when it was one too many.
+    Task<> ReadSignal(const UnitGuard& guard);
+    // Counts a failed reading; one too many makes the signal value -1.
     void JudgeReading(std::int16_t reading);
 
     Parts parts_;

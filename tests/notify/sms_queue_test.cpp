@@ -59,9 +59,9 @@ TEST_F(SMSQueueTest, SendsOneAfterTheOtherAtExactInstants) {
     queue.QueueSMS(u"1甲");
     queue.QueueSMS(u"2乙");
     clock.RunTo(3200ms);
-    EXPECT_TRUE(state.UnitBusy);
+    EXPECT_TRUE(state.UnitBusy());
     clock.RunTo(3500ms);
-    EXPECT_FALSE(state.UnitBusy);
+    EXPECT_FALSE(state.UnitBusy());
     EXPECT_EQ(queue.HeldEntry(), u"1甲");
     EXPECT_EQ(queue.Length(), 1u);
     unit.check_answer = u"Busy";
@@ -123,17 +123,17 @@ TEST_F(SMSQueueTest, WaitsForTheUnitAndForTheOperator) {
     window.mChkSMSSendEnable.SetChecked(false);
     clock.RunTo(10s);
     window.mChkSMSSendEnable.SetChecked(true);
-    state.UnitBusy = true;
+    std::optional<UnitGuard> other(state);
     clock.RunTo(18s);
-    EXPECT_TRUE(state.UnitBusy);
-    state.UnitBusy = false;
+    EXPECT_TRUE(state.UnitBusy());
+    other.reset();
     state.UnitConnected = false;
     clock.RunTo(26s);
     state.UnitConnected = true;
     clock.RunTo(27s);
-    state.UnitBusy = true; // nor is the unit asked while another handler works on it
+    other.emplace(state); // nor is the unit asked while another handler works on it
     clock.RunTo(31s);
-    state.UnitBusy = false;
+    other.reset();
     clock.RunTo(33s);
     EXPECT_EQ(unit.asked, (Texts{u"27000 send 1x", u"33000 check"}));
 }
@@ -143,20 +143,23 @@ TEST_F(SMSQueueTest, ALossDuringTheHandOverLeavesEverythingToTheNewSearch) {
     queue.QueueSMS(u"1x");
     queue.QueueSMS(u"1y");
     clock.RunTo(4s);
-    ++state.Losses;
+    state.BeginAnew();
     queue.Reset();
-    state.UnitBusy = true; // the new search works on the unit
+    std::optional<UnitGuard> search(state); // the new search works on the unit
     clock.RunTo(1min);
-    EXPECT_TRUE(state.UnitBusy);
+    EXPECT_TRUE(state.UnitBusy());
     EXPECT_FALSE(queue.mSMSSendTimer.Enabled());
     EXPECT_FALSE(queue.mSMSSendChkTimer.Enabled());
     EXPECT_EQ(queue.Totals().DroppedByReset, 2u);
 
-    state.UnitBusy = false;
+    search.reset();
+    state.UnitConnected = true;
     queue.mSMSSendTimer.Enable();
     queue.QueueSMS(u"2z");
     clock.RunFor(3s);
     EXPECT_EQ(unit.asked, (Texts{u"3000 send 1x", u"63000 send 2z"}));
+    queue.mSMSSendTimer.CancelHandler(); // half-way
+    EXPECT_FALSE(state.UnitBusy());
 }
 
 TEST_F(SMSQueueTest, AnUnexpectedAnswerStartsOverInsteadOfStalling) {

@@ -291,7 +291,7 @@ TEST_F(Service, TheDeviceLinkIsTriedOutWhileTheServiceRuns) {
     Form& core = *screen.forms["TarnexCore"];
     const auto& results = dynamic_cast<ListBox*>(core.Find("Results"))->Lines();
     const auto button = [&](const char* name) { return dynamic_cast<Button*>(core.Find(name)); };
-    ASSERT_TRUE(clock.RunUntil([&] { return service->Unit().UnitBusy; }, 1min));
+    ASSERT_TRUE(clock.RunUntil([&] { return service->Unit().UnitBusy(); }, 1min));
     button("CMDRDNO")->Click();
     ASSERT_FALSE(results.empty());
     EXPECT_EQ(results.back(), u"RDNO: 服务正在使用设备，请稍候再按。");
@@ -324,11 +324,11 @@ TEST_F(Service, TheDeviceLinkIsTriedOutWhileTheServiceRuns) {
         EXPECT_EQ((unit.Count("RDCSQ") - before) / 10 * 10, asked);
     }
     files.Files["Tarnex_20050626.hex"] = ":0100000055AA\n:00000001FF\n";
-    ASSERT_TRUE(clock.RunUntil([&] { return !service->Unit().UnitBusy; }, 1min));
+    ASSERT_TRUE(clock.RunUntil([&] { return !service->Unit().UnitBusy(); }, 1min));
     button("CMDFirmware")->Click();
     EXPECT_TRUE(clock.RunUntil([&] { return results.back() == u"Firmware: 升级成功!"; }, 1min));
     EXPECT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 1min));
-    ASSERT_TRUE(clock.RunUntil([&] { return !service->Unit().UnitBusy; }, 1min));
+    ASSERT_TRUE(clock.RunUntil([&] { return !service->Unit().UnitBusy(); }, 1min));
     unit.Loader().SetPlan(LoaderPlan{LoaderStep::kWrite, 1, LoaderFault::kRefuse});
     button("CMDFirmware")->Click();
     clock.RunFor(1min);
@@ -354,7 +354,7 @@ TEST_F(Service, LeavingAHalfWrittenUnitTakesASecondPress) {
     const auto& results = dynamic_cast<ListBox*>(core.Find("Results"))->Lines();
     for (int update = 0; update < 2; ++update) {
         ASSERT_TRUE(clock.RunUntil(
-            [&] { return service->Unit().UnitReady && !service->Unit().UnitBusy; }, 2min));
+            [&] { return service->Unit().UnitReady && !service->Unit().UnitBusy(); }, 2min));
         dynamic_cast<Button*>(core.Find("CMDFirmware"))->Click();
         ASSERT_TRUE(
             clock.RunUntil([&] { return results.back() == u"握手成功，开始擦除。"; }, 1min));
