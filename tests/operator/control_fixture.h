@@ -27,6 +27,16 @@ class ControlTest : public testing::Test {
         err.str("");
         return RunTarnexctl(std::move(arguments), world);
     }
+    // What it prints when all is well.
+    std::string Output(std::vector<std::string> arguments) {
+        EXPECT_EQ(Run(std::move(arguments)), 0) << err.str();
+        return out.str();
+    }
+    // It ends so and says why in one line, and nothing else.
+    void Fails(int status, std::vector<std::string> arguments, const std::string& why) {
+        EXPECT_EQ(Run(std::move(arguments)), status) << why << err.str();
+        EXPECT_NE(Error().find(why), std::string::npos) << err.str();
+    }
     // The line on standard error, which must be the only one, without the program's name.
     std::string Error() const {
         const std::string text = err.str();
