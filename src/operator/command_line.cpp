@@ -1,12 +1,11 @@
 #include "operator/command_line.h"
 
+#include "operator/arguments.h"
 #include "operator/commands.h"
 #include "operator/setup_questions.h"
-#include "operator/suggestion.h"
 #include "operator/text_output.h"
 
 #include <ostream>
-#include <sstream>
 
 #include <CLI/CLI.hpp>
 
@@ -18,7 +17,6 @@ namespace {
 class CommandLine {
   public:
     explicit CommandLine(ControlWorld& world) : world_(world) {
-        app_.set_version_flag("--version", "tarnexctl " TARNEX_VERSION);
         app_.add_option("--settings-file", world_.settings_path, "the settings file")
             ->type_name("FILE")
             ->capture_default_str();
@@ -40,18 +38,8 @@ class CommandLine {
     }
 
     int Run(std::vector<std::string> arguments) {
-        std::reverse(arguments.begin(), arguments.end()); // as the parser wants them
-        try {
-            app_.parse(std::move(arguments));
-        } catch (const CLI::Success& asked) { // help or version
-            std::ostringstream text;
-            app_.exit(asked, text, text);
-            world_.out << text.str();
-            return kExitDone;
-        } catch (const CLI::ParseError& error) {
-            throw Failure(kExitUsage, Trouble(error) + " (try \"" + Name(Deepest()) + " --help\")");
-        }
-        return run_();
+        const auto status = ReadArguments(app_, std::move(arguments), world_.out, world_.err);
+        return status ? *status : run_();
     }
 
   private:
@@ -71,47 +59,6 @@ class CommandLine {
     void AddDryRuns();
     void AddLog();
     void AddSetup();
-
-    // The innermost command that was given.
-    const CLI::App& Deepest() const {
-        const CLI::App* app = &app_;
-        while (!app->get_subcommands().empty())
-            app = app->get_subcommands().front();
-        return *app;
-    }
-
-    static std::string Name(const CLI::App& app) {
-        const CLI::App* parent = app.get_parent();
-        return parent ? Name(*parent) + " " + app.get_name() : "tarnexctl";
-    }
-
-    std::string Trouble(const CLI::ParseError& error) const {
-        const CLI::App& app = Deepest();
-        const std::vector<std::string> unknown = app_.remaining(true);
-        if (unknown.empty() && app.get_require_subcommand_min() > 0 &&
-            error.get_name() == "RequiredError")
-            return "the command is missing";
-        if (unknown.empty())
-            return OneLine(error.what());
-        const std::string& word = unknown.front();
-        std::vector<std::string> known;
-        if (word.starts_with('-')) {
-            for (const CLI::App* a = &app; a; a = a->get_parent())
-                for (const CLI::Option* option : a->get_options())
-                    known.push_back(option->get_name());
-            return "there is no option " + word + DidYouMean(Closest(word, known));
-        }
-        for (const CLI::App* command : app.get_subcommands({}))
-            known.push_back(command->get_name());
-        if (known.empty())
-            return "\"" + word + "\" is one word too many";
-        return "there is no command \"" + word + "\"" + DidYouMean(Closest(word, known));
-    }
-
-    static std::string OneLine(std::string text) {
-        std::replace(text.begin(), text.end(), '\n', ' ');
-        return text;
-    }
 
     ControlWorld& world_;
     CLI::App app_{"Sets up, watches and tries out TarnexComm, the service beside a GSM alarm unit.",

@@ -10,7 +10,7 @@
 
 namespace tarnex {
 
-// What every program of this executable takes from the machine.
+// What the service and the service tools take from the machine.
 struct Machine {
     // program: the name under which it speaks to its operator.
     explicit Machine(const char* program);

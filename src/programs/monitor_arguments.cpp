@@ -1,49 +1,18 @@
 #include "programs/monitor_arguments.h"
 
-#include "programs/program_output.h"
+#include "operator/arguments.h"
 #include "simulator/command_words.h"
 #include "simulator/unit_script.h"
 
-#include <vector>
+#include <iostream>
 
-#include <getopt.h>
+#include <CLI/CLI.hpp>
 
 namespace tarnex {
 
 namespace {
 
 using enum MonitorArguments::Command;
-
-constexpr char kUsage[] =
-    "Usage: tarnex-monitor [OPTION]... COMMAND\n"
-    "A monitoring program on a control link of TarnexComm.\n"
-    "\n"
-    "  --link 1..5          which link: UDP port 7840 to 7844 (1)\n"
-    "  --address ADDRESS    IPv4 address of the service (127.0.0.1)\n"
-    "  --encoding NAME      GBK or UTF-8, as the service is set (GBK)\n"
-    "  --name NAME          what to call itself when greeting (tarnex-monitor)\n"
-    "  --help, --version\n"
-    "\n"
-    "listen: greet the service, send heartbeats, show every message with its meaning. The service\n"
-    "takes the link for lost up to 40 seconds after the end.\n"
-    "  --for SECONDS        end after that time\n"
-    "  --until CODE         end as soon as a message begins with CODE\n"
-    "\n"
-    "notify: report one event and end. The link has no answer to it.\n"
-    "  --service SERVICE    required; words and numbers below\n"
-    "  --state STATE        required\n"
-    "  --action ACTION      what is done about it (none)\n"
-    "  --machine 0..9       which machine (1)\n"
-    "  --machine-name TEXT\n"
-    "  --memo TEXT\n"
-    "  --sms yes|no         pass it on by SMS (yes)\n"
-    "  --mail yes|no        pass it on by mail (yes)\n"
-    "\n"
-    "raw TEXT: send any message and end.\n";
-
-constexpr char kUsageEnd[] =
-    "\n"
-    "Exit status: 0 done, 1 CODE was not seen in time, 64 wrong usage, 69 no service there.\n";
 
 bool ReadNumberUpTo(const std::string& value, int highest, int& number) {
     return ReadNumber(value, number) && number >= 0 && number <= highest;
@@ -75,7 +44,9 @@ bool IsIpv4(std::string_view address) {
 // An option with its value. read stores the value; false when it is none that the option takes.
 struct ValueOption {
     const char* name;
+    const char* type;
     std::optional<MonitorArguments::Command> only_of; // nothing: of every command
+    const char* meaning;
     const char* expected;
     bool (*read)(const std::string& value, MonitorArguments& arguments);
 };
@@ -85,110 +56,115 @@ using Args = MonitorArguments&;
 
 // clang-format off
 const ValueOption kOptions[] = {
-    {"link",         {},      "1 to 5",             [](Value v, Args a) { return ReadNumberUpTo(v, 5, a.monitor.link) && a.monitor.link > 0; }},
-    {"address",      {},      "an IPv4 address",    [](Value v, Args a) { a.monitor.address = v; return IsIpv4(v); }},
-    {"encoding",     {},      "GBK or UTF-8",       [](Value v, Args a) { a.encoding = v; return v == "GBK" || v == "UTF-8"; }},
-    {"name",         {},      "a name",             [](Value v, Args a) { a.monitor.name = FromUtf8(v); return true; }},
-    {"for",          kListen, "seconds",            [](Value v, Args a) { a.listen_time = ParseSeconds(v); return a.listen_time.has_value(); }},
-    {"until",        kListen, "a code",             [](Value v, Args a) { a.until = FromUtf8(v); return !v.empty(); }},
-    {"service",      kNotify, "a service",          [](Value v, Args a) { return ReadWord(EventServices(), v, 99, a.event.service); }},
-    {"state",        kNotify, "a state",            [](Value v, Args a) { return ReadWord(EventStates(), v, 9, a.event.state); }},
-    {"action",       kNotify, "an action",          [](Value v, Args a) { return ReadWord(EventActions(), v, 9, a.event.action); }},
-    {"machine",      kNotify, "0 to 9",             [](Value v, Args a) { return ReadNumberUpTo(v, 9, a.event.machine); }},
-    {"machine-name", kNotify, "a text",             [](Value v, Args a) { a.event.machine_name = FromUtf8(v); return true; }},
-    {"memo",         kNotify, "a text",             [](Value v, Args a) { a.event.memo = FromUtf8(v); return true; }},
-    {"sms",          kNotify, "yes or no",          [](Value v, Args a) { return ReadYesNo(v, a.event.by_sms); }},
-    {"mail",         kNotify, "yes or no",          [](Value v, Args a) { return ReadYesNo(v, a.event.by_mail); }},
+    {"--link",         "1..5",    {},      "which link: UDP port 7840 to 7844 (1)",                   "1 to 5",          [](Value v, Args a) { return ReadNumberUpTo(v, 5, a.monitor.link) && a.monitor.link > 0; }},
+    {"--address",      "ADDRESS", {},      "IPv4 address of the service (127.0.0.1)",                 "an IPv4 address", [](Value v, Args a) { a.monitor.address = v; return IsIpv4(v); }},
+    {"--encoding",     "NAME",    {},      "GBK or UTF-8, as the service is set (GBK)",               "GBK or UTF-8",    [](Value v, Args a) { a.encoding = v; return v == "GBK" || v == "UTF-8"; }},
+    {"--name",         "NAME",    {},      "what to call itself when greeting (tarnex-monitor)",      "a name",          [](Value v, Args a) { a.monitor.name = FromUtf8(v); return true; }},
+    {"--for",          "SECONDS", kListen, "end after that time",                                     "seconds",         [](Value v, Args a) { a.listen_time = ParseSeconds(v); return a.listen_time.has_value(); }},
+    {"--until",        "CODE",    kListen, "end as soon as a message begins with CODE",               "a code",          [](Value v, Args a) { a.until = FromUtf8(v); return !v.empty(); }},
+    {"--service",      "SERVICE", kNotify, "required; words and numbers below",                       "a service",       [](Value v, Args a) { return ReadWord(EventServices(), v, 99, a.event.service); }},
+    {"--state",        "STATE",   kNotify, "required",                                                "a state",         [](Value v, Args a) { return ReadWord(EventStates(), v, 9, a.event.state); }},
+    {"--action",       "ACTION",  kNotify, "what is done about it (none)",                            "an action",       [](Value v, Args a) { return ReadWord(EventActions(), v, 9, a.event.action); }},
+    {"--machine",      "0..9",    kNotify, "which machine (1)",                                       "0 to 9",          [](Value v, Args a) { return ReadNumberUpTo(v, 9, a.event.machine); }},
+    {"--machine-name", "TEXT",    kNotify, "its name (none)",                                         "a text",          [](Value v, Args a) { a.event.machine_name = FromUtf8(v); return true; }},
+    {"--memo",         "TEXT",    kNotify, "what else is to be said (nothing)",                       "a text",          [](Value v, Args a) { a.event.memo = FromUtf8(v); return true; }},
+    {"--sms",          "yes|no",  kNotify, "pass it on by SMS (yes)",                                 "yes or no",       [](Value v, Args a) { return ReadYesNo(v, a.event.by_sms); }},
+    {"--mail",         "yes|no",  kNotify, "pass it on by mail (yes)",                                "yes or no",       [](Value v, Args a) { return ReadYesNo(v, a.event.by_mail); }},
 };
 // clang-format on
 
 struct CommandName {
     std::string_view name;
     MonitorArguments::Command command;
-    int words; // that follow it
+    bool takes_text;
+    const char* options; // heading of its own options
 };
 
 constexpr CommandName kCommands[] = {
-    {"listen", kListen, 0},
-    {"notify", kNotify, 0},
-    {"raw", kRaw, 1},
+    {"listen", kListen, false, "Options of listen"},
+    {"notify", kNotify, false, "Options of notify"},
+    {"raw", kRaw, true, ""},
 };
 
-int UsageError(const std::string& trouble) {
-    std::fprintf(stderr, "tarnex-monitor: %s (try --help)\n", trouble.c_str());
-    return kExitUsage;
+void AddWords(std::string& footer, const char* title, std::span<const EventWord> words) {
+    footer += std::string("\n") + title + ", a word or its number:\n";
+    for (const EventWord& word : words) {
+        char line[80];
+        std::snprintf(line, sizeof line, "  %-16s %2d  ", std::string(word.word).c_str(),
+                      word.number);
+        footer += line + std::string(word.meaning) + "\n";
+    }
 }
 
-void PrintWords(const char* title, std::span<const EventWord> words) {
-    std::printf("\n%s, a word or its number:\n", title);
-    for (const EventWord& word : words)
-        std::printf("  %-16s %2d  %s\n", std::string(word.word).c_str(), word.number,
-                    std::string(word.meaning).c_str());
-}
-
-void PrintHelp() {
-    std::fputs(kUsage, stdout);
-    PrintWords("SERVICE", EventServices());
-    PrintWords("STATE", EventStates());
-    PrintWords("ACTION", EventActions());
-    std::fputs(kUsageEnd, stdout);
+std::string Footer() {
+    std::string footer =
+        "Commands:\n"
+        "  listen    greet the service, send heartbeats, show every message with its meaning. The\n"
+        "            service takes the link for lost up to 40 seconds after the end\n"
+        "  notify    report one event and end. The link has no answer to it\n"
+        "  raw TEXT  send any message and end\n";
+    AddWords(footer, "SERVICE", EventServices());
+    AddWords(footer, "STATE", EventStates());
+    AddWords(footer, "ACTION", EventActions());
+    return footer + "\nExit status: 0 done, 1 CODE was not seen in time, 64 wrong usage, 69 no "
+                    "service there.";
 }
 
 // "", or what is wrong with the words that are no options.
-std::string ReadCommand(std::span<char* const> words, MonitorArguments& arguments) {
-    if (words.empty())
+std::string ReadCommand(const std::string& name, const std::optional<std::string>& text,
+                        MonitorArguments& arguments) {
+    const auto found = std::ranges::find(kCommands, name, &CommandName::name);
+    if (name.empty())
         return "no command given";
-    const auto found = std::ranges::find(kCommands, std::string_view(words[0]), &CommandName::name);
     if (found == std::end(kCommands))
-        return "no command \"" + std::string(words[0]) + "\"";
-    if (int(words.size()) != 1 + found->words)
-        return std::string(found->name) + ": " +
-               (found->words == 0 ? "expected nothing behind it" : "expected one text");
+        return "no command \"" + name + "\"";
+    if (text.has_value() != found->takes_text)
+        return name + ": " +
+               (found->takes_text ? "expected one text" : "expected nothing behind it");
     arguments.command = found->command;
-    if (found->command == kRaw)
-        arguments.raw = FromUtf8(words[1]);
+    arguments.raw = FromUtf8(text.value_or(""));
+    return "";
+}
+
+// "", or which options and the command do not go together.
+std::string CheckOptions(const CLI::App& app, const std::string& command,
+                         const MonitorArguments& arguments) {
+    for (const ValueOption& row : kOptions)
+        if (row.only_of && *row.only_of != arguments.command && app.count(row.name) > 0)
+            return command + " takes no " + row.name;
+    if (arguments.command == kNotify && (arguments.event.service < 0 || arguments.event.state < 0))
+        return "notify needs --service and --state";
     return "";
 }
 
 } // namespace
 
-std::optional<int> ReadMonitorArguments(int argc, char** argv, MonitorArguments& arguments) {
-    std::vector<option> options;
-    for (const ValueOption& row : kOptions)
-        options.push_back({row.name, required_argument, nullptr, 'o'});
-    options.push_back({"help", no_argument, nullptr, 'h'});
-    options.push_back({"version", no_argument, nullptr, 'v'});
-    options.push_back({});
-
-    std::vector<const ValueOption*> given;
-    int index = 0;
-    for (int letter; (letter = getopt_long(argc, argv, "", options.data(), &index)) != -1;) {
-        switch (letter) {
-        case 'o':
-            given.push_back(&kOptions[index]);
-            if (!kOptions[index].read(optarg, arguments))
-                return UsageError("--" + std::string(kOptions[index].name) + ": expected " +
-                                  kOptions[index].expected + ", not \"" + optarg + "\"");
-            break;
-        case 'h':
-            PrintHelp();
-            return kExitDone;
-        case 'v':
-            std::puts("tarnex-monitor " TARNEX_VERSION);
-            return kExitDone;
-        default: // getopt_long has said what is wrong
-            return kExitUsage;
-        }
+std::optional<ExitStatus> ReadMonitorArguments(int argc, char** argv, MonitorArguments& arguments) {
+    CLI::App app("A monitoring program on a control link of TarnexComm.", "tarnex-monitor");
+    std::string command;
+    std::optional<std::string> text;
+    app.add_option("COMMAND", command, "listen, notify or raw; see below")->type_name("");
+    app.add_option("TEXT", text, "of raw: the message")->type_name("");
+    for (const ValueOption& row : kOptions) {
+        const auto read = [&](const std::string& value) {
+            return row.read(value, arguments)
+                       ? ""
+                       : std::string("expected ") + row.expected + ", not \"" + value + "\"";
+        };
+        CLI::Option* option = AddValue(app, row.name, row.type, row.meaning, read);
+        if (row.only_of)
+            option->group(
+                std::ranges::find(kCommands, *row.only_of, &CommandName::command)->options);
     }
-    const std::span<char* const> words(argv + optind, std::size_t(argc - optind));
-    if (const std::string trouble = ReadCommand(words, arguments); !trouble.empty())
-        return UsageError(trouble);
-    for (const ValueOption* row : given)
-        if (row->only_of && *row->only_of != arguments.command)
-            return UsageError(std::string(words[0]) + " takes no --" + row->name);
-    if (arguments.command == kNotify && (arguments.event.service < 0 || arguments.event.state < 0))
-        return UsageError("notify needs --service and --state");
-    return std::nullopt;
+    app.footer(Footer());
+    app.callback([&] {
+        std::string trouble = ReadCommand(command, text, arguments);
+        if (trouble.empty())
+            trouble = CheckOptions(app, command, arguments);
+        if (!trouble.empty())
+            throw CLI::ValidationError(trouble);
+    });
+    return ReadArguments(app, {argv + 1, argv + argc}, std::cout, std::cerr);
 }
 
 } // namespace tarnex

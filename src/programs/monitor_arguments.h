@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/exit_status.h"
 #include "simulator/simulated_monitor.h"
 
 #include <optional>
@@ -20,8 +21,7 @@ struct MonitorArguments {
     Text raw;                                       // raw
 };
 
-// Reads a command line. What is wrong with it is said on standard error, and help on standard
-// output; the exit status is returned then, and nothing when there is a command to carry out.
-std::optional<int> ReadMonitorArguments(int argc, char** argv, MonitorArguments& arguments);
+// The exit status, or nothing when there is a command to carry out.
+std::optional<ExitStatus> ReadMonitorArguments(int argc, char** argv, MonitorArguments& arguments);
 
 } // namespace tarnex

@@ -1,6 +1,7 @@
 // tarnex-mail-sink: a mail server that prints what it receives.
 
 #include "adapters/system/iconv_code_page.h"
+#include "operator/arguments.h"
 #include "programs/program_output.h"
 #include "programs/tcp_listener.h"
 #include "simulator/mail_sink.h"
@@ -8,29 +9,14 @@
 #include <algorithm>
 #include <charconv>
 #include <csignal>
+#include <iostream>
 #include <map>
 #include <optional>
 
-#include <getopt.h>
+#include <CLI/CLI.hpp>
 
 namespace tarnex {
 namespace {
-
-constexpr char kUsage[] =
-    "Usage: tarnex-mail-sink [OPTION]...\n"
-    "An SMTP server on 127.0.0.1 that prints every mail it receives, and keeps none.\n"
-    "\n"
-    "  --port N             listen on port N (2525); 0 is any free port\n"
-    "  --user NAME          demand AUTH LOGIN with this user name\n"
-    "  --password WORD      and this password (empty)\n"
-    "  --encoding NAME      the code page of the mails, GBK or UTF-8 (GBK)\n"
-    "  --refuse STEP        answer \"550 refused\" at one step of the dialogue: greeting, helo,\n"
-    "                       auth, user, password, mail, rcpt, data, content or quit;\n"
-    "                       may be given several times\n"
-    "  --help, --version\n"
-    "\n"
-    "The program ends on the signals TERM and INT.\n"
-    "Exit status: 0 done, 1 the port cannot be had, 64 wrong usage.\n";
 
 struct StepName {
     std::string_view name;
@@ -133,69 +119,43 @@ std::string Program::Decoded(std::string_view bytes) const {
     return shown + ToUtf8(EscapeControls(rest));
 }
 
-int UsageError(const std::string& trouble) {
-    std::fprintf(stderr, "tarnex-mail-sink: %s (try --help)\n", trouble.c_str());
-    return kExitUsage;
+std::string ReadPort(std::string_view text, std::uint16_t& port) {
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
+    const bool whole = error == std::errc() && end == text.data() + text.size();
+    return whole ? "" : "\"" + std::string(text) + "\" is no port";
 }
 
-std::optional<std::uint16_t> ParsePort(std::string_view text) {
-    std::uint16_t port = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
-    if (error != std::errc() || end != text.data() + text.size())
-        return std::nullopt;
-    return port;
+std::string ReadStep(const std::string& name, std::vector<MailStep>& steps) {
+    const auto step = std::ranges::find(kStepNames, name, &StepName::name);
+    if (step == std::end(kStepNames))
+        return "there is no step \"" + name + "\"";
+    steps.push_back(step->step);
+    return "";
 }
 
 // The exit status, or nothing when the server is to run.
-std::optional<int> ReadArguments(int argc, char** argv, Options& options) {
-    const option known[] = {{"port", required_argument, nullptr, 'p'},
-                            {"user", required_argument, nullptr, 'u'},
-                            {"password", required_argument, nullptr, 'w'},
-                            {"encoding", required_argument, nullptr, 'e'},
-                            {"refuse", required_argument, nullptr, 'r'},
-                            {"help", no_argument, nullptr, 'h'},
-                            {"version", no_argument, nullptr, 'v'},
-                            {}};
-    for (int letter; (letter = getopt_long(argc, argv, "", known, nullptr)) != -1;) {
-        switch (letter) {
-        case 'p': {
-            const auto port = ParsePort(optarg);
-            if (!port)
-                return UsageError("\"" + std::string(optarg) + "\" is no port");
-            options.port = *port;
-            break;
-        }
-        case 'u':
-            options.user = optarg;
-            break;
-        case 'w':
-            options.password = optarg;
-            break;
-        case 'e':
-            options.encoding = optarg;
-            if (!IconvCodePage::Supported(options.encoding))
-                return UsageError("the encoding is GBK or UTF-8");
-            break;
-        case 'r': {
-            const auto step = std::ranges::find(kStepNames, optarg, &StepName::name);
-            if (step == std::end(kStepNames))
-                return UsageError("there is no step \"" + std::string(optarg) + "\"");
-            options.refuse.push_back(step->step);
-            break;
-        }
-        case 'h':
-            std::fputs(kUsage, stdout);
-            return kExitDone;
-        case 'v':
-            std::puts("tarnex-mail-sink " TARNEX_VERSION);
-            return kExitDone;
-        default: // getopt_long has said what is wrong
-            return kExitUsage;
-        }
-    }
-    if (optind < argc)
-        return UsageError("unexpected argument \"" + std::string(argv[optind]) + "\"");
-    return std::nullopt;
+std::optional<ExitStatus> ReadOptions(int argc, char** argv, Options& options) {
+    using Value = const std::string&;
+    CLI::App app("An SMTP server on 127.0.0.1 that prints every mail it receives, and keeps none.",
+                 "tarnex-mail-sink");
+    app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+    AddValue(app, "--port", "N", "listen on port N (2525); 0 is any free port",
+             [&](Value text) { return ReadPort(text, options.port); });
+    app.add_option("--user", options.user, "demand AUTH LOGIN with this user name")
+        ->type_name("NAME");
+    app.add_option("--password", options.password, "and this password (empty)")->type_name("WORD");
+    AddValue(app, "--encoding", "NAME", "the code page of the mails, GBK or UTF-8 (GBK)",
+             [&](Value name) {
+                 options.encoding = name;
+                 return IconvCodePage::Supported(name) ? "" : "it is GBK or UTF-8";
+             });
+    AddValue(app, "--refuse", "STEP",
+             "answer \"550 refused\" at one step of the dialogue: greeting, helo, auth, user,\n"
+             "password, mail, rcpt, data, content or quit; may be given several times",
+             [&](Value name) { return ReadStep(name, options.refuse); });
+    app.footer("The program ends on the signals TERM and INT.\n"
+               "Exit status: 0 done, 1 the port cannot be had, 64 wrong usage.");
+    return ReadArguments(app, {argv + 1, argv + argc}, std::cout, std::cerr);
 }
 
 } // namespace
@@ -203,7 +163,7 @@ std::optional<int> ReadArguments(int argc, char** argv, Options& options) {
 
 int main(int argc, char** argv) {
     tarnex::Options options;
-    if (const auto status = tarnex::ReadArguments(argc, argv, options))
+    if (const auto status = tarnex::ReadOptions(argc, argv, options))
         return *status;
     return tarnex::Program(options).Run(options.port);
 }

@@ -2,6 +2,7 @@
 
 #include "adapters/asio/line_input.h"
 #include "adapters/system/iconv_code_page.h"
+#include "operator/arguments.h"
 #include "programs/program_output.h"
 #include "programs/pty_line.h"
 #include "programs/stable_link.h"
@@ -12,34 +13,16 @@
 
 #include <csignal>
 #include <fstream>
+#include <iostream>
 #include <optional>
 
-#include <getopt.h>
+#include <CLI/CLI.hpp>
 #include <unistd.h>
 
 namespace tarnex {
 namespace {
 
 constexpr int kLoaderBaud = 38400;
-
-constexpr char kUsage[] =
-    "Usage: tarnex-sim [OPTION]...\n"
-    "A simulated GSM alarm unit on a pseudo terminal.\n"
-    "\n"
-    "  --link PATH          make PATH a link to the terminal as long as the unit is plugged in\n"
-    "  --script FILE        run the commands of FILE: lines \"SECONDS COMMAND\", \"#\" comments\n"
-    "  --boot SECONDS       start up first, for so long; also the time of every restart\n"
-    "  --sms-seconds N      time from taking an SMS to reporting what became of it (4)\n"
-    "  --quiet              do not show the commands that the unit receives\n"
-    "  --help, --version\n"
-    "\n"
-    "Commands on standard input and in scripts:\n";
-
-constexpr char kUsageEnd[] =
-    "\n"
-    "The program ends on \"quit\", on the signals TERM and INT and at the end of input from a\n"
-    "terminal; the end of any other input leaves it running.\n"
-    "Exit status: 0 done, 1 the terminal or its link cannot be made, 64 wrong usage or script.\n";
 
 struct Options {
     std::optional<std::string> link;
@@ -187,75 +170,64 @@ void Program::ShowSms(const SentSms& sms) {
           "): " + ToUtf8(sms.text));
 }
 
-int UsageError(const std::string& trouble) {
-    std::fprintf(stderr, "tarnex-sim: %s (try --help)\n", trouble.c_str());
-    return kExitUsage;
-}
-
-void PrintHelp() {
-    std::fputs(kUsage, stdout);
-    for (const std::string& line : UnitCommands::Help())
-        std::printf("  %s\n", line.c_str());
-    std::fputs(kUsageEnd, stdout);
-}
-
 // "", or what is wrong with the script.
-std::string ReadScript(const char* path, std::vector<ScriptStep>& script) {
+std::string ReadScript(const std::string& path, std::vector<ScriptStep>& script) {
     std::ifstream file(path, std::ios::binary);
     std::string text;
     std::getline(file, text, '\0');
     if (!file.is_open() || file.bad())
-        return std::string(path) + " cannot be read";
+        return path + " cannot be read";
     auto parsed = ParseUnitScript(text);
     if (const auto* trouble = std::get_if<std::string>(&parsed))
-        return std::string(path) + ", " + *trouble;
+        return path + ", " + *trouble;
     script = std::get<std::vector<ScriptStep>>(std::move(parsed));
     return "";
 }
 
+std::string ReadTime(const std::string& text, Duration& time) {
+    const std::optional<Duration> seconds = ParseSeconds(text);
+    if (!seconds)
+        return "\"" + text + "\" is not a number of seconds";
+    time = *seconds;
+    return "";
+}
+
+std::string Footer() {
+    std::string footer = "Commands on standard input and in scripts:\n";
+    for (const std::string& line : UnitCommands::Help())
+        footer += "  " + line + "\n";
+    return footer +
+           "\n"
+           "The program ends on \"quit\", on the signals TERM and INT and at the end of input "
+           "from\n"
+           "a terminal; the end of any other input leaves it running.\n"
+           "Exit status: 0 done, 1 the terminal or its link cannot be made, 64 wrong usage or\n"
+           "script.";
+}
+
 // The exit status, or nothing when the unit is to run.
-std::optional<int> ReadArguments(int argc, char** argv, Options& options) {
-    const option known[] = {
-        {"link", required_argument, nullptr, 'l'}, {"script", required_argument, nullptr, 's'},
-        {"boot", required_argument, nullptr, 'b'}, {"sms-seconds", required_argument, nullptr, 'm'},
-        {"quiet", no_argument, nullptr, 'q'},      {"help", no_argument, nullptr, 'h'},
-        {"version", no_argument, nullptr, 'v'},    {}};
-    for (int letter; (letter = getopt_long(argc, argv, "", known, nullptr)) != -1;) {
-        switch (letter) {
-        case 'l':
-            if (!*optarg)
-                return UsageError("--link needs a path");
-            options.link = optarg;
-            break;
-        case 's':
-            if (const std::string trouble = ReadScript(optarg, options.script); !trouble.empty())
-                return UsageError(trouble);
-            break;
-        case 'b':
-        case 'm': {
-            const std::optional<Duration> seconds = ParseSeconds(optarg);
-            if (!seconds)
-                return UsageError("\"" + std::string(optarg) + "\" is not a number of seconds");
-            (letter == 'b' ? options.times.Boot : options.times.Sms) = *seconds;
-            options.boots_first = options.boots_first || letter == 'b';
-            break;
-        }
-        case 'q':
-            options.quiet = true;
-            break;
-        case 'h':
-            PrintHelp();
-            return kExitDone;
-        case 'v':
-            std::puts("tarnex-sim " TARNEX_VERSION);
-            return kExitDone;
-        default: // getopt_long has said what is wrong
-            return kExitUsage;
-        }
-    }
-    if (optind < argc)
-        return UsageError("unexpected argument \"" + std::string(argv[optind]) + "\"");
-    return std::nullopt;
+std::optional<ExitStatus> ReadOptions(int argc, char** argv, Options& options) {
+    using Value = const std::string&;
+    CLI::App app("A simulated GSM alarm unit on a pseudo terminal.", "tarnex-sim");
+    AddValue(app, "--link", "PATH",
+             "make PATH a link to the terminal as long as the unit is plugged in", [&](Value path) {
+                 options.link = path;
+                 return path.empty() ? "it needs a path" : "";
+             });
+    AddValue(app, "--script", "FILE",
+             "run the commands of FILE: lines \"SECONDS COMMAND\", \"#\" comments",
+             [&](Value path) { return ReadScript(path, options.script); });
+    AddValue(app, "--boot", "SECONDS",
+             "start up first, for so long; also the time of every restart", [&](Value text) {
+                 options.boots_first = true;
+                 return ReadTime(text, options.times.Boot);
+             });
+    AddValue(app, "--sms-seconds", "N",
+             "time from taking an SMS to reporting what became of it (4)",
+             [&](Value text) { return ReadTime(text, options.times.Sms); });
+    app.add_flag("--quiet", options.quiet, "do not show the commands that the unit receives");
+    app.footer(Footer());
+    return ReadArguments(app, {argv + 1, argv + argc}, std::cout, std::cerr);
 }
 
 } // namespace
@@ -263,7 +235,7 @@ std::optional<int> ReadArguments(int argc, char** argv, Options& options) {
 
 int main(int argc, char** argv) {
     tarnex::Options options;
-    if (const auto status = tarnex::ReadArguments(argc, argv, options))
+    if (const auto status = tarnex::ReadOptions(argc, argv, options))
         return *status;
     return tarnex::Program(std::move(options)).Run();
 }

@@ -1,31 +1,78 @@
-// One executable, three programs: the name under which it is started says which.
+// tarnexcomm: the service.
 
-#include "programs/programs.h"
+#include "adapters/asio/asio_datagram.h"
+#include "adapters/asio/asio_tcp_client.h"
+#include "adapters/linux/remote_view.h"
+#include "adapters/linux/systemd_controller.h"
+#include "adapters/sqlite/sqlite_log_table.h"
+#include "adapters/system/status_file.h"
+#include "programs/machine.h"
+#include "service/echo_line.h"
+#include "service/tarnex_comm.h"
 
-#include <csignal>
-#include <string_view>
+#include <cstdio>
 
+#include <unistd.h>
+
+namespace tarnex {
 namespace {
 
-struct Program {
-    std::string_view name;
-    int (*run)(int argc, char** argv);
-};
-constexpr Program kTools[] = {
-    {"tarnex-flasher", tarnex::RunFlasherProgram},
-    {"tarnex-console", tarnex::RunConsoleProgram},
-};
+std::string JoinArguments(int argc, char** argv) {
+    std::string joined;
+    for (int i = 1; i < argc; ++i)
+        joined += (i > 1 ? " " : "") + std::string(argv[i]);
+    return joined;
+}
+
+void Echo(const std::string& list, const Text& line) {
+    std::fputs(EchoLine(list, line).c_str(), stderr);
+}
+
+int Run(int argc, char** argv) {
+    Machine machine("tarnexcomm");
+    AsioLoop& loop = machine.loop;
+    AsioDatagramSockets sockets(loop, machine.settings.bind_address);
+    int exit_status = kExitDone;
+    AsioTcpClients tcp(loop);
+    SqliteLogTable log;
+    SystemdController controller(loop, loop);
+    StatusFile status(StatusFilePath());
+    const auto say = [&machine](const std::string& line) { machine.Say(line); };
+    const auto say_lost = [&say](const std::string& why) {
+        say(why + ", and the windows with it. Going on without");
+    };
+    RemoteView view({.clock = loop, .descriptors = loop, .notice = say, .lost = say_lost});
+    TarnexComm service({.clock = loop,
+                        .serial_ports = machine.ports,
+                        .sockets = sockets,
+                        .tcp = tcp,
+                        .log_table = log,
+                        .settings_store = machine.store,
+                        .files = machine.files,
+                        .code_page = machine.code_page,
+                        .controller = controller,
+                        .instance_lock = machine.lock,
+                        .view = &view,
+                        .notice = say,
+                        .echo = Echo,
+                        .take_start_settings = [&]() -> std::optional<StartSettings> {
+                            exit_status = machine.TakeSettings();
+                            if (exit_status != kExitDone)
+                                return std::nullopt;
+                            sockets.SetBindAddress(machine.settings.bind_address);
+                            return machine.settings;
+                        },
+                        .end_process = [&loop] { loop.Stop(); },
+                        .status = status.Possible() ? &status : nullptr,
+                        .process_id = getpid()});
+    service.Form_Load(JoinArguments(argc, argv));
+    loop.Run();
+    return exit_status;
+}
 
 } // namespace
+} // namespace tarnex
 
 int main(int argc, char** argv) {
-    // Messages that nobody reads and files that may not grow fail to be written; work goes on.
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
-    std::string_view name = argc > 0 ? argv[0] : "";
-    name.remove_prefix(name.rfind('/') + 1); // npos + 1 is 0
-    for (const Program& tool : kTools)
-        if (tool.name == name)
-            return tool.run(argc, argv);
-    return tarnex::RunServiceProgram(argc, argv);
+    return tarnex::Run(argc, argv);
 }

@@ -114,7 +114,7 @@ class FlasherTest(unittest.TestCase):
             (["--file", "x"], 64, "--port is missing"),  # and the unit was never found
             (["--port", "/dev/null", "--file", self.file(END)], 69, "/dev/null: it cannot be set up as a serial line"),
             (["--check-only"], 64, "--file names no file"),
-            (["x"], 64, 'unexpected argument "x"'),
+            (["x"], 64, '"x" is one word too many'),
             (["--version"], 0, "tarnex-flasher 1."),
             (["--help"], 0, "--check-only"),
         ):

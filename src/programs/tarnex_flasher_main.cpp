@@ -1,8 +1,7 @@
 // tarnex-flasher: loads new firmware into the unit.
 
-#include "platform/exit_status.h"
+#include "operator/arguments.h"
 #include "programs/machine.h"
-#include "programs/programs.h"
 #include "programs/tool_window.h"
 #include "tools/firmware_flasher.h"
 #include "tools/line_flasher.h"
@@ -10,33 +9,14 @@
 #include <charconv>
 #include <csignal>
 #include <cstdio>
+#include <iostream>
 
-#include <getopt.h>
+#include <CLI/CLI.hpp>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace tarnex {
 namespace {
-
-constexpr char kUsage[] =
-    "Usage: tarnex-flasher [[--port PORT] --file unit.hex]\n"
-    "       tarnex-flasher --check-only --file unit.hex\n"
-    "Loads new firmware into the unit. Without options it opens its window.\n"
-    "\n"
-    "  --port PORT    the port of the unit: COM1 to COM20, or the path of a device such as\n"
-    "                 /dev/ttyUSB0; without it, the port where the unit was last found\n"
-    "  --file FILE    the firmware, an Intel HEX file\n"
-    "  --check-only   read the file, say what is in it and what is odd about it, write nothing\n"
-    "  --help, --version\n"
-    "\n"
-    "No other program of TarnexComm may run meanwhile: systemctl stop tarnexcomm. An update that\n"
-    "broke off can be run again, also where the unit does not answer any more.\n"
-    "\n"
-    "Exit status: 0 done, 64 wrong usage, 65 the file cannot be sent, 66 it cannot be read, 69 no\n"
-    "such port, unit or display, 74 the line failed, 75 something else has the port or the unit "
-    "is\n"
-    "starting up, 76 the unit answered wrong or fell silent, 77 the port may not be opened\n"
-    "or the settings may not be read, 130 interrupted.\n";
 
 constexpr int kHighestPort = 20;
 constexpr int kUsualColumns = 80;
@@ -48,11 +28,6 @@ struct Options {
     bool check_only = false;
 };
 
-int UsageError(const std::string& trouble) {
-    std::fprintf(stderr, "tarnex-flasher: %s (try --help)\n", trouble.c_str());
-    return kExitUsage;
-}
-
 // "COM3", "com3" and "3" are 3; 0 for what is no port.
 int PortNumber(std::string_view text) {
     if (text.size() > 3 && EqualIgnoringCase(FromUtf8(text.substr(0, 3)), u"COM"))
@@ -63,53 +38,47 @@ int PortNumber(std::string_view text) {
     return whole && number >= 1 && number <= kHighestPort ? number : 0;
 }
 
-// False when the words name no port. One serial line is all that an update needs, so that a device
-// that is given by its path takes the place of a port.
-bool ReadPort(const std::string& words, Options& options) {
+// "", or what is wrong with the words. One serial line is all that an update needs, so that a
+// device that is given by its path takes the place of a port.
+std::string ReadPort(const std::string& words, Options& options) {
     if (words.find('/') != words.npos) {
         options.port = {.number = kHighestPort, .name = words};
         options.device = words;
-        return true;
+        return "";
     }
     const int number = PortNumber(words);
     options.port = {.number = number, .name = "COM" + std::to_string(number)};
-    return number != 0;
+    return number != 0 ? "" : "\"" + words + "\" is neither COM1 to COM20 nor the path of a device";
 }
 
 // The exit status, or nothing when there is something to do.
-std::optional<int> ReadArguments(int argc, char** argv, Options& options) {
-    const option known[] = {
-        {"port", required_argument, nullptr, 'p'}, {"file", required_argument, nullptr, 'f'},
-        {"check-only", no_argument, nullptr, 'c'}, {"help", no_argument, nullptr, 'h'},
-        {"version", no_argument, nullptr, 'v'},    {}};
-    for (int letter; (letter = getopt_long(argc, argv, "", known, nullptr)) != -1;) {
-        switch (letter) {
-        case 'p':
-            if (!ReadPort(optarg, options))
-                return UsageError("\"" + std::string(optarg) +
-                                  "\" is neither COM1 to COM20 nor the path of a device");
-            break;
-        case 'f':
-            options.file = optarg;
-            break;
-        case 'c':
-            options.check_only = true;
-            break;
-        case 'h':
-            std::fputs(kUsage, stdout);
-            return kExitDone;
-        case 'v':
-            std::puts("tarnex-flasher " TARNEX_VERSION);
-            return kExitDone;
-        default: // getopt_long has said what is wrong
-            return kExitUsage;
-        }
-    }
-    if (optind < argc)
-        return UsageError("unexpected argument \"" + std::string(argv[optind]) + "\"");
-    if (options.file.empty() && (options.check_only || options.port))
-        return UsageError("--file names no file");
-    return std::nullopt;
+std::optional<ExitStatus> ReadOptions(int argc, char** argv, Options& options) {
+    CLI::App app("Loads new firmware into the unit. Without options it opens its window.\n"
+                 "\n"
+                 "  tarnex-flasher [[--port PORT] --file unit.hex]\n"
+                 "  tarnex-flasher --check-only --file unit.hex",
+                 "tarnex-flasher");
+    app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+    AddValue(app, "--port", "PORT",
+             "the port of the unit: COM1 to COM20, or the path of a device such as\n"
+             "/dev/ttyUSB0; without it, the port where the unit was last found",
+             [&](const std::string& words) { return ReadPort(words, options); });
+    app.add_option("--file", options.file, "the firmware, an Intel HEX file")->type_name("FILE");
+    app.add_flag("--check-only", options.check_only,
+                 "read the file, say what is in it and what is odd about it, write nothing");
+    app.footer(
+        "No other program of TarnexComm may run meanwhile: systemctl stop tarnexcomm. An update\n"
+        "that broke off can be run again, also where the unit does not answer any more.\n"
+        "\n"
+        "Exit status: 0 done, 64 wrong usage, 65 the file cannot be sent, 66 it cannot be read,\n"
+        "69 no such port, unit or display, 74 the line failed, 75 something else has the port or\n"
+        "the unit is starting up, 76 the unit answered wrong or fell silent, 77 the port may not\n"
+        "be opened or the settings may not be read, 130 interrupted.");
+    app.callback([&] {
+        if (options.file.empty() && (options.check_only || options.port))
+            throw CLI::ValidationError("--file names no file");
+    });
+    return ReadArguments(app, {argv + 1, argv + argc}, std::cout, std::cerr);
 }
 
 // Standard output and standard error. On a terminal the last line may be a bar, which makes way
@@ -206,10 +175,12 @@ class LineProgram {
 };
 
 } // namespace
+} // namespace tarnex
 
-int RunFlasherProgram(int argc, char** argv) {
+int main(int argc, char** argv) {
+    using namespace tarnex;
     Options options;
-    if (const std::optional<int> status = ReadArguments(argc, argv, options))
+    if (const auto status = ReadOptions(argc, argv, options))
         return *status;
     if (options.check_only)
         return LineProgram().Check(options.file);
@@ -221,5 +192,3 @@ int RunFlasherProgram(int argc, char** argv) {
                                                                       FromUtf8(TARNEX_VERSION));
                          });
 }
-
-} // namespace tarnex

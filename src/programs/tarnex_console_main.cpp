@@ -1,0 +1,24 @@
+// tarnex-console: the debug console for service staff.
+
+#include "operator/arguments.h"
+#include "programs/tool_window.h"
+#include "tools/ocx_debug.h"
+
+#include <iostream>
+
+#include <CLI/CLI.hpp>
+
+int main(int argc, char** argv) {
+    using namespace tarnex;
+    CLI::App app("The window for service staff: a button for each command of the unit, a list of\n"
+                 "received SMS. It needs a display.",
+                 "tarnex-console");
+    app.footer(
+        "Exit status: 0 done, 64 wrong usage, 66, 74 and 77 the settings file cannot be read\n"
+        "(no ordinary file or over 1 MiB, a failure, no rights), 69 no display.");
+    if (const auto status = ReadArguments(app, {argv + 1, argv + argc}, std::cout, std::cerr))
+        return *status;
+    return RunToolWindow("tarnex-console", "", [](const ToolWorld& world, ScreenView&) {
+        return std::make_unique<OCXDebug>(world);
+    });
+}
