@@ -11,26 +11,19 @@
 #include "simulator/simulated_stores.h"
 #include "simulator/simulated_unit.h"
 
+#include <map>
+
 #include <gtest/gtest.h>
 
 namespace tarnex {
 
-// The controls of the main window that modules write to.
-struct DebugWindow {
-    Form form{"TarnexComm", u""};
-    ListBox List1{form, "List1"};
-    ListBox List2{form, "List2"};
-    ListBox mList1{form, "mList1"};
-    ListBox mList2{form, "mList2"};
-    ListBox mList3{form, "mList3"};
-    ListBox mList4{form, "mList4"};
-    ListBox mList5{form, "mList5"};
-    CheckBox mChkSMSSendEnable{form, "mChkSMSSendEnable", u"", true};
-    TextBox mText2{form, "mText2"};
-    TextBox mText3{form, "mText3"};
-    TextBox mText5{form, "mText5"};
-    DebugLists::Boxes boxes{List1, List2, mList1, mList2, mList3, mList4, mList5};
-    DebugLists lists{boxes};
+// What modules tell the main window.
+struct DebugWindow : DebugDisplay {
+    void AddLine(List list, const Text& line) override { lines[list].push_back(line); }
+    void ShowTotal(Total total, unsigned long count) override { totals[total] = count; }
+    std::map<List, std::vector<Text>> lines;
+    std::map<Total, unsigned long> totals;
+    DebugLists lists{this};
 };
 
 // The columns of a log row in one line, "-" where nothing was written; the first is the table's

@@ -1,60 +1,81 @@
 #pragma once
 
 #include "platform/text.h"
-#include "ui/form.h"
 
-#include <functional>
+#include <array>
 
 namespace tarnex {
 
-// The seven list boxes of the main window that echo what each part of the service is doing. Every
-// procedure adds one line, and does nothing while debug mode is off.
+// The lists in which operators follow what each part of the service is doing.
+enum class List {
+    kDevice,  // the device link's own lines
+    kTraffic, // what passes the line to the unit
+    kEvents,  // events, and the search for the unit
+    kReceivedSMS,
+    kDeviceEvents, // what the unit reports
+    kSMSLog,       // what happens to each SMS
+    kControlLink,  // what passes the links
+};
+inline constexpr std::size_t kLists = 7;
+
+// What is counted while debug mode is on.
+enum class Total { kUnitLosses, kTicks, kSMSSent, kSMSFailed, kSMSLost };
+inline constexpr std::size_t kTotals = 5;
+
+// Shows what DebugLists is told; a window of the service or of a tool.
+class DebugDisplay {
+  public:
+    virtual ~DebugDisplay() = default;
+    virtual void AddLine(List list, const Text& line) = 0;
+    virtual void ShowTotal(Total, unsigned long) {}
+    virtual void ShowUnit(const Text&) {}
+    virtual void ShowSignal(int) {}
+};
+
+// Tells the operator what each part of the service is doing: every procedure adds one line, and
+// does nothing while debug mode is off.
 class DebugLists {
   public:
-    struct Boxes {
-        ListBox& List1;  // device link, debug
-        ListBox& List2;  // device link, traffic
-        ListBox& mList1; // events
-        ListBox& mList2; // received SMS
-        ListBox& mList3; // device events
-        ListBox& mList4; // SMS log
-        ListBox& mList5; // control link
-    };
-    using Echo = std::function<void(const std::string& list, const Text& line)>;
-
-    // Boxes that nobody sees keep that many lines, since nobody will ever clear them.
-    static constexpr std::size_t kLinesUnseen = 1000;
-
-    // The boxes must outlive the lists. echo, when given, is told every line that stands on no
-    // screen; seen says whether the boxes do, and without it none does.
-    explicit DebugLists(const Boxes& boxes, Echo echo = nullptr,
-                        std::function<bool()> seen = nullptr)
-        : boxes_(boxes), echo_(std::move(echo)), seen_(std::move(seen)) {}
+    // The display must outlive the lists; nullptr: nobody is told.
+    explicit DebugLists(DebugDisplay* display) : display_(display) {}
 
     bool DebugOn = false;
 
-    void List1Additem(const Text& text) { Add(boxes_.List1, text); }
-    void List2Additem(const Text& text) { Add(boxes_.List2, text); }
-    void mList1Additem(const Text& text) { Add(boxes_.mList1, text); }
-    void mList2Additem(const Text& text) { Add(boxes_.mList2, text); }
-    void mList3Additem(const Text& text) { Add(boxes_.mList3, text); }
-    void mList4Additem(const Text& text) { Add(boxes_.mList4, text); }
-    void mList5Additem(const Text& text) { Add(boxes_.mList5, text); }
+    void List1Additem(const Text& text) { Add(List::kDevice, text); }
+    void List2Additem(const Text& text) { Add(List::kTraffic, text); }
+    void mList1Additem(const Text& text) { Add(List::kEvents, text); }
+    void mList2Additem(const Text& text) { Add(List::kReceivedSMS, text); }
+    void mList3Additem(const Text& text) { Add(List::kDeviceEvents, text); }
+    void mList4Additem(const Text& text) { Add(List::kSMSLog, text); }
+    void mList5Additem(const Text& text) { Add(List::kControlLink, text); }
 
-  private:
-    void Add(ListBox& box, const Text& text) {
+    // Counts one more, in debug mode.
+    void Count(Total total) {
         if (!DebugOn)
             return;
-        const bool seen = seen_ && seen_();
-        box.KeepAtMost(seen ? ListBox::kEveryLine : kLinesUnseen);
-        box.Add(text);
-        if (!seen && echo_)
-            echo_(box.Name(), text);
+        const unsigned long count = ++totals_[std::size_t(total)];
+        if (display_)
+            display_->ShowTotal(total, count);
     }
 
-    Boxes boxes_;
-    Echo echo_;
-    std::function<bool()> seen_;
+    // The unit's state in words, and its last valid signal reading; in debug mode or not.
+    void ShowUnit(const Text& state) {
+        if (display_)
+            display_->ShowUnit(state);
+    }
+    void ShowSignal(int reading) {
+        if (display_)
+            display_->ShowSignal(reading);
+    }
+
+  private:
+    void Add(List list, const Text& text) {
+        if (DebugOn && display_)
+            display_->AddLine(list, text);
+    }
+
+    DebugDisplay* display_;
+    std::array<unsigned long, kTotals> totals_{};
 };
 
 } // namespace tarnex

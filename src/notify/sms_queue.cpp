@@ -49,7 +49,7 @@ void SMSQueue::mCmdSend_Click() {
 
 Task<> SMSQueue::mSMSSendTimer_Timer() {
     UnitState& unit = parts_.unit;
-    if (!unit.UnitConnected || !parts_.controls.mChkSMSSendEnable.Checked())
+    if (!unit.UnitConnected || !parts_.may_send())
         co_return;
     const UnitGuard guard(unit);
     if (!guard.Taken())
@@ -116,8 +116,7 @@ void SMSQueue::mSMSSendChkTimer_Timer() {
 
 void SMSQueue::Sent() {
     ++totals_.Sent;
-    if (parts_.lists.DebugOn)
-        CountUp(parts_.controls.mText5);
+    parts_.lists.Count(Total::kSMSSent);
     Log(u"发送成功");
     CountSendError(true);
     mSMSSendTimer.Enable();
@@ -127,8 +126,7 @@ void SMSQueue::NotSent(const Text& answer) {
     const bool failed = answer == u"SendFail";
     ++(failed ? totals_.Failed : totals_.Lost);
     Log(u"错误原因　　:" + answer);
-    if (parts_.lists.DebugOn)
-        CountUp(failed ? parts_.controls.mText3 : parts_.controls.mText2);
+    parts_.lists.Count(failed ? Total::kSMSFailed : Total::kSMSLost);
     CountSendError(false);
     mSMSSendTimer.Enable();
 }

@@ -40,18 +40,12 @@ class SMSSender {
 // the text.
 class SMSQueue {
   public:
-    struct Controls {
-        CheckBox& mChkSMSSendEnable; // unchecked: entries wait
-        TextBox& mText2;             // lost, counted in debug mode
-        TextBox& mText3;             // failed, counted in debug mode
-        TextBox& mText5;             // sent, counted in debug mode
-    };
     struct Parts {
         Clock& clock;
         UnitState& unit;
         SMSSender& sender;
         DebugLists& lists;
-        Controls controls;
+        std::function<bool()> may_send; // false: entries wait
         // Starts the whole service over with the unit; calls Reset().
         std::function<void()> reset_unit_state;
     };

@@ -7,7 +7,6 @@
 #include "adapters/sqlite/sqlite_log_table.h"
 #include "adapters/system/status_file.h"
 #include "programs/machine.h"
-#include "service/echo_line.h"
 #include "service/tarnex_comm.h"
 
 #include <cstdio>

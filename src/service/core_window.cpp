@@ -38,7 +38,7 @@ CoreWindow::CoreWindow(Parts parts) : Form("TarnexCore", u"TarnexCore"), parts_(
         buttons_[i] = std::make_unique<Button>(*this, test.name, Text(test.caption));
         buttons_[i]->OnClick([this, &test] { Press(test); });
     }
-    Results.KeepAtMost(DebugLists::kLinesUnseen); // no button clears it
+    Results.KeepAtMost(ListBox::kLinesUnseen); // no button clears it
     OnClose([this] { SetVisible(false); });
     parts_.core.firmware.SetDisplay(
         {.List1Additem = [this](const Text& line) { Results.Add(line); }, .show_address = [] {}});

@@ -2,6 +2,7 @@
 
 #include "device/tarnex_core.h"
 #include "notify/unit_state.h"
+#include "ui/form.h"
 
 #include <array>
 #include <memory>

@@ -1,16 +1,27 @@
 #pragma once
 
+#include "logging/debug_lists.h"
 #include "ui/form.h"
 
 namespace tarnex {
 
+// A list line for standard error: "List2: Send:~TX:RDNO1\r\n" and a line end, in UTF-8. Control
+// characters are shown as escapes, so that one list line stays one line of the journal.
+std::string EchoLine(const std::string& list, TextView line);
+
 // The main window, shown in debug mode only: what each part of the service is doing.
-class MainWindow : public Form {
+class MainWindow : public Form, public DebugDisplay {
   public:
-    MainWindow() : Form("TarnexComm", u"TarnexComm") {
-        for (TextBox* count : {&mText1, &mText2, &mText3, &mText4, &mText5})
-            count->SetValue(u"0");
-    }
+    using Echo = std::function<void(const std::string& list, const Text& line)>;
+
+    // echo, when given, is told every line that stands on no screen; seen says whether the window
+    // does, and without it it does not.
+    explicit MainWindow(Echo echo = nullptr, std::function<bool()> seen = nullptr);
+
+    void AddLine(List list, const Text& line) override;
+    void ShowTotal(Total total, unsigned long count) override;
+    void ShowUnit(const Text& state) override { mLblTarnexStatus.SetCaption(state); }
+    void ShowSignal(int reading) override { mTxtTarnexCSQ.SetValue(ToText(reading)); }
 
     Label mLblTarnexStatus{*this, "mLblTarnexStatus"}; // the unit's state in words
     TextBox mTxtStatus{*this, "mTxtStatus"};           // "True" while the unit is ready
@@ -41,6 +52,10 @@ class MainWindow : public Form {
     Button mCmdCore{*this, "mCmdCore", u"TarnexCore"}; // shows the device link's own window
     Button mCmdLinkCheck{*this, "mCmdLinkCheck", u"Link"};
     Button mCMDExit{*this, "mCMDExit", u"Exit"};
+
+  private:
+    Echo echo_;
+    std::function<bool()> seen_;
 };
 
 } // namespace tarnex

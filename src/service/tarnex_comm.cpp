@@ -29,11 +29,9 @@ void ToggleWidth(ListBox& list, WidthPair widths) {
 } // namespace
 
 TarnexComm::TarnexComm(World world)
-    : world_(std::move(world)), notices_(world_.notice),
-      lists_({window_.List1, window_.List2, window_.mList1, window_.mList2, window_.mList3,
-              window_.mList4, window_.mList5},
-             world_.echo, [this] { return WindowShown(); }),
-      ini_(world_.settings_store, world_.code_page), log_(world_.clock, world_.log_table, notices_),
+    : world_(std::move(world)), window_(world_.echo, [this] { return WindowShown(); }),
+      notices_(world_.notice), lists_(&window_), ini_(world_.settings_store, world_.code_page),
+      log_(world_.clock, world_.log_table, notices_),
       core_({.clock = world_.clock,
              .ports = world_.serial_ports,
              .code_page = world_.code_page,
@@ -42,13 +40,12 @@ TarnexComm::TarnexComm(World world)
              .notices = notices_,
              .hardware_lost = [this] { connection_.SetToResearch(); }}),
       mail_(world_.clock, world_.tcp, ini_, world_.code_page, notices_), sms_sender_(core_.sms), //
-      queue_(
-          {.clock = world_.clock,
-           .unit = unit_,
-           .sender = sms_sender_,
-           .lists = lists_,
-           .controls = {window_.mChkSMSSendEnable, window_.mText2, window_.mText3, window_.mText5},
-           .reset_unit_state = [this] { ResetUnitState(); }}),
+      queue_({.clock = world_.clock,
+              .unit = unit_,
+              .sender = sms_sender_,
+              .lists = lists_,
+              .may_send = [this] { return window_.mChkSMSSendEnable.Checked(); },
+              .reset_unit_state = [this] { ResetUnitState(); }}),
       codec_(world_.clock, ini_, lists_), //
       dispatcher_({.clock = world_.clock,
                    .settings = settings_,
@@ -75,9 +72,6 @@ TarnexComm::TarnexComm(World world)
               .link = link_,
               .codec = codec_,
               .queue = queue_,
-              .mLblTarnexStatus = window_.mLblTarnexStatus,
-              .mText4 = window_.mText4,
-              .mTxtTarnexCSQ = window_.mTxtTarnexCSQ,
               .set_to_research = [this] { connection_.SetToResearch(); }}),
       connection_({.clock = world_.clock,
                    .core = core_,
@@ -87,8 +81,6 @@ TarnexComm::TarnexComm(World world)
                    .lists = lists_,
                    .link = link_,
                    .mCheckTimer = cycle_.mCheckTimer,
-                   .mLblTarnexStatus = window_.mLblTarnexStatus,
-                   .mText1 = window_.mText1,
                    .reset_unit_state = [this] { ResetUnitState(); }}),
       core_window_({.core = core_,
                     .files = world_.files,

@@ -32,7 +32,7 @@ class TarnexComm {
         InstanceLock& instance_lock;
         View* view;                   // nullptr: no windows
         OperatorNotices::Sink notice; // for what an operator must act on
-        DebugLists::Echo echo;        // for list lines on no screen; may be empty
+        MainWindow::Echo echo;        // for list lines on no screen; may be empty
         // Called before the settings are first used, by an instance that may use them: what it
         // goes on with until its end. Nothing: they cannot be read, and the process must end.
         std::function<std::optional<StartSettings>()> take_start_settings;

@@ -40,7 +40,7 @@ Task<> ConnectionSupervision::Greet(const UnitGuard& guard) {
         co_return;
     }
     if (reply == u"INIT") {
-        parts_.mLblTarnexStatus.SetCaption(u"硬件状态:启动中");
+        parts_.lists.ShowUnit(u"硬件状态:启动中");
         parts_.link.SendToMonitors(u"txBooting");
         parts_.mCheckTimer.Disable();
     } else {
@@ -77,11 +77,10 @@ void ConnectionSupervision::SetToResearch() {
     parts_.mCheckTimer.Disable();
     parts_.unit.UnitReady = false;
     parts_.unit.UnitOnline = false;
-    parts_.mLblTarnexStatus.SetCaption(u"硬件状态:丢失");
+    parts_.lists.ShowUnit(u"硬件状态:丢失");
     parts_.link.SendToMonitors(u"txNexLost");
     parts_.lists.mList1Additem(u"Tarnex硬件丢失,重新开始寻找!");
-    if (parts_.lists.DebugOn)
-        CountUp(parts_.mText1);
+    parts_.lists.Count(Total::kUnitLosses);
     parts_.unit.UnitConnected = false;
     parts_.reset_unit_state();
     mAutoConnect.Enable();

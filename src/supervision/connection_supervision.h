@@ -26,8 +26,6 @@ class ConnectionSupervision {
         DebugLists& lists;
         ControlLink& link;
         Timer& mCheckTimer;
-        Label& mLblTarnexStatus;
-        TextBox& mText1;                        // losses, counted in debug mode
         std::function<void()> reset_unit_state; // ResetUnitState of the service
     };
     // The parts must outlive the supervision.

@@ -122,8 +122,7 @@ Task<> SupervisionCycle::RunSteps(const UnitGuard& guard) {
         co_return;
     if (parts_.unit.UnitInitFlags == kAllStepsDone)
         DeclareReady();
-    if (parts_.lists.DebugOn)
-        CountUp(parts_.mText4);
+    parts_.lists.Count(Total::kTicks);
     co_await ReadSignal(guard);
 }
 
@@ -219,7 +218,7 @@ void SupervisionCycle::DeclareReady() {
     parts_.queue.mSMSSendTimer.Enable();
     parts_.lists.mList1Additem(u"Tarnex就绪");
     parts_.unit.UnitReady = true;
-    parts_.mLblTarnexStatus.SetCaption(u"硬件状态:就绪");
+    parts_.lists.ShowUnit(u"硬件状态:就绪");
     parts_.link.SendToMonitors(u"tx--Ready");
     parts_.unit.UnitOnline = true;
     parts_.unit.UnitInitFlags += u'*'; // so that this step runs once
@@ -232,7 +231,7 @@ Task<> SupervisionCycle::ReadSignal(const UnitGuard& guard) {
     JudgeReading(LeadingInt16(reading).value_or(0));
     if (parts_.unit.UnitSignalValue != -1) {
         parts_.unit.UnitSignalLevel = SignalLevel(parts_.unit.UnitSignalValue);
-        parts_.mTxtTarnexCSQ.SetValue(ToText(parts_.unit.UnitSignalValue));
+        parts_.lists.ShowSignal(parts_.unit.UnitSignalValue);
         co_return;
     }
     parts_.unit.UnitSignalLevel = u"1";

@@ -25,9 +25,6 @@ class SupervisionCycle {
         ControlLink& link;
         SMSMsgCodec& codec;
         SMSQueue& queue;
-        Label& mLblTarnexStatus;
-        TextBox& mText4;        // ticks, counted in debug mode
-        TextBox& mTxtTarnexCSQ; // last valid signal reading
         std::function<void()> set_to_research;
     };
     // The parts must outlive the cycle.

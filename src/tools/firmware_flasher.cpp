@@ -21,7 +21,7 @@ FirmwareFlasher::FirmwareFlasher(const ToolWorld& world, FileDialog& dialog, Tex
     : ToolForm("FirmwareFlasher", u"(c)Firmware Flasher", world),
       GetAddrTimer(world.clock, "GetAddrTimer", kAddressPeriod, [this] { Follow(); }),
       CommonDialog_(dialog), version_(std::move(version)),
-      link_(world, nowhere_, nowhere_, [this] { HardwareLost(); }) {
+      link_(world, [this] { HardwareLost(); }) {
     timers_.Add(GetAddrTimer);
     Command1.OnClick([this] { Command1_Click(); });
     Command41.OnClick([this] { Start(Upgrade()); });

@@ -64,8 +64,6 @@ class FirmwareFlasher : public ToolForm {
     Duration write_began_{};
     bool choosing_ = false;
     bool failed_ = false; // one can only leave, or do what stands beside the three steps
-    Form hidden_{"hidden", u""};
-    ListBox nowhere_{hidden_, "nowhere"};
     ToolLink link_;
 };
 

@@ -56,7 +56,7 @@ int StatusOf(const FlashProgress& progress) {
 
 LineFlasher::LineFlasher(const ToolWorld& world, FlasherOutput output)
     : world_(world), output_(std::move(output)),
-      link_(world, nowhere_, nowhere_, [this] { link_.core.discovery.ConnectClose(); }),
+      link_(world, [this] { link_.core.discovery.ConnectClose(); }),
       progress_timer_(world.clock, "progress", kProgressPeriod, [this] { ShowProgress(); }) {
     link_.core.firmware.SetDisplay(
         {.List1Additem = [this](const Text&) { ShowProgress(); }, .show_address = [] {}});

@@ -52,8 +52,6 @@ class LineFlasher {
 
     const ToolWorld world_;
     const FlasherOutput output_;
-    Form hidden_{"hidden", u""};
-    ListBox nowhere_{hidden_, "nowhere"};
     ToolLink link_;
     Timer progress_timer_;
     UpdatePort port_;

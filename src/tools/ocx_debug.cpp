@@ -54,7 +54,10 @@ OCXDebug::OCXDebug(const ToolWorld& world)
                            !address.empty()) // "Erase" stands there until then
                            Text6.SetValue(address);
                    }),
-      link_(world, DebugList, TrafficList, [this] { HardwareLost(); }) {
+      link_(
+          world, [this] { HardwareLost(); }, this) {
+    for (ListBox* list : {&DebugList, &TrafficList})
+        list->KeepAtMost(ListBox::kLinesUnseen); // no button clears them
     timers_.Add(GetSMSTimer);
     timers_.Add(GetAddrTimer);
     for (int number = 1; number <= kButtons; ++number) {
@@ -88,6 +91,10 @@ void OCXDebug::Form_Load() {
                    u"5x0000");
     GetSMSTimer.Enable();
     SetVisible(true);
+}
+
+void OCXDebug::AddLine(List list, const Text& line) {
+    (list == List::kTraffic ? TrafficList : DebugList).Add(line);
 }
 
 void OCXDebug::DisableButtons() {

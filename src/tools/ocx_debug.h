@@ -7,7 +7,7 @@
 namespace tarnex {
 
 // The engineer's test window for the device link: a button for each of its procedures.
-class OCXDebug : public ToolForm {
+class OCXDebug : public ToolForm, private DebugDisplay {
   public:
     static constexpr int kButtons = 45;
 
@@ -45,6 +45,7 @@ class OCXDebug : public ToolForm {
     };
     static const std::array<ConsoleCommand, kButtons> kCommands; // Command1 first
 
+    void AddLine(List list, const Text& line) override;
     void Log(const Text& text) { List1.Add(text); }
     void DisableButtons();
     void EnableButtons();

@@ -2,10 +2,8 @@
 
 namespace tarnex {
 
-ToolLink::ToolLink(const ToolWorld& world, ListBox& debug, ListBox& traffic,
-                   std::function<void()> lost)
-    : ini(world.settings_store, world.code_page), notices(world.notice),
-      lists({debug, traffic, debug, debug, debug, debug, debug}),
+ToolLink::ToolLink(const ToolWorld& world, std::function<void()> lost, DebugDisplay* display)
+    : ini(world.settings_store, world.code_page), notices(world.notice), lists(display),
       core({.clock = world.clock,
             .ports = world.serial_ports,
             .code_page = world.code_page,

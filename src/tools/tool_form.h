@@ -20,9 +20,9 @@ struct ToolWorld {
 
 // The device link of a service tool, with what it needs around it.
 struct ToolLink {
-    // debug, traffic: where the link's own lines go while lists.DebugOn is set. lost: the hardware
-    // behind the open port went away, outside a search and an update.
-    ToolLink(const ToolWorld& world, ListBox& debug, ListBox& traffic, std::function<void()> lost);
+    // lost: the hardware behind the open port went away, outside a search and an update. display:
+    // where the link's own lines go while lists.DebugOn is set; nullptr: nowhere.
+    ToolLink(const ToolWorld& world, std::function<void()> lost, DebugDisplay* display = nullptr);
 
     MyIniFile ini;
     OperatorNotices notices;

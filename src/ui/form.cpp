@@ -1,7 +1,6 @@
 #include "ui/form.h"
 
 #include <algorithm>
-#include <cmath>
 #include <iterator>
 
 namespace tarnex {
@@ -74,13 +73,6 @@ void TextBox::SetValue(Text value) {
 void TextBox::Leave() {
     if (on_leave_)
         on_leave_();
-}
-
-void CountUp(TextBox& box) {
-    // An operator may have typed anything; beyond this bound a count means nothing anyway.
-    constexpr double kHighest = 1e15;
-    box.SetValue(
-        ToText(std::llround(std::clamp(LeadingNumber(box.Value()), -kHighest, kHighest)) + 1));
 }
 
 CheckBox::CheckBox(Form& form, std::string name, Text caption, bool checked)

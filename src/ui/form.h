@@ -92,9 +92,6 @@ class TextBox : public Control {
     std::function<void()> on_leave_;
 };
 
-// Adds one to the number with which the box's text begins.
-void CountUp(TextBox& box);
-
 class CheckBox : public Control {
   public:
     CheckBox(Form& form, std::string name, Text caption, bool checked);
@@ -119,6 +116,8 @@ class ListBox : public Control {
     void Add(Text line);
     void Clear();
     static constexpr std::size_t kEveryLine = std::numeric_limits<std::size_t>::max();
+    // For a list that nobody sees, or that no button clears.
+    static constexpr std::size_t kLinesUnseen = 1000;
     // Drops old lines when one is added from now on: at most that many stay, at least half of
     // them. A list keeps every line at first.
     void KeepAtMost(std::size_t lines) { most_ = lines; }

@@ -50,7 +50,7 @@ inline LayoutNode Field(std::string box, Text title, int ems, Look look = Look::
             .look = look};
 }
 
-inline LayoutNode List(std::string box, int ems, int lines) {
+inline LayoutNode ListOf(std::string box, int ems, int lines) {
     return {
         .kind = Kind::kListBox, .control = std::move(box), .weight = 1, .ems = ems, .lines = lines};
 }
@@ -69,7 +69,7 @@ inline LayoutNode ListSection(Text title, std::string list, int lines, int weigh
     Nodes head{Heading(std::move(title))};
     head.insert(head.end(), beside.begin(), beside.end());
     head.push_back(Space());
-    LayoutNode section = Column({Row(std::move(head)), List(std::move(list), 14, lines)}, weight);
+    LayoutNode section = Column({Row(std::move(head)), ListOf(std::move(list), 14, lines)}, weight);
     section.gap = 3;
     return section;
 }

@@ -20,7 +20,7 @@ TEST_F(CommandTest, WaitsTenMillisecondsAndTakesTheAnswerTwentyAfterItBegan) {
     clock.RunFor(1s);
     EXPECT_EQ(command.result, u"13800138000");
     EXPECT_EQ(SinceStart(command.ended), 35ms);
-    EXPECT_EQ(form.List2.Lines(),
+    EXPECT_EQ(window.lines[List::kTraffic],
               (std::vector<Text>{u"Send:~TX:RDNO1\r\n", u"Get :TX:NO1(13800138000)\r\n"}));
 }
 
@@ -111,7 +111,7 @@ TEST_F(CommandTest, LostHardwareFailsTheCommandAtOnce) {
     EXPECT_EQ(refused.result, kFailed);
     EXPECT_EQ(counted, 2);
     EXPECT_EQ(losses, 2);
-    EXPECT_EQ(form.List1.Lines().back(), u"sendtocom8021错误导致硬件丢失");
+    EXPECT_EQ(window.lines[List::kDevice].back(), u"sendtocom8021错误导致硬件丢失");
 }
 
 TEST_F(CommandTest, SwitchingTheTraceShowsItsLines) {
@@ -123,7 +123,7 @@ TEST_F(CommandTest, SwitchingTheTraceShowsItsLines) {
     Running<Text> command(clock, core.commands.RDAT());
     clock.RunFor(1s);
     EXPECT_EQ(
-        form.List1.Lines(),
+        window.lines[List::kDevice],
         (std::vector<Text>{u"********************", u"发送:~TX:RDAT\r\n", u"", u"读入:TX:AT(3)\r\n",
                            u"缓冲区:TX:AT(3)\r\n", u"0d0a位置:9", u"剩余字符串:",
                            u"---------------输出字符串:TX:AT(3)", u"GetComStr=TX:AT(3)"}));

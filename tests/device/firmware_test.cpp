@@ -63,7 +63,7 @@ TEST_F(FirmwareTest, GoesThroughItsStepsFrameByFrame) {
     EXPECT_EQ(told,
               (std::vector<Text>{u"打开HEX文件", u"用升级模式打开Com7", u"开始握手",
                                  u"握手成功，开始擦除。", u"擦除成功，开始写入。", u"(address)"}));
-    EXPECT_EQ(form.List1.Lines(), (std::vector<Text>{u"Flash写入正常!"}));
+    EXPECT_EQ(window.lines[List::kDevice], (std::vector<Text>{u"Flash写入正常!"}));
     EXPECT_EQ(unit.Loader().Program().substr(0xFF, 6), "\xFF\x01\x02\x03\x04\xFF");
     EXPECT_EQ(core.firmware.HEXWriteAddr(), u"0102");
     EXPECT_EQ(Progress().step, FlashStep::kDone);
@@ -135,7 +135,7 @@ TEST_F(FirmwareTest, AFaultAtAnyStepEndsInFailureAndTheNextUpdateSucceeds) {
         EXPECT_EQ(Progress().step, row.step);
         EXPECT_EQ(Progress().fault, row.fault);
         EXPECT_EQ(Progress().answer.size(), row.answered);
-        EXPECT_EQ(form.List1.Lines().back(), u"Flash写入错误!");
+        EXPECT_EQ(window.lines[List::kDevice].back(), u"Flash写入错误!");
         EXPECT_EQ(told.back() == u"擦除失败。", row.step == FlashStep::kErase);
         if (row.step == FlashStep::kWrite) {
             EXPECT_EQ(core.firmware.HEXWriteAddr(), u"0102");

@@ -49,8 +49,8 @@ TEST_F(ReaderTest, ALineInPiecesAndAHalvedCharacterAreJoined) {
     clock.RunFor(1s);
     EXPECT_EQ(command.result, u"中");
     EXPECT_EQ(SinceStart(command.ended), 170ms);
-    EXPECT_EQ(form.List2.Lines()[1], u"Get :TX:AT(");
-    EXPECT_EQ(form.List2.Lines()[2], u"Get :中)\r\n");
+    EXPECT_EQ(window.lines[List::kTraffic][1], u"Get :TX:AT(");
+    EXPECT_EQ(window.lines[List::kTraffic][2], u"Get :中)\r\n");
 }
 
 TEST_F(ReaderTest, ACommandDiscardsHalfACharacterThatWaitsAndKeepsTheLineBeforeIt) {

@@ -97,34 +97,5 @@ TEST_F(LogWriterTest, TopicsDoNotHideEachOther) {
     EXPECT_EQ(said, (std::vector<std::string>{"A", "A", "B", "fine", "B"}));
 }
 
-TEST_F(LogWriterTest, EachDebugLineGoesToItsOwnListWhileDebugModeIsOn) {
-    std::string echoed;
-    bool seen = false;
-    DebugLists echoing(
-        window.boxes,
-        [&](const std::string& list, const Text& line) {
-            echoed += list + ":" + ToUtf8(line) + " ";
-        },
-        [&] { return seen; });
-    const auto add_all = [&] {
-        echoing.List1Additem(u"a");
-        echoing.List2Additem(u"b");
-        echoing.mList1Additem(u"c");
-        echoing.mList2Additem(u"d");
-        echoing.mList3Additem(u"e");
-        echoing.mList4Additem(u"f");
-        echoing.mList5Additem(u"g");
-    };
-    add_all();
-    EXPECT_TRUE(window.mList1.Lines().empty());
-    echoing.DebugOn = true;
-    add_all();
-    seen = true;
-    echoing.mList3Additem(u"h");
-    EXPECT_EQ(echoed, "List1:a List2:b mList1:c mList2:d mList3:e mList4:f mList5:g ");
-    EXPECT_EQ(window.mList3.Lines(), (std::vector<Text>{u"e", u"h"}));
-    EXPECT_EQ(window.mList3.Selected(), 1);
-}
-
 } // namespace
 } // namespace tarnex

@@ -156,11 +156,11 @@ TEST_F(ControlLinkTest, ARequestIsDispatched) {
     Start();
     Greet(first);
     QueuedSMS();
-    window.mList1.Clear();
+    window.lines[List::kEvents].clear();
     first.Send(u"txSendSMS1302010{[b^k^]}");
     clock.RunFor(0ms);
     EXPECT_EQ(QueuedSMS(), (Texts{u"1设备1的web服务正常。"}));
-    const auto& lines = window.mList1.Lines();
+    const auto& lines = window.lines[List::kEvents];
     ASSERT_GT(lines.size(), 3u);
     EXPECT_EQ(Texts(lines.begin(), lines.begin() + 4),
               (Texts{u"", u"服务发出:txSendSMS1302010{[b^k^]}", u"", u"解码:1302010{[b^k^]}"}));
@@ -179,17 +179,17 @@ TEST_F(ControlLinkTest, StrangeDatagramsAreHarmless) {
     clock.RunFor(0ms);
     EXPECT_FALSE(link.LinkCheck());
     EXPECT_EQ(table.Rows.size(), 0u);
-    EXPECT_EQ(window.mList5.Lines(), Texts{}); // debug mode is off
+    EXPECT_EQ(window.lines[List::kControlLink], Texts{}); // debug mode is off
 
     window.lists.DebugOn = true;
     socket->Send({"127.0.0.1", 7840}, Huge("txHelloNx"));
     clock.RunFor(0ms);
     link.SendToMonitors(u"tx-NoCard");
     clock.RunTo(10s);
-    ASSERT_EQ(window.mList5.Lines().size(), 3u);
-    EXPECT_EQ(window.mList5.Lines()[0].size(), 6u + 65507);
-    EXPECT_EQ(window.mList5.Lines()[1], u"Send0:tx-NoCard");
-    EXPECT_EQ(window.mList5.Lines()[2], u"HeartSend: 0:tx-States1010000");
+    ASSERT_EQ(window.lines[List::kControlLink].size(), 3u);
+    EXPECT_EQ(window.lines[List::kControlLink][0].size(), 6u + 65507);
+    EXPECT_EQ(window.lines[List::kControlLink][1], u"Send0:tx-NoCard");
+    EXPECT_EQ(window.lines[List::kControlLink][2], u"HeartSend: 0:tx-States1010000");
 }
 
 TEST_F(ControlLinkTest, TakenPortsAreReportedOnceAndOpenedWhenTheyAreFree) {

@@ -34,7 +34,7 @@ TEST_F(DispatcherTest, AnEventGoesToEveryPlaceThatWantsIt) {
                         u"Log:" + text,
                         u"SMS1:" + text,
                         u"SMS2:" + text};
-    EXPECT_EQ(window.mList1.Lines(), lines);
+    EXPECT_EQ(window.lines[List::kEvents], lines);
 }
 
 TEST_F(DispatcherTest, WhatIsHeldBackIsLoggedAndCounted) {

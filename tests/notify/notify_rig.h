@@ -37,13 +37,12 @@ struct NotifyRig : World {
     AbsentUnit absent_unit;
     CollectedMail mail;
     SMSMsgCodec codec{clock, ini, window.lists};
-    SMSQueue queue{
-        {.clock = clock,
-         .unit = unit,
-         .sender = absent_unit,
-         .lists = window.lists,
-         .controls = {window.mChkSMSSendEnable, window.mText2, window.mText3, window.mText5},
-         .reset_unit_state = [] {}}};
+    SMSQueue queue{{.clock = clock,
+                    .unit = unit,
+                    .sender = absent_unit,
+                    .lists = window.lists,
+                    .may_send = [] { return true; },
+                    .reset_unit_state = [] {}}};
     Dispatcher dispatcher{{.clock = clock,
                            .settings = settings,
                            .codec = codec,

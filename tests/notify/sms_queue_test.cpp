@@ -42,16 +42,17 @@ struct SMSQueueTest : World, testing::Test {
     UnitState state;
     FakeUnit unit{clock};
     int resets = 0;
-    SMSQueue queue{
-        {.clock = clock,
-         .unit = state,
-         .sender = unit,
-         .lists = window.lists,
-         .controls = {window.mChkSMSSendEnable, window.mText2, window.mText3, window.mText5},
-         .reset_unit_state = [this] {
-             ++resets;
-             queue.Reset();
-         }}};
+    bool may_send = true;
+    SMSQueue queue{{.clock = clock,
+                    .unit = state,
+                    .sender = unit,
+                    .lists = window.lists,
+                    .may_send = [this] { return may_send; },
+                    .reset_unit_state =
+                        [this] {
+                            ++resets;
+                            queue.Reset();
+                        }}};
 };
 
 TEST_F(SMSQueueTest, SendsOneAfterTheOtherAtExactInstants) {
@@ -71,8 +72,8 @@ TEST_F(SMSQueueTest, SendsOneAfterTheOtherAtExactInstants) {
     EXPECT_EQ(unit.asked, (Texts{u"3000 send 1甲", u"6500 check", u"9500 check", u"12500 check",
                                  u"20500 send 2乙", u"24000 check"}));
     EXPECT_EQ(queue.HeldEntry(), u"");
-    EXPECT_EQ(window.mText5.Value(), u"2");
-    EXPECT_EQ(window.mList4.Lines(),
+    EXPECT_EQ(window.totals[Total::kSMSSent], 2u);
+    EXPECT_EQ(window.lines[List::kSMSLog],
               (Texts{u"发送到 Tarnex,等待返回", u"Tarnex 在发送中", u"Tarnex 在发送中", u"发送成功",
                      u"发送到 Tarnex,等待返回", u"发送成功"}));
 }
@@ -87,7 +88,7 @@ TEST_F(SMSQueueTest, ARefusedEntryIsTriedFourTimes) {
     clock.RunTo(27s);
     EXPECT_EQ(queue.Totals().GivenUp, 1u);
     EXPECT_EQ(queue.Totals().Refused, 4u);
-    const auto& log = window.mList4.Lines();
+    const auto& log = window.lines[List::kSMSLog];
     EXPECT_EQ(Texts(log.end() - 4, log.end()),
               (Texts{u"发送到 Tarnex失败", u"系统返回:Failed", u"发送错误次数:4",
                      u"已达到最大发送错误次数，算了吧"}));
@@ -103,7 +104,7 @@ TEST_F(SMSQueueTest, AReportedFailureCountsAndSuccessForgetsIt) {
     clock.RunTo(10s);
     unit.check_answer = u"SendLost";
     clock.RunTo(20s); // second attempt at 14 s
-    EXPECT_EQ(window.mList4.Lines()[1], u"错误原因\u3000\u3000:SendFail");
+    EXPECT_EQ(window.lines[List::kSMSLog][1], u"错误原因\u3000\u3000:SendFail");
     EXPECT_EQ(queue.Attempt(), 3);
     EXPECT_EQ(queue.LastResult(), u"SendLost");
     unit.check_answer = u"SendOK";
@@ -114,15 +115,15 @@ TEST_F(SMSQueueTest, AReportedFailureCountsAndSuccessForgetsIt) {
     clock.RunTo(72s);
     EXPECT_EQ(queue.Totals().GivenUp, 1u);
     EXPECT_EQ(queue.Totals().Failed, 5u);
-    EXPECT_EQ(window.mText3.Value(), u"5");
-    EXPECT_EQ(window.mText2.Value(), u"1");
+    EXPECT_EQ(window.totals[Total::kSMSFailed], 5u);
+    EXPECT_EQ(window.totals[Total::kSMSLost], 1u);
 }
 
 TEST_F(SMSQueueTest, WaitsForTheUnitAndForTheOperator) {
     queue.QueueSMS(u"1x");
-    window.mChkSMSSendEnable.SetChecked(false);
+    may_send = false;
     clock.RunTo(10s);
-    window.mChkSMSSendEnable.SetChecked(true);
+    may_send = true;
     std::optional<UnitGuard> other(state);
     clock.RunTo(18s);
     EXPECT_TRUE(state.UnitBusy());

@@ -256,7 +256,7 @@ TEST_F(Service, ListLinesAreEchoedOnlyWhileNoScreenShowsThem) {
     EXPECT_FALSE(echoed.empty());
     EXPECT_GT(service->Window().List2.Lines().size(), lines);
     clock.RunFor(3h);
-    EXPECT_LE(service->Window().List2.Lines().size(), DebugLists::kLinesUnseen);
+    EXPECT_LE(service->Window().List2.Lines().size(), ListBox::kLinesUnseen);
     service.reset();
 }
 

@@ -24,7 +24,8 @@ struct TwoLists : Form {
     TwoLists() : Form("lists", u"") {}
     ListBox left{*this, "left"};
     ListBox right{*this, "right"};
-    LayoutNode root = Row({Column({Heading(u"左"), List("left", 10, 3)}, 1), List("right", 10, 3)});
+    LayoutNode root =
+        Row({Column({Heading(u"左"), ListOf("left", 10, 3)}, 1), ListOf("right", 10, 3)});
 };
 
 TEST(Layout, AWidthOfTheModelIsKeptAsFarAsTheOthersLeaveRoom) {
