@@ -1,12 +1,7 @@
 #pragma once
 
 #include "device/tarnex_core.h"
-#include "simulator/simulated_serial.h"
 #include "tests/world.h"
-
-#include <map>
-
-#include <gtest/gtest.h>
 
 namespace tarnex {
 
@@ -60,25 +55,29 @@ class Running {
     Task<> task_;
 };
 
-class DeviceTest : public testing::Test, protected World {
-  protected:
+struct DeviceTest : WorldTest {
     // The device's port is open and answers the greeting.
     void Open(int number = 7) {
         ports.Plug(number, device);
         device.Replies["~TX:Hello,tarnex\r\n"] = "TX:Hello,sever\r\n";
-        Running<int> connect(clock, core.discovery.Connect(Discovery::Ports::kAll));
-        clock.RunFor(10s);
-        ASSERT_EQ(connect.result, number);
+        ASSERT_EQ(Connect(), number);
         device.Heard.clear();
         start = clock.Now();
     }
+    // What a procedure gives within a time.
+    template <class T>
+    std::optional<T> Within(Duration limit, Task<T> task) {
+        Running<T> running(clock, std::move(task));
+        clock.RunFor(limit);
+        ended = running.ended;
+        return running.result;
+    }
+    std::optional<int> Connect(Discovery::Ports which = Discovery::Ports::kAll) {
+        return Within(2min, core.discovery.Connect(which));
+    }
     Duration SinceStart(Duration instant) const { return instant - start; }
 
-    SimulatedSerialPorts ports{clock};
     ScriptedDevice device{clock};
-    const IconvCodePage& gbk = code_page;
-    DebugWindow& form = window;
-    DebugLists& lists = window.lists;
     int losses = 0;
     TarnexCore core{{.clock = clock,
                      .ports = ports,
@@ -91,6 +90,7 @@ class DeviceTest : public testing::Test, protected World {
                          core.discovery.ConnectClose();
                      }}};
     Duration start{};
+    Duration ended{}; // the last procedure that was waited for
 };
 
 } // namespace tarnex

@@ -19,28 +19,26 @@ std::string Line(std::size_t count, std::size_t data_bytes) {
 }
 
 TEST(IntelHex, TellsEveryKindOfLineApart) {
-    const auto trouble = [](std::string_view line) {
-        const HexItem item = ParseHexLine(line);
-        const auto* found = std::get_if<HexTrouble>(&item);
-        return found ? std::optional(*found) : std::nullopt;
-    };
     using enum HexTrouble;
-    EXPECT_EQ(trouble(""), kTooShort);
-    EXPECT_EQ(trouble("\r"), kTooShort);
-    EXPECT_EQ(trouble(":"), kTooShort);
-    EXPECT_EQ(trouble(":000000010"), kTooShort);
-    EXPECT_EQ(trouble(" :00000001FF"), kNoColon);
-    EXPECT_EQ(trouble("00000001FF"), kNoColon);
-    EXPECT_EQ(trouble(":00000001FF "), kNotHex);
-    EXPECT_EQ(trouble(":00000001FF\r\r"), kNotHex);
-    EXPECT_EQ(trouble(":0100000055AG"), kNotHex);
-    EXPECT_EQ(trouble(":010000005AA"), kOddLength);
-    EXPECT_EQ(trouble(":0200000055A9"), kTruncated);
-    EXPECT_EQ(trouble(":010000005555A9"), kSurplus);
-    EXPECT_EQ(trouble(Line(115, 115)), std::nullopt);
-    EXPECT_EQ(trouble(Line(116, 116)), kTooMuchData);
-    EXPECT_EQ(trouble(Line(1, 500)), kTooMuchData);
-
+    const std::pair<std::string, HexTrouble> rows[] = {
+        {"", kTooShort},
+        {"\r", kTooShort},
+        {":", kTooShort},
+        {":000000010", kTooShort},
+        {" :00000001FF", kNoColon},
+        {"00000001FF", kNoColon},
+        {":00000001FF ", kNotHex},
+        {":00000001FF\r\r", kNotHex},
+        {":0100000055AG", kNotHex},
+        {":010000005AA", kOddLength},
+        {":0200000055A9", kTruncated},
+        {":010000005555A9", kSurplus},
+        {Line(116, 116), kTooMuchData},
+        {Line(1, 500), kTooMuchData},
+    };
+    for (const auto& [line, trouble] : rows)
+        EXPECT_EQ(std::get<HexTrouble>(ParseHexLine(line)), trouble) << line;
+    EXPECT_TRUE(std::holds_alternative<HexRecord>(ParseHexLine(Line(115, 115))));
     EXPECT_TRUE(std::holds_alternative<HexEnd>(ParseHexLine(":00000001FF")));
     EXPECT_TRUE(std::holds_alternative<HexEnd>(ParseHexLine(":00000001FF\r")));
     EXPECT_EQ(std::get<HexRecord>(ParseHexLine(":00000001ff")).type, 1);

@@ -28,29 +28,28 @@ TEST(AnswerRules, HexText) {
     EXPECT_EQ(HexDecode(u"0041xxxx0042"), u"AB"); // a bad group adds nothing
 }
 
-struct LineRow {
-    TextView line;
-    UnitEvent event;
-    TextView word;
-};
-
 TEST(UnitEvents, FirstMatchDecides) {
-    const LineRow rows[] = {
-        {u"TX:TXCSQ(23,0)", UnitEvent::kSignal, u""},
-        {u"noise TX:SENDOK", UnitEvent::kSendOK, u""},
-        {u"TX:SENDFAIL", UnitEvent::kSendFail, u""},
-        {u"TX:NOSimCard", UnitEvent::kState, u"NoCard"},
-        {u"TX:InitSysOk", UnitEvent::kState, u"SYSOk"},
-        {u"TX:InitGsmOk", UnitEvent::kState, u"GSMOk"},
-        {u"TX:Alarm(AC)", UnitEvent::kState, u"ACLost"},
-        {u"TX:Alarm(CON)", UnitEvent::kState, u"CONLost"},
-        {u"TX:Alarm(ACOK)", UnitEvent::kState, u"ACOk"},
-        {u"TX:SMRCV(x)", UnitEvent::kReceivedSMS, u""},
-        {u" TX:SMRCV(x)", UnitEvent::kNone, u""},
-        {u"TX:OK", UnitEvent::kNone, u""},
-        {u"", UnitEvent::kNone, u""},
+    using enum UnitEvent;
+    struct Row {
+        TextView line;
+        UnitEvent event;
+        TextView word;
     };
-    for (const LineRow& row : rows) {
+    for (const Row& row : {
+             Row{u"TX:TXCSQ(23,0)", kSignal, u""},
+             {u"noise TX:SENDOK", kSendOK, u""},
+             {u"TX:SENDFAIL", kSendFail, u""},
+             {u"TX:NOSimCard", kState, u"NoCard"},
+             {u"TX:InitSysOk", kState, u"SYSOk"},
+             {u"TX:InitGsmOk", kState, u"GSMOk"},
+             {u"TX:Alarm(AC)", kState, u"ACLost"},
+             {u"TX:Alarm(CON)", kState, u"CONLost"},
+             {u"TX:Alarm(ACOK)", kState, u"ACOk"},
+             {u"TX:SMRCV(x)", kReceivedSMS, u""},
+             {u" TX:SMRCV(x)", kNone, u""},
+             {u"TX:OK", kNone, u""},
+             {u"", kNone, u""},
+         }) {
         EXPECT_EQ(ClassifyLine(row.line).event, row.event) << ToUtf8(row.line);
         EXPECT_EQ(ClassifyLine(row.line).state_word, row.word) << ToUtf8(row.line);
     }
@@ -59,11 +58,9 @@ TEST(UnitEvents, FirstMatchDecides) {
 TEST(UnitEvents, SignalQuality) {
     EXPECT_EQ(SignalQuality(u"TX:TXCSQ(23,0)"), 23);
     EXPECT_EQ(SignalQuality(u"TX:TXCSQ( 7.6,0)"), 8);
-    EXPECT_EQ(SignalQuality(u"TX:TXCSQ(,55)"), std::nullopt);
-    EXPECT_EQ(SignalQuality(u"TX:TXCSQ(5,)"), std::nullopt); // two characters are too few
-    EXPECT_EQ(SignalQuality(u"TX:TXCSQ(2345)"), std::nullopt);
-    EXPECT_EQ(SignalQuality(u"TX:TXCSQ(99999,0)"), std::nullopt);
-    EXPECT_EQ(SignalQuality(u"xTX:TXCSQ(23,0)"), std::nullopt);
+    for (const TextView line : {u"TX:TXCSQ(,55)", u"TX:TXCSQ(5,)" /* two characters are too few */,
+                                u"TX:TXCSQ(2345)", u"TX:TXCSQ(99999,0)", u"xTX:TXCSQ(23,0)"})
+        EXPECT_EQ(SignalQuality(line), std::nullopt) << ToUtf8(line);
 }
 
 TEST(SMSRecord, IsCutByItsSeparators) {

@@ -4,8 +4,7 @@
 namespace tarnex {
 namespace {
 
-class ReaderTest : public DeviceTest {
-  protected:
+struct ReaderTest : DeviceTest {
     std::vector<Text> Words() {
         std::vector<Text> words;
         for (Text word = core.GetComFifo(); word != kNoData; word = core.GetComFifo())
@@ -17,38 +16,29 @@ class ReaderTest : public DeviceTest {
 TEST_F(ReaderTest, LinesThatCameTogetherAreTakenOneEach200Milliseconds) {
     Open();
     device.SendAfter(0ms, "TX:Alarm(AC)\r\nTX:Alarm(CON)\r\nTX:Alarm(ACOK)\r\n");
-    clock.RunFor(19ms);
-    EXPECT_EQ(Words(), std::vector<Text>{});
-    clock.RunFor(1ms);
-    EXPECT_EQ(Words(), std::vector<Text>{u"ACLost"});
-    clock.RunFor(199ms);
-    EXPECT_EQ(Words(), std::vector<Text>{});
-    clock.RunFor(1ms);
-    EXPECT_EQ(Words(), std::vector<Text>{u"CONLost"});
-    clock.RunFor(200ms);
-    EXPECT_EQ(Words(), std::vector<Text>{u"ACOk"});
-}
-
-TEST_F(ReaderTest, WhatComesDuringABacklogIsNotLost) {
-    Open();
-    device.SendAfter(0ms, "TX:Alarm(AC)\r\nTX:Alarm(CON)\r\n");
-    device.SendAfter(100ms, "TX:Alarm(ACOK)\r\n"); // the threshold holds it back until 220 ms
-    clock.RunFor(220ms);
-    EXPECT_EQ(Words(), (std::vector<Text>{u"ACLost", u"CONLost"}));
-    clock.RunFor(20ms);
-    EXPECT_EQ(Words(), std::vector<Text>{u"ACOk"});
+    device.SendAfter(1s, "TX:Alarm(AC)\r\nTX:Alarm(CON)\r\n");
+    device.SendAfter(1100ms, "TX:Alarm(ACOK)\r\n"); // held back until the next word is taken
+    for (const auto& [word, at] : {std::pair{u"ACLost", 20ms},
+                                   {u"CONLost", 220ms},
+                                   {u"ACOk", 420ms},
+                                   {u"ACLost", 1020ms},
+                                   {u"CONLost", 1220ms},
+                                   {u"ACOk", 1240ms}}) {
+        clock.RunTo(start + at - 1ms);
+        EXPECT_EQ(Words(), std::vector<Text>{}) << at.count();
+        clock.RunFor(1ms);
+        EXPECT_EQ(Words(), std::vector<Text>{word});
+    }
 }
 
 TEST_F(ReaderTest, ALineInPiecesAndAHalvedCharacterAreJoined) {
     Open();
     lists.DebugOn = true;
-    const std::string line = gbk.Encode(u"TX:AT(中)\r\n");
-    Running<Text> command(clock, core.commands.RDAT());
+    const std::string line = code_page.Encode(u"TX:AT(中)\r\n");
     device.SendAfter(100ms, line.substr(0, 7)); // cuts the character in two
     device.SendAfter(150ms, line.substr(7));
-    clock.RunFor(1s);
-    EXPECT_EQ(command.result, u"中");
-    EXPECT_EQ(SinceStart(command.ended), 170ms);
+    EXPECT_EQ(Within(1s, core.commands.RDAT()), u"中");
+    EXPECT_EQ(SinceStart(ended), 170ms);
     EXPECT_EQ(window.lines[List::kTraffic][1], u"Get :TX:AT(");
     EXPECT_EQ(window.lines[List::kTraffic][2], u"Get :中)\r\n");
 }
@@ -56,10 +46,8 @@ TEST_F(ReaderTest, ALineInPiecesAndAHalvedCharacterAreJoined) {
 TEST_F(ReaderTest, ACommandDiscardsHalfACharacterThatWaitsAndKeepsTheLineBeforeIt) {
     Open();
     device.Replies["~TX:ChkVer\r\n"] = "TX:Ver 1.0.0\r\n";
-    Running<Text> command(clock, core.commands.ChkVer());
     device.SendAfter(5ms, "TX:Alarm(AC)\r\n\xC4");
-    clock.RunFor(1s);
-    EXPECT_EQ(command.result, u"Ver 1.0.0");
+    EXPECT_EQ(Within(1s, core.commands.ChkVer()), u"Ver 1.0.0");
     EXPECT_EQ(Words(), std::vector<Text>{u"ACLost"});
 }
 
