@@ -5,51 +5,73 @@
 
 namespace tarnex {
 
-// A unit that nobody asks for anything.
-struct AbsentUnit : SMSSender {
-    Task<Text> SendSMS(Text, int) override { co_return Text(u"Failed"); }
-    Text SMSSendChk() override { return u"Free"; }
-    void SetSMSLostTime(int) override {}
+using Texts = std::vector<Text>;
+
+// A modem that answers as it is told to, and notes what it is asked at which millisecond.
+struct FakeModem : SMSSender {
+    explicit FakeModem(Clock& clock) : clock(clock) {}
+
+    Task<Text> SendSMS(Text text, int target) override {
+        Note(u"send " + ToText(target) + text);
+        co_await Sleep(clock, send_time);
+        co_return send_answer;
+    }
+    Text SMSSendChk() override {
+        Note(u"check");
+        return check_answer;
+    }
+    void SetSMSLostTime(int seconds) override { EXPECT_EQ(seconds, 35); }
+    void Note(const Text& what) { asked.push_back(ToText(clock.Now().count()) + u" " + what); }
+
+    Clock& clock;
+    Duration send_time = 0ms;
+    Text send_answer = u"OK";
+    Text check_answer = u"SendOK";
+    Texts asked;
 };
 
-struct CollectedMail : EmailFifo {
-    void dSetEmailFifo(const Text& text) override { texts.push_back(text); }
-    std::vector<Text> texts;
-};
-
-// A dispatcher with everything that it sends to.
-struct NotifyRig : World {
-    NotifyRig() { log.Open(u"log.db"); }
+// A dispatcher with everything that it sends to; the SMS stay in their queue until the unit is
+// connected.
+struct NotifyRig : WorldTest, EmailFifo {
+    NotifyRig() {
+        log.Open(u"log.db");
+        settings.SendCount = 1;
+        settings.SwitchCheck42 = true;
+    }
+    void dSetEmailFifo(const Text& text) override { mails.push_back(text); }
 
     // Takes everything out of the SMS queue.
-    std::vector<Text> QueuedSMS() {
-        std::vector<Text> entries;
+    Texts QueuedSMS() {
+        Texts entries;
         for (Text entry; (entry = queue.mGetSMSFifo()) != kNoSMS;)
             entries.push_back(entry);
         return entries;
     }
 
-    SimulatedLogTable table;
-    std::vector<std::string>& notice_lines = said;
     Settings settings;
-    UnitState unit;
-    LogWriter log{clock, table, notices};
-    AbsentUnit absent_unit;
-    CollectedMail mail;
-    SMSMsgCodec codec{clock, ini, window.lists};
+    UnitState state;
+    FakeModem modem{clock};
+    Texts mails;
+    int resets = 0;
+    bool may_send = true;
+    SMSMsgCodec codec{clock, ini, lists};
     SMSQueue queue{{.clock = clock,
-                    .unit = unit,
-                    .sender = absent_unit,
-                    .lists = window.lists,
-                    .may_send = [] { return true; },
-                    .reset_unit_state = [] {}}};
+                    .unit = state,
+                    .sender = modem,
+                    .lists = lists,
+                    .may_send = [this] { return may_send; },
+                    .reset_unit_state =
+                        [this] {
+                            ++resets;
+                            queue.Reset();
+                        }}};
     Dispatcher dispatcher{{.clock = clock,
                            .settings = settings,
                            .codec = codec,
                            .queue = queue,
-                           .mail = mail,
+                           .mail = *this,
                            .log = log,
-                           .lists = window.lists}};
+                           .lists = lists}};
 };
 
 } // namespace tarnex

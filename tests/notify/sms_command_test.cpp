@@ -9,34 +9,27 @@ constexpr CalendarTime kNow{.year = 2024, .month = 5, .day = 6, .hour = 8, .minu
 constexpr TextView kFirst = u"13800000001";
 constexpr TextView kSecond = u"13900000002";
 
-struct CommandRow {
-    TextView text;
-    TextView answer;
-};
-
-// clang-format off
-constexpr CommandRow kCommandRows[] = {
-    {u"请执行1301",   u"13011系统在06日08:03收到命令：1301--1号设备web服务重启/开启"},
-    {u"9902",         u"99021系统在06日08:03收到命令：9902--9号设备整机关闭"},
-    {u"0011x1302",    u"00111系统在06日08:03收到命令：0011--0号设备上次发生Tarnex软件异常退出或异常关机行为重启/开启"},
-    {u"130 13021",    u"13021系统在06日08:03收到命令：1302--1号设备web服务关闭"},
-    {u"13013",        u"13011系统在06日08:03收到命令：1301--1号设备web服务重启/开启"},
-    {u" 130 ",        u"ECmd1系统在06日08:03收到错误命令： 130 "},
-    {u"",             u"ECmd1系统在06日08:03收到错误命令："},
-    {u"abcd",         u"ECmd1系统在06日08:03 收到错误命令：abcd"},
-    {u"１３０１",     u"ECmd1系统在06日08:03 收到错误命令：１３０１"}, // wide digits are none
-    {u"1303",         u"ECmd1系统在06日08:03收到错误命令：1303"}, // no such action
-    {u"1121",         u"ECmd1系统在06日08:03收到错误命令：1121"}, // no such service
-    {u"1911",         u"ECmd1系统在06日08:03收到错误命令：1911"}, // beyond the service names
-};
-// clang-format on
-
 TEST(CommandAnswer, FollowsTheText) {
-    for (const CommandRow& row : kCommandRows)
+    // clang-format off
+    const std::pair<TextView, TextView> rows[] = {
+        {u"请执行1301",   u"13011系统在06日08:03收到命令：1301--1号设备web服务重启/开启"},
+        {u"9902",         u"99021系统在06日08:03收到命令：9902--9号设备整机关闭"},
+        {u"0011x1302",    u"00111系统在06日08:03收到命令：0011--0号设备上次发生Tarnex软件异常退出或异常关机行为重启/开启"},
+        {u"130 13021",    u"13021系统在06日08:03收到命令：1302--1号设备web服务关闭"},
+        {u"13013",        u"13011系统在06日08:03收到命令：1301--1号设备web服务重启/开启"},
+        {u" 130 ",        u"ECmd1系统在06日08:03收到错误命令： 130 "},
+        {u"",             u"ECmd1系统在06日08:03收到错误命令："},
+        {u"abcd",         u"ECmd1系统在06日08:03 收到错误命令：abcd"},
+        {u"１３０１",     u"ECmd1系统在06日08:03 收到错误命令：１３０１"}, // wide digits are none
+        {u"1303",         u"ECmd1系统在06日08:03收到错误命令：1303"}, // no such action
+        {u"1121",         u"ECmd1系统在06日08:03收到错误命令：1121"}, // no such service
+        {u"1911",         u"ECmd1系统在06日08:03收到错误命令：1911"}, // beyond the service names
+    };
+    // clang-format on
+    for (const auto& [text, answer] : rows)
         EXPECT_EQ(
-            ToUtf8(CommandAnswer({Text(kFirst), Text(kSecond)}, u"+8613800000001", row.text, kNow)),
-            ToUtf8(row.answer))
-            << ToUtf8(row.text);
+            ToUtf8(CommandAnswer({Text(kFirst), Text(kSecond)}, u"+8613800000001", text, kNow)),
+            ToUtf8(answer));
 }
 
 TEST(CommandAnswer, NamesTheSenderByTheNumbersThatMatch) {
