@@ -1,18 +1,14 @@
 #pragma once
 
 #include "mail/mail_sender.h"
-#include "simulator/simulated_mail_server.h"
 #include "tests/world.h"
-
-#include <gtest/gtest.h>
 
 namespace tarnex {
 
 // A mail sender whose settings name the server smtp.example, where a sink listens.
-class MailFixture : public testing::Test, protected World, protected FormObserver {
-  protected:
+struct MailFixture : WorldTest, FormObserver {
     MailFixture() {
-        network.Serve("smtp.example", 25, sink);
+        tcp.Serve("smtp.example", 25, sink);
         Set(u"smtp.example");
         mail.Window().Observe(this);
     }
@@ -26,10 +22,14 @@ class MailFixture : public testing::Test, protected World, protected FormObserve
             u"\r\nText1(31)=" + Text(password) +
             u"\r\nText1(58)=unit@site.example\r\nText1(59)=staff@site.example\r\n"));
     }
+    void Mail(TextView text, Duration time = 6s) {
+        mail.dSetEmailFifo(Text(text));
+        clock.RunFor(time);
+    }
     // Every send since the start as "instant in ms:bytes".
     std::vector<std::string> Sent() const {
         std::vector<std::string> all;
-        for (const auto& send : network.Sent)
+        for (const auto& send : tcp.Sent)
             all.push_back(std::to_string(send.at.count()) + ":" + send.bytes);
         return all;
     }
@@ -49,10 +49,8 @@ class MailFixture : public testing::Test, protected World, protected FormObserve
     }
     void FormChanged() override {}
 
-    std::vector<std::string>& lines = said;
-    SimulatedTcpNetwork network{clock};
     MailSink sink;
-    MailSender mail{clock, network, ini, code_page, notices};
+    MailSender mail{clock, tcp, ini, code_page, notices};
     std::vector<Text> statuses; // every text of StatusTxt
 };
 

@@ -23,35 +23,21 @@ TEST(Base64, StandardVectorsAndHighBytes) {
 
 TEST(ServerAddress, HostAndPort) {
     struct Row {
-        TextView text;
-        TextView host; // empty: not an address
+        TextView text, host;
         int port;
     };
-    const Row rows[] = {
-        {u"smtp.example", u"smtp.example", 25},
-        {u"smtp.example:2525", u"smtp.example", 2525},
-        {u" h : 1 ", u"h", 1},
-        {u"h:65535", u"h", 65535},
-        {u"h:65536", u"", 0},
-        {u"h:0", u"", 0},
-        {u"h:", u"", 0},
-        {u"h:25x", u"", 0},
-        {u"h:2.5", u"", 0},
-        {u"h:-1", u"", 0},
-        {u"h:99999999999999999999", u"", 0},
-        {u"h:25:26", u"", 0},
-        {u":25", u"", 0},
-        {u" ", u"", 0},
-        {u"", u"", 0},
-    };
-    for (const Row& row : rows) {
+    for (const Row& row : {Row{u"smtp.example", u"smtp.example", 25},
+                           {u"smtp.example:2525", u"smtp.example", 2525},
+                           {u" h : 1 ", u"h", 1},
+                           {u"h:65535", u"h", 65535}}) {
         const auto address = ParseServerAddress(row.text);
-        ASSERT_EQ(address.has_value(), !row.host.empty()) << ToUtf8(row.text);
-        if (address) {
-            EXPECT_EQ(address->host, row.host);
-            EXPECT_EQ(address->port, row.port);
-        }
+        ASSERT_TRUE(address) << ToUtf8(row.text);
+        EXPECT_EQ(address->host, row.host);
+        EXPECT_EQ(address->port, row.port);
     }
+    for (const TextView none : {u"h:65536", u"h:0", u"h:", u"h:25x", u"h:2.5", u"h:-1",
+                                u"h:99999999999999999999", u"h:25:26", u":25", u" ", u""})
+        EXPECT_FALSE(ParseServerAddress(none)) << ToUtf8(none);
 }
 
 } // namespace
