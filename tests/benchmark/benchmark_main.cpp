@@ -39,7 +39,7 @@ void Check(bool condition, const char* what) {
 
 void MeasureSimulatedDays() {
     SimulatedSystem system;
-    Monitor second(system.clock, system.network, system.gbk, {.link = 2, .name = u"second"});
+    Monitor second(system.clock, system.network, system.code_page, {.link = 2, .name = u"second"});
     system.StartService();
     system.monitor.Start();
     second.Start();
@@ -78,7 +78,7 @@ void MeasureNotifications() {
     SqliteLogTable table;
     SimulatedSystem system;
     system.log_table = &table;
-    system.store.SetContent(system.settings.Set("Text", "Text1(37)", file.Path()).Content());
+    system.Set(u"Text", u"Text1(37)", FromUtf8(file.Path()));
     system.StartService();
     system.monitor.Start();
     system.clock.RunFor(1min);

@@ -74,6 +74,7 @@ Task<int> LossesAtTheEnd(CommandSet& commands, const int& losses) {
 
 TEST_F(CommandTest, WithoutThePortACommandFailsAtOnce) {
     EXPECT_EQ(Within(10ms, LossesAtTheEnd(core.commands, losses)), 0); // closed
+    EXPECT_EQ(Within(0ms, core.commands.RDCSQ()), u"-2");
     Open();
     clock.CallAfter(3s, [this] { ports.Unplug(7); }); // while it waits
     EXPECT_EQ(Within(3s, core.commands.RDAT()), kFailed);

@@ -77,6 +77,9 @@ TEST_F(ReaderTest, StateWordsKeepTheNewestThirtyAndOneNoCard) {
     for (int i = 0; i < 30; ++i)
         send("TX:Alarm(CON)\r\n");
     EXPECT_EQ(Words(), std::vector<Text>(30, u"CONLost"));
+    send("TX:Alarm(AC)\r\n");
+    core.Init();
+    EXPECT_EQ(Words(), std::vector<Text>{});
 }
 
 TEST_F(ReaderTest, InboxKeepsTheNewestTenAndTheFieldsOfTheLastTaken) {

@@ -3,49 +3,44 @@
 namespace tarnex {
 namespace {
 
-class Connection : public SystemTest {};
+using Connection = SystemTest;
 
 TEST_F(Connection, FromStartToReadyToTheMillisecond) {
+    Set(u"Text", u"Text1(34)", u"13900000009");
+    unit.Memory.ConnectionAlarm = "1";
     StartServiceAndMonitor();
-    clock.RunTo(14999ms);
-    EXPECT_EQ(unit.Count("Hello,tarnex"), 0);
-    EXPECT_FALSE(monitor.Received(u"tx-NoConn"));
-
     clock.RunTo(15000ms);
     EXPECT_EQ(ReceivedAt(u"tx-NoConn"), 15000ms);
     EXPECT_EQ(Setting(u"Text", u"Text1(33)"), u"*");
-
     clock.RunTo(15055ms); // COM1 and COM2 are absent: 10 ms each; COM3: 10 + 5 + 20 ms
     EXPECT_EQ(Setting(u"Text", u"Text1(33)"), u"Com3");
     EXPECT_EQ(Setting(u"TarnexComm", u"LastCom"), u"3");
-    EXPECT_FALSE(service->Unit().UnitConnected); // the greeting is left to the next tick
+    EXPECT_FALSE(State().UnitConnected); // the greeting is left to the next tick
 
     clock.RunTo(20089ms);
-    EXPECT_FALSE(service->Unit().UnitConnected);
+    EXPECT_FALSE(State().UnitConnected);
     clock.RunTo(20090ms);
-    EXPECT_TRUE(service->Unit().UnitConnected);
+    EXPECT_TRUE(State().UnitConnected);
     EXPECT_EQ(Setting(u"TarnexComm", u"TelNo1"), u"@v@");
 
     clock.RunTo(30090ms - 1ms);
     EXPECT_EQ(unit.Count("WRNO1"), 0);
     clock.RunTo(30090ms + 9 * 35ms); // nine settings, 35 ms each
-    EXPECT_EQ(unit.Memory.Number1, "13900000001");
-    EXPECT_EQ(unit.Memory.AlarmTime, "3");
-    EXPECT_EQ(unit.Memory.SendTimes, "1");
-    EXPECT_EQ(unit.Memory.PowerAlarm, "1");
-    EXPECT_EQ(unit.Memory.ConnectionAlarm, "0");
-    EXPECT_EQ(unit.Memory.Name, "00540058002D0037");
-    EXPECT_EQ(unit.Memory.NameMode, "1");
+    const UnitMemory& in = unit.Memory;
+    EXPECT_EQ(
+        (std::vector{in.Number1, in.AlarmTime, in.SendTimes, in.PowerAlarm, in.ConnectionAlarm,
+                     in.Name, in.NameMode}),
+        (std::vector<std::string>{"13900000009", "3", "1", "1", "0", "00540058002D0037", "1"}));
     EXPECT_EQ(Setting(u"TarnexComm", u"NameEnable"), u"1");
-    EXPECT_FALSE(service->Unit().UnitReady);
+    EXPECT_FALSE(State().UnitReady);
 
     clock.RunTo(30475ms); // version and serial number in the same tick
-    EXPECT_TRUE(service->Unit().UnitReady);
+    EXPECT_TRUE(State().UnitReady);
     EXPECT_EQ(ReceivedAt(u"txVersionTARNEX-SIM 1.0"), 30440ms);
     EXPECT_EQ(ReceivedAt(u"tx-SerialSIM00000001"), 30475ms);
     EXPECT_EQ(ReceivedAt(u"tx--Ready"), 30475ms);
-    EXPECT_EQ(service->Window().mLblTarnexStatus.Caption(), u"硬件状态:就绪");
-    EXPECT_EQ(service->Unit().UnitInitFlags, u"11111111111*");
+    EXPECT_EQ(Window().mLblTarnexStatus.Caption(), u"硬件状态:就绪");
+    EXPECT_EQ(State().UnitInitFlags, u"11111111111*");
 
     clock.RunTo(40s);
     EXPECT_EQ(ReceivedAt(u"tx-States5110000"), 40s); // signal 20 is level 5
@@ -57,7 +52,7 @@ TEST_F(Connection, AStartingUnitIsGreetedUntilItIsUp) {
     unit.Boot();
     clock.RunTo(20090ms);
     EXPECT_EQ(ReceivedAt(u"txBooting"), 20090ms);
-    EXPECT_EQ(service->Window().mLblTarnexStatus.Caption(), u"硬件状态:启动中");
+    EXPECT_EQ(Window().mLblTarnexStatus.Caption(), u"硬件状态:启动中");
     EXPECT_EQ(Setting(u"TarnexComm", u"TelNo1"), u"");
     monitor.ForgetMessages();
     unit.Faults.Instead["Hello,tarnex"] = "ERROR";
@@ -66,35 +61,35 @@ TEST_F(Connection, AStartingUnitIsGreetedUntilItIsUp) {
     unit.Faults.Instead.clear();
     // Its own "InitGsmOk", read before the greeting, would drop it once more: that is how a
     // restart shows itself.
-    ASSERT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 3min));
+    ASSERT_TRUE(RunUntilReady(3min));
 }
 
 TEST_F(Connection, AUnitThatFallsSilentIsLostAndFoundAgain) {
-    store.SetContent(settings.Set("Debug", "DebugMode", "On").Content());
+    Set(u"Debug", u"DebugMode", u"On");
     StartToReady();
     clock.RunFor(11s);
-    service->Window().mList1.Clear();
+    Window().mList1.Clear();
     monitor.ForgetMessages();
     unit.Faults.Silent = true;
     const Duration silent = clock.Now();
-    ASSERT_TRUE(clock.RunUntil([&] { return monitor.Received(u"txNexLost"); }, 10min));
+    ASSERT_TRUE(RunUntilReceived(u"txNexLost", 10min));
     // The last report came before the silence, 60 s make the signal -1, five readings more the
     // loss.
     EXPECT_GT(clock.Now() - silent, 60s);
     EXPECT_LE(clock.Now() - silent, 60s + 6 * 5s);
-    EXPECT_FALSE(service->Unit().UnitConnected);
-    EXPECT_EQ(service->Window().mLblTarnexStatus.Caption(), u"硬件状态:丢失");
-    EXPECT_EQ(service->Window().mText1.Value(), u"1");
-    EXPECT_EQ(service->Window().mText4.Value(), u"20"); // ticks
-    EXPECT_EQ(service->Window().mTxtTarnexCSQ.Value(), u"20");
+    EXPECT_FALSE(State().UnitConnected);
+    EXPECT_EQ(Window().mLblTarnexStatus.Caption(), u"硬件状态:丢失");
+    EXPECT_EQ(Window().mText1.Value(), u"1");
+    EXPECT_EQ(Window().mText4.Value(), u"20"); // ticks
+    EXPECT_EQ(Window().mTxtTarnexCSQ.Value(), u"20");
     const Duration lost = clock.Now();
     unit.Faults.Silent = false;
     const long greetings = unit.Count("Hello,tarnex");
     ASSERT_TRUE(clock.RunUntil([&] { return unit.Count("Hello,tarnex") > greetings; }, 1min));
     EXPECT_EQ(clock.Now() - lost, 15010ms); // the port found last comes first
-    ASSERT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 1min));
+    ASSERT_TRUE(RunUntilReady(1min));
     EXPECT_EQ(unit.Count("WRNO1"), 2); // every setting was written again
-    EXPECT_EQ(service->Window().mList1.Lines(),
+    EXPECT_EQ(Window().mList1.Lines(),
               (std::vector<Text>{u"开始丢失拉", u"Tarnex硬件丢失,重新开始寻找!", u"开始寻找 Tarnex",
                                  u"在 com3 找到 Tarnex", u"Tarnex就绪"}));
 }
@@ -104,8 +99,8 @@ TEST_F(Connection, EitherWordOfARestartedUnitBeginsTheSearchAnew) {
     for (const char* word : {"TX:InitSysOk", "TX:InitGsmOk"}) {
         monitor.ForgetMessages();
         unit.Say(word);
-        ASSERT_TRUE(clock.RunUntil([&] { return monitor.Received(u"txNexLost"); }, 6s)) << word;
-        ASSERT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 2min));
+        ASSERT_TRUE(RunUntilReceived(u"txNexLost", 6s)) << word;
+        ASSERT_TRUE(RunUntilReady(2min));
     }
 }
 
@@ -113,7 +108,7 @@ TEST_F(Connection, AUnitThatTakesNoBytesIsLostAtOnce) {
     StartToReady();
     monitor.ForgetMessages();
     ports.HoldOutput(3, true); // one reading is buffered, the next does not leave within 2 s
-    EXPECT_TRUE(clock.RunUntil([&] { return monitor.Received(u"txNexLost"); }, 13s));
+    EXPECT_TRUE(RunUntilReceived(u"txNexLost", 13s));
 }
 
 TEST_F(Connection, TheSignalBecomesALevel) {
@@ -128,7 +123,7 @@ TEST_F(Connection, TheSignalBecomesALevel) {
                                         {20, u"5"}}) {
         unit.Signal = signal;
         clock.RunFor(10s);
-        EXPECT_EQ(service->Unit().UnitSignalLevel, level) << signal;
+        EXPECT_EQ(State().UnitSignalLevel, level) << signal;
     }
 }
 
@@ -140,51 +135,39 @@ TEST_F(Connection, APulledAdapterIsNoticedAtOnceWhateverIsGoingOn) {
         clock.RunFor(step);
         ports.Unplug(3);
         clock.RunFor(1s);
-        EXPECT_FALSE(service->Unit().UnitConnected);
+        EXPECT_FALSE(State().UnitConnected);
         ports.Plug(3, unit);
-        ASSERT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 3min))
-            << step.count();
+        ASSERT_TRUE(RunUntilReady(3min)) << step.count();
     }
-}
-
-TEST_F(Connection, TheUnitOnAnotherPortIsFoundThere) {
-    StartToReady();
     ports.Unplug(3);
     ports.Plug(17, unit);
     clock.RunFor(0ms);
-    EXPECT_FALSE(service->Unit().UnitReady);
-    ASSERT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 1min));
+    ASSERT_TRUE(RunUntilReady(1min));
     EXPECT_EQ(Setting(u"TarnexComm", u"LastCom"), u"17");
     EXPECT_EQ(Setting(u"Text", u"Text1(33)"), u"Com17");
 }
 
-TEST_F(Connection, ARefusedSettingIsTriedAgainAndHoldsTheRestBack) {
+TEST_F(Connection, WhatTheUnitRefusesIsTriedAgain) {
     unit.Faults.Instead["WRCSCA"] = "ERROR";
     StartServiceAndMonitor();
     clock.RunTo(1min);
     EXPECT_EQ(unit.Count("WRNO2"), 1);
     EXPECT_EQ(unit.Count("WRCSCA"), 6); // 30.09 s, then each 5 s and the time the command takes
     EXPECT_EQ(unit.Count("WRDT"), 0);
-    EXPECT_EQ(unit.Count("RDCSQ"), 0); // no signal reading on such a tick
+    EXPECT_EQ(unit.Count("RDCSQ"), 0);         // no signal reading on such a tick
+    unit.Faults.Instead = {{"ChkVer", "1.0"}}; // too short for a version
+    clock.RunFor(1min);
+    EXPECT_FALSE(State().UnitReady);
+    EXPECT_GT(unit.Count("RDCSQ"), 2); // the rest of such a tick goes on
     unit.Faults.Instead.clear();
-    EXPECT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 6s));
-}
-
-TEST_F(Connection, ASilentVersionIsAskedAgain) {
-    unit.Faults.Instead["ChkVer"] = "1.0"; // too short for a version
-    StartServiceAndMonitor();
-    clock.RunTo(1min);
-    EXPECT_FALSE(service->Unit().UnitReady);
-    EXPECT_GT(unit.Count("RDCSQ"), 2); // the rest of the tick goes on
-    unit.Faults.Instead.clear();
-    EXPECT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 6s));
+    EXPECT_TRUE(RunUntilReady(6s));
 }
 
 TEST_F(Connection, AChangedSettingGoesToTheUnitOnce) {
     StartToReady();
     clock.RunFor(1min);
     EXPECT_EQ(unit.Count("WRNO1"), 1);
-    EditSetting(u"Text", u"Text1(34)", u"13811112222");
+    Set(u"Text", u"Text1(34)", u"13811112222");
     clock.RunFor(6s);
     EXPECT_EQ(unit.Memory.Number1, "13811112222");
     clock.RunFor(1min);
@@ -193,7 +176,7 @@ TEST_F(Connection, AChangedSettingGoesToTheUnitOnce) {
 }
 
 TEST_F(Connection, WithTheLinkSwitchedOffNoPortIsTouched) {
-    store.SetContent(settings.Set("Check", "Check1(7)", "0").Content());
+    Set(u"Check", u"Check1(7)", u"0");
     StartServiceAndMonitor();
     clock.RunTo(10min);
     EXPECT_EQ(unit.Count("Hello,tarnex"), 0);
@@ -202,15 +185,11 @@ TEST_F(Connection, WithTheLinkSwitchedOffNoPortIsTouched) {
 
 TEST_F(Connection, StateWordsBecomeCodesOneATick) {
     StartToReady();
-    clock.RunFor(1s);
-    monitor.ForgetMessages();
-    unit.LosePower();
-    clock.RunFor(1s);
-    unit.RegainPower();
-    clock.RunFor(1s);
-    unit.LoseConnection();
-    clock.RunFor(1s);
-    unit.LoseCard();
+    for (const auto& happens : {&SimulatedUnit::LosePower, &SimulatedUnit::RegainPower,
+                                &SimulatedUnit::LoseConnection, &SimulatedUnit::LoseCard}) {
+        clock.RunFor(1s);
+        (unit.*happens)();
+    }
     clock.RunFor(21s);
     EXPECT_EQ(ReceivedAt(u"tx-ACLost"), 35475ms);
     EXPECT_EQ(ReceivedAt(u"ACOk"), 40475ms);
@@ -223,7 +202,7 @@ TEST_F(Connection, ASettingsFileThatCannotBeWrittenKeepsNoUnitFromBeingReady) {
     store.Writable = false;
     service.reset();
     StartService();
-    ASSERT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 1min));
+    ASSERT_TRUE(RunUntilReady(1min));
     EXPECT_EQ(unit.Count("WRNO1"), 2);
     clock.RunFor(1min);
     EXPECT_EQ(unit.Count("WRNO1"), 2);
@@ -231,7 +210,7 @@ TEST_F(Connection, ASettingsFileThatCannotBeWrittenKeepsNoUnitFromBeingReady) {
     EXPECT_NE(said[0].find("Tarnex.ini cannot be written"), std::string::npos);
 
     store.Writable = true;
-    EditSetting(u"Text", u"Text1(34)", u"13900000009");
+    Set(u"Text", u"Text1(34)", u"13900000009");
     clock.RunFor(20s);
     EXPECT_EQ(unit.Memory.Number1, "13900000009");
     EXPECT_EQ(said.size(), 2u);

@@ -7,8 +7,7 @@ namespace {
 
 using nlohmann::json;
 
-class StatusText : public SystemTest {
-  protected:
+struct StatusText : SystemTest {
     StatusText() { status = &sink; }
     ~StatusText() override { service.reset(); } // before the sink
     json Now() const { return json::parse(sink.Text); }
@@ -74,7 +73,7 @@ TEST_F(StatusText, KeepsHeartbeatTimesFresh) {
 
 TEST_F(StatusText, IsWrittenOnceASecondAtMostAndNeverForNothing) {
     StartService();
-    ASSERT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 1min));
+    ASSERT_TRUE(RunUntilReady(1min));
     clock.RunFor(10s);
     int before = sink.Writes;
     clock.RunFor(1h);

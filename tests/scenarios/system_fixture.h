@@ -7,8 +7,7 @@
 namespace tarnex {
 
 // Scenarios of the whole system.
-class SystemTest : public testing::Test, protected SimulatedSystem {
-  protected:
+struct SystemTest : SimulatedSystem, testing::Test {
     // The monitor greets as soon as the service is up.
     void StartServiceAndMonitor() {
         StartService();
@@ -16,16 +15,17 @@ class SystemTest : public testing::Test, protected SimulatedSystem {
     }
     void StartToReady() {
         StartServiceAndMonitor();
-        ASSERT_TRUE(clock.RunUntil([&] { return service->Unit().UnitReady; }, 1min));
+        ASSERT_TRUE(RunUntilReady(1min));
     }
-    // The settings as another program edits them: the service's own keys stay.
-    void EditSetting(TextView section, TextView key, TextView value) {
-        MyIniFile other(store, gbk);
-        ASSERT_TRUE(other.WriteIniStr(section, key, value));
+    bool RunUntilReady(Duration limit) {
+        return clock.RunUntil([&] { return State().UnitReady; }, limit);
     }
-    Text Setting(TextView section, TextView key) {
-        return MyIniFile(store, gbk).GetIniStr(section, key);
+    bool RunUntilReceived(TextView code, Duration limit) {
+        return clock.RunUntil([&] { return monitor.Received(code); }, limit);
     }
+    const UnitState& State() { return service->Unit(); }
+    MainWindow& Window() { return service->Window(); }
+
     // When the monitor received the first message that begins with prefix.
     std::optional<Duration> ReceivedAt(TextView prefix) const {
         for (const MonitorMessage& message : monitor.Messages())
@@ -33,24 +33,12 @@ class SystemTest : public testing::Test, protected SimulatedSystem {
                 return message.at;
         return std::nullopt;
     }
+    // What the unit was given to send, each with the number that it goes to.
     std::vector<Text> SentTexts() const {
         std::vector<Text> texts;
         for (const SentSms& sms : unit.Sent())
             texts.push_back(ToText(sms.number_index) + sms.text);
         return texts;
-    }
-    // Column of every log row so far, "-" where it was not written.
-    std::vector<Text> Column(std::size_t position) const {
-        std::vector<Text> column;
-        for (const LogRow& row : log.Rows) {
-            if (const Text* text = std::get_if<Text>(&row[position]))
-                column.push_back(*text);
-            else if (const int* number = std::get_if<int>(&row[position]))
-                column.push_back(ToText(*number));
-            else
-                column.push_back(u"-");
-        }
-        return column;
     }
 };
 
