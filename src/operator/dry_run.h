@@ -1,12 +1,24 @@
 #pragma once
 
-#include "operator/alarm_plan.h"
 #include "operator/settings_file.h"
+#include "simulator/monitor_messages.h"
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 
 namespace tarnex {
+
+// One thing that a monitoring program reports.
+struct PlannedAlarm {
+    Duration at; // since the beginning
+    MonitorEvent event;
+};
+
+// Plausible alarms of one machine over some days, in the order of time: each kind of trouble comes
+// as often as its kind does, at any hour, and most troubles end with a report that all is well.
+// The same seed gives the same alarms.
+std::vector<PlannedAlarm> PlanAlarms(int days, std::uint64_t seed);
 
 // What became of one alarm.
 struct AlarmOutcome {

@@ -3,7 +3,7 @@
 #include "events/event_names.h"
 #include "mail/mail_settings.h"
 #include "mail/server_address.h"
-#include "operator/calendar_words.h"
+#include "operator/moment.h"
 #include "platform/calendar_text.h"
 #include "settings/load_settings.h"
 

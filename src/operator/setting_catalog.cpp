@@ -1,6 +1,6 @@
 #include "operator/setting_catalog.h"
 
-#include "operator/calendar_words.h"
+#include "operator/moment.h"
 #include "operator/suggestion.h"
 #include "platform/calendar_text.h"
 

@@ -1,7 +1,7 @@
-#include "operator/calendar_words.h"
 #include "operator/commands.h"
 #include "operator/dry_run.h"
 #include "operator/json_output.h"
+#include "operator/moment.h"
 #include "operator/text_output.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "events/event_names.h"
-#include "operator/calendar_words.h"
 #include "operator/commands.h"
+#include "operator/moment.h"
 #include "operator/record_explanation.h"
 #include "operator/service_state.h"
 #include "operator/text_output.h"

@@ -1,12 +1,13 @@
 #include "programs/monitor_arguments.h"
 
 #include "operator/arguments.h"
-#include "simulator/command_words.h"
-#include "simulator/unit_script.h"
+#include "simulator/unit_commands.h"
+#include "simulator/words.h"
 
 #include <iostream>
 
 #include <CLI/CLI.hpp>
+#include <arpa/inet.h>
 
 namespace tarnex {
 
@@ -14,14 +15,10 @@ namespace {
 
 using enum MonitorArguments::Command;
 
-bool ReadNumberUpTo(const std::string& value, int highest, int& number) {
-    return ReadNumber(value, number) && number >= 0 && number <= highest;
-}
-
-bool ReadWord(std::span<const EventWord> words, const std::string& value, int highest,
-              int& number) {
-    number = NumberOf(words, value).value_or(-1);
-    return number >= 0 && number <= highest;
+// Each stores a good value; false for a wrong one.
+bool Take(std::optional<int> value, int lowest, int highest, int& number) {
+    number = value.value_or(-1);
+    return number >= lowest && number <= highest;
 }
 
 bool ReadYesNo(const std::string& value, bool& flag) {
@@ -29,16 +26,9 @@ bool ReadYesNo(const std::string& value, bool& flag) {
     return flag || value == "no";
 }
 
-bool IsIpv4(std::string_view address) {
-    for (int part = 0; part < 4; ++part) {
-        const std::size_t end = part < 3 ? address.find('.') : address.size();
-        int number = 0;
-        if (end == address.npos ||
-            !ReadNumberUpTo(std::string(address.substr(0, end)), 255, number))
-            return false;
-        address.remove_prefix(std::min(end + 1, address.size()));
-    }
-    return true;
+bool IsIpv4(const std::string& address) {
+    in_addr bytes{};
+    return inet_pton(AF_INET, address.c_str(), &bytes) == 1;
 }
 
 // An option with its value. read stores the value; false when it is none that the option takes.
@@ -56,16 +46,16 @@ using Args = MonitorArguments&;
 
 // clang-format off
 const ValueOption kOptions[] = {
-    {"--link",         "1..5",    {},      "which link: UDP port 7840 to 7844 (1)",                   "1 to 5",          [](Value v, Args a) { return ReadNumberUpTo(v, 5, a.monitor.link) && a.monitor.link > 0; }},
+    {"--link",         "1..5",    {},      "which link: UDP port 7840 to 7844 (1)",                   "1 to 5",          [](Value v, Args a) { return Take(ReadNumber<int>(v), 1, 5, a.monitor.link); }},
     {"--address",      "ADDRESS", {},      "IPv4 address of the service (127.0.0.1)",                 "an IPv4 address", [](Value v, Args a) { a.monitor.address = v; return IsIpv4(v); }},
     {"--encoding",     "NAME",    {},      "GBK or UTF-8, as the service is set (GBK)",               "GBK or UTF-8",    [](Value v, Args a) { a.encoding = v; return v == "GBK" || v == "UTF-8"; }},
     {"--name",         "NAME",    {},      "what to call itself when greeting (tarnex-monitor)",      "a name",          [](Value v, Args a) { a.monitor.name = FromUtf8(v); return true; }},
-    {"--for",          "SECONDS", kListen, "end after that time",                                     "seconds",         [](Value v, Args a) { a.listen_time = ParseSeconds(v); return a.listen_time.has_value(); }},
+    {"--for",          "SECONDS", kListen, "end after that time",                                     "seconds",         [](Value v, Args a) { a.listen_time = ReadSeconds(v); return a.listen_time.has_value(); }},
     {"--until",        "CODE",    kListen, "end as soon as a message begins with CODE",               "a code",          [](Value v, Args a) { a.until = FromUtf8(v); return !v.empty(); }},
-    {"--service",      "SERVICE", kNotify, "required; words and numbers below",                       "a service",       [](Value v, Args a) { return ReadWord(EventServices(), v, 99, a.event.service); }},
-    {"--state",        "STATE",   kNotify, "required",                                                "a state",         [](Value v, Args a) { return ReadWord(EventStates(), v, 9, a.event.state); }},
-    {"--action",       "ACTION",  kNotify, "what is done about it (none)",                            "an action",       [](Value v, Args a) { return ReadWord(EventActions(), v, 9, a.event.action); }},
-    {"--machine",      "0..9",    kNotify, "which machine (1)",                                       "0 to 9",          [](Value v, Args a) { return ReadNumberUpTo(v, 9, a.event.machine); }},
+    {"--service",      "SERVICE", kNotify, "required; words and numbers below",                       "a service",       [](Value v, Args a) { return Take(NumberOf(EventServices(), v), 0, 99, a.event.service); }},
+    {"--state",        "STATE",   kNotify, "required",                                                "a state",         [](Value v, Args a) { return Take(NumberOf(EventStates(), v), 0, 9, a.event.state); }},
+    {"--action",       "ACTION",  kNotify, "what is done about it (none)",                            "an action",       [](Value v, Args a) { return Take(NumberOf(EventActions(), v), 0, 9, a.event.action); }},
+    {"--machine",      "0..9",    kNotify, "which machine (1)",                                       "0 to 9",          [](Value v, Args a) { return Take(ReadNumber<int>(v), 0, 9, a.event.machine); }},
     {"--machine-name", "TEXT",    kNotify, "its name (none)",                                         "a text",          [](Value v, Args a) { a.event.machine_name = FromUtf8(v); return true; }},
     {"--memo",         "TEXT",    kNotify, "what else is to be said (nothing)",                       "a text",          [](Value v, Args a) { a.event.memo = FromUtf8(v); return true; }},
     {"--sms",          "yes|no",  kNotify, "pass it on by SMS (yes)",                                 "yes or no",       [](Value v, Args a) { return ReadYesNo(v, a.event.by_sms); }},

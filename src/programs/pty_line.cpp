@@ -123,8 +123,8 @@ PtyLine::~PtyLine() {
 std::string PtyLine::Open() {
     Close();
     auto terminal = std::make_shared<Terminal>(loop_, received_);
-    if (std::string obstacle = terminal->Open(); !obstacle.empty())
-        return obstacle;
+    if (std::string trouble = terminal->Open(); !trouble.empty())
+        return trouble;
     terminal_ = std::move(terminal);
     hold_timer_.Enable();
     return "";

@@ -3,10 +3,10 @@
 #include "operator/arguments.h"
 #include "programs/machine.h"
 #include "programs/tool_window.h"
+#include "simulator/words.h"
 #include "tools/firmware_flasher.h"
 #include "tools/line_flasher.h"
 
-#include <charconv>
 #include <csignal>
 #include <cstdio>
 #include <iostream>
@@ -32,10 +32,7 @@ struct Options {
 int PortNumber(std::string_view text) {
     if (text.size() > 3 && EqualIgnoringCase(FromUtf8(text.substr(0, 3)), u"COM"))
         text.remove_prefix(3);
-    int number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    const bool whole = error == std::errc() && end == text.data() + text.size();
-    return whole && number >= 1 && number <= kHighestPort ? number : 0;
+    return ReadNumberUpTo(text, kHighestPort).value_or(0);
 }
 
 // "", or what is wrong with the words. One serial line is all that an update needs, so that a

@@ -5,9 +5,9 @@
 #include "programs/program_output.h"
 #include "programs/tcp_listener.h"
 #include "simulator/mail_sink.h"
+#include "simulator/words.h"
 
 #include <algorithm>
-#include <charconv>
 #include <csignal>
 #include <iostream>
 #include <map>
@@ -82,8 +82,8 @@ Program::Program(const Options& options) : code_page_(options.encoding) {
 }
 
 int Program::Run(std::uint16_t port) {
-    if (const std::string obstacle = listener_.Listen(port); !obstacle.empty()) {
-        std::fprintf(stderr, "tarnex-mail-sink: port %u: %s\n", unsigned(port), obstacle.c_str());
+    if (const std::string trouble = listener_.Listen(port); !trouble.empty()) {
+        std::fprintf(stderr, "tarnex-mail-sink: port %u: %s\n", unsigned(port), trouble.c_str());
         return kExitFailed;
     }
     Print("listening on port " + std::to_string(listener_.Port()));
@@ -120,9 +120,9 @@ std::string Program::Decoded(std::string_view bytes) const {
 }
 
 std::string ReadPort(std::string_view text, std::uint16_t& port) {
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
-    const bool whole = error == std::errc() && end == text.data() + text.size();
-    return whole ? "" : "\"" + std::string(text) + "\" is no port";
+    const auto number = ReadNumber<std::uint16_t>(text);
+    port = number.value_or(0);
+    return number ? "" : "\"" + std::string(text) + "\" is no port";
 }
 
 std::string ReadStep(const std::string& name, std::vector<MailStep>& steps) {

@@ -9,7 +9,7 @@
 #include "simulator/simulated_unit.h"
 #include "simulator/unit_commands.h"
 #include "simulator/unit_protocol.h"
-#include "simulator/unit_script.h"
+#include "simulator/words.h"
 
 #include <csignal>
 #include <fstream>
@@ -82,8 +82,8 @@ Program::Program(Options options) : options_(std::move(options)) {
 }
 
 int Program::Run() {
-    if (const std::string obstacle = Plug(); !obstacle.empty()) {
-        std::fprintf(stderr, "tarnex-sim: %s\n", obstacle.c_str());
+    if (const std::string trouble = Plug(); !trouble.empty()) {
+        std::fprintf(stderr, "tarnex-sim: %s\n", trouble.c_str());
         return kExitFailed;
     }
     if (options_.boots_first)
@@ -105,13 +105,13 @@ int Program::Run() {
 std::string Program::Plug() {
     if (pty_.IsOpen())
         return "the unit is plugged in already";
-    if (const std::string obstacle = pty_.Open(); !obstacle.empty())
-        return "no pseudo terminal: " + obstacle;
+    if (const std::string trouble = pty_.Open(); !trouble.empty())
+        return "no pseudo terminal: " + trouble;
     std::string place = pty_.DeviceName();
     if (link_) {
-        if (std::string obstacle = link_->Point(place); !obstacle.empty()) {
+        if (std::string trouble = link_->Point(place); !trouble.empty()) {
             pty_.Close();
-            return obstacle;
+            return trouble;
         }
         place = link_->Path() + " (" + place + ")";
     }
@@ -178,14 +178,14 @@ std::string ReadScript(const std::string& path, std::vector<ScriptStep>& script)
     if (!file.is_open() || file.bad())
         return path + " cannot be read";
     auto parsed = ParseUnitScript(text);
-    if (const auto* trouble = std::get_if<std::string>(&parsed))
-        return path + ", " + *trouble;
-    script = std::get<std::vector<ScriptStep>>(std::move(parsed));
+    if (!parsed)
+        return path + ", " + parsed.TroubleText();
+    script = std::move(*parsed);
     return "";
 }
 
 std::string ReadTime(const std::string& text, Duration& time) {
-    const std::optional<Duration> seconds = ParseSeconds(text);
+    const std::optional<Duration> seconds = ReadSeconds(text);
     if (!seconds)
         return "\"" + text + "\" is not a number of seconds";
     time = *seconds;

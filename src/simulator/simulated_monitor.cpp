@@ -27,8 +27,8 @@ Monitor::Monitor(Clock& clock, DatagramSockets& sockets, const CodePage& code_pa
       greet_timer_(clock, "greet", options_.greet_again, [this] { Greet(); }) {}
 
 std::string Monitor::Start() {
-    if (std::string obstacle = socket_->Bind(0); !obstacle.empty())
-        return obstacle;
+    if (std::string trouble = socket_->Bind(0); !trouble.empty())
+        return trouble;
     heartbeat_timer_.Enable();
     greet_timer_.Enable();
     Greet();

@@ -3,7 +3,7 @@
 #include "platform/code_page.h"
 #include "platform/datagram_socket.h"
 #include "platform/timer.h"
-#include "simulator/event_words.h"
+#include "simulator/monitor_messages.h"
 
 #include <deque>
 

@@ -1,7 +1,6 @@
 #include "simulator/simulated_unit.h"
 
 #include "simulator/unit_protocol.h"
-#include "simulator/unit_text.h"
 
 #include <algorithm>
 #include <stdexcept>

@@ -4,7 +4,7 @@
 #include "simulator/call_group.h"
 #include "simulator/serial_device.h"
 #include "simulator/unit_loader.h"
-#include "simulator/unit_memory.h"
+#include "simulator/unit_protocol.h"
 
 #include <deque>
 #include <map>

@@ -1,8 +1,7 @@
 #include "simulator/unit_commands.h"
 
-#include "simulator/command_words.h"
 #include "simulator/simulated_unit.h"
-#include "simulator/unit_text.h"
+#include "simulator/words.h"
 
 #include <algorithm>
 
@@ -27,9 +26,7 @@ std::string Outcome(std::string_view argument) {
     return known ? "" : "expected \"ok\", \"fail\" or \"lost\"";
 }
 std::string SignalValue(std::string_view argument) {
-    int value = 0;
-    const bool good = ReadNumber(argument, value) && value >= 0 && value <= kHighestSignal;
-    return good ? "" : "expected a number from 0 to 99";
+    return ReadNumberUpTo(argument, kHighestSignal) ? "" : "expected a number from 0 to 99";
 }
 std::string LoaderWords(std::string_view argument) {
     const bool good = argument == "ok" || argument == "deaf" || ParseLoaderPlan(argument);
@@ -131,7 +128,7 @@ std::string UnitCommands::LoseCard(std::string_view) {
 }
 
 std::string UnitCommands::SetSignal(std::string_view argument) {
-    ReadNumber(argument, unit_.Signal);
+    unit_.Signal = ReadNumberUpTo(argument, kHighestSignal).value_or(unit_.Signal);
     return "";
 }
 
@@ -206,6 +203,28 @@ std::string UnitCommands::ShowHelp(std::string_view) {
 std::string UnitCommands::Quit(std::string_view) {
     host_.quit();
     return "";
+}
+
+Result<std::vector<ScriptStep>> ParseUnitScript(std::string_view script) {
+    std::vector<ScriptStep> steps;
+    for (int number = 1; !script.empty(); ++number) {
+        const std::size_t end = std::min(script.find('\n'), script.size());
+        const std::string_view line = StripBlanks(script.substr(0, end));
+        script.remove_prefix(std::min(end + 1, script.size()));
+        if (line.empty() || line[0] == '#')
+            continue;
+        const auto [seconds, command] = SplitWord(line);
+        const std::optional<Duration> at = ReadSeconds(seconds);
+        const std::string place = "line " + std::to_string(number) + ": ";
+        if (!at)
+            return Trouble{place + "expected SECONDS COMMAND"};
+        if (command.empty() || command[0] == '#')
+            return Trouble{place + "no command behind the seconds"};
+        if (const std::string trouble = UnitCommands::Check(command); !trouble.empty())
+            return Trouble{place + trouble};
+        steps.push_back({*at, std::string(command)});
+    }
+    return steps;
 }
 
 } // namespace tarnex

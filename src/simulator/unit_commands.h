@@ -1,5 +1,8 @@
 #pragma once
 
+#include "platform/clock.h"
+#include "platform/result.h"
+
 #include <functional>
 #include <string>
 #include <string_view>
@@ -62,5 +65,15 @@ class UnitCommands {
     SimulatedUnit& unit_;
     UnitHost host_;
 };
+
+// One line of a script: "12.5 ac lost".
+struct ScriptStep {
+    Duration at; // from the start of the script
+    std::string command;
+};
+
+// The steps of a script, or what is wrong with its first bad line: "line 3: ...". Empty lines and
+// lines that begin with "#" do nothing.
+Result<std::vector<ScriptStep>> ParseUnitScript(std::string_view script);
 
 } // namespace tarnex

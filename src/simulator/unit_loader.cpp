@@ -1,6 +1,7 @@
 #include "simulator/unit_loader.h"
 
-#include <algorithm>
+#include "simulator/words.h"
+
 #include <cstdint>
 
 namespace tarnex {
@@ -66,7 +67,40 @@ bool IsWholeWrite(std::string_view frame) {
            Number(frame, sum_at) == Sum(frame.substr(0, sum_at));
 }
 
+template <class Value>
+struct Word {
+    std::string_view word;
+    Value value;
+};
+constexpr Word<LoaderStep> kSteps[] = {{"handshake", LoaderStep::kHandshake},
+                                       {"erase", LoaderStep::kErase},
+                                       {"write", LoaderStep::kWrite},
+                                       {"finish", LoaderStep::kFinish}};
+constexpr Word<LoaderFault> kFaults[] = {{"refuse", LoaderFault::kRefuse},
+                                         {"late", LoaderFault::kLate},
+                                         {"corrupt", LoaderFault::kCorrupt},
+                                         {"silent", LoaderFault::kSilent},
+                                         {"wrong", LoaderFault::kWrong}};
+
+template <class Value, std::size_t Count>
+std::optional<Value> Find(const Word<Value> (&words)[Count], std::string_view word) {
+    const auto found = std::ranges::find(words, word, &Word<Value>::word);
+    return found == std::end(words) ? std::nullopt : std::optional(found->value);
+}
+
 } // namespace
+
+std::optional<LoaderPlan> ParseLoaderPlan(std::string_view words) {
+    const auto [place, fault_word] = SplitWord(words);
+    const std::size_t colon = place.find(':');
+    const auto step = Find(kSteps, place.substr(0, colon));
+    const std::optional<long> nth =
+        colon == place.npos ? std::optional(1L) : ReadNumber<long>(place.substr(colon + 1));
+    const auto fault = Find(kFaults, fault_word);
+    if (!step || !nth || *nth <= 0 || !fault)
+        return std::nullopt;
+    return LoaderPlan{*step, *nth, *fault};
+}
 
 UnitLoader::UnitLoader(Clock& clock, Events events)
     : events_(std::move(events)), calls_(clock), idle_(clock) {}

@@ -1,4 +1,4 @@
-#include "simulator/link_codes.h"
+#include "simulator/monitor_messages.h"
 #include "simulator/simulated_monitor.h"
 #include "tests/world.h"
 

@@ -43,4 +43,8 @@ Text MakeEventMessage(const MonitorEvent& event);
 // "machine 1, CPU load: abnormal; action: nothing; by SMS, not by mail"
 std::string DescribeEvent(const MonitorEvent& event);
 
+// What a message of the control link, in either direction, tells in plain English; "unknown code"
+// for what is none.
+std::string DescribeCode(TextView message);
+
 } // namespace tarnex

@@ -1,4 +1,4 @@
-#include "operator/calendar_words.h"
+#include "operator/moment.h"
 
 #include "platform/calendar_text.h"
 
