@@ -1,6 +1,7 @@
 #include "programs/machine.h"
 
-#include <csignal>
+#include "adapters/system/terminal.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <thread>
@@ -30,9 +31,7 @@ Machine::Machine(const char* program_name)
     : program(program_name), store(SettingsPath(std::getenv("WINDIR"))),
       code_page(settings.code_page), ports(loop, SerialDevicePaths(settings.device_paths)),
       lock(MakeLock()) {
-    // Messages that nobody reads and files that may not grow fail to be written; work goes on.
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
+    BrokenStreamsFail();
     lock.SetNotice([this](const std::string& line) { Say(line); });
 }
 

@@ -1,10 +1,11 @@
 #pragma once
 
-#include "adapters/asio/tty_ports.h"
+#include "adapters/asio/asio_loop.h"
 #include "adapters/system/disk_line_files.h"
 #include "adapters/system/file_lock.h"
 #include "adapters/system/file_settings_store.h"
 #include "adapters/system/iconv_code_page.h"
+#include "adapters/system/serial_ports.h"
 #include "platform/exit_status.h"
 #include "settings/start_settings.h"
 
@@ -29,7 +30,7 @@ struct Machine {
     FileSettingsStore store;
     StartSettings settings; // as the file says, without what is not supported
     IconvCodePage code_page;
-    TtyPorts ports;
+    SystemSerialPorts ports;
     DiskLineFiles files;
     FileInstanceLock lock;
 };

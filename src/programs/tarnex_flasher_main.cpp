@@ -1,5 +1,7 @@
 // tarnex-flasher: loads new firmware into the unit.
 
+#include "adapters/system/end_requests.h"
+#include "adapters/system/terminal.h"
 #include "operator/arguments.h"
 #include "programs/machine.h"
 #include "programs/tool_window.h"
@@ -7,19 +9,15 @@
 #include "tools/firmware_flasher.h"
 #include "tools/line_flasher.h"
 
-#include <csignal>
 #include <cstdio>
 #include <iostream>
 
 #include <CLI/CLI.hpp>
-#include <sys/ioctl.h>
-#include <unistd.h>
 
 namespace tarnex {
 namespace {
 
 constexpr int kHighestPort = 20;
-constexpr int kUsualColumns = 80;
 
 struct Options {
     std::optional<UpdatePort> port;
@@ -86,12 +84,12 @@ class Terminal {
         return {.say = [this](const std::string& line) { Print(stdout, line); },
                 .complain = [this](const std::string& line) { Print(stderr, line); },
                 .show_bar = [this](const std::string& bar) { ShowBar(bar); },
-                .terminal = isatty(STDOUT_FILENO) == 1};
+                .terminal = StandardOutputIsTerminal()};
     }
     void ShowBar(const std::string& bar) {
         if (bar.empty() && !bar_shown_)
             return;
-        std::printf("\r\x1b[K%s", bar.substr(0, Columns() - 1).c_str());
+        std::printf("\r\x1b[K%s", bar.substr(0, TerminalColumns() - 1).c_str());
         std::fflush(stdout);
         bar_shown_ = !bar.empty();
     }
@@ -102,11 +100,6 @@ class Terminal {
         std::fprintf(stream, "%s\n", line.c_str());
         std::fflush(stream);
     }
-    static std::size_t Columns() {
-        winsize size{};
-        const bool known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-        return known ? size.ws_col : kUsualColumns;
-    }
 
     bool bar_shown_ = false;
 };
@@ -115,12 +108,11 @@ class Terminal {
 class LineProgram {
   public:
     LineProgram() {
-        for (const int signal : {SIGINT, SIGTERM})
-            machine_.loop.OnSignal(signal, [this] {
-                if (flasher_.Interrupt())
-                    End(kExitInterrupted);
-            });
-        machine_.loop.OnSignal(SIGHUP, [this] {
+        requests_.OnEnd([this] {
+            if (flasher_.Interrupt())
+                End(kExitInterrupted);
+        });
+        requests_.OnGone([this] {
             if (!flasher_.MustNotEnd()) // the unit comes before whoever watched
                 End(kExitInterrupted);
         });
@@ -156,7 +148,8 @@ class LineProgram {
     }
 
     Machine machine_{"tarnex-flasher"};
-    TtyPorts ports_{machine_.loop, {}}; // none until the settings name them
+    EndRequests requests_{machine_.loop};
+    SystemSerialPorts ports_{machine_.loop, {}}; // none until the settings name them
     Terminal terminal_;
     LineFlasher flasher_{
         {.clock = machine_.loop,

@@ -1,5 +1,6 @@
 // tarnex-mail-sink: a mail server that prints what it receives.
 
+#include "adapters/system/end_requests.h"
 #include "adapters/system/iconv_code_page.h"
 #include "operator/arguments.h"
 #include "programs/program_output.h"
@@ -8,7 +9,6 @@
 #include "simulator/words.h"
 
 #include <algorithm>
-#include <csignal>
 #include <iostream>
 #include <map>
 #include <optional>
@@ -51,6 +51,7 @@ class Program {
     void Answer(ConnectionId id, const SinkAnswer& answer);
 
     AsioLoop loop_;
+    EndRequests requests_{loop_};
     IconvCodePage code_page_;
     MailSink sink_;
     std::map<ConnectionId, MailSink::Session> sessions_;
@@ -77,8 +78,7 @@ Program::Program(const Options& options) : code_page_(options.encoding) {
         PrintMail(mail);
         sink_.Mails.clear(); // it may run for days
     };
-    for (const int signal : {SIGTERM, SIGINT})
-        loop_.OnSignal(signal, [this] { loop_.Stop(); });
+    requests_.OnEnd([this] { loop_.Stop(); });
 }
 
 int Program::Run(std::uint16_t port) {

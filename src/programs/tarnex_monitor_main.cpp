@@ -2,13 +2,14 @@
 
 #include "adapters/asio/asio_datagram.h"
 #include "adapters/linux/unique_fd.h"
+#include "adapters/system/end_requests.h"
 #include "adapters/system/iconv_code_page.h"
+#include "adapters/system/terminal.h"
 #include "programs/monitor_arguments.h"
 #include "programs/program_output.h"
 #include "simulator/monitor_messages.h"
 
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 
 #include <arpa/inet.h>
@@ -37,6 +38,7 @@ class Listener {
     int Run();
 
   private:
+    void Print(const std::string& line);
     void Show(const Text& message);
     void CheckAnswered();
     void EndUnseen();
@@ -44,6 +46,7 @@ class Listener {
 
     const MonitorArguments& arguments_;
     AsioLoop loop_;
+    EndRequests requests_{loop_};
     AsioDatagramSockets sockets_;
     IconvCodePage code_page_;
     Monitor monitor_;
@@ -56,14 +59,15 @@ Listener::Listener(const MonitorArguments& arguments)
       sockets_(loop_, arguments.monitor.address.starts_with("127.") ? "127.0.0.1" : "0.0.0.0"),
       code_page_(arguments.encoding), monitor_(loop_, sockets_, code_page_, arguments.monitor) {
     monitor_.OnMessage([this](const Text& message) { Show(message); });
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGPIPE})
-        loop_.OnSignal(signal, [this] { EndUnseen(); });
+    BrokenStreamsFail();
+    requests_.OnEnd([this] { EndUnseen(); });
+    requests_.OnGone([this] { EndUnseen(); });
 }
 
 int Listener::Run() {
     if (const std::string trouble = monitor_.Start(); !trouble.empty())
         return Fail(kExitFailed, "cannot listen: " + trouble);
-    PrintWithTime(loop_, "greeted " + NameOf(ServiceEndpoint(arguments_.monitor)));
+    Print("greeted " + NameOf(ServiceEndpoint(arguments_.monitor)));
     loop_.CallAfter(kAnswerLimit, [this] { CheckAnswered(); });
     if (arguments_.listen_time)
         loop_.CallAfter(*arguments_.listen_time, [this] {
@@ -74,9 +78,15 @@ int Listener::Run() {
     return *status_;
 }
 
+// Who listens to this one may go first.
+void Listener::Print(const std::string& line) {
+    if (!PrintWithTime(loop_, line))
+        loop_.CallAfter(0ms, [this] { EndUnseen(); });
+}
+
 void Listener::Show(const Text& message) {
     answered_ = true;
-    PrintWithTime(loop_, ToUtf8(message) + "  (" + DescribeCode(message) + ")");
+    Print(ToUtf8(message) + "  (" + DescribeCode(message) + ")");
     if (arguments_.until && StartsWith(message, *arguments_.until))
         End(kExitDone);
 }

@@ -1,6 +1,7 @@
 // tarnex-sim: a GSM alarm unit on a pseudo terminal.
 
-#include "adapters/asio/line_input.h"
+#include "adapters/linux/line_input.h"
+#include "adapters/linux/signals.h"
 #include "adapters/system/iconv_code_page.h"
 #include "operator/arguments.h"
 #include "programs/program_output.h"
@@ -57,6 +58,7 @@ class Program {
 
     const Options options_;
     AsioLoop loop_;
+    Signals signals_{loop_};
     IconvCodePage code_page_{"GBK"};
     std::optional<StableLink> link_;
     SimulatedUnit unit_{loop_};
@@ -78,7 +80,7 @@ Program::Program(Options options) : options_(std::move(options)) {
     unit_.OnCommand([this](std::string_view line) { ShowCommand(line); });
     unit_.OnSent([this](const SentSms& sms) { ShowSms(sms); });
     for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGPIPE})
-        loop_.OnSignal(signal, [this] { Quit(); });
+        signals_.On(signal, [this] { Quit(); });
 }
 
 int Program::Run() {

@@ -2,9 +2,9 @@
 
 #include "adapters/asio/asio_datagram.h"
 #include "adapters/asio/asio_tcp_client.h"
-#include "adapters/linux/remote_view.h"
-#include "adapters/linux/systemd_controller.h"
 #include "adapters/sqlite/sqlite_log_table.h"
+#include "adapters/system/screen_view.h"
+#include "adapters/system/service_manager.h"
 #include "adapters/system/status_file.h"
 #include "programs/machine.h"
 #include "service/tarnex_comm.h"
@@ -34,13 +34,13 @@ int Run(int argc, char** argv) {
     int exit_status = kExitDone;
     AsioTcpClients tcp(loop);
     SqliteLogTable log;
-    SystemdController controller(loop, loop);
+    const auto controller = MakeServiceController(loop);
     StatusFile status(StatusFilePath());
     const auto say = [&machine](const std::string& line) { machine.Say(line); };
     const auto say_lost = [&say](const std::string& why) {
         say(why + ", and the windows with it. Going on without");
     };
-    RemoteView view({.clock = loop, .descriptors = loop, .notice = say, .lost = say_lost});
+    const auto view = MakeView({.loop = loop, .notice = say, .lost = say_lost});
     TarnexComm service({.clock = loop,
                         .serial_ports = machine.ports,
                         .sockets = sockets,
@@ -49,9 +49,9 @@ int Run(int argc, char** argv) {
                         .settings_store = machine.store,
                         .files = machine.files,
                         .code_page = machine.code_page,
-                        .controller = controller,
+                        .controller = *controller,
                         .instance_lock = machine.lock,
-                        .view = &view,
+                        .view = view.get(),
                         .notice = say,
                         .echo = Echo,
                         .take_start_settings = [&]() -> std::optional<StartSettings> {

@@ -1,10 +1,9 @@
 #include "programs/tool_window.h"
 
-#include "adapters/linux/remote_view.h"
+#include "adapters/system/end_requests.h"
+#include "adapters/system/screen_view.h"
 #include "platform/exit_status.h"
 #include "programs/machine.h"
-
-#include <csignal>
 
 namespace tarnex {
 
@@ -20,8 +19,8 @@ int RunToolWindow(const char* program, const std::string& advice, const MakeTool
         if (shown)
             shown->Abandon();
     };
-    RemoteView view({.clock = loop, .descriptors = loop, .notice = say, .lost = lost});
-    if (const std::string trouble = view.Open(); !trouble.empty()) {
+    const auto view = MakeView({.loop = loop, .notice = say, .lost = lost});
+    if (const std::string trouble = view->Open(); !trouble.empty()) {
         say("no window can be shown: " + trouble + advice);
         return kExitUnavailable;
     }
@@ -33,12 +32,12 @@ int RunToolWindow(const char* program, const std::string& advice, const MakeTool
                                                  .instance_lock = machine.lock,
                                                  .notice = say,
                                                  .end_process = [&loop] { loop.Stop(); }},
-                                                view);
+                                                *view);
     shown = tool.get();
-    for (const int signal : {SIGINT, SIGTERM})
-        loop.OnSignal(signal, [&tool] { tool->Form_Unload(); });
-    loop.OnSignal(SIGHUP, [&tool] { tool->Abandon(); });
-    const std::unique_ptr<FormWindow> window = view.Attach(*tool);
+    EndRequests requests(loop);
+    requests.OnEnd([&tool] { tool->Form_Unload(); });
+    requests.OnGone([&tool] { tool->Abandon(); });
+    const std::unique_ptr<FormWindow> window = view->Attach(*tool);
     tool->Form_Load();
     loop.Run();
     return kExitDone;

@@ -1,9 +1,10 @@
 #include "adapters/asio/asio_loop.h"
+#include "adapters/linux/descriptor_watch.h"
 #include "adapters/linux/unique_fd.h"
 #include "tests/adapters/run_until.h"
 
-#include <csignal>
 #include <ctime>
+#include <thread>
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -52,22 +53,22 @@ TEST(AsioLoop, TheCalendarIsLocalTime) {
     tzset();
 }
 
-TEST(AsioLoop, ASignalEndsASleepAndItsHandlerRunsInTheLoop) {
+TEST(AsioLoop, CallsOfAnotherThreadEndASleepAndRunInOrderInTheLoop) {
     AsioLoop loop;
-    std::string told;
     loop.CallAfter(24h, [] { FAIL(); });
-    loop.OnSignal(SIGUSR1, [&] { told += '1'; });
-    loop.OnSignal(SIGUSR2, [&] {
-        told += '2';
-        loop.CallAfter(5ms, [&] { loop.Stop(); }); // and an earlier call cuts the sleep short
+    int told = 0;
+    const std::thread::id own = std::this_thread::get_id();
+    std::thread other([&] {
+        for (int i = 0; i < 1000; ++i)
+            loop.Post([&, i] {
+                EXPECT_EQ(std::this_thread::get_id(), own);
+                EXPECT_EQ(told++, i);
+            });
+        loop.Post([&] { loop.CallAfter(5ms, [&] { loop.Stop(); }); }); // cuts the sleep short
     });
-    raise(SIGUSR1);
-    EXPECT_EQ(told, "");
-    ASSERT_TRUE(RunUntil(loop, [&] { return told == "1"; }));
-    raise(SIGUSR1);
-    raise(SIGUSR2);
     loop.Run();
-    EXPECT_EQ(told, "112");
+    other.join();
+    EXPECT_EQ(told, 1000);
 }
 
 TEST(AsioLoop, TellsOfADescriptorAsLongAsSomethingIsUnread) {
@@ -76,8 +77,8 @@ TEST(AsioLoop, TellsOfADescriptorAsLongAsSomethingIsUnread) {
     ASSERT_EQ(pipe(ends), 0);
     const UniqueFd reading(ends[0]), writing(ends[1]);
     std::string seen;
-    std::unique_ptr<DescriptorSource::Watch> watch;
-    watch = loop.WatchReadable(reading.Get(), [&] {
+    std::optional<DescriptorWatch> watch;
+    watch.emplace(loop, reading.Get(), [&] {
         char c = 0;
         EXPECT_EQ(read(reading.Get(), &c, 1), 1);
         seen += c;

@@ -1,4 +1,4 @@
-#include "adapters/asio/line_input.h"
+#include "adapters/linux/line_input.h"
 #include "tests/adapters/run_until.h"
 
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include "adapters/asio/tty_ports.h"
+#include "adapters/system/serial_ports.h"
 #include "programs/pty_line.h"
 #include "simulator/simulated_serial.h"
 #include "tests/contracts/contract.h"
@@ -17,7 +17,7 @@ struct SerialRig : Rig {
 struct TtySerial : OnRealLoop<SerialRig> {
     PtyLine line{loop, [this](std::string_view bytes) { heard += bytes; }};
     const std::string problem = line.Open();
-    TtyPorts ports{loop, {line.DeviceName()}};
+    SystemSerialPorts ports{loop, {line.DeviceName()}};
 
     SerialPorts& Ports() override { return ports; }
     void Send(std::string_view bytes) override { line.Send(bytes); }

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include <asio/post.hpp>
+
 namespace tarnex {
 
 namespace {
@@ -91,8 +93,8 @@ void AsioLoop::ArmWakeUp() {
     });
 }
 
-void AsioLoop::OnSignal(int signal, std::function<void()> handler) {
-    core_->signals.emplace_back(core_->io, signal, std::move(handler));
+void AsioLoop::Post(std::function<void()> fn) {
+    asio::post(core_->io, std::move(fn));
 }
 
 } // namespace tarnex

@@ -1,21 +1,18 @@
 #pragma once
 
-#include "adapters/linux/descriptor_source.h"
 #include "platform/call_queue.h"
 #include "platform/clock.h"
-#include "platform/signal_source.h"
 
 #include <memory>
 #include <optional>
 
 namespace tarnex {
 
-// The real event loop: time, the queue of calls, signals, watched descriptors, and the sockets and
-// lines of the other adapters of this folder, which it must outlive. It sleeps until something is
-// due or arrives.
-class AsioLoop : public Clock, public SignalSource, public DescriptorSource {
+// The real event loop: time, the queue of calls, and the sockets, lines and requests of the other
+// adapters, which it must outlive. It sleeps until something is due or arrives.
+class AsioLoop : public Clock {
   public:
-    // What the other adapters of this folder build on; defined in loop_core.h.
+    // What the other adapters build on; defined in loop_core.h.
     struct Core;
 
     AsioLoop();
@@ -34,8 +31,9 @@ class AsioLoop : public Clock, public SignalSource, public DescriptorSource {
     void Cancel(CallId id) override { calls_.Remove(id); }
     void BeforeSleep(std::function<void()> fn) override { before_sleep_ = std::move(fn); }
 
-    void OnSignal(int signal, std::function<void()> handler) override;
-    std::unique_ptr<Watch> WatchReadable(int descriptor, std::function<void()> readable) override;
+    // From any thread, as long as the loop lives: fn runs once in the thread of Run(), after what
+    // was posted before it.
+    void Post(std::function<void()> fn);
 
     Core& core() { return *core_; }
 

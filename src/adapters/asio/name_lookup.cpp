@@ -1,13 +1,10 @@
 #include "adapters/asio/name_lookup.h"
 
-#include "adapters/asio/loop_core.h"
-
 #include <cstring>
 #include <mutex>
 #include <system_error>
 #include <thread>
 
-#include <asio/post.hpp>
 #include <netdb.h>
 
 namespace tarnex {
@@ -40,15 +37,15 @@ HostAddresses LookUp(const std::string& host, const std::string& port) {
 // Shared by the look-up and its thread; whichever ends last destroys it.
 struct NameLookup::Request {
     std::mutex mutex;
-    asio::io_context* io = nullptr; // nullptr: cancelled. Guarded by mutex.
+    AsioLoop* loop = nullptr; // nullptr: cancelled. Guarded by mutex.
     std::function<void(const HostAddresses&)> done;
 
     // From any thread.
     static void Answer(const std::shared_ptr<Request>& request, HostAddresses found) {
         const std::lock_guard lock(request->mutex);
-        if (request->io)
-            asio::post(*request->io, [request, found = std::move(found)] {
-                if (request->io)
+        if (request->loop)
+            request->loop->Post([request, found = std::move(found)] {
+                if (request->loop)
                     request->done(found);
             });
     }
@@ -57,7 +54,7 @@ struct NameLookup::Request {
 NameLookup::NameLookup(AsioLoop& loop, const std::string& host, std::uint16_t port,
                        std::function<void(const HostAddresses&)> done)
     : request_(std::make_shared<Request>()) {
-    request_->io = &loop.core().io;
+    request_->loop = &loop;
     request_->done = std::move(done);
     try {
         std::thread([request = request_, host, port = std::to_string(port)] {
@@ -72,7 +69,7 @@ NameLookup::NameLookup(AsioLoop& loop, const std::string& host, std::uint16_t po
 
 NameLookup::~NameLookup() {
     const std::lock_guard lock(request_->mutex);
-    request_->io = nullptr;
+    request_->loop = nullptr;
 }
 
 } // namespace tarnex

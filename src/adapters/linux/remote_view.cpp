@@ -42,7 +42,7 @@ RemoteView::RemoteView(ViewHost host)
                                      .changed = [this] { FlushSoon(); }}) {}
 
 RemoteView::~RemoteView() {
-    host_.clock.Cancel(flush_);
+    host_.loop.Cancel(flush_);
 }
 
 std::unique_ptr<FormWindow> RemoteView::Attach(Form& form) {
@@ -60,7 +60,7 @@ bool RemoteView::Start(std::string& trouble) {
     trouble_.clear();
     ready_ = false;
     process_ =
-        ViewProcess::Start(host_.descriptors,
+        ViewProcess::Start(host_.loop,
                            {.arrived =
                                 [this, run](const std::string& packet) {
                                     if (run == run_)
@@ -69,7 +69,7 @@ bool RemoteView::Start(std::string& trouble) {
                             .ended = [this, run](const std::string& how) { Ended(run, how); }},
                            trouble);
     owes_ = true;
-    owes_since_ = host_.clock.Now();
+    owes_since_ = host_.loop.Now();
     return process_ != nullptr;
 }
 
@@ -105,7 +105,7 @@ void RemoteView::FlushSoon() {
     if (!process_ || owes_ || flush_pending_ || !feed_.Pending())
         return;
     flush_pending_ = true;
-    flush_ = host_.clock.CallAfter(kFrame, [this] {
+    flush_ = host_.loop.CallAfter(kFrame, [this] {
         flush_pending_ = false;
         Flush();
     });
@@ -115,13 +115,13 @@ void RemoteView::Flush() {
     if (!process_ || owes_ || !feed_.Pending())
         return;
     owes_ = true;
-    owes_since_ = host_.clock.Now();
+    owes_since_ = host_.loop.Now();
     if (!process_->Send(feed_.NextPacket()))
         process_->Kill(); // it has ended, or something is wrong with it: that is told then
 }
 
 bool RemoteView::Reads() const {
-    return process_ && !(owes_ && host_.clock.Now() - owes_since_ > kPatience);
+    return process_ && !(owes_ && host_.loop.Now() - owes_since_ > kPatience);
 }
 
 void RemoteView::Arrived(const std::string& packet) {
@@ -166,6 +166,10 @@ void RemoteView::Ended(std::uint64_t run, const std::string& how) {
     } else if (feed_.AnyVisible()) {
         NoneIsShown(why);
     }
+}
+
+std::unique_ptr<SystemView> MakeView(ViewHost host) {
+    return std::make_unique<RemoteView>(std::move(host));
 }
 
 } // namespace tarnex

@@ -1,37 +1,26 @@
 #pragma once
 
 #include "adapters/linux/view_process.h"
-#include "platform/clock.h"
+#include "adapters/system/screen_view.h"
 #include "ui/form_feed.h"
-#include "ui/view.h"
 
 #include <map>
 #include <set>
 
 namespace tarnex {
 
-// What a view gets from the program that shows windows; everything must outlive the view.
-struct ViewHost {
-    Clock& clock;
-    DescriptorSource& descriptors;
-    std::function<void(const std::string& line)> notice; // for what an operator must act on
-    // Every window is gone; why in words. From the loop.
-    std::function<void(const std::string& why)> lost;
-};
-
 // Shows the windows in a process of their own, which has copies of the forms: a display that does
 // not read, a crash or an error of the window system cost that process and no more.
 //
 // The process runs while a form is visible. One packet of changes is on its way at a time, and the
 // next one leaves when that one stands on the screen.
-class RemoteView : public ScreenView {
+class RemoteView : public SystemView {
   public:
     explicit RemoteView(ViewHost host);
     ~RemoteView() override;
 
-    // Starts the process before a form is visible and waits until it has its screen. "", or what
-    // stands in the way. For programs that have nothing else to do.
-    std::string Open();
+    // Starts the process and waits for its screen.
+    std::string Open() override;
     std::unique_ptr<FormWindow> Attach(Form& form) override;
     FileDialog& Files() override { return feed_; }
 

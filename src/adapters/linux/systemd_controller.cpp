@@ -4,6 +4,7 @@
 #include "adapters/linux/systemd_notify.h"
 #include "adapters/linux/systemd_unit.h"
 #include "adapters/system/replace_file.h"
+#include "adapters/system/service_manager.h"
 
 #include <csignal>
 #include <cstdio>
@@ -54,8 +55,8 @@ std::optional<std::string> ReadFile(const std::string& path) {
 
 } // namespace
 
-SystemdController::SystemdController(Clock& clock, SignalSource& signals, SystemdPlaces places)
-    : clock_(clock), signals_(signals), places_(std::move(places)),
+SystemdController::SystemdController(Clock& clock, AsioLoop& loop, SystemdPlaces places)
+    : clock_(clock), signals_(loop), places_(std::move(places)),
       unit_path_(places_.unit_folder + "/" + kUnitName),
       watchdog_(clock, "Watchdog", Duration::zero(), [] { NotifySystemd("WATCHDOG=1"); }) {}
 
@@ -106,10 +107,10 @@ void SystemdController::SaveParameter(std::string_view name, std::string_view va
 void SystemdController::StartService(int controls_accepted, ServiceEvents events) {
     events_ = std::move(events);
     for (const int signal : {SIGTERM, SIGINT})
-        signals_.OnSignal(signal, [this] { Stop(); });
+        signals_.On(signal, [this] { Stop(); });
     if (controls_accepted & kAcceptsPauseAndContinue) {
-        signals_.OnSignal(SIGUSR1, [this] { events_.pause(); });
-        signals_.OnSignal(SIGUSR2, [this] { events_.resume(); });
+        signals_.On(SIGUSR1, [this] { events_.pause(); });
+        signals_.On(SIGUSR2, [this] { events_.resume(); });
     }
     watchdog_.SetInterval(WatchdogPatience() / 2);
     watchdog_.Enable();
@@ -135,6 +136,10 @@ void SystemdController::ReportReady() {
 void SystemdController::LogEvent(EventType type, int number, std::string_view text) {
     openlog("tarnexcomm", LOG_PID, LOG_DAEMON);
     syslog(Priority(type), "event %d: %.*s", number, static_cast<int>(text.size()), text.data());
+}
+
+std::unique_ptr<ServiceController> MakeServiceController(AsioLoop& loop) {
+    return std::make_unique<SystemdController>(loop, loop);
 }
 
 } // namespace tarnex

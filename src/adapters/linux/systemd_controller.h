@@ -1,8 +1,8 @@
 #pragma once
 
+#include "adapters/linux/signals.h"
 #include "platform/clock.h"
 #include "platform/service_controller.h"
-#include "platform/signal_source.h"
 #include "platform/timer.h"
 
 #include <string>
@@ -20,7 +20,7 @@ struct SystemdPlaces {
 // systemd as the service manager: SIGTERM and SIGINT stop, SIGUSR1 pauses, SIGUSR2 continues.
 class SystemdController : public ServiceController {
   public:
-    SystemdController(Clock& clock, SignalSource& signals, SystemdPlaces places = {});
+    SystemdController(Clock& clock, AsioLoop& loop, SystemdPlaces places = {});
 
     // Writes and enables a unit for this executable; interactive has no meaning here. Needs the
     // superuser's rights and a machine run by systemd; after a failure all is as it was before.
@@ -43,7 +43,7 @@ class SystemdController : public ServiceController {
     void Stop();
 
     Clock& clock_;
-    SignalSource& signals_;
+    Signals signals_;
     SystemdPlaces places_;
     std::string unit_path_;
     ServiceEvents events_;

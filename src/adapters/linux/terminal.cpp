@@ -1,16 +1,20 @@
 #include "adapters/system/terminal.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <iostream>
 #include <tuple>
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
 namespace tarnex {
 
 namespace {
+
+constexpr std::size_t kUsualColumns = 80;
 
 class WithoutEcho {
   public:
@@ -42,6 +46,11 @@ void OccupyStandardStreams() {
             std::ignore = open("/dev/null", O_RDONLY); // takes the lowest number that is free
 }
 
+void BrokenStreamsFail() {
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
 bool StandardOutputIsTerminal() {
     return isatty(STDOUT_FILENO) == 1;
 }
@@ -50,6 +59,12 @@ bool StandardErrorIsTerminal() {
 }
 bool StandardInputIsTerminal() {
     return isatty(STDIN_FILENO) == 1;
+}
+
+std::size_t TerminalColumns() {
+    winsize size{};
+    const bool known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    return known ? size.ws_col : kUsualColumns;
 }
 
 bool TerminalShowsColours() {

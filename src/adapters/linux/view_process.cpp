@@ -54,7 +54,7 @@ std::string HowItEnded(int status) {
 
 } // namespace
 
-std::unique_ptr<ViewProcess> ViewProcess::Start(DescriptorSource& descriptors, Handlers handlers,
+std::unique_ptr<ViewProcess> ViewProcess::Start(AsioLoop& loop, Handlers handlers,
                                                 std::string& trouble) {
     int ends[2];
     if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) {
@@ -82,14 +82,13 @@ std::unique_ptr<ViewProcess> ViewProcess::Start(DescriptorSource& descriptors, H
         return nullptr;
     }
     return std::unique_ptr<ViewProcess>(
-        new ViewProcess(descriptors, std::move(handlers), std::move(ours), std::move(end), pid));
+        new ViewProcess(loop, std::move(handlers), std::move(ours), std::move(end), pid));
 }
 
-ViewProcess::ViewProcess(DescriptorSource& descriptors, Handlers handlers, UniqueFd socket,
-                         UniqueFd end, int pid)
+ViewProcess::ViewProcess(AsioLoop& loop, Handlers handlers, UniqueFd socket, UniqueFd end, int pid)
     : handlers_(std::move(handlers)), pid_(pid), socket_(std::move(socket)), end_(std::move(end)),
-      socket_watch_(descriptors.WatchReadable(socket_.Get(), [this] { SocketReadable(); })),
-      end_watch_(descriptors.WatchReadable(end_.Get(), [this] { Ended(); })) {}
+      socket_watch_(std::in_place, loop, socket_.Get(), [this] { SocketReadable(); }),
+      end_watch_(std::in_place, loop, end_.Get(), [this] { Ended(); }) {}
 
 ViewProcess::~ViewProcess() {
     if (pid_ < 0)

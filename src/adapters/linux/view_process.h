@@ -1,8 +1,9 @@
 #pragma once
 
-#include "adapters/linux/descriptor_source.h"
+#include "adapters/linux/descriptor_watch.h"
 #include "adapters/linux/unique_fd.h"
 
+#include <optional>
 #include <string>
 
 namespace tarnex {
@@ -19,8 +20,8 @@ class ViewProcess {
     };
 
     // Starts the program that stands beside this one or is installed with it. nullptr, and in
-    // trouble why, when that fails. descriptors must outlive the process.
-    static std::unique_ptr<ViewProcess> Start(DescriptorSource& descriptors, Handlers handlers,
+    // trouble why, when that fails. loop must outlive the process.
+    static std::unique_ptr<ViewProcess> Start(AsioLoop& loop, Handlers handlers,
                                               std::string& trouble);
     // Kills it.
     ~ViewProcess();
@@ -35,8 +36,7 @@ class ViewProcess {
     void Wait();
 
   private:
-    ViewProcess(DescriptorSource& descriptors, Handlers handlers, UniqueFd socket, UniqueFd end,
-                int pid);
+    ViewProcess(AsioLoop& loop, Handlers handlers, UniqueFd socket, UniqueFd end, int pid);
     // False when no packet has come.
     bool Receive();
     void SocketReadable();
@@ -46,8 +46,8 @@ class ViewProcess {
     int pid_; // -1 once its end has been seen
     UniqueFd socket_;
     UniqueFd end_; // readable when the process has ended
-    std::unique_ptr<DescriptorSource::Watch> socket_watch_;
-    std::unique_ptr<DescriptorSource::Watch> end_watch_;
+    std::optional<DescriptorWatch> socket_watch_;
+    std::optional<DescriptorWatch> end_watch_;
 };
 
 } // namespace tarnex

@@ -9,10 +9,16 @@ namespace tarnex {
 // started without: writing to that one then fails.
 void OccupyStandardStreams();
 
+// From now on messages that nobody reads and files that may not grow fail to be written, and the
+// process goes on.
+void BrokenStreamsFail();
+
 // Whether a person reads that stream of the process, and colours may be used on it.
 bool StandardOutputIsTerminal();
 bool StandardErrorIsTerminal();
 bool TerminalShowsColours();
+// The width of standard output in characters; 80 where nobody knows.
+std::size_t TerminalColumns();
 // Whether a person can answer questions.
 bool StandardInputIsTerminal();
 

@@ -1,16 +1,17 @@
 #pragma once
 
-#include "adapters/asio/asio_loop.h"
 #include "adapters/system/serial_names.h"
 #include "platform/serial_port.h"
 
 namespace tarnex {
 
-// Serial lines of Linux.
-class TtyPorts : public SerialPorts {
+class AsioLoop;
+
+// The serial lines of this machine. The loop must outlive what is open.
+class SystemSerialPorts : public SerialPorts {
   public:
     // An empty path: that port is absent.
-    TtyPorts(AsioLoop& loop, SerialPaths paths) : loop_(loop), paths_(std::move(paths)) {}
+    SystemSerialPorts(AsioLoop& loop, SerialPaths paths) : loop_(loop), paths_(std::move(paths)) {}
 
     // For the ports that are opened from now on.
     void SetPaths(SerialPaths paths) { paths_ = std::move(paths); }

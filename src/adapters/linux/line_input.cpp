@@ -1,4 +1,4 @@
-#include "adapters/asio/line_input.h"
+#include "adapters/linux/line_input.h"
 
 #include "adapters/asio/loop_core.h"
 

@@ -1,4 +1,4 @@
-#include "adapters/asio/tty_ports.h"
+#include "adapters/system/serial_ports.h"
 
 #include "adapters/asio/loop_core.h"
 #include "adapters/linux/tty_device.h"
@@ -154,7 +154,7 @@ class TtyPort : public SerialPort {
 
 } // namespace
 
-OpenedPort TtyPorts::Open(int number, const LineSettings& settings, SerialEvents events) {
+OpenedPort SystemSerialPorts::Open(int number, const LineSettings& settings, SerialEvents events) {
     OpenedTty opened = OpenTty(DeviceName(number), settings);
     if (opened.status != PortStatus::kOk)
         return {.port = nullptr, .status = opened.status};
@@ -169,7 +169,7 @@ OpenedPort TtyPorts::Open(int number, const LineSettings& settings, SerialEvents
     return {.port = std::make_unique<TtyPort>(loop_, std::move(device), std::move(events))};
 }
 
-std::string TtyPorts::DeviceName(int number) const {
+std::string SystemSerialPorts::DeviceName(int number) const {
     if (number < 1 || number > static_cast<int>(paths_.size()))
         return "";
     return paths_[static_cast<std::size_t>(number) - 1];

@@ -1,6 +1,5 @@
-#include "adapters/asio/tty_ports.h"
 #include "adapters/linux/unique_fd.h"
-#include "adapters/system/serial_names.h"
+#include "adapters/system/serial_ports.h"
 #include "programs/pty_line.h"
 #include "tests/adapters/run_until.h"
 #include "tests/temp_folder.h"
@@ -41,7 +40,7 @@ struct TtyPort : testing::Test {
     std::string heard;
     PtyLine unit{loop, [this](std::string_view bytes) { heard += bytes; }};
     const std::string problem = unit.Open();
-    TtyPorts ports{loop, {unit.DeviceName()}};
+    SystemSerialPorts ports{loop, {unit.DeviceName()}};
     std::unique_ptr<SerialPort> port;
     int losses = 0;
 
@@ -52,7 +51,7 @@ struct TtyPort : testing::Test {
         return opened.status;
     }
     PortStatus OpenPath(const std::string& path) {
-        return TtyPorts(loop, {path}).Open(1, {}, {}).status;
+        return SystemSerialPorts(loop, {path}).Open(1, {}, {}).status;
     }
     UniqueFd OpenDevice() {
         return UniqueFd(open(unit.DeviceName().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+namespace tarnex {
+
+class AsioLoop;
+
+// Requests that this program end, from people and from the system. One that nobody has asked for
+// ends it at once. Handlers are called from the loop, which must outlive the requests.
+class EndRequests {
+  public:
+    explicit EndRequests(AsioLoop& loop);
+    EndRequests(const EndRequests&) = delete;
+    EndRequests& operator=(const EndRequests&) = delete;
+    ~EndRequests();
+
+    // Somebody asks for its end: a key such as Ctrl-C, or a program such as kill.
+    void OnEnd(const std::function<void()>& handler);
+    // Whoever watched it is gone: the terminal has hung up, its window is closed, the user has
+    // logged off.
+    void OnGone(std::function<void()> handler);
+
+  private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+} // namespace tarnex
