@@ -6,7 +6,7 @@ import subprocess
 import unittest
 
 import harness
-from harness import NOBODY, READY, Program, Site
+from harness import NOBODY, READY, Site
 
 FIRST, SECOND, OTHER = "13900000001", "13900000002", "13900000009"
 ANSWERS = ["--number-1", FIRST, "--number-2", SECOND]
@@ -27,15 +27,10 @@ class ControlSite(Site):
     def environment(self):
         return super().environment() | {"TARNEXCOMM_STATUS": self.status}
 
-    def start(self, *arguments):
-        """tarnexctl with work that does not end by itself."""
-        program = harness.programs + "/tarnexctl"
-        return Program(self._test, program, arguments, env=self.environment())
-
     def run(self, *arguments, before=(), stdout=subprocess.PIPE):
         """tarnexctl, started by the program before."""
         return subprocess.run(
-            [*before, harness.programs + "/tarnexctl", *arguments],
+            [*before, *harness.command("tarnexctl", arguments)],
             env=self.environment(),
             stdin=subprocess.DEVNULL,
             stdout=stdout,
@@ -75,8 +70,8 @@ class Control(unittest.TestCase):
 
         unit = site.unit("--sms-seconds", "1")
         service = site.service()
-        watch = site.start("status", "--watch")
-        tail = site.start("log", "tail")
+        watch = site.start("tarnexctl", "status", "--watch")
+        tail = site.start("tarnexctl", "log", "tail")
         monitor = site.monitor()
         monitor.greet("门卫")
         monitor.wait_for(READY)
@@ -123,7 +118,7 @@ class Control(unittest.TestCase):
         self.fails(64, "missing: --port", site.run("setup"))
         site.set_up()
         with open("/dev/full", "w", encoding="ascii") as full:
-            for command in (["settings", "list"], ["metrics"], ["--help"], ["simulate", "--days", "1"]):
+            for command in (["settings", "list"], ["metrics"], ["--help"]):
                 self.fails(74, "standard output", site.run(*command, stdout=full))
         # No file that is written may take the place of a closed output.
         wanted = site.read_settings().replace("Check1(9)=1", "Check1(9)=0")

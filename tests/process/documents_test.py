@@ -88,16 +88,11 @@ class Documents(unittest.TestCase):
     def test_completion_knows_what_comes_next(self):
         settings = ("tarnexctl", "--settings-file", "/elsewhere", "settings")
         for words, offered in [
-            (("tarnexctl", "sta"), ["status"]),
             ((*settings, ""), ["list", "get", "set", "unset", "check"]),
             ((*settings, "set", "alarm-"), ["alarm-number-1", "alarm-number-2"]),
             ((*settings, "set", "alarm-number-1", ""), []),
             ((*settings, "list", "--l"), ["--long"]),
-            (("tarnexctl", "setup", "--number-"), ["--number-1", "--number-2"]),
-            (("tarnexctl", "log", "t"), ["tail"]),
             (("tarnexctl", "log", "create", "/usr/lib/os-r"), ["/usr/lib/os-release"]),
-            (("tarnex-monitor", "l"), ["listen"]),
-            (("tarnex-monitor", "notify", "--service", "w"), ["web"]),
             (("tarnex-monitor", "notify", "--state", ""), ["abnormal", "normal", "lost"]),
             (("tarnex-sim", "--li"), ["--link"]),
             (("tarnex-mail-sink", "--refuse", "rc"), ["rcpt"]),

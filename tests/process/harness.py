@@ -6,6 +6,7 @@ Every program that a test starts ends with the test, however the test ends. What
 said is shown then.
 """
 
+import contextlib
 import os
 import random
 import re
@@ -28,18 +29,7 @@ NOBODY = 65534  # a user without rights
 # Every setting that goes into the unit, and what lets an SMS leave.
 SETTINGS = {
     "Service": {"Enable": "Enable"},
-    "Check": {
-        "Check1(13)": "1",
-        "Check1(8)": "1",
-        "Check1(9)": "1",
-        "Check1(10)": "1",
-        "Check1(11)": "1",
-        "Check1(12)": "1",
-        "Check1(42)": "1",
-        "Check1(44)": "1",
-        "Check1(45)": "1",
-        "Check1(57)": "1",
-    },
+    "Check": {f"Check1({n})": "1" for n in (13, 8, 9, 10, 11, 12, 42, 44, 45, 57)},
     "Text": {
         "Text1(34)": FIRST_NUMBER,
         "Text1(35)": "13900000002",
@@ -64,26 +54,37 @@ def wait_until(condition, what):
     return result
 
 
+def command(name, arguments=(), user=None):
+    """The command line of one of the programs, or of another by its path.
+
+    Everything that a test starts is started by this: what another system's programs are called, and
+    what runs them here, belongs into it.
+    """
+    path = os.path.join(programs, name)
+    if not os.access(path, os.X_OK):
+        raise FileNotFoundError(f"{path}: no such program; build it first")
+    # The kernel ends it with this process, were that to be killed.
+    runner = ["setpriv", "--pdeathsig", "KILL"]
+    if user is not None:
+        runner += [f"--reuid={user}", f"--regid={user}", "--clear-groups"]
+    return [*runner, path, *arguments]
+
+
+def own_address():
+    """An address of this machine that no other test is likely to use."""
+    return "127.%d.%d.%d" % (random.randint(100, 250), random.randint(0, 255), random.randint(1, 254))
+
+
 class Program:
     """A running program, with what it has said on both of its outputs."""
 
-    def __init__(self, test, path, arguments=(), user=None, **options):
-        if not os.access(path, os.X_OK):
-            raise FileNotFoundError(f"{path}: no such program; build it first")
-        self.name = os.path.basename(path)
+    def __init__(self, test, name, arguments=(), user=None, **options):
+        self.name = os.path.basename(name)
         self.lines = []
         self._news = threading.Condition()
-        # The kernel ends it with this process, were that to be killed.
-        command = ["setpriv", "--pdeathsig", "KILL"]
-        if user is not None:
-            command += [f"--reuid={user}", f"--regid={user}", "--clear-groups"]
-        outputs = {"stdout": subprocess.PIPE, "stderr": subprocess.STDOUT}
+        usual = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE, "stderr": subprocess.STDOUT}
         self._process = subprocess.Popen(
-            [*command, path, *arguments],
-            stdin=subprocess.PIPE,
-            encoding="utf-8",
-            errors="replace",
-            **(outputs | options),
+            command(name, arguments, user), encoding="utf-8", errors="replace", **(usual | options)
         )
         self.pid = self._process.pid
         self._reader = threading.Thread(target=self._read)
@@ -233,11 +234,7 @@ class Site:
         test.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
         os.chmod(self.folder, 0o755)
         os.mkdir(self.path("system"))
-        self.address = "127.%d.%d.%d" % (
-            random.randint(220, 250),
-            random.randint(0, 255),
-            random.randint(1, 254),
-        )
+        self.address = own_address()
         self.settings = self.path("system/Tarnex.ini")
         self.log = self.path("log.db")
         if log:
@@ -306,16 +303,12 @@ class Site:
 
     def make_log(self):
         with open(SCHEMA, encoding="utf-8") as schema:
-            database = sqlite3.connect(self.log)
-            database.executescript(schema.read())
-            database.close()
+            with contextlib.closing(sqlite3.connect(self.log)) as database:
+                database.executescript(schema.read())
 
     def rows(self, columns="*"):
-        database = sqlite3.connect(self.log)
-        try:
+        with contextlib.closing(sqlite3.connect(self.log)) as database:
             return database.execute(f"SELECT {columns} FROM Log ORDER BY Number").fetchall()
-        finally:
-            database.close()
 
     # ---- programs
 
@@ -331,21 +324,16 @@ class Site:
         environment.pop("DISPLAY", None)
         return environment | self.desktop
 
-    def start_service(self, *arguments, windir=None, **options):
-        """Starts the service and does not wait for anything; windir "" leaves WINDIR out."""
-        environment = self.environment()
-        if windir is not None:
-            environment["WINDIR"] = windir
-        if windir == "":
-            del environment["WINDIR"]
-        program = programs + "/tarnexcomm"
-        if options.get("user") is not None:  # who perhaps may not enter the folder of the programs
-            program = shutil.copy(program, self.folder)
-        return Program(self._test, program, arguments, env=environment, **options)
+    def start(self, name, *arguments, user=None, **options):
+        """Starts a program in this environment, and does not wait for anything."""
+        if user is not None:  # who perhaps may not enter the folder of the programs
+            name = shutil.copy(os.path.join(programs, name), self.folder)
+        options = {"env": self.environment()} | options
+        return Program(self._test, name, arguments, user, **options)
 
     def service(self, **options):
         """Starts the service and waits for its links."""
-        service = self.start_service(**options)
+        service = self.start("tarnexcomm", **options)
         wait_until(lambda: self.listens() or not service.runs(), "open links")
         self._test.assertTrue(service.runs(), "the service has ended")
         return service
@@ -358,8 +346,7 @@ class Site:
 
     def unit(self, *arguments):
         """Starts the simulated unit on COM3."""
-        arguments = ["--link", self.path("unit"), *arguments]
-        unit = Program(self._test, programs + "/tarnex-sim", arguments)
+        unit = self.start("tarnex-sim", "--link", self.path("unit"), *arguments)
         unit.wait_for("plugged in")
         return unit
 

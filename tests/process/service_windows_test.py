@@ -4,12 +4,11 @@ With TARNEX_PICTURES naming a folder it keeps pictures of them there.
 """
 
 import os
-import re
 import signal
 import unittest
 
 import harness
-from harness import FIRST_NUMBER, READY, Program, Site, wait_until
+from harness import FIRST_NUMBER, READY, Site, wait_until
 from screen import Screen
 
 ALARM = "txSendSMS1031010srv{[b^k^]}98%"
@@ -26,23 +25,22 @@ TRAFFIC = (700, 580)
 
 
 class ServiceWindowsTest(unittest.TestCase):
-    def start(self, dpi=96, size="1400x1000", **changes):
-        """A service on a desktop; the service, its unit and a monitoring program."""
-        self.site = Site(self, **({"DebugMode": "On"} | changes))
+    def start(self, dpi=96, size="1400x1000", debug="On"):
+        """A service on a desktop; itself, its unit, a monitoring program and, if any, its window."""
+        self.site = Site(self, DebugMode=debug)
         self.screen = Screen(self, dpi, size)
         self.site.desktop = self.screen.environment
         unit = self.site.unit()
         service = self.site.service()
         monitor = self.site.monitor()
         monitor.greet()
-        return service, unit, monitor
+        return service, unit, monitor, self.main_window() if debug == "On" else None
 
     def main_window(self):
         return self.screen.window("TarnexComm")
 
     def test_main_window_shows_what_the_service_does(self):
-        service, unit, monitor = self.start()
-        window = self.main_window()
+        service, unit, monitor, window = self.start()
         self.assertEqual(window.size(), (1000, 656))
         monitor.wait_for(READY)
         window.wait_for_line(LINKS, "Send0:tx--Ready")
@@ -65,13 +63,30 @@ class ServiceWindowsTest(unittest.TestCase):
         window.resize(*window.least_size())
         window.picture("main-least-96")
         window.key("alt+x")
-        self.assertEqual(service.wait(), 0)
+        self.assertEqual((service.wait(), service.lines), (0, []))
         monitor.wait_for(b"tx-SMSEnd")
-        self.assertEqual(service.lines, [])
+
+    def test_other_windows_are_reached_and_left(self):
+        service, _, _, window = self.start()
+        window.key("alt+r")
+        core = self.screen.window("TarnexCore")
+        core.key("alt+d")
+        core.wait_for_line((100, -40), "DebugOn: On")
+        core.picture("core-96")
+        window.key("alt+m")
+        form = self.screen.window(MAIL_TITLE)
+        form.click(300, 340)
+        form.key("ctrl+End")
+        form.type("!")
+        wait_until(lambda: form.copied(300, 340, "ctrl+a", "ctrl+c").endswith("!"), "a typed letter")
+        form.picture("mail-96")
+        form.key("alt+x")
+        wait_until(lambda: not form.shown(), "the form is closed")
+        self.assertTrue(window.shown())
+        self.assertEqual(service.stop(), 0)
 
     def test_main_window_on_a_fine_screen(self):
-        service, _, monitor = self.start(192, "2200x1600")
-        window = self.main_window()
+        service, _, monitor, window = self.start(192, "2200x1600")
         self.assertEqual(window.size(), (2000, 1312))
         monitor.wait_for(READY)
         window.wait_for_line(TRAFFIC, "Get :TX:TXCSQ(20,0)\\r\\n")
@@ -80,37 +95,9 @@ class ServiceWindowsTest(unittest.TestCase):
         self.screen.window(MAIL_TITLE).picture("mail-192")
         window.close()
         self.assertEqual(service.wait(), 0)
-        monitor.wait_for(b"tx-SMSEnd")
-
-    def test_other_windows_are_reached_from_the_main_window(self):
-        sink = Program(self, harness.programs + "/tarnex-mail-sink", ["--port", "0"])
-        port = re.search(r"port (\d+)", sink.wait_for("listening on port"))[1]
-        addresses = {"Text1(58)": "unit@site.example", "Text1(59)": "staff@site.example"}
-        service, _, _ = self.start(**{"Text1(29)": f"localhost:{port}", **addresses})
-        window = self.main_window()
-        window.key("alt+m")
-        form = self.screen.window(MAIL_TITLE)
-        form.key("alt+t")  # into the queue
-        sink.wait_for("Test msg.")
-        wait_until(lambda: form.copied(300, 108, "ctrl+a", "ctrl+c") == f"localhost:{port}", "the server")
-        form.click(300, 340)
-        form.key("ctrl+End")
-        form.type(", again")
-        form.key("alt+s")  # at once, with what is on the form
-        sink.wait_for(", again")
-        form.picture("mail-96")
-        form.key("alt+x")
-        wait_until(lambda: not form.shown(), "the form is closed")
-        window.key("alt+r")
-        core = self.screen.window("TarnexCore")
-        core.key("alt+d")
-        core.wait_for_line((100, -40), "DebugOn: On")
-        core.picture("core-96")
-        self.assertTrue(window.shown())
-        self.assertEqual(service.stop(), 0)
 
     def test_debug_mode_is_switched_while_the_service_runs(self):
-        service, unit, monitor = self.start(DebugMode="Off")
+        service, unit, monitor, _ = self.start(debug="Off")
         for mode in ("On", "Off", "On"):
             monitor.wait_for(READY)
             self.site.edit_setting("DebugMode", mode)
@@ -125,8 +112,7 @@ class ServiceWindowsTest(unittest.TestCase):
         self.assertEqual(service.stop(), 0)
 
     def test_service_goes_on_whatever_its_display_does(self):
-        service, unit, monitor = self.start()
-        window = self.main_window()
+        service, unit, monitor, window = self.start()
         monitor.wait_for(READY)
         self.screen.server.send_signal(signal.SIGSTOP)
         # Lines fill all that stands between the service and the display, until nobody sees them any more.

@@ -1,7 +1,6 @@
 """The small monitoring program and the simulated unit, by themselves."""
 
 import os
-import random
 import socket
 import unittest
 
@@ -11,18 +10,19 @@ from harness import Program
 
 class Simulator(unittest.TestCase):
     def start(self, name, *arguments):
-        return Program(self, f"{harness.programs}/{name}", arguments)
+        return Program(self, name, arguments)
 
     def service(self):
         """A socket in the service's place on the second link."""
         service = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
         self.addCleanup(service.close)
         service.settimeout(harness.LIMIT)
-        service.bind(("127.%d.%d.1" % (random.randint(100, 200), random.randint(0, 255)), 7841))
+        service.bind((harness.own_address(), 7841))
         return service
 
     def monitor(self, service, *arguments):
-        return self.start("tarnex-monitor", "--address", service.getsockname()[0], "--link", "2", *arguments)
+        address = service.getsockname()[0]
+        return self.start("tarnex-monitor", "--address", address, "--link", "2", *arguments)
 
     def test_the_monitor_listens_until_a_code_comes(self):
         service = self.service()

@@ -6,7 +6,7 @@ import signal
 import unittest
 
 import harness
-from harness import NOBODY, Program, Site
+from harness import NOBODY, Site
 
 # What a program complains about that reads the settings.
 UNKNOWN_CODE_PAGE = b"[Encoding]\r\nCodePage=Klingon\r\n"
@@ -24,9 +24,8 @@ class StartStop(unittest.TestCase):
         before = files(site.folder)
         for arguments in (["/e"], ["/x"], ["--help"], ["-h"], ["/i", "/u"], ["run"]):
             with self.subTest(arguments):
-                service = site.start_service(*arguments)
-                self.assertEqual(service.wait(), 0)
-                self.assertEqual(service.lines, [])
+                service = site.start("tarnexcomm", *arguments)
+                self.assertEqual((service.wait(), service.lines), (0, []))
                 self.assertEqual(files(site.folder), before)
 
     def test_a_second_instance_ends_in_silence_and_leaves_the_first_alone(self):
@@ -36,9 +35,8 @@ class StartStop(unittest.TestCase):
         monitor.greet()
         with open(site.settings, "ab") as file:
             file.write(UNKNOWN_CODE_PAGE)
-        second = site.start_service()
-        self.assertEqual(second.wait(), 0)
-        self.assertEqual(second.lines, [])
+        second = site.start("tarnexcomm")
+        self.assertEqual((second.wait(), second.lines), (0, []))
         monitor.greet()
         self.assertEqual(first.stop(), 0)
         self.assertEqual(first.lines, [])
@@ -66,8 +64,7 @@ class StartStop(unittest.TestCase):
                 "printf '\\001\\004\\0\\0\\0\\0\\0\\0\\0\\rbye' >&3\n"
             )
         os.chmod(view, 0o755)
-        program = shutil.copy(harness.programs + "/tarnexcomm", site.folder)
-        service = Program(self, program, env=site.environment())
+        service = site.start(shutil.copy(harness.programs + "/tarnexcomm", site.folder))
         self.assertIn("no window can be shown", service.wait_for("\\rbye"))
         self.assertEqual(len(service.said("\\x1B[2J\\n")), 1)
         self.assertEqual(service.stop(), 0)
@@ -81,8 +78,8 @@ class StartStop(unittest.TestCase):
         site.monitor().greet()
         self.assertEqual(service.stop(), 0)
 
-    def ends_with(self, content, mode=None, user=None, status=0):
-        """What it says before it ends by itself. content: of its settings, None for no file."""
+    def ends_with(self, said, content, mode=None, user=None, status=0):
+        """It says that before it ends by itself. content: of its settings, None for no file."""
         site = Site(self)
         os.remove(site.settings)
         if content == "folder":
@@ -93,61 +90,39 @@ class StartStop(unittest.TestCase):
         if mode is not None:
             os.chmod(site.settings, mode)
         before = files(site.path("system"))
-        programs = [site.start_service(user=user)]
+        programs = [site.start("tarnexcomm", user=user)]
         if status != 0:  # not for the service alone
-            for name, *arguments in (["flasher", "--port", "COM3", "--file", "unit.hex"], ["console"]):
-                program = shutil.copy(harness.programs + "/tarnex-" + name, site.folder)
-                programs.append(Program(self, program, arguments, user, env=site.environment()))
+            arguments = ["--port", "COM3", "--file", "unit.hex"]
+            programs.append(site.start("tarnex-flasher", *arguments, user=user))
+            programs.append(site.start("tarnex-console", user=user))
         for program in programs:
             self.assertEqual(program.wait(), status)
             # Without settings the links stand at 127.0.0.1 for a moment, where another may be.
             # Nor may that user make a lock there.
             (line,) = [line for line in program.lines if "settings file" in line]
             self.assertIn(site.settings, line)
+            self.assertIn(said, line)
         self.assertEqual(files(site.path("system")), before)
-        return line
 
     def test_without_a_readable_settings_file_every_program_says_so_and_ends(self):
-        self.assertIn("is missing", self.ends_with(None))
-        self.assertIn("cannot be read (it is no", self.ends_with("folder", status=66))
-        self.assertIn("(it is longer than 1 MiB)", self.ends_with(b";\n" * (1 << 20), status=66))
+        self.ends_with("is missing", None)
+        self.ends_with("cannot be read (it is no", "folder", status=66)
+        self.ends_with("(it is longer than 1 MiB)", b";\n" * (1 << 20), status=66)
         reader = NOBODY if os.geteuid() == 0 else None
-        self.assertIn("(permission denied)", self.ends_with(b"", 0o000, reader, status=77))
+        self.ends_with("(permission denied)", b"", 0o000, reader, status=77)
 
     def test_without_windir_it_creates_nothing(self):
         base = "/var/lib/tarnexcomm"
         if os.path.exists(base):
             self.skipTest(f"{base} belongs to an installed service")
         site = Site(self)
-        before = files(site.folder)
-        service = site.start_service(windir="", cwd=site.folder)
+        environment = site.environment()
+        del environment["WINDIR"]
+        service = site.start("tarnexcomm", env=environment, cwd=site.path("system"))
         self.assertEqual(service.wait(), 0)
         self.assertTrue(service.said(f"The settings file {base}/system/Tarnex.ini is missing"))
-        self.assertFalse(os.path.exists(base))
-        self.assertFalse(os.path.exists("/system"))
-        os.remove(site.path("lock"))
-        self.assertEqual(files(site.folder), before)
-
-    def test_its_settings_end_it_while_it_runs(self):
-        disabled, forbidden, missing = Site(self), Site(self), Site(self)
-        running = []
-        for site, words in (
-            (disabled, "remove the line Enable=Disable"),
-            (forbidden, "write the line Check1(13)=1"),
-            (missing, "is missing"),
-        ):
-            service = site.service()
-            monitor = site.monitor()
-            monitor.greet()
-            running.append((service, monitor, words))
-        disabled.write_settings({"Enable": "Disable"})
-        forbidden.edit_setting("Check1(13)", "0")
-        os.remove(missing.settings)
-        for service, monitor, words in running:
-            self.assertEqual(service.wait(), 0)
-            self.assertEqual(len(service.lines), 1, service.lines)
-            self.assertIn(words, service.lines[0])
-            self.assertNotIn(b"tx-SMSEnd", monitor.received)
+        self.assertFalse(os.path.exists(base) or os.path.exists("/system"))
+        self.assertEqual(files(site.path("system")), [site.settings])
 
 
 harness.run(StartStop)

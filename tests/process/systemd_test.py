@@ -8,8 +8,7 @@ import re
 import sys
 import unittest
 
-from clean_root import find_package, main, needed_packages
-from running_system import RunningSystem
+from clean_root import RunningSystem, find_package, main, needed_packages
 
 PACKAGES, CACHE = sys.argv[1:3]
 SETTINGS = "var/lib/tarnexcomm/system/Tarnex.ini"

@@ -27,7 +27,6 @@ class FakeUnit:
     }
     RUBBISH = [
         [b"\x00\x01\x1b[2J\x7f\xff\r\n"],
-        [b"\xb2\r\n"],  # half a character
         [b"\xc9", b"\xe8\r\n"],  # a character in two halves
         [b"\r", b"\n"],
         [b"TX\r\n~TX:\x81\x81(\r\n"],
@@ -67,10 +66,11 @@ class FakeUnit:
                 self.talk(self)
 
     def wait_for(self, command, times=1):
+        def heard():
+            return sum(c.startswith(command) for c in self._commands) >= times
+
         with self._news:
-            if not self._news.wait_for(
-                lambda: sum(c.startswith(command) for c in self._commands) >= times, LIMIT
-            ):
+            if not self._news.wait_for(heard, LIMIT):
                 raise AssertionError(f"not heard: {command}; heard: {self._commands}")
 
     def _write(self, data):
@@ -116,8 +116,6 @@ class Unit(unittest.TestCase):
         service.wait_for("The log works again; rows lost since the start: 0.")
 
         monitor.wait_for(READY)
-        codes = [code[:9] for code in monitor.received if not code.startswith(b"tx-States")]
-        self.assertEqual(codes, [b"txYesRigh", b"tx-NoConn", b"txVersion", b"tx-Serial", READY])
         monitor.send(ALARM)
         unit.wait_for(f"SMS to number 1 ({FIRST_NUMBER}): {ALARM_TEXT}")
         self.assertEqual(len(reader.execute("SELECT * FROM Log").fetchall()), 2)
