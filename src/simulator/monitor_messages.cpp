@@ -37,6 +37,12 @@ constexpr EventWord kActions[] = {
 };
 // clang-format on
 
+// "" where the table has no such number.
+std::string_view MeaningOf(std::span<const EventWord> words, int number) {
+    const auto found = std::ranges::find(words, number, &EventWord::number);
+    return found == words.end() ? "" : found->meaning;
+}
+
 std::string NameOf(std::span<const EventWord> words, int number) {
     const std::string_view meaning = MeaningOf(words, number);
     return meaning.empty() ? "number " + std::to_string(number) : std::string(meaning);
@@ -118,11 +124,6 @@ std::span<const EventWord> EventStates() {
 }
 std::span<const EventWord> EventActions() {
     return kActions;
-}
-
-std::string_view MeaningOf(std::span<const EventWord> words, int number) {
-    const auto found = std::ranges::find(words, number, &EventWord::number);
-    return found == words.end() ? "" : found->meaning;
 }
 
 std::optional<int> NumberOf(std::span<const EventWord> words, std::string_view text) {

@@ -18,8 +18,6 @@ std::span<const EventWord> EventServices();
 std::span<const EventWord> EventStates();
 std::span<const EventWord> EventActions(); // what the monitoring program does about it
 
-// "" where the table has no such number.
-std::string_view MeaningOf(std::span<const EventWord> words, int number);
 // The number of a word of the table, or the decimal number that text is, 0 to 99, in the table or
 // not; nothing for any other text.
 std::optional<int> NumberOf(std::span<const EventWord> words, std::string_view text);

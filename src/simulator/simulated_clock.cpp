@@ -66,8 +66,4 @@ bool SimulatedClock::RunUntil(const std::function<bool()>& condition, Duration l
     return true;
 }
 
-void SimulatedClock::SetCalendar(const CalendarTime& now) {
-    calendar_offset_ = ToInstant(now) - now_;
-}
-
 } // namespace tarnex

@@ -28,8 +28,6 @@ class SimulatedClock : public Clock {
     // Runs call by call until condition holds; true if it did within limit. Ends at the instant at
     // which it came true, or limit later.
     bool RunUntil(const std::function<bool()>& condition, Duration limit);
-    // Moves the calendar alone, as an operator or a time server does.
-    void SetCalendar(const CalendarTime& now);
 
   private:
     bool RunNext(Duration end);

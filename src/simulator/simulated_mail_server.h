@@ -31,7 +31,6 @@ class SimulatedTcpNetwork : public TcpClients {
     void Serve(const std::string& host, std::uint16_t port, MailSink& sink) {
         servers_[{host, port}] = &sink;
     }
-    void StopServing(const std::string& host, std::uint16_t port) { servers_.erase({host, port}); }
 
     std::unique_ptr<TcpClient> Create(TcpEvents events) override;
     // The server there; nullptr when there is none.
