@@ -187,7 +187,7 @@ void ControlLink::SendEnd() {
 }
 
 bool ControlLink::MaySendTo(int link) const {
-    return (link == 0 || parts_.settings.MultiLink) && parts_.settings.LinkEnabled[link] &&
+    return parts_.settings.LinkEnabled[0] && parts_.settings.LinkEnabled[link] &&
            links_[link].LinkState == Link::State::C;
 }
 

@@ -47,7 +47,6 @@ struct Setting {
 
 // clang-format off
 constexpr Setting kSettings[] = {
-    {u"Check", u"Check1",      8,  1, Flag<&Settings::MultiLink>},
     {u"Check", u"Check1",     58,  1, Flag<&Settings::ForwardFeeSMS>},
     {u"Text",  u"Text1",      37,  1, String<&Settings::LogPath>},
     {u"Combo", u"Combo1",      6,  1, Number<&Settings::SendCount>},

@@ -9,7 +9,6 @@ namespace tarnex {
 
 // The settings as the last load left them.
 struct Settings {
-    bool MultiLink = false;            // links 1 to 4 are sent to as well as link 0
     bool ForwardFeeSMS = false;        // strangers' messages about fees are forwarded
     Text LogPath;                      // of the log database; empty: none
     std::int16_t SendCount = 0;        // times each notification is queued for SMS
@@ -22,7 +21,7 @@ struct Settings {
     bool QuietTimeOn = false;          // the weekly SMS quiet time is in force
     std::array<bool, 7> QuietDay{};    // 0 Sunday to 6 Saturday
     std::array<Text, 14> QuietTimes{}; // start (2d) and end (2d + 1) of weekday d
-    std::array<bool, 5> LinkEnabled{}; // link i may be sent to
+    std::array<bool, 5> LinkEnabled{}; // link i may be sent to, if link 0 may
 };
 
 } // namespace tarnex

@@ -10,7 +10,6 @@ using State = ControlLink::Link::State;
 // Monitoring programs on links 1 and 3 that do nothing by themselves but greet when they start.
 struct ControlLinkTest : NotifyRig {
     ControlLinkTest() {
-        settings.MultiLink = true;
         settings.LinkEnabled.fill(true);
         settings.SMSNotifyOn = true;
         settings.NotifyMode = u"SMS";
@@ -94,9 +93,8 @@ TEST_F(ControlLinkTest, TheSwitchesSilenceLinksButNotGreetings) {
     const Settings before = settings;
     for (const Row& row : {
              Row{[](Settings&) {}, true, true},
-             {[](Settings& s) { s.MultiLink = false; }, true, false},
              {[](Settings& s) { s.LinkEnabled[2] = false; }, true, false},
-             {[](Settings& s) { s.MultiLink = s.LinkEnabled[0] = false; }, false, false},
+             {[](Settings& s) { s.LinkEnabled[0] = false; }, false, false},
          }) {
         settings = before;
         row.set(settings);

@@ -19,7 +19,7 @@ TEST(LoadSettings, AMissingFileLeavesTheLinkOnAndTheServiceOff) {
     EXPECT_TRUE(loaded.enabled);
     EXPECT_FALSE(loaded.allowed);
     EXPECT_FALSE(loaded.settings.AutoSearchOff);
-    EXPECT_FALSE(loaded.settings.MultiLink);
+    EXPECT_FALSE(loaded.settings.LinkEnabled[0]);
     EXPECT_EQ(loaded.settings.SendCount, 0);
 }
 
@@ -46,10 +46,8 @@ TEST(LoadSettings, EveryValueComesFromItsOwnKey) {
     EXPECT_TRUE(Load("[Check]\nCheck1(7)=0\n").settings.AutoSearchOff);
     EXPECT_EQ(on(46).QuietDay, (std::array<bool, 7>{true}));
     EXPECT_TRUE(on(52).QuietDay[6]);
-    EXPECT_TRUE(on(8).MultiLink);
     EXPECT_EQ(on(8).LinkEnabled, (std::array<bool, 5>{true}));
     EXPECT_TRUE(on(12).LinkEnabled[4]);
-    EXPECT_FALSE(on(12).MultiLink);
 
     const Settings texts = Load("[Text]\nText1(37)=/x.db\nText1(38)=7:05\nText1(51)=23:00\n"
                                 "[Combo]\nCombo1(6)=3 times\n[Alarm]\nAlarmLabel(7)=S+E\n")
@@ -64,10 +62,10 @@ TEST(LoadSettings, EveryValueComesFromItsOwnKey) {
 TEST(LoadSettings, ANumberBeyond16BitsKeepsTheOldOne) {
     Settings previous;
     previous.SendCount = 4;
-    previous.MultiLink = true;
+    previous.SMSNotifyOn = true;
     const Settings now = Load("[Combo]\nCombo1(6)=32768\n", previous).settings;
     EXPECT_EQ(now.SendCount, 4);
-    EXPECT_FALSE(now.MultiLink);
+    EXPECT_FALSE(now.SMSNotifyOn);
     EXPECT_EQ(Load("[Combo]\nCombo1(6)=\n", previous).settings.SendCount, 0);
 }
 
