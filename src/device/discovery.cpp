@@ -1,6 +1,7 @@
 #include "device/discovery.h"
 
 #include "device/answer_rules.h"
+#include "settings/setting_table.h"
 
 namespace tarnex {
 
@@ -36,7 +37,7 @@ Task<int> Discovery::Connect(Ports which) {
 }
 
 int Discovery::StoredPort() const {
-    return LeadingInt16(parts_.ini.GetIniStr(u"TarnexComm", u"LastCom")).value_or(0);
+    return LeadingInt16(parts_.ini.GetIniStr("last-port"_setting)).value_or(0);
 }
 
 int Discovery::LastPort() const {

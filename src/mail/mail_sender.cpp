@@ -3,6 +3,7 @@
 #include "mail/server_address.h"
 #include "platform/calendar_text.h"
 #include "platform/error_words.h"
+#include "settings/load_settings.h"
 
 #include <algorithm>
 #include <utility>
@@ -128,7 +129,7 @@ void MailSender::GiveUpForNow() {
 }
 
 void MailSender::LoadMailSettings() {
-    const MailSettings before = std::exchange(settings_, ReadMailSettings(ini_));
+    const MailSettings before = std::exchange(settings_, ReadSettings(*ini_.Snapshot()).mail);
     if (settings_ != before)
         failing_ = false; // what fails with the new settings is worth a new line
 }

@@ -2,12 +2,13 @@
 
 #include "logging/operator_notices.h"
 #include "mail/mail_form.h"
-#include "mail/mail_settings.h"
 #include "mail/smtp_dialogue.h"
 #include "notify/email_fifo.h"
 #include "platform/ring_fifo.h"
 #include "platform/tcp_client.h"
 #include "platform/timer.h"
+#include "settings/my_ini_file.h"
+#include "settings/settings.h"
 
 namespace tarnex {
 
@@ -50,6 +51,7 @@ class MailSender : public EmailFifo {
     void Unload();
     void InitEmailFifo();
     Text GetEmailFifo();
+    // Of one moment, so that a server never meets the password of another one.
     void LoadMailSettings();
     void MailSenderTimer_Timer();
     void GiveUpForNow();

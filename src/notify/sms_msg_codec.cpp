@@ -2,6 +2,7 @@
 
 #include "events/event_names.h"
 #include "notify/sms_command.h"
+#include "settings/setting_table.h"
 
 namespace tarnex {
 
@@ -27,8 +28,8 @@ void SMSMsgCodec::ListEvent(TextView record, const EventRecord& e) {
 }
 
 Text SMSMsgCodec::DecodeSMSCommand(TextView sender, TextView text) const {
-    const AlarmNumbers numbers{.First = settings_file_.GetIniStr(u"Text", u"Text1(34)"),
-                               .Second = settings_file_.GetIniStr(u"Text", u"Text1(35)")};
+    const AlarmNumbers numbers{.First = settings_file_.GetIniStr("alarm-number-1"_setting),
+                               .Second = settings_file_.GetIniStr("alarm-number-2"_setting)};
     return CommandAnswer(numbers, sender, text, clock_.Calendar());
 }
 

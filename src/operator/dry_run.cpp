@@ -1,6 +1,5 @@
 #include "operator/dry_run.h"
 
-#include "mail/mail_settings.h"
 #include "mail/server_address.h"
 #include "operator/record_explanation.h"
 #include "settings/load_settings.h"
@@ -102,7 +101,7 @@ constexpr Duration kRunOut = 1h;
 class DryRun {
   public:
     DryRun(const SettingsFile& file, const CalendarTime& start)
-        : file_(file), settings_(ReadSettings(file.Document(), {}).settings),
+        : file_(file), settings_(ReadSettings(file.Document()).settings),
           system_(file.Content(), file.Encoding(), start),
           monitor_(system_.clock, system_.network, system_.code_page, {.name = u"monitor"}) {
         ServeMail();
@@ -151,7 +150,7 @@ class DryRun {
     }
 
     void ServeMail() {
-        const auto server = ParseServerAddress(ReadMailSettings(file_.Document()).SmtpServer);
+        const auto server = ParseServerAddress(ReadSettings(file_.Document()).mail.SmtpServer);
         if (server)
             system_.tcp.Serve(ToUtf8(server->host), server->port, mail_sink_);
     }

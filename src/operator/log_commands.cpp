@@ -20,7 +20,7 @@ constexpr const char* kColumnNames[] = {"number",  "date",    "time",  "directio
 std::string PathOf(const ControlWorld& world, const std::string& path) {
     if (!path.empty())
         return path;
-    const std::string configured = ToUtf8(SettingsFile(world).Value(*FindSetting("log-database")));
+    const std::string configured = ToUtf8(SettingsFile(world).Value("log-database"_setting));
     if (configured.empty())
         throw Failure(kExitData, "the settings name no log database: name a file, or set it with "
                                  "\"tarnexctl settings set log-database FILE\"");

@@ -1,7 +1,6 @@
 #include "operator/record_explanation.h"
 
 #include "events/event_names.h"
-#include "mail/mail_settings.h"
 #include "mail/server_address.h"
 #include "operator/moment.h"
 #include "platform/calendar_text.h"
@@ -33,7 +32,7 @@ std::string Words(HeldBack reason, char16_t recipient) {
 class Explainer {
   public:
     Explainer(const SettingsFile& file, const CalendarTime& at)
-        : file_(file), at_(at), loaded_(ReadSettings(file.Document(), {})),
+        : file_(file), at_(at), loaded_(ReadSettings(file.Document())),
           settings_(loaded_.settings) {}
 
     RecordExplanation Of(TextView record) {
@@ -66,10 +65,11 @@ class Explainer {
     }
 
     RecordExplanation::Sms Sms(const NotificationPlan::Number& number) const {
-        const std::string n(1, char(number.recipient));
+        const bool first = number.recipient == u'1';
+        const std::string n = first ? "1" : "2";
         RecordExplanation::Sms sms;
         sms.recipient = number.recipient - u'0';
-        sms.number = Text(file_.Value(*FindSetting("alarm-number-" + n)));
+        sms.number = Text(file_.Value(first ? "alarm-number-1"_setting : "alarm-number-2"_setting));
         sms.taken = number.Gets();
         sms.reasons = HeldBackWords(number);
         if (sms.taken) {
@@ -82,7 +82,7 @@ class Explainer {
     }
 
     WayExplanation Mail(const NotificationPlan& plan) const {
-        const MailSettings mail = ReadMailSettings(file_.Document());
+        const MailSettings& mail = loaded_.mail;
         WayExplanation way;
         way.taken = plan.mail.has_value();
         if (!way.taken) {

@@ -17,8 +17,4 @@ struct Finding {
 // What is wrong or dangerous, in the order of the catalogue; stray lines of the file last.
 std::vector<Finding> CheckSettings(const SettingsFile& file);
 
-// Lines of the file that mean nothing: misspelt keys, keys in a wrong section, second lines of a
-// key.
-std::vector<Finding> StrayLines(const SettingsFile& file);
-
 } // namespace tarnex

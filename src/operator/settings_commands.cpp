@@ -1,6 +1,5 @@
 #include "operator/commands.h"
 #include "operator/json_output.h"
-#include "operator/setting_value.h"
 #include "operator/settings_check.h"
 #include "operator/text_output.h"
 
@@ -26,14 +25,14 @@ const Setting& Known(const std::string& name) {
 std::string ShownValue(const Setting& setting, TextView value) {
     if (value.empty())
         return "";
-    if (setting.kind == SettingKind::kPassword)
+    if (setting.Kind() == SettingKind::kPassword)
         return "(set)";
-    if (setting.kind == SettingKind::kSwitch)
+    if (setting.Kind() == SettingKind::kSwitch)
         return IsOn(setting, value) ? "on" : "off";
     return ToUtf8(value);
 }
 
-bool HasPart(const std::string& name, const std::string& part) {
+bool HasPart(std::string_view name, const std::string& part) {
     return name.find(part) != std::string::npos;
 }
 
@@ -53,7 +52,7 @@ std::vector<const Setting*> Wanted(const std::vector<std::string>& names) {
 }
 
 Json ToJson(const ControlWorld& world, const Setting& setting, TextView value) {
-    const bool secret = setting.kind == SettingKind::kPassword;
+    const bool secret = setting.Kind() == SettingKind::kPassword;
     return {{"name", setting.name},
             {"section", ToUtf8(setting.section)},
             {"key", ToUtf8(setting.key)},
@@ -68,13 +67,13 @@ Json ToJson(const ControlWorld& world, const Setting& setting, TextView value) {
 
 void PrintLong(const ControlWorld& world, const Setting& setting, TextView value) {
     TextTable table;
-    table.Add({{setting.name, Colour::kBold}});
+    table.Add({{std::string(setting.name), Colour::kBold}});
     table.Add({"  key", "[" + ToUtf8(setting.section) + "] " + ToUtf8(setting.key)});
-    table.Add({"  meaning", setting.meaning});
+    table.Add({"  meaning", std::string(setting.meaning)});
     table.Add({"  allowed", AllowedValues(setting)});
     table.Add({"  value", value.empty() ? "(none)" : ShownValue(setting, value)});
     table.Add({"  now", Effect(setting, value, world.serial_paths)});
-    table.Add({"  a change", setting.in_force});
+    table.Add({"  a change", std::string(setting.in_force)});
     table.Add({""});
     table.Print(world);
 }
@@ -91,7 +90,7 @@ void PrintShort(const ControlWorld& world, const SettingsFile& file,
             table.Add({{group, Colour::kBold}});
         }
         const TextView value = file.Value(*setting);
-        table.Add({"  " + setting->name, ToUtf8(setting->key),
+        table.Add({"  " + std::string(setting->name), ToUtf8(setting->key),
                    Shortened(ShownValue(*setting, value), kValueColumns),
                    Effect(*setting, value, world.serial_paths)});
     }
@@ -117,23 +116,25 @@ ExitStatus Change(ControlWorld& world, const Setting& setting,
 }
 
 std::string Quoted(const Setting& setting, const std::string& typed) {
-    return setting.kind == SettingKind::kPassword ? "this" : "\"" + typed + "\"";
+    return setting.Kind() == SettingKind::kPassword ? "this" : "\"" + typed + "\"";
 }
 
 const Setting& Changeable(const std::string& name) {
     const Setting& setting = Known(name);
-    if (setting.kind == SettingKind::kRecord)
-        throw Failure(kExitUsage, setting.name + " is written by the service alone; it cannot be "
-                                                 "changed here");
+    if (setting.Kind() == SettingKind::kRecord)
+        throw Failure(kExitUsage, std::string(setting.name) +
+                                      " is written by the service alone; it cannot be "
+                                      "changed here");
     return setting;
 }
 
 // So that a password stands in no list of processes and in no shell's history.
 std::string AskFor(const ControlWorld& world, const Setting& setting) {
-    const bool secret = setting.kind == SettingKind::kPassword;
-    const auto line = world.ask
-                          ? world.ask(setting.name + " (" + AllowedValues(setting) + "): ", secret)
-                          : std::nullopt;
+    const bool secret = setting.Kind() == SettingKind::kPassword;
+    const auto line =
+        world.ask
+            ? world.ask(std::string(setting.name) + " (" + AllowedValues(setting) + "): ", secret)
+            : std::nullopt;
     if (!line)
         throw Failure(kExitUsage, "the value is missing (try \"tarnexctl settings set --help\")");
     return *line;
@@ -169,13 +170,14 @@ ExitStatus SettingsSet(ControlWorld& world, const std::string& name,
     const Setting& setting = Changeable(name);
     const std::string typed = given ? *given : AskFor(world, setting);
     const Text value = StoredForm(setting, typed);
+    const std::string plain(setting.name);
     if (Trim(value).empty())
-        throw Failure(kExitData, setting.name +
+        throw Failure(kExitData, plain +
                                      " cannot be set to nothing: to take the value away, "
                                      "use \"tarnexctl settings unset " +
-                                     setting.name + "\"");
+                                     plain + "\"");
     if (const std::string objection = Objection(setting, value); !objection.empty())
-        throw Failure(kExitData, setting.name + ": " + Quoted(setting, typed) + " " + objection);
+        throw Failure(kExitData, plain + ": " + Quoted(setting, typed) + " " + objection);
     return Change(world, setting, [&](SettingsFile& file) { file.Set(setting, value); });
 }
 

@@ -17,16 +17,16 @@ std::string ReadContent(const SettingsStore& store) {
 }
 
 StartSettings ReadStart(const ControlWorld& world, const std::string& content) {
-    return ReadStartSettings(IniDocument(content, *world.make_code_page("UTF-8")));
+    return ReadSettings(IniDocument(content, *world.make_code_page("UTF-8"))).start;
 }
 
 } // namespace
 
 void CheckHolds(const CodePage& code_page, const std::string& encoding, const Setting& setting,
                 TextView value) {
-    const bool secret = setting.kind == SettingKind::kPassword;
+    const bool secret = setting.Kind() == SettingKind::kPassword;
     if (code_page.Decode(code_page.Encode(value)) != value)
-        throw Failure(kExitData, setting.name + " cannot hold " +
+        throw Failure(kExitData, std::string(setting.name) + " cannot hold " +
                                      (secret ? "this" : "\"" + ToUtf8(value) + "\"") +
                                      ": some of it does not exist in " + encoding +
                                      ", the code page of the settings");
@@ -56,7 +56,7 @@ void SettingsFile::Set(const Setting& setting, TextView value) {
     CheckHolds(*code_page_, encoding_, setting, value);
     const bool unreadable =
         !IsAscii() && (value == u"UTF-8" ? !IsChineseUtf8() : value == u"GBK" && IsUtf8());
-    if (setting.name == "code-page" && unreadable)
+    if (setting.name == "code-page"_setting.name && unreadable)
         throw Failure(kExitData, "code-page cannot be " + ToUtf8(value) + ": " + path_ +
                                      " holds texts that are none. Convert the file first, with "
                                      "iconv, and change the line CodePage by hand");

@@ -2,9 +2,8 @@
 
 #include "operator/control_world.h"
 #include "operator/setting_catalog.h"
+#include "settings/load_settings.h"
 #include "settings/my_ini_file.h"
-#include "settings/settings.h"
-#include "settings/start_settings.h"
 
 namespace tarnex {
 

@@ -1,6 +1,6 @@
 #include "operator/commands.h"
 #include "operator/file_access.h"
-#include "operator/setting_value.h"
+#include "operator/setting_catalog.h"
 #include "operator/settings_check.h"
 #include "operator/settings_file.h"
 #include "operator/setup_questions.h"
@@ -44,14 +44,13 @@ class Draft {
     Draft(const ControlWorld& world, std::string sample)
         : code_page_(world.make_code_page(kEncoding)), content_(std::move(sample)) {}
 
-    void Set(const std::string& name, const std::string& utf8) {
-        const Setting& setting = *FindSetting(name);
+    void Set(const Setting& setting, const std::string& utf8) {
         const Text value = FromUtf8(utf8);
         CheckHolds(*code_page_, kEncoding, setting, value);
         content_ = IniDocument::Set(content_, *code_page_, setting.section, setting.key, value)
                        .value(); // the value fits the setting
     }
-    void Switch(const std::string& name, bool on) { Set(name, on ? "1" : "0"); }
+    void Switch(const Setting& setting, bool on) { Set(setting, on ? "1" : "0"); }
     const std::string& Content() const { return content_; }
 
   private:
@@ -64,18 +63,18 @@ std::string Content(const ControlWorld& world, const std::string& sample,
     Draft draft(world, sample);
     for (const SetupQuestion& question : SetupQuestions())
         if (const auto answer = answers.find(question.name);
-            answer != answers.end() && *question.setting)
-            draft.Set(question.setting, answer->second == kNone ? "" : answer->second);
+            answer != answers.end() && question.setting)
+            draft.Set(*question.setting, answer->second == kNone ? "" : answer->second);
     const PortAnswer port = ParsePort(answers.at("port"), world.serial_paths).value();
     if (port.number != 0)
-        draft.Set("last-port", std::to_string(port.number));
+        draft.Set("last-port"_setting, std::to_string(port.number));
     if (!port.device.empty())
-        draft.Set("com1-device", port.device);
-    draft.Switch("sms-to-number-1", true);
+        draft.Set("com1-device"_setting, port.device);
+    draft.Switch("sms-to-number-1"_setting, true);
     // One telephone needs each text once.
-    draft.Switch("sms-to-number-2", answers.at("number-2") != answers.at("number-1"));
-    draft.Switch("mail-login", answers.contains("mail-password"));
-    draft.Set("log-database", log_path);
+    draft.Switch("sms-to-number-2"_setting, answers.at("number-2") != answers.at("number-1"));
+    draft.Switch("mail-login"_setting, answers.contains("mail-password"));
+    draft.Set("log-database"_setting, log_path);
     return draft.Content();
 }
 
@@ -101,9 +100,8 @@ bool StillTheSample(const ControlWorld& world, const std::string& sample_path) {
     const SettingsFile present(world);
     const SettingsFile sample(world, sample_path);
     return std::ranges::all_of(
-        std::array{"alarm-number-1", "alarm-number-2"}, [&](const char* name) {
-            return present.Value(*FindSetting(name)) == sample.Value(*FindSetting(name));
-        });
+        std::array{&"alarm-number-1"_setting, &"alarm-number-2"_setting},
+        [&](const Setting* number) { return present.Value(*number) == sample.Value(*number); });
 }
 
 void WriteSettings(const ControlWorld& world, const std::string& content, bool replace) {
@@ -167,7 +165,7 @@ ExitStatus Setup(ControlWorld& world, const SetupOptions& options) {
         options.log_path.empty()
             ? (fs::absolute(path).parent_path().parent_path() / "log.db").string()
             : options.log_path;
-    if (const std::string wrong = Objection(*FindSetting("log-database"), FromUtf8(log_path));
+    if (const std::string wrong = Objection("log-database"_setting, FromUtf8(log_path));
         !wrong.empty())
         throw Failure(kExitData, "--log-database: \"" + log_path + "\" " + wrong);
 

@@ -1,7 +1,7 @@
 #include "operator/setup_questions.h"
 
 #include "operator/file_access.h"
-#include "operator/setting_value.h"
+#include "operator/setting_catalog.h"
 #include "operator/text_output.h"
 
 #include <algorithm>
@@ -16,15 +16,15 @@ constexpr const char* kPortForms = "a device such as /dev/ttyUSB0, COM1 to COM20
 
 // clang-format off
 constexpr SetupQuestion kQuestions[] = {
-    {"port",          "Serial port of the unit: a device such as /dev/ttyUSB0, COM1 to COM20, or search", "", kSearch, false, false, ""},
-    {"number-1",      "First alarm telephone number; it may also command by SMS",                         "alarm-number-1", "", false, false, ""},
-    {"number-2",      "Second alarm telephone number; with one telephone only, the same",                 "alarm-number-2", "=number-1", false, false, ""},
-    {"sms-centre",    "SMS service centre of your carrier",                                               "sms-centre", "", false, false, ""},
-    {"mail-server",   "Mail server, as host or host:port, or none",                                       "mail-server", kNone, true, false, ""},
-    {"mail-from",     "Sender of the mails",                                                              "mail-from", "", false, false, "mail-server"},
-    {"mail-to",       "Recipient of the mails",                                                           "mail-to", "", false, false, "mail-server"},
-    {"mail-user",     "User name at the mail server, or none",                                            "mail-user", kNone, true, false, "mail-server"},
-    {"mail-password", "Password at the mail server",                                                      "mail-password", "", false, true, "mail-user"},
+    {"port",          "Serial port of the unit: a device such as /dev/ttyUSB0, COM1 to COM20, or search", nullptr, kSearch, false, false, ""},
+    {"number-1",      "First alarm telephone number; it may also command by SMS",                         &"alarm-number-1"_setting, "", false, false, ""},
+    {"number-2",      "Second alarm telephone number; with one telephone only, the same",                 &"alarm-number-2"_setting, "=number-1", false, false, ""},
+    {"sms-centre",    "SMS service centre of your carrier",                                               &"sms-centre"_setting, "", false, false, ""},
+    {"mail-server",   "Mail server, as host or host:port, or none",                                       &"mail-server"_setting, kNone, true, false, ""},
+    {"mail-from",     "Sender of the mails",                                                              &"mail-from"_setting, "", false, false, "mail-server"},
+    {"mail-to",       "Recipient of the mails",                                                           &"mail-to"_setting, "", false, false, "mail-server"},
+    {"mail-user",     "User name at the mail server, or none",                                            &"mail-user"_setting, kNone, true, false, "mail-server"},
+    {"mail-password", "Password at the mail server",                                                      &"mail-password"_setting, "", false, true, "mail-user"},
 };
 // clang-format on
 
@@ -35,9 +35,8 @@ std::string Wrong(const ControlWorld& world, const SetupQuestion& question,
         return "";
     if (std::string(question.name) == "port")
         return ParsePort(answer, world.serial_paths) ? "" : std::string("is not ") + kPortForms;
-    const Setting& setting = *FindSetting(question.setting);
     const Text value = FromUtf8(answer);
-    return Trim(value).empty() ? "must not be empty" : Objection(setting, value);
+    return Trim(value).empty() ? "must not be empty" : Objection(*question.setting, value);
 }
 
 std::string ReadSecret(const std::string& path) {
@@ -117,7 +116,7 @@ std::optional<PortAnswer> ParsePort(const std::string& answer, const SerialPaths
         if (EqualIgnoringCase(FromUtf8(answer), u"COM" + ToText(number)) ||
             answer == std::to_string(number) || answer == defaults[std::size_t(number) - 1])
             return PortAnswer{.number = number, .device = ""};
-    if (answer.starts_with('/') && Objection(*FindSetting("com1-device"), FromUtf8(answer)).empty())
+    if (answer.starts_with('/') && Objection("com1-device"_setting, FromUtf8(answer)).empty())
         return PortAnswer{.number = 1, .device = answer};
     return std::nullopt;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "operator/control_world.h"
+#include "settings/setting_table.h"
 
 #include <map>
 #include <span>
@@ -14,7 +15,7 @@ inline constexpr const char* kNone = "none";
 struct SetupQuestion {
     const char* name;
     const char* prompt;
-    const char* setting;       // that takes the answer, which must fit it; "" for none
+    const Setting* setting;    // that takes the answer, which must fit it; nullptr for none
     const char* default_value; // "": the question needs an answer; "=name": the answer to that one
     bool none_allowed;         // kNone is an answer
     bool secret;               // typed without an echo; the flag, + "-file", names a file

@@ -1,7 +1,7 @@
 #include "operator/commands.h"
 #include "operator/service_state.h"
-#include "operator/setting_catalog.h"
 #include "operator/text_output.h"
+#include "settings/setting_table.h"
 
 #include <algorithm>
 #include <ostream>
@@ -25,9 +25,9 @@ std::string Number(const Json& value) {
 // The names of the start-up steps: the settings kept in the unit, then two readings.
 std::vector<std::string> StepNames() {
     std::vector<std::string> names;
-    for (const Setting& setting : SettingCatalog())
-        if (setting.kept_in_unit)
-            names.push_back(setting.name);
+    for (const Setting& setting : kSettings)
+        if (!setting.record.empty())
+            names.emplace_back(setting.name);
     names.insert(names.end(), {"version", "serial"});
     return names;
 }

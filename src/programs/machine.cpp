@@ -49,13 +49,13 @@ ExitStatus Machine::TakeSettings() {
                                            "must be able to read the file."));
         return StatusFor(reading.problem);
     }
-    const std::string named = ReadStartSettings(IniDocument(reading.content, code_page)).code_page;
+    const std::string named = ReadSettings(IniDocument(reading.content, code_page)).start.code_page;
     if (IconvCodePage::Supported(named))
         code_page = IconvCodePage(named);
     else
         Say("The settings in " + store.Name() + ", section [Encoding], name the code page \"" +
             named + "\". GBK and UTF-8 are supported; going on with GBK.");
-    settings = ReadStartSettings(IniDocument(reading.content, code_page));
+    settings = ReadSettings(IniDocument(reading.content, code_page)).start;
     ports.SetPaths(SerialDevicePaths(settings.device_paths));
     return kExitDone;
 }

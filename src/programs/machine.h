@@ -7,7 +7,7 @@
 #include "adapters/system/iconv_code_page.h"
 #include "adapters/system/serial_ports.h"
 #include "platform/exit_status.h"
-#include "settings/start_settings.h"
+#include "settings/load_settings.h"
 
 namespace tarnex {
 

@@ -11,7 +11,7 @@
 #include "adapters/system/status_file.h"
 #include "adapters/system/terminal.h"
 #include "operator/command_line.h"
-#include "settings/start_settings.h"
+#include "settings/load_settings.h"
 
 #include <cstdlib>
 #include <filesystem>

@@ -2,7 +2,6 @@
 
 #include "settings/load_settings.h"
 #include "settings/my_ini_file.h"
-#include "settings/start_settings.h"
 
 #include <string>
 

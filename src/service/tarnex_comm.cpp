@@ -2,6 +2,7 @@
 
 #include "device/flash_report.h"
 #include "service/settings_notices.h"
+#include "settings/setting_table.h"
 
 namespace tarnex {
 
@@ -195,7 +196,7 @@ void TarnexComm::ResetUnitState() {
 }
 
 void TarnexComm::TakeSearchAndDebug() {
-    const bool debug = ini_.GetIniStr(u"Debug", u"DebugMode") == u"On";
+    const bool debug = ini_.IsOn("debug-mode"_setting);
     core_.OCXDebug(debug ? u"On" : u"Off");
     lists_.DebugOn = debug;
     ShowWindow(debug);
@@ -215,13 +216,12 @@ void TarnexComm::LoadSettings() {
 }
 
 LoadedSettings TarnexComm::ReadAndApply() {
-    const std::shared_ptr<const IniDocument> file = ini_.Snapshot();
-    const LoadedSettings loaded = ReadSettings(*file, settings_);
+    const LoadedSettings loaded = ReadSettings(*ini_.Snapshot(), settings_);
     doubt_ = ini_.ReadProblem() || !loaded.enabled || !loaded.allowed;
     if (doubt_)
         return loaded;
     Apply(loaded.settings);
-    TellOfRestart(ReadStartSettings(*file));
+    TellOfRestart(loaded.start);
     const std::string name = world_.settings_store.Name();
     notices_.Report("settings reading", "", "The settings file " + name + " can be read again.");
     notices_.Report("settings", WhyNotWritten(world_.settings_store, ini_),

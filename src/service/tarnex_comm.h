@@ -8,7 +8,6 @@
 #include "service/status_report.h"
 #include "service/unit_sms_sender.h"
 #include "settings/load_settings.h"
-#include "settings/start_settings.h"
 #include "supervision/connection_supervision.h"
 #include "supervision/supervision_cycle.h"
 #include "ui/view.h"

@@ -1,80 +1,73 @@
 #include "settings/load_settings.h"
 
+#include "platform/error_words.h"
+#include "settings/setting_table.h"
+
+#include <algorithm>
+
 namespace tarnex {
 
 namespace {
 
-bool IsOn(TextView value) {
-    return value == u"1";
-}
+constexpr const char* kDefaultBaseFolder = "/var/lib/tarnexcomm";
 
-// How the index-th value of a row is stored.
-using Store = void (*)(Settings& to, int index, TextView value);
-
-template <bool Settings::*flag>
-void Flag(Settings& to, int, TextView value) {
-    to.*flag = IsOn(value);
-}
-template <bool Settings::*flag>
-void OnAtZero(Settings& to, int, TextView value) {
-    to.*flag = value == u"0";
-}
-template <Text Settings::*text>
-void String(Settings& to, int, TextView value) {
-    to.*text = value;
-}
-template <std::int16_t Settings::*number>
-void Number(Settings& to, int, TextView value) {
-    to.*number = LeadingInt16(value).value_or(to.*number);
-}
-template <auto flags>
-void Flags(Settings& to, int index, TextView value) {
-    (to.*flags)[index] = IsOn(value);
-}
-template <auto texts>
-void Strings(Settings& to, int index, TextView value) {
-    (to.*texts)[index] = value;
-}
-
-// The keys control(first), control(first + 1) ... of a section.
-struct Setting {
-    TextView section;
-    TextView control;
-    int first;
-    int count;
-    Store store;
+struct Advice {
+    std::errc problem;
+    const char* words;
 };
-
-// clang-format off
-constexpr Setting kSettings[] = {
-    {u"Check", u"Check1",     58,  1, Flag<&Settings::ForwardFeeSMS>},
-    {u"Text",  u"Text1",      37,  1, String<&Settings::LogPath>},
-    {u"Combo", u"Combo1",      6,  1, Number<&Settings::SendCount>},
-    {u"Alarm", u"AlarmLabel",  7,  1, String<&Settings::NotifyMode>},
-    {u"Check", u"Check1",      5,  1, Flag<&Settings::SMSNotifyOn>},
-    {u"Check", u"Check1",     39,  1, Flag<&Settings::EmailNotifyOn>},
-    {u"Check", u"Check1",      7,  1, OnAtZero<&Settings::AutoSearchOff>},
-    {u"Check", u"Check1",     42,  1, Flag<&Settings::SwitchCheck42>},
-    {u"Check", u"Check1",     43,  1, Flag<&Settings::SwitchCheck43>},
-    {u"Check", u"Check1",      6,  1, Flag<&Settings::QuietTimeOn>},
-    {u"Check", u"Check1",     46,  7, Flags<&Settings::QuietDay>},
-    {u"Text",  u"Text1",      38, 14, Strings<&Settings::QuietTimes>},
-    {u"Check", u"Check1",      8,  5, Flags<&Settings::LinkEnabled>},
+constexpr const char* kPutBack = "Put an ordinary file back in its place.";
+constexpr const char* kFreeFiles = "End what holds so many files open, or raise the limit.";
+constexpr Advice kAdvice[] = {
+    {std::errc::is_a_directory, kPutBack},
+    {std::errc::not_a_directory, "Put its folder back in its place."},
+    {std::errc::too_many_symbolic_link_levels, kPutBack},
+    {std::errc::file_too_large, "Take out what has filled it."},
+    {std::errc::too_many_files_open, kFreeFiles},
+    {std::errc::too_many_files_open_in_system, kFreeFiles},
+    {std::errc::not_enough_memory, "Free memory."},
 };
-// clang-format on
 
 } // namespace
 
 LoadedSettings ReadSettings(const IniDocument& file, const Settings& previous) {
-    LoadedSettings loaded{.settings = previous};
-    loaded.enabled = file.Get(u"Service", u"Enable") != u"Disable";
+    LoadedSettings loaded;
+    loaded.settings = previous;
     for (const Setting& setting : kSettings)
-        for (int i = 0; i < setting.count; ++i) {
-            const Text key = Text(setting.control) + u"(" + ToText(setting.first + i) + u")";
-            setting.store(loaded.settings, i, file.Get(setting.section, key));
-        }
-    loaded.allowed = IsOn(file.Get(u"Check", u"Check1(13)"));
+        if (setting.land)
+            setting.land(loaded, setting, file.Get(setting.section, setting.key));
     return loaded;
+}
+
+SettingsReading ReadAtStart(const SettingsStore& store, const CodePage& code_page,
+                            const std::function<void()>& pause) {
+    SettingsReading reading = store.Read();
+    const LoadedSettings loaded = ReadSettings(IniDocument(reading.content, code_page));
+    if (loaded.enabled && loaded.allowed)
+        return reading;
+    pause();
+    return store.Read();
+}
+
+std::string Unreadable(const std::string& file, std::error_code problem) {
+    std::string words = WordsFor(problem).english;
+    if (problem == std::errc::is_a_directory)
+        words = "it is no ordinary file";
+    else if (problem == std::errc::file_too_large)
+        words = "it is longer than 1 MiB";
+    return "The settings file " + file + " cannot be read (" + words + ")";
+}
+
+std::string ReadingAdvice(std::error_code problem, const std::string& for_rights) {
+    const auto advice =
+        std::ranges::find_if(kAdvice, [&](const Advice& each) { return problem == each.problem; });
+    if (problem == std::errc::permission_denied)
+        return for_rights;
+    return advice == std::end(kAdvice) ? "Look for a failing disk." : advice->words;
+}
+
+std::string SettingsPath(const char* windir) {
+    const std::string base = windir && *windir ? windir : kDefaultBaseFolder;
+    return base + "/system/Tarnex.ini";
 }
 
 } // namespace tarnex

@@ -1,5 +1,7 @@
 #include "settings/my_ini_file.h"
 
+#include "settings/setting.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -39,6 +41,18 @@ bool MyIniFile::WriteIniStr(TextView section, std::span<const TextView> keys, Te
     if (IsBlank(section) || IsBlank(value) || std::ranges::any_of(keys, IsBlank))
         return false;
     return Write(section, keys, value);
+}
+
+Text MyIniFile::GetIniStr(const Setting& setting) const {
+    return GetIniStr(setting.section, setting.key);
+}
+
+bool MyIniFile::WriteIniStr(const Setting& setting, TextView value) {
+    return WriteIniStr(setting.section, setting.key, value);
+}
+
+bool MyIniFile::IsOn(const Setting& setting) const {
+    return tarnex::IsOn(setting, GetIniStr(setting));
 }
 
 bool MyIniFile::Write(TextView section, std::span<const TextView> keys, TextView value) {

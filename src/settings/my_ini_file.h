@@ -9,6 +9,8 @@
 
 namespace tarnex {
 
+struct Setting;
+
 // The settings file: nothing that is read here is older than the file, unless the file is there and
 // cannot be read: what was read last holds on then. Section and key names
 // compare without case; a value is everything behind "=", cut to its first 128 characters.
@@ -28,6 +30,12 @@ class MyIniFile {
     bool WriteIniStr(TextView section, TextView key, TextView value);
     // The same value under several keys in their order, all in one step or none.
     bool WriteIniStr(TextView section, std::span<const TextView> keys, TextView value);
+
+    // The same for the section and key of a setting.
+    Text GetIniStr(const Setting& setting) const;
+    bool WriteIniStr(const Setting& setting, TextView value);
+    // Whether a switch is on.
+    bool IsOn(const Setting& setting) const;
 
     // The last value that was to be written is not in the file: it cannot be written. One that
     // failed since the file cannot be read counts until that is read again.

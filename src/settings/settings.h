@@ -22,6 +22,36 @@ struct Settings {
     std::array<bool, 7> QuietDay{};    // 0 Sunday to 6 Saturday
     std::array<Text, 14> QuietTimes{}; // start (2d) and end (2d + 1) of weekday d
     std::array<bool, 5> LinkEnabled{}; // link i may be sent to, if link 0 may
+    friend bool operator==(const Settings&, const Settings&) = default;
+};
+
+// The mail settings of one moment.
+struct MailSettings {
+    bool MailAuth = false; // log in with AUTH LOGIN
+    Text SmtpServer;       // host, or host ":" port
+    Text SmtpUser;
+    Text SmtpPassword;
+    Text MailFrom; // sender address
+    Text MailTo;   // recipient address
+    friend bool operator==(const MailSettings&, const MailSettings&) = default;
+};
+
+// What is read once, when the program starts; a change takes effect with the next start.
+struct StartSettings {
+    std::array<std::string, 20> device_paths; // of COM1 to COM20; "" where the default holds
+    std::string bind_address = "127.0.0.1";   // of the control-link sockets
+    std::string code_page = "GBK";            // of the settings file, datagrams, mails and lines
+    friend bool operator==(const StartSettings&, const StartSettings&) = default;
+};
+
+// What one reading of the file says, and its two run gates.
+struct LoadedSettings {
+    Settings settings;
+    MailSettings mail;
+    StartSettings start;
+    bool enabled = true;  // Service/Enable is not "Disable"
+    bool allowed = false; // Check1(13) is "1"
+    friend bool operator==(const LoadedSettings&, const LoadedSettings&) = default;
 };
 
 } // namespace tarnex

@@ -1,13 +1,24 @@
 #include "supervision/connection_supervision.h"
 
 #include "device/answer_rules.h"
-#include "settings/device_record.h"
+#include "settings/setting_table.h"
 
 namespace tarnex {
 
 namespace {
 
 constexpr Duration kSearchPeriod = 5s;
+constexpr TextView kUnknown = u"@v@";
+
+// Marks every value of the device record as unknown, so that the unit gets each one again. False
+// when the file cannot be written, so that the record stays as it was.
+bool InvalidateUnitSettings(MyIniFile& file) {
+    std::vector<TextView> keys;
+    for (const Setting& setting : kSettings)
+        if (!setting.record.empty())
+            keys.push_back(setting.record);
+    return file.WriteIniStr(kDeviceRecord, keys, kUnknown) && !file.LastWriteFailed();
+}
 
 } // namespace
 
@@ -53,15 +64,15 @@ Task<> ConnectionSupervision::Greet(const UnitGuard& guard) {
 Task<> ConnectionSupervision::Search() {
     parts_.link.SendToMonitors(u"tx-NoConn");
     parts_.lists.mList1Additem(u"开始寻找 Tarnex");
-    parts_.ini.WriteIniStr(u"Text", u"Text1(33)", u"*");
+    parts_.ini.WriteIniStr("unit-port"_setting, u"*");
     int port = co_await parts_.core.discovery.Connect(Discovery::Ports::kLast);
     if (port == 0)
         port = co_await parts_.core.discovery.Connect(Discovery::Ports::kAll);
     if (port != 0) {
         const Text number = ToText(port);
         parts_.lists.mList1Additem(u"在 com" + number + u" 找到 Tarnex");
-        parts_.ini.WriteIniStr(u"Text", u"Text1(33)", u"Com" + number);
-        parts_.ini.WriteIniStr(u"TarnexComm", u"LastCom", number);
+        parts_.ini.WriteIniStr("unit-port"_setting, u"Com" + number);
+        parts_.ini.WriteIniStr("last-port"_setting, number);
     } else {
         parts_.lists.mList1Additem(u"没找到 Tarnex");
     }

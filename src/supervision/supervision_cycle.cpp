@@ -2,7 +2,7 @@
 
 #include "device/answer_rules.h"
 #include "platform/calendar_text.h"
-#include "settings/device_record.h"
+#include "settings/setting_table.h"
 
 namespace tarnex {
 
@@ -33,28 +33,34 @@ Text OnOff(const Text& value) {
     return value == u"1" ? u"On" : u"Off";
 }
 
-// A setting that is kept in the unit: where the wanted value stands, under which key of section
-// "TarnexComm" the value last written is recorded, and the command that writes it.
+// A setting that is kept in the unit, and the command that writes it.
 struct UnitSetting {
-    TextView section;
-    TextView key;
-    TextView record_key;
+    const Setting& setting;
     Task<Text> (*write)(CommandSet& unit, const Text& value);
 };
 using Unit = CommandSet;
 // clang-format off
 constexpr UnitSetting kUnitSettings[] = {
-    {u"Text",  u"Text1(34)",  u"TelNo1",          [](Unit& u, const Text& v) { return u.WRNO(v, u"1"); }},
-    {u"Text",  u"Text1(35)",  u"TelNo2",          [](Unit& u, const Text& v) { return u.WRNO(v, u"2"); }},
-    {u"Text",  u"Text1(36)",  u"SMSCenter",       [](Unit& u, const Text& v) { return u.WRCSCA(v); }},
-    {u"combo", u"combo1(5)",  u"CommAlarmTime",   [](Unit& u, const Text& v) { return u.WRDT(v); }},
-    {u"Combo", u"Combo1(6)",  u"SendTimes",       [](Unit& u, const Text& v) { return u.WRAT(ToText(LeadingInt16(v).value_or(0))); }},
-    {u"Check", u"Check1(45)", u"CommAlarmEnable", [](Unit& u, const Text& v) { return u.TXCON(OnOff(v)); }},
-    {u"Check", u"Check1(44)", u"PowrAlarmEnable", [](Unit& u, const Text& v) { return u.TXPWR(OnOff(v)); }},
-    {u"Text",  u"Text1(32)",  u"TarnexName",      [](Unit& u, const Text& v) { return u.WRName(v); }},
-    {u"Check", u"Check1(57)", u"NameEnable",      [](Unit& u, const Text& v) { return u.NameMode(OnOff(v)); }},
+    {"alarm-number-1"_setting,           [](Unit& u, const Text& v) { return u.WRNO(v, u"1"); }},
+    {"alarm-number-2"_setting,           [](Unit& u, const Text& v) { return u.WRNO(v, u"2"); }},
+    {"sms-centre"_setting,               [](Unit& u, const Text& v) { return u.WRCSCA(v); }},
+    {"communication-alarm-time"_setting, [](Unit& u, const Text& v) { return u.WRDT(v); }},
+    {"send-count"_setting,               [](Unit& u, const Text& v) { return u.WRAT(ToText(LeadingInt16(v).value_or(0))); }},
+    {"communication-alarm"_setting,      [](Unit& u, const Text& v) { return u.TXCON(OnOff(v)); }},
+    {"power-alarm"_setting,              [](Unit& u, const Text& v) { return u.TXPWR(OnOff(v)); }},
+    {"unit-name"_setting,                [](Unit& u, const Text& v) { return u.WRName(v); }},
+    {"unit-name-shown"_setting,          [](Unit& u, const Text& v) { return u.NameMode(OnOff(v)); }},
 };
 // clang-format on
+
+consteval bool CoversTheTable() {
+    std::size_t step = 0;
+    for (const Setting& setting : kSettings)
+        if (!setting.record.empty() && &setting != &kUnitSettings[step++].setting)
+            return false;
+    return step == std::size(kUnitSettings);
+}
+static_assert(CoversTheTable(), "each setting kept in the unit needs its command, in their order");
 
 // What is read from the unit once its settings are written.
 struct IdentityStep {
@@ -112,8 +118,8 @@ Task<> SupervisionCycle::RunSteps(const UnitGuard& guard) {
     if (guard.Lost())
         co_return;
     TakeReceivedSMS();
-    parts_.settings.SwitchCheck42 = parts_.ini.GetIniStr(u"Check", u"Check1(42)") == u"1";
-    parts_.settings.SwitchCheck43 = parts_.ini.GetIniStr(u"Check", u"Check1(43)") == u"1";
+    parts_.settings.SwitchCheck42 = parts_.ini.IsOn("sms-to-number-1"_setting);
+    parts_.settings.SwitchCheck43 = parts_.ini.IsOn("sms-to-number-2"_setting);
     const bool written = co_await WriteSettings(guard);
     if (!written)
         co_return;
@@ -184,16 +190,16 @@ void SupervisionCycle::ForwardFee(const Text& sender, const Text& text) {
 
 Task<bool> SupervisionCycle::WriteSettings(const UnitGuard& guard) {
     for (std::size_t step = 0; step < std::size(kUnitSettings); ++step) {
-        const UnitSetting& setting = kUnitSettings[step];
-        const Text wanted = parts_.ini.GetIniStr(setting.section, setting.key);
+        const UnitSetting& row = kUnitSettings[step];
+        const Text wanted = parts_.ini.GetIniStr(row.setting);
         const bool record_counts =
             !parts_.unit.DeviceRecordStale || parts_.unit.UnitInitFlags[step] == u'1';
-        if (record_counts && wanted == parts_.ini.GetIniStr(kDeviceRecord, setting.record_key))
+        if (record_counts && wanted == parts_.ini.GetIniStr(kDeviceRecord, row.setting.record))
             continue;
-        const Text reply = co_await setting.write(parts_.core.commands, wanted);
+        const Text reply = co_await row.write(parts_.core.commands, wanted);
         if (guard.Lost() || reply != kOk)
             co_return false;
-        parts_.ini.WriteIniStr(kDeviceRecord, setting.record_key, wanted);
+        parts_.ini.WriteIniStr(kDeviceRecord, row.setting.record, wanted);
         parts_.unit.UnitInitFlags[step] = u'1';
     }
     co_return true;

@@ -1,8 +1,5 @@
-#include "operator/setting_value.h"
-#include "settings/load_settings.h"
+#include "operator/setting_catalog.h"
 #include "tests/operator/control_fixture.h"
-
-#include <set>
 
 #include <nlohmann/json.hpp>
 
@@ -13,76 +10,42 @@ using nlohmann::json;
 
 class SettingsCommands : public ControlTest {};
 
-TEST(SettingCatalog, HasEveryKeyOfTheSampleOnceAndAllItsValuesFit) {
-    std::set<std::string> names;
-    for (const Setting& setting : SettingCatalog()) {
-        EXPECT_TRUE(names.insert(setting.name).second) << setting.name;
-        EXPECT_FALSE(setting.meaning.empty() || setting.when_set.empty() ||
-                     setting.when_not_set.empty() || setting.in_force.empty())
-            << setting.name;
-        EXPECT_EQ(FindSetting(setting.name), &setting);
-        EXPECT_EQ(FindSetting(ToUtf8(setting.section) + "/" + ToUtf8(setting.key)), &setting);
-    }
-    std::string sample = FileContent(TARNEX_PACKAGING "/Tarnex.ini.sample");
-    for (const char* key : {"\n;COM", "\n;BindAddress", "\n;CodePage"})
-        for (std::size_t at; (at = sample.find(key)) != sample.npos;)
-            sample.erase(at + 1, 1);
-    int found = 0;
-    for (const auto& line : IniDocument::KeyLines(sample, IconvCodePage("GBK"))) {
-        const Setting* setting = FindSetting(line.section, line.key);
-        ASSERT_TRUE(setting) << ToUtf8(line.key);
-        EXPECT_TRUE(line.value.empty() || Objection(*setting, line.value).empty()) << setting->name;
-        ++found;
-    }
-    EXPECT_GE(found, 75);
-}
-
-TEST(SettingCatalog, SwitchesMeanWhatTheServiceReads) {
-    const Settings none;
-    for (const char* value : {"", "0", "1", "on"}) {
-        const IniDocument file("[Check]\nCheck1(7)=" + std::string(value) +
-                                   "\nCheck1(42)=" + value + "\n",
-                               IconvCodePage("GBK"));
-        const LoadedSettings loaded = ReadSettings(file, none);
-        EXPECT_EQ(IsOn(*FindSetting("unit-link"), FromUtf8(value)), !loaded.settings.AutoSearchOff);
-        EXPECT_EQ(IsOn(*FindSetting("Check1(42)"), FromUtf8(value)), loaded.settings.SwitchCheck42);
-    }
-}
-
 TEST(SettingValue, TakesWhatMakesSenseAndNothingElse) {
     const struct {
-        const char* setting;
+        const Setting& setting;
         std::vector<const char*> good;
         std::vector<const char*> bad;
     } rows[] = {
-        {"link-0", {"on", "OFF", "yes", "0", "1"}, {"2", "maybe", " 1"}},
-        {"unit-link", {"off"}, {"-1"}},
-        {"service-enabled", {"on", "no"}, {"disable"}},
-        {"send-count", {"0", "1", "20"}, {"21", "-1", "1x", "", "1.5", "99999999999"}},
-        {"alarm-number-1",
+        {"link-0"_setting, {"on", "OFF", "yes", "0", "1"}, {"2", "maybe", " 1"}},
+        {"unit-link"_setting, {"off"}, {"-1"}},
+        {"service-enabled"_setting, {"on", "no"}, {"disable"}},
+        {"send-count"_setting, {"0", "1", "20"}, {"21", "-1", "1x", "", "1.5", "99999999999"}},
+        {"alarm-number-1"_setting,
          {"13900000001", "+8613900000001", "110"},
          {"12", "1 39", "abc", "+", "123456789012345678901"}},
-        {"quiet-monday-from",
+        {"quiet-monday-from"_setting,
          {"07:05", "7:05", "23:59", "7:05:10"},
          {"24:00", "7", "07:60", "1x:y5"}},
-        {"link-events-way", {"SMS", "Email", "S+E"}, {"sms", "both"}},
-        {"log-database", {"/var/lib/log.db"}, {"log.db"}},
-        {"mail-server", {"mail", "mail.example.com:2525", "10.0.0.1"}, {"mail:", "mail:0", "a b"}},
-        {"mail-to", {"a@b.example"}, {"a", "a@", "@b", "a@b@c", "A <a@b>"}},
-        {"bind-address",
+        {"link-events-way"_setting, {"SMS", "Email", "S+E"}, {"sms", "both"}},
+        {"log-database"_setting, {"/var/lib/log.db"}, {"log.db"}},
+        {"mail-server"_setting,
+         {"mail", "mail.example.com:2525", "10.0.0.1"},
+         {"mail:", "mail:0", "a b"}},
+        {"mail-to"_setting, {"a@b.example"}, {"a", "a@", "@b", "a@b@c", "A <a@b>"}},
+        {"bind-address"_setting,
          {"127.0.0.1", "0.0.0.0"},
          {"localhost", "1.2.3", "1.2.3.256", "1.2.3.4.5", "::1"}},
-        {"unit-name", {"机房 1"}, {"a\nb"}},
+        {"unit-name"_setting, {"机房 1"}, {"a\nb"}},
     };
     for (const auto& row : rows) {
-        const Setting& setting = *FindSetting(row.setting);
+        const Setting& setting = row.setting;
         for (const char* value : row.good)
             EXPECT_EQ(Objection(setting, StoredForm(setting, value)), "") << value;
         for (const char* value : row.bad)
             EXPECT_NE(Objection(setting, StoredForm(setting, value)), "")
-                << row.setting << " " << value;
+                << setting.name << " " << value;
     }
-    EXPECT_NE(Objection(*FindSetting("unit-name"), Text(129, u'x')), "");
+    EXPECT_NE(Objection("unit-name"_setting, Text(129, u'x')), "");
 }
 
 TEST_F(SettingsCommands, ListShowsNamesValuesAndEffects) {

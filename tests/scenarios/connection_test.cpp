@@ -21,7 +21,10 @@ TEST_F(Connection, FromStartToReadyToTheMillisecond) {
     EXPECT_FALSE(State().UnitConnected);
     clock.RunTo(20090ms);
     EXPECT_TRUE(State().UnitConnected);
-    EXPECT_EQ(Setting(u"TarnexComm", u"TelNo1"), u"@v@");
+    for (const TextView key :
+         {u"TelNo1", u"TelNo2", u"SMSCenter", u"CommAlarmTime", u"SendTimes", u"CommAlarmEnable",
+          u"PowrAlarmEnable", u"TarnexName", u"NameEnable"})
+        EXPECT_EQ(Setting(u"TarnexComm", key), u"@v@");
 
     clock.RunTo(30090ms - 1ms);
     EXPECT_EQ(unit.Count("WRNO1"), 0);

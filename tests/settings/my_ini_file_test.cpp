@@ -46,10 +46,15 @@ TEST_F(MyIniFileTest, BlankNamesAndValuesAreRefused) {
     EXPECT_FALSE(file.WriteIniStr(u"S", u"  ", u"v"));
     EXPECT_FALSE(file.WriteIniStr(u"S", u"k", u"   "));
     EXPECT_FALSE(file.WriteIniStr(u"S", u"k", u"a\nb"));
-    const TextView one_is_bad[] = {u"k", u"x=y"};
-    EXPECT_FALSE(file.WriteIniStr(u"S", one_is_bad, u"v"));
+    const TextView keys[] = {u"a", u"k", u"x=y"};
+    EXPECT_FALSE(file.WriteIniStr(u"S", keys, u"v"));
     EXPECT_FALSE(file.LastWriteFailed());
     EXPECT_EQ(store.Read().content, "[S]\nk=1\n");
+
+    const auto before = store.Stamp()->changed;
+    EXPECT_TRUE(file.WriteIniStr(u"S", std::span(keys).first(2), u"v"));
+    EXPECT_EQ(store.Read().content, "[S]\nk=v\na=v\n");
+    EXPECT_EQ(store.Stamp()->changed, before + 1);
     EXPECT_EQ(file.GetIniStr(u"S", u"  "), u"");
 }
 

@@ -41,7 +41,7 @@ struct SystemInMemory {
                 const SettingsReading reading = store.Read();
                 if (reading.Unreadable())
                     return std::nullopt;
-                return ReadStartSettings(IniDocument(reading.content, code_page));
+                return ReadSettings(IniDocument(reading.content, code_page)).start;
             },
             .end_process = [this] { ended_at = clock.Now(); },
             .status = status,
