@@ -73,6 +73,7 @@ TarnexComm::TarnexComm(World world)
               .link = link_,
               .codec = codec_,
               .queue = queue_,
+              .take_number_switches = [this] { TakeNumberSwitches(); },
               .set_to_research = [this] { connection_.SetToResearch(); }}),
       connection_({.clock = world_.clock,
                    .core = core_,
@@ -229,6 +230,11 @@ LoadedSettings TarnexComm::ReadAndApply() {
     if (std::exchange(reset_in_doubt_, false))
         TakeSearchAndDebug();
     return loaded;
+}
+
+void TarnexComm::TakeNumberSwitches() {
+    settings_.SwitchCheck42 = ini_.IsOn("sms-to-number-1"_setting);
+    settings_.SwitchCheck43 = ini_.IsOn("sms-to-number-2"_setting);
 }
 
 void TarnexComm::LookAgain() {

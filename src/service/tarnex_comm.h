@@ -66,6 +66,7 @@ class TarnexComm {
     bool TakeStartSettings();
     ServiceEvents ControllerEvents();
     void LoadSettings();
+    void TakeNumberSwitches();
     // Reads them and takes them over, unless there is doubt: the file cannot be read, or leaves a
     // run gate closed.
     LoadedSettings ReadAndApply();

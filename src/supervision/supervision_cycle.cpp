@@ -118,8 +118,7 @@ Task<> SupervisionCycle::RunSteps(const UnitGuard& guard) {
     if (guard.Lost())
         co_return;
     TakeReceivedSMS();
-    parts_.settings.SwitchCheck42 = parts_.ini.IsOn("sms-to-number-1"_setting);
-    parts_.settings.SwitchCheck43 = parts_.ini.IsOn("sms-to-number-2"_setting);
+    parts_.take_number_switches();
     const bool written = co_await WriteSettings(guard);
     if (!written)
         co_return;

@@ -18,13 +18,14 @@ class SupervisionCycle {
         Clock& clock;
         TarnexCore& core;
         MyIniFile& ini;
-        Settings& settings;
+        const Settings& settings;
         UnitState& unit;
         DebugLists& lists;
         LogWriter& log;
         ControlLink& link;
         SMSMsgCodec& codec;
         SMSQueue& queue;
+        std::function<void()> take_number_switches; // whom notifications go to, from the file
         std::function<void()> set_to_research;
     };
     // The parts must outlive the cycle.

@@ -24,6 +24,16 @@ TEST_F(Notification, LeavesAsASMSAndStandsInTheLog) {
               u"2024-05-06|08:00:40|Out|1Nex|" + text + u"|CPU负荷|异常||Yes|No|srv|98%");
 }
 
+TEST_F(Notification, WhoGetsThemIsReadAtEachCheckToo) {
+    StartToReady();
+    clock.RunTo(40001ms); // the reload at 40 s is over
+    Set(u"Check", u"Check1(42)", u"0");
+    clock.RunTo(49s);
+    SendCpuAlarm();
+    clock.RunTo(59s);
+    EXPECT_TRUE(unit.Sent().empty());
+}
+
 TEST_F(Notification, ASendWithoutReportIsLostAfter35Seconds) {
     StartToReady();
     unit.Outcome = SmsOutcome::kLost;
