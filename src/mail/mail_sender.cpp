@@ -64,10 +64,6 @@ MailSender::MailSender(Clock& clock, TcpClients& tcp, const MyIniFile& ini,
                             .ended = [this](const TcpEnd& end) { OnEnded(end); }})),
       MailSenderTimer_(clock, "MailSenderTimer", kTick, [this] { MailSenderTimer_Timer(); }) {
     timers_.Add(MailSenderTimer_);
-    form_.CmdSend.OnClick([this] { CmdSend_Click(); });
-    form_.Command1.OnClick([this] { dSetEmailFifo(u"Test msg." + TimeText(clock_.Calendar())); });
-    form_.cmdExit.OnClick([this] { Unload(); });
-    form_.OnClose([this] { form_.SetVisible(false); }); // mails go on without their window
     Load();
 }
 
@@ -77,12 +73,10 @@ void MailSender::Load() {
     MailSenderTimer_.Enable();
 }
 
-// What is still queued is gone with the form; the next text to be queued loads it again.
 void MailSender::Unload() {
     loaded_ = false;
     MailSenderTimer_.Disable();
     Winsock1_->Close();
-    form_.SetVisible(false);
 }
 
 void MailSender::InitEmailFifo() {
@@ -103,7 +97,8 @@ Text MailSender::GetEmailFifo() {
 }
 
 void MailSender::MailSenderTimer_Timer() {
-    form_.Text1.SetValue(ToText(BusyTicks_));
+    if (display_)
+        display_->ShowTicks(BusyTicks_);
     if (BusyTicks_ > -1 && ++BusyTicks_ > kPatience)
         GiveUpForNow();
     if (!ReadyForNext_)
@@ -136,32 +131,28 @@ void MailSender::LoadMailSettings() {
 
 void MailSender::SendOut(const Text& text) {
     LoadMailSettings();
-    form_.TxtMessage1.SetValue(text);
-    form_.subject.SetValue(Text(kSubjectStart) + text);
-    SendEmail(settings_.SmtpServer, settings_.MailFrom, settings_.MailTo,
-              settings_.MailAuth ? settings_.SmtpUser : Text(), settings_.SmtpPassword);
+    Send({.server = settings_.SmtpServer,
+          .from = settings_.MailFrom,
+          .to = settings_.MailTo,
+          .user = settings_.MailAuth ? settings_.SmtpUser : Text(),
+          .password = settings_.SmtpPassword,
+          .subject = Text(kSubjectStart) + text,
+          .body = text});
 }
 
-void MailSender::SendEmail(const Text& server, const Text& from, const Text& to,
-                           const Text& userName, const Text& password) {
-    form_.txtserver.SetValue(server);
-    form_.txtfrom.SetValue(from);
-    form_.getaddress.SetValue(to);
-    form_.user.SetValue(userName);
-    form_.txtpwa.SetValue(password);
-    CmdSend_Click();
-}
-
-void MailSender::CmdSend_Click() {
+void MailSender::Send(MailParts mail) {
+    mail_ = std::move(mail);
+    if (display_)
+        display_->ShowMail(mail_);
     Winsock1_->Close();
     attempt_failed_ = false;
-    const auto server = ParseServerAddress(form_.txtserver.Value());
+    const auto server = ParseServerAddress(mail_.server);
     if (!server)
         return Fail("it names no host, or a port that is not a number from 1 to 65535",
                     u"服务器应为“主机”或“主机:端口”，端口是1到65535的数", kNameServer);
     Winsock1_->Connect(code_page_.Encode(server->host), server->port);
     SendStep_ = SmtpStep::kGreeting;
-    form_.StatusTxt.SetCaption(u"试图与服务器连接");
+    ShowProgress(u"试图与服务器连接");
 }
 
 // What waits on the connection at one time is one reply: what arrives is never put together, so a
@@ -176,11 +167,11 @@ void MailSender::OnReply(std::string_view reply) {
     const Text answer = code_page_.Decode(reply);
     Fail("it answered " + Quote(answer) + " to " + std::string(rule.waits_for),
          u"服务器不接受" + Text(rule.waits_for_chinese) + u"：" + FirstLine(answer),
-         AdviceAfterRefusal(rule.doubt, !form_.user.Value().empty()));
+         AdviceAfterRefusal(rule.doubt, !mail_.user.empty()));
 }
 
 void MailSender::TakeStep(const SmtpRule& rule) {
-    const SmtpSends sends = rule.compose(Parts(), code_page_);
+    const SmtpSends sends = rule.compose(mail_, code_page_);
     if (!sends) {
         Winsock1_->Close();
         return Fail("the user name or password holds characters that cannot be sent",
@@ -198,17 +189,8 @@ void MailSender::TakeStep(const SmtpRule& rule) {
         ++sent_;
     if (SendStep_ == SmtpStep::kContent)
         Confirmed();
-    SendStep_ = form_.user.Value().empty() ? rule.next_without_user : rule.next;
-    form_.StatusTxt.SetCaption(Text(rule.status));
-}
-
-MailParts MailSender::Parts() const {
-    return {.from = form_.txtfrom.Value(),
-            .to = form_.getaddress.Value(),
-            .user = form_.user.Value(),
-            .password = form_.txtpwa.Value(),
-            .subject = form_.subject.Value(),
-            .body = form_.TxtMessage1.Value()};
+    SendStep_ = mail_.user.empty() ? rule.next_without_user : rule.next;
+    ShowProgress(rule.status);
 }
 
 void MailSender::OnEnded(const TcpEnd& end) {
@@ -225,17 +207,17 @@ void MailSender::OnEnded(const TcpEnd& end) {
 
 void MailSender::Confirmed() {
     failing_ = false;
-    form_.Problem.SetValue(u"");
+    ShowProblem(u"");
     notices_.Report("mail", "", "Mail works again.");
 }
 
 void MailSender::Fail(const std::string& why, const Text& chinese, std::string_view advice) {
     if (attempt_failed_)
         return;
-    form_.Problem.SetValue(TimeText(clock_.Calendar()) + u" " + chinese);
+    ShowProblem(TimeText(clock_.Calendar()) + u" " + chinese);
     attempt_failed_ = true;
     ++failed_attempts_;
-    last_problem_ = "server " + Quote(form_.txtserver.Value()) + ": " + why;
+    last_problem_ = "server " + Quote(mail_.server) + ": " + why;
     // Later attempts may fail in changing words; one line is enough until mails work again.
     if (!failing_)
         notices_.Report("mail",
@@ -243,6 +225,16 @@ void MailSender::Fail(const std::string& why, const Text& chinese, std::string_v
                             ". A mail is tried again until its content was handed over.",
                         "");
     failing_ = true;
+}
+
+void MailSender::ShowProgress(TextView progress) {
+    if (display_)
+        display_->ShowProgress(progress);
+}
+
+void MailSender::ShowProblem(const Text& problem) {
+    if (display_)
+        display_->ShowProblem(problem);
 }
 
 MailStatus MailSender::Status() const {

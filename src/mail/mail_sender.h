@@ -1,7 +1,6 @@
 #pragma once
 
 #include "logging/operator_notices.h"
-#include "mail/mail_form.h"
 #include "mail/smtp_dialogue.h"
 #include "notify/email_fifo.h"
 #include "platform/ring_fifo.h"
@@ -25,11 +24,23 @@ struct MailStatus {
     friend bool operator==(const MailStatus&, const MailStatus&) = default;
 };
 
+// Shows how the mails fare; a window.
+class MailDisplay {
+  public:
+    virtual ~MailDisplay() = default;
+    virtual void ShowMail(const MailParts& mail) = 0; // is sent now
+    virtual void ShowProgress(TextView progress) = 0;
+    // When and why the last attempt failed; "" once mails work.
+    virtual void ShowProblem(const Text& problem) = 0;
+    // The watchdog's count at the last tick.
+    virtual void ShowTicks(int ticks) = 0;
+};
+
 // Mails queued texts, one at a time, through the SMTP server of the settings. A mail that the
 // server does not take is queued again behind the others and tried again without limit.
 class MailSender : public EmailFifo {
   public:
-    // Everything handed in must outlive it. It works from now on, shown or not.
+    // Everything handed in must outlive it. It works from now on.
     MailSender(Clock& clock, TcpClients& tcp, const MyIniFile& ini, const CodePage& code_page,
                OperatorNotices& notices);
 
@@ -37,38 +48,38 @@ class MailSender : public EmailFifo {
     void dSetEmailFifo(const Text& text) override;
     // Sends one text now, instead of what is being sent, by the settings as they are now.
     void SendOut(const Text& text);
-    // Sends what the window's subject and body hold. server: a host, or host ":" port; an empty
-    // userName logs in nowhere.
-    void SendEmail(const Text& server, const Text& from, const Text& to, const Text& userName,
-                   const Text& password);
+    // Sends this mail now, instead of what is being sent.
+    void Send(MailParts mail);
+    // Stops, and forgets what is queued; the next text to be queued begins anew.
+    void Unload();
 
-    MailForm& Window() { return form_; }
+    // Is told from now on; nullptr: nobody is. It must outlive the sender or be taken away.
+    void SetDisplay(MailDisplay* display) { display_ = display; }
     TimerList& Timers() { return timers_; }
     MailStatus Status() const;
 
   private:
     void Load();
-    void Unload();
     void InitEmailFifo();
     Text GetEmailFifo();
     // Of one moment, so that a server never meets the password of another one.
     void LoadMailSettings();
     void MailSenderTimer_Timer();
     void GiveUpForNow();
-    void CmdSend_Click();
     void OnReply(std::string_view reply);
     void OnEnded(const TcpEnd& end);
     void TakeStep(const SmtpRule& rule);
-    MailParts Parts() const;
     void Confirmed();
-    // why: for operators; chinese: the same, for the window.
+    void ShowProgress(TextView progress);
+    void ShowProblem(const Text& problem);
+    // why: for operators; chinese: the same, for the display.
     void Fail(const std::string& why, const Text& chinese, std::string_view advice);
 
     Clock& clock_;
     const MyIniFile& ini_;
     const CodePage& code_page_;
     OperatorNotices& notices_;
-    MailForm form_;
+    MailDisplay* display_ = nullptr;
     std::unique_ptr<TcpClient> Winsock1_;
     Timer MailSenderTimer_;
     TimerList timers_;
@@ -78,6 +89,7 @@ class MailSender : public EmailFifo {
     int BusyTicks_ = -1;       // ticks since the last accepted reply; -1: no mail in flight
     bool ReadyForNext_ = true; // the timer may take the next text
     Text CurrentMail_;         // the text in flight
+    MailParts mail_;           // as it is being sent
     SmtpStep SendStep_ = SmtpStep::kGreeting;
     MailSettings settings_;
 

@@ -11,9 +11,10 @@ namespace tarnex {
 
 // What one mail is made of.
 struct MailParts {
-    Text from; // address
-    Text to;   // address
-    Text user; // empty: no log-in
+    Text server; // host, or host ":" port
+    Text from;   // address
+    Text to;     // address
+    Text user;   // empty: no log-in
     Text password;
     Text subject;
     Text body;
@@ -49,14 +50,14 @@ enum class SmtpDoubt {
 // What happens when the awaited reply has come.
 struct SmtpRule {
     std::string_view waits_for; // the reply to what, for operators
-    TextView waits_for_chinese; // the same, for the window
+    TextView waits_for_chinese; // the same, for a display
     SmtpDoubt doubt;
     SmtpSends (*compose)(const MailParts& mail, const CodePage& code_page);
     SmtpStep next;
     SmtpStep next_without_user; // instead of next, when the mail has no user
     bool done;                  // the mail counts as done: the next one may start
     bool closes;                // the dialogue is over
-    TextView status;            // of the window, after sending
+    TextView status;            // after sending, for a display
 };
 
 const SmtpRule& RuleOf(SmtpStep step);

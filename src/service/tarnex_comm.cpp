@@ -40,7 +40,8 @@ TarnexComm::TarnexComm(World world)
              .lists = lists_,
              .notices = notices_,
              .hardware_lost = [this] { connection_.SetToResearch(); }}),
-      mail_(world_.clock, world_.tcp, ini_, world_.code_page, notices_), sms_sender_(core_.sms), //
+      mail_(world_.clock, world_.tcp, ini_, world_.code_page, notices_),
+      mail_window_(mail_, world_.clock), sms_sender_(core_.sms), //
       queue_({.clock = world_.clock,
               .unit = unit_,
               .sender = sms_sender_,
@@ -121,7 +122,7 @@ TarnexComm::TarnexComm(World world)
     WireButtons();
     if (world_.view) {
         on_screen_ = world_.view->Attach(window_);
-        mail_on_screen_ = world_.view->Attach(mail_.Window());
+        mail_on_screen_ = world_.view->Attach(mail_window_);
         core_on_screen_ = world_.view->Attach(core_window_);
     }
 }
@@ -271,8 +272,7 @@ void TarnexComm::TellOfRestart(const StartSettings& now) {
 void TarnexComm::ShowWindow(bool visible) {
     window_.SetVisible(visible);
     if (!visible) // these are reached from the main window only
-        for (Form* window :
-             {static_cast<Form*>(&mail_.Window()), static_cast<Form*>(&core_window_)})
+        for (Form* window : {static_cast<Form*>(&mail_window_), static_cast<Form*>(&core_window_)})
             window->SetVisible(false);
     // The status display ticks only while somebody can see it.
     if (WindowShown())
@@ -289,7 +289,7 @@ void TarnexComm::WireButtons() {
     window_.Command5.OnClick([this] { ToggleWidth(window_.List1, kDebugListWidths); });
     window_.Command6.OnClick([this] { window_.List2.SetVisible(!window_.List2.Visible()); });
     window_.mCmdSend.OnClick([this] { queue_.mCmdSend_Click(); });
-    window_.mCmdMail.OnClick([this] { mail_.Window().SetVisible(true); });
+    window_.mCmdMail.OnClick([this] { mail_window_.SetVisible(true); });
     window_.mCmdCore.OnClick([this] { core_window_.SetVisible(true); });
     window_.mCmdLinkCheck.OnClick([this] { ShowLinkCheck(); });
     window_.mCMDExit.OnClick([this] { LeaveByHand(); });

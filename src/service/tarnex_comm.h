@@ -4,6 +4,7 @@
 #include "notify/dispatcher.h"
 #include "platform/service_controller.h"
 #include "service/core_window.h"
+#include "service/mail_window.h"
 #include "service/main_window.h"
 #include "service/status_report.h"
 #include "service/unit_sms_sender.h"
@@ -97,6 +98,7 @@ class TarnexComm {
     LogWriter log_;
     TarnexCore core_;
     MailSender mail_;
+    MailWindow mail_window_;
     UnitSMSSender sms_sender_;
     SMSQueue queue_;
     SMSMsgCodec codec_;

@@ -61,7 +61,13 @@ TEST_F(MailDialogue, LineBreaksStayInTheBodyAndInjectNothingElsewhere) {
     EXPECT_EQ(tcp.Sent[7].bytes, "one\r\nBcc: a@b\r\n\r\n\r\n");
 
     tcp.Sent.clear();
-    mail.SendEmail(u"smtp.example", u"a@b\r\nRSET", u"c@d\r\nDATA", u"", u"");
+    mail.Send({.server = u"smtp.example",
+               .from = u"a@b\r\nRSET",
+               .to = u"c@d\r\nDATA",
+               .user = {},
+               .password = {},
+               .subject = {},
+               .body = {}});
     clock.RunFor(1s);
     for (const auto& send : tcp.Sent)
         EXPECT_EQ(send.bytes.find("\r\n"), send.bytes.size() - 2) << send.bytes;
@@ -103,7 +109,6 @@ TEST_F(MailDialogue, AServerThatGoesOnAcceptingIsLeftAtTheLastStep) {
 }
 
 TEST_F(MailDialogue, ButtonsOfTheWindow) {
-    MailForm& form = mail.Window();
     form.Command1.Click();
     clock.RunFor(6s);
     form.TxtMessage1.SetValue(u"by hand");

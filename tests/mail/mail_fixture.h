@@ -1,6 +1,6 @@
 #pragma once
 
-#include "mail/mail_sender.h"
+#include "service/mail_window.h"
 #include "tests/world.h"
 
 namespace tarnex {
@@ -10,7 +10,7 @@ struct MailFixture : WorldTest, FormObserver {
     MailFixture() {
         tcp.Serve("smtp.example", 25, sink);
         Set(u"smtp.example");
-        mail.Window().Observe(this);
+        form.Observe(this);
     }
 
     // Settings with that server; user and password are there, used only when auth is "1".
@@ -44,13 +44,14 @@ struct MailFixture : WorldTest, FormObserver {
         return all;
     }
     void ControlChanged(Control& control) override {
-        if (&control == &mail.Window().StatusTxt)
-            statuses.push_back(mail.Window().StatusTxt.Caption());
+        if (&control == &form.StatusTxt)
+            statuses.push_back(form.StatusTxt.Caption());
     }
     void FormChanged() override {}
 
     MailSink sink;
     MailSender mail{clock, tcp, ini, code_page, notices};
+    MailWindow form{mail, clock};
     std::vector<Text> statuses; // every text of StatusTxt
 };
 

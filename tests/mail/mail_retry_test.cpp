@@ -39,7 +39,7 @@ TEST_F(MailRetry, EveryFaultBeforeTheContentIsAskedForEndsInANewAttempt) {
             mail.dSetEmailFifo(u"x");
             clock.RunTo(start + 6s);
             EXPECT_EQ(tcp.Open, row.closes ? 0 : 1);
-            EXPECT_EQ(Contains(mail.Window().Problem.Value(), u"：550 no"), &row == kFaultRows);
+            EXPECT_EQ(Contains(form.Problem.Value(), u"：550 no"), &row == kFaultRows);
             sink.Faults.clear();
             clock.RunTo(start + 25s - 1ms);
             EXPECT_EQ(tcp.Connections.size(), 1u);
@@ -82,13 +82,13 @@ TEST_F(MailRetry, PatienceIsCountedFromTheLastAcceptedReply) {
     mail.dSetEmailFifo(u"x");
     clock.RunTo(30s - 1ms); // greeted at 13 s, ticks at 15, 20, 25 and 30 s
     EXPECT_EQ(tcp.Connections.size(), 1u);
-    EXPECT_EQ(mail.Window().Text1.Value(), u"2");
+    EXPECT_EQ(form.Text1.Value(), u"2");
     clock.RunTo(30s);
     EXPECT_EQ(tcp.Connections.size(), 2u);
-    EXPECT_EQ(mail.Window().Text1.Value(), u"3");
+    EXPECT_EQ(form.Text1.Value(), u"3");
     EXPECT_EQ(mail.Status().last_problem,
               "server \"smtp.example\": no answer in time to HELO or the password");
-    EXPECT_EQ(mail.Window().Problem.Value(), u"08:00:30 服务器没有及时应答：HELO或密码");
+    EXPECT_EQ(form.Problem.Value(), u"08:00:30 服务器没有及时应答：HELO或密码");
 }
 
 TEST_F(MailRetry, AFailingMailGoesBehindTheOthers) {
@@ -98,7 +98,7 @@ TEST_F(MailRetry, AFailingMailGoesBehindTheOthers) {
     Text order;
     for (const Duration instant : {5s, 25s, 45s, 65s}) {
         clock.RunTo(instant);
-        order += mail.Window().TxtMessage1.Value();
+        order += form.TxtMessage1.Value();
     }
     EXPECT_EQ(order, u"abca");
     EXPECT_EQ(tcp.Connections.size(), 4u);
@@ -123,10 +123,10 @@ TEST_F(MailRetry, AnEmptyQueueAndTheTextNoData) {
     mail.dSetEmailFifo(u"NoData");
     Mail(u"next", 5s);
     EXPECT_TRUE(tcp.Connections.empty());
-    EXPECT_EQ(mail.Window().Text1.Value(), u"-1");
+    EXPECT_EQ(form.Text1.Value(), u"-1");
     clock.RunFor(1min);
     EXPECT_EQ(Arrived(), std::vector<std::string>{"next"});
-    EXPECT_EQ(mail.Window().Text1.Value(), u"-1");
+    EXPECT_EQ(form.Text1.Value(), u"-1");
 }
 
 TEST_F(MailRetry, ChangedSettingsHoldFromTheNextMailOn) {
@@ -155,7 +155,13 @@ TEST_F(MailRetry, WrongSettingsAreToldAndTriedAgain) {
     EXPECT_EQ(Arrived(), std::vector<std::string>{"x"});
 
     sink.Account = {"alarm", "?"}; // what the code page does not have is not sent mutilated
-    mail.SendEmail(u"smtp.example", u"a@b", u"c@d", u"alarm", u"\xD83D\xDE00");
+    mail.Send({.server = u"smtp.example",
+               .from = u"a@b",
+               .to = u"c@d",
+               .user = u"alarm",
+               .password = u"\xD83D\xDE00",
+               .subject = {},
+               .body = {}});
     clock.RunFor(1s);
     EXPECT_EQ(tcp.Open, 0);
     EXPECT_NE(said.back().find("characters that cannot be sent"), std::string::npos);

@@ -277,6 +277,7 @@ TEST_F(Service, ListLinesAreEchoedOnlyWhileNoScreenShowsThem) {
 TEST_F(Service, TheOtherWindowsAreReachedFromTheMainWindowAndGoWithIt) {
     StartWithWindows();
     const Form& mail = *screen.forms["MailSender"];
+    CheckLayoutOf(mail);
     const Form& core = Core();
     EXPECT_FALSE(mail.Visible() || core.Visible());
     Window().mCmdMail.Click();

@@ -1,4 +1,3 @@
-#include "mail/mail_form.h"
 #include "service/main_window.h"
 #include "tests/ui/layout_checks.h"
 #include "ui/layout.h"
@@ -83,7 +82,6 @@ TEST(Layout, AHeadingIsHiddenWithItsList) {
 
 TEST(Layouts, OfTheServiceAreInOrder) {
     CheckLayoutOf(MainWindow());
-    CheckLayoutOf(MailForm());
 }
 
 } // namespace

@@ -1,15 +1,16 @@
 #pragma once
 
+#include "mail/mail_sender.h"
 #include "ui/form.h"
 
 namespace tarnex {
 
-// The mail sender's window: the parameters of the mail in flight, and how far it has come.
-class MailForm : public Form {
+// The mail sender's window: the mail in flight, how far it has come, and a way to send one by hand.
+class MailWindow : public Form, private MailDisplay {
   public:
-    MailForm() : Form("MailSender", u"邮件发送") {
-        TxtMessage1.SetValue(u"This is a test message from Tarnex K Serial.\r\n");
-    }
+    // Both must outlive the window. Mails go on without it.
+    MailWindow(MailSender& sender, Clock& clock);
+    ~MailWindow() override { sender_.SetDisplay(nullptr); }
 
     TextBox txtserver{*this, "txtserver"};     // host, or host ":" port
     TextBox txtfrom{*this, "txtfrom"};         // sender address
@@ -25,6 +26,14 @@ class MailForm : public Form {
     Button CmdSend{*this, "CmdSend", u"发送"};
     Button Command1{*this, "Command1", u"Send2Fifo"};
     Button cmdExit{*this, "cmdExit", u"退出"};
+
+  private:
+    void ShowMail(const MailParts& mail) override;
+    void ShowProgress(TextView progress) override { StatusTxt.SetCaption(Text(progress)); }
+    void ShowProblem(const Text& problem) override { Problem.SetValue(problem); }
+    void ShowTicks(int ticks) override { Text1.SetValue(ToText(ticks)); }
+
+    MailSender& sender_;
 };
 
 } // namespace tarnex
