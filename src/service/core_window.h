@@ -3,6 +3,7 @@
 #include "device/tarnex_core.h"
 #include "notify/unit_state.h"
 #include "ui/form.h"
+#include "ui/layout.h"
 
 #include <array>
 #include <memory>
@@ -60,5 +61,8 @@ class CoreWindow : public Form {
     std::array<std::unique_ptr<Button>, kButtons> buttons_;
     Task<> running_;
 };
+
+// Where its controls stand.
+Layout CoreLayout();
 
 } // namespace tarnex

@@ -2,6 +2,7 @@
 
 #include "mail/mail_sender.h"
 #include "ui/form.h"
+#include "ui/layout.h"
 
 namespace tarnex {
 
@@ -35,5 +36,8 @@ class MailWindow : public Form, private MailDisplay {
 
     MailSender& sender_;
 };
+
+// Where its controls stand.
+Layout MailLayout();
 
 } // namespace tarnex

@@ -2,6 +2,7 @@
 
 #include "logging/debug_lists.h"
 #include "ui/form.h"
+#include "ui/layout.h"
 
 namespace tarnex {
 
@@ -57,5 +58,8 @@ class MainWindow : public Form, public DebugDisplay {
     Echo echo_;
     std::function<bool()> seen_;
 };
+
+// Where its controls stand.
+Layout MainLayout();
 
 } // namespace tarnex

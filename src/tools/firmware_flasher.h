@@ -3,6 +3,7 @@
 #include "device/hex_summary.h"
 #include "tools/tool_form.h"
 #include "ui/file_dialog.h"
+#include "ui/layout.h"
 
 namespace tarnex {
 
@@ -66,5 +67,8 @@ class FirmwareFlasher : public ToolForm {
     bool failed_ = false; // one can only leave, or do what stands beside the three steps
     ToolLink link_;
 };
+
+// Where its controls stand.
+Layout FlasherLayout();
 
 } // namespace tarnex

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tools/tool_form.h"
+#include "ui/layout.h"
 
 #include <array>
 
@@ -73,5 +74,8 @@ class OCXDebug : public ToolForm, private DebugDisplay {
     ToolLink link_;
     std::array<std::unique_ptr<Button>, kButtons> buttons_;
 };
+
+// Where its controls stand.
+Layout ConsoleLayout();
 
 } // namespace tarnex

@@ -11,21 +11,21 @@ using ToolLayouts = ToolTest;
 TEST_F(ToolLayouts, AreInOrder) {
     FirmwareFlasher flasher(world, dialog, u"1.0.0");
     flasher.Form_Load();
-    CheckLayoutOf(flasher);
+    CheckLayout(flasher, FlasherLayout());
     flasher.Text1.SetVisible(true);
-    CheckLayoutOf(flasher);
+    CheckLayout(flasher, FlasherLayout());
 }
 
 TEST_F(ToolLayouts, OfTheConsoleHaveRoomInBothWidths) {
     OCXDebug console(world);
     console.Form_Load();
     console.Text6.SetVisible(true);
-    CheckLayoutOf(console);
+    CheckLayout(console, ConsoleLayout());
     console.Command(1).Click();
     ASSERT_TRUE(clock.RunUntil([&] { return console.Command(43).Enabled(); }, 1min));
     const auto buttons = [&] {
         std::vector<std::pair<std::string, Rect>> places;
-        const Layout layout = LayoutOf(console);
+        const Layout layout = ConsoleLayout();
         for (const Placed& placed : Place(layout.root, console, Screen(), {960, 600}))
             if (placed.node->kind == LayoutNode::Kind::kButton)
                 places.emplace_back(placed.node->control, placed.rect);
@@ -35,7 +35,7 @@ TEST_F(ToolLayouts, OfTheConsoleHaveRoomInBothWidths) {
     console.Command(43).Click();
     EXPECT_EQ(console.Width(), 15530);
     EXPECT_EQ(buttons(), before);
-    CheckLayoutOf(console);
+    CheckLayout(console, ConsoleLayout());
 }
 
 } // namespace

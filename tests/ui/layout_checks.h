@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/layouts.h"
+#include "ui/layout.h"
 
 #include <set>
 
@@ -60,9 +60,8 @@ inline void CheckPlaces(const std::vector<Placed>& placed, Size window) {
 
 // Neither a small window, nor a large one, nor a fine screen makes controls overlap or leave it,
 // and the common screens have room for all of them beside a panel and a title bar.
-inline void CheckLayoutOf(const Form& form) {
+inline void CheckLayout(const Form& form, const Layout& layout) {
     SCOPED_TRACE(form.Name());
-    const Layout layout = LayoutOf(form);
     CheckNamesAndKeys(form, layout);
     struct {
         Size screen;

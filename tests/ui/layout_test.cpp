@@ -81,7 +81,7 @@ TEST(Layout, AHeadingIsHiddenWithItsList) {
 }
 
 TEST(Layouts, OfTheServiceAreInOrder) {
-    CheckLayoutOf(MainWindow());
+    CheckLayout(MainWindow(), MainLayout());
 }
 
 } // namespace

@@ -16,10 +16,14 @@ constexpr double kForever = 1e20; // seconds
 
 } // namespace
 
-FltkView::FltkView(int socket, double scale)
-    : socket_(socket), metrics_(Metrics(scale)), file_dialog_(scale),
-      copies_([this](Form& copy) { return std::make_unique<FltkWindow>(copy, metrics_); },
-              file_dialog_, [socket](const std::string& packet) { Send(socket, packet); }) {
+FltkView::FltkView(int socket, double scale, LayoutOf layout_of)
+    : socket_(socket), metrics_(Metrics(scale)), layout_of_(std::move(layout_of)),
+      file_dialog_(scale),
+      copies_(
+          [this](Form& copy) {
+              return std::make_unique<FltkWindow>(copy, layout_of_(copy), metrics_);
+          },
+          file_dialog_, [socket](const std::string& packet) { Send(socket, packet); }) {
     Fl::add_fd(
         socket_, FL_READ, [](FL_SOCKET, void* self) { static_cast<FltkView*>(self)->Receive(); },
         this);

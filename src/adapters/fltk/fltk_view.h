@@ -11,8 +11,10 @@ namespace tarnex {
 // Shows copies of the forms of the program at the other end of a socket, in FLTK's own loop.
 class FltkView {
   public:
+    using LayoutOf = std::function<Layout(const Form& form)>;
+
     // The screen is open. socket: of whole packets; it stays the caller's.
-    FltkView(int socket, double scale);
+    FltkView(int socket, double scale, LayoutOf layout_of);
     FltkView(const FltkView&) = delete;
     FltkView& operator=(const FltkView&) = delete;
 
@@ -26,6 +28,7 @@ class FltkView {
 
     const int socket_;
     const ScreenMetrics metrics_;
+    const LayoutOf layout_of_;
     FltkFileDialog file_dialog_;
     FormCopies copies_;
     std::deque<std::string> arrived_;

@@ -1,7 +1,6 @@
 #include "adapters/fltk/fltk_window.h"
 
 #include "adapters/fltk/style.h"
-#include "ui/layouts.h"
 
 #include <algorithm>
 #include <utility>
@@ -42,8 +41,8 @@ class FltkWindow::LaidOutWindow : public Fl_Double_Window {
     FltkWindow& owner_;
 };
 
-FltkWindow::FltkWindow(Form& form, const ScreenMetrics& metrics)
-    : form_(form), metrics_(metrics), layout_(LayoutOf(form)), form_width_(form.Width()) {
+FltkWindow::FltkWindow(Form& form, Layout layout, const ScreenMetrics& metrics)
+    : form_(form), metrics_(metrics), layout_(std::move(layout)), form_width_(form.Width()) {
     const int width = form_width_ ? metrics.FromTwips(form_width_) : metrics.Pixels(layout_.width);
     const Size largest = LargestWindow(metrics.scale);
     window_ = std::make_unique<LaidOutWindow>(

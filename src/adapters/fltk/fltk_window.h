@@ -13,7 +13,7 @@ namespace tarnex {
 class FltkWindow : public CopyWindow {
   public:
     // form and metrics must outlive the window.
-    FltkWindow(Form& form, const ScreenMetrics& metrics);
+    FltkWindow(Form& form, Layout layout, const ScreenMetrics& metrics);
     ~FltkWindow() override;
 
     void ControlChanged(Control& control) override;
