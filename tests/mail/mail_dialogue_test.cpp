@@ -120,7 +120,9 @@ TEST_F(MailDialogue, ButtonsOfTheWindow) {
     EXPECT_FALSE(form.Visible());
     clock.RunFor(1min);
     Mail(u"loads it again");
+    form.SetVisible(true);
     form.Close(); // hides only
+    EXPECT_FALSE(form.Visible());
     Mail(u"still here");
     EXPECT_EQ(Arrived(), (std::vector<std::string>{"Test msg.08:00:00", "by hand", "loads it again",
                                                    "still here"}));
