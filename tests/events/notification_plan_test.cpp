@@ -7,14 +7,6 @@ namespace {
 
 constexpr CalendarTime kMondayAtEight{.year = 2024, .month = 5, .day = 6, .hour = 8, .weekday = 1};
 
-// A text whose characters differ by position.
-Text Numbered(std::size_t length) {
-    Text text;
-    for (std::size_t i = 0; i < length; ++i)
-        text += char16_t(0x4E00 + i);
-    return text;
-}
-
 Settings Everything() {
     Settings settings;
     settings.SendCount = 1;
@@ -88,7 +80,9 @@ TEST(NotificationPlan, CutsOnlyWhatDoesNotFit) {
     for (const Row& row : rows) {
         Settings settings = Everything();
         settings.SendCount = 32767;
-        const Text memo = Numbered(row.length - kAroundMemo);
+        Text memo; // whose characters differ by position
+        while (memo.size() < row.length - kAroundMemo)
+            memo += char16_t(0x4E00 + memo.size());
         const NotificationPlan plan =
             Plan(ParsedRecord(u"1302010{[b^k^]}" + memo), settings, kMondayAtEight);
         Text pieces, joined;
@@ -126,18 +120,21 @@ TEST(NotificationPlan, QuietTimeHoldsFromItsStartToItsEnd) {
 }
 
 TEST(NotificationPlan, LinkEventsNeedTheSwitchAndTheMode) {
-    const auto channels = [](bool sms, bool email, TextView mode) {
-        Settings settings;
-        settings.SMSNotifyOn = sms;
-        settings.EmailNotifyOn = email;
-        settings.NotifyMode = mode;
-        return NotifyChannels(settings);
+    struct Row {
+        bool sms, mail;
+        TextView mode, channels;
     };
-    EXPECT_EQ(channels(true, true, u"SMS"), u"10");
-    EXPECT_EQ(channels(true, true, u"Email"), u"01");
-    EXPECT_EQ(channels(false, true, u"S+E"), u"01");
-    EXPECT_EQ(channels(true, false, u"S+E"), u"10");
-    EXPECT_EQ(channels(true, true, u"s+e"), u"00");
+    for (const Row& row : {Row{true, true, u"SMS", u"10"},
+                           {true, true, u"Email", u"01"},
+                           {false, true, u"S+E", u"01"},
+                           {true, false, u"S+E", u"10"},
+                           {true, true, u"s+e", u"00"}}) {
+        Settings settings;
+        settings.SMSNotifyOn = row.sms;
+        settings.EmailNotifyOn = row.mail;
+        settings.NotifyMode = row.mode;
+        EXPECT_EQ(NotifyChannels(settings), row.channels);
+    }
 }
 
 } // namespace
