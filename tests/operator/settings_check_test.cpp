@@ -112,7 +112,7 @@ TEST_F(SettingsCheck, PointsOutWhatAnEditorHasMadeOfTheFile) {
     EXPECT_EQ(Named(), Names{"line 1"});
     WriteFile(settings, good + std::string(1, '\0'));
     EXPECT_EQ(Named(), Names{"file"});
-    WriteFile(settings, good + "[Check]\nCheck1(44)=1\n"
+    WriteFile(settings, good + "[Check]\nCheck1(44)=1\nChekc1(58)=0\nCheck1(1)=1\n"
                                "[Setting]\nCheck1(13)=1\n"
                                "[TarnexDebug]\nTelNo1=1\n"
                                "[Others]\nAnything=1\n"
@@ -123,9 +123,10 @@ TEST_F(SettingsCheck, PointsOutWhatAnEditorHasMadeOfTheFile) {
          {line + "  [Check] Check1(44) stands in the file a second time",
           std::string("[Setting] Check1(13) has no effect there: the key belongs into section "
                       "[Check]"),
+          std::string("[Check] Chekc1(58) is unknown (did you mean \"Check1(58)\"?)"),
           std::string("[Service] Enabel is unknown (did you mean \"Enable\"?)")})
         EXPECT_TRUE(Says(said)) << said << out.str();
-    EXPECT_EQ(Named().size(), 4u) << out.str();
+    EXPECT_EQ(Named().size(), 5u) << out.str();
 }
 
 } // namespace

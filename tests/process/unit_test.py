@@ -1,16 +1,15 @@
 """The service with its unit on a real serial line."""
 
+import contextlib
 import fcntl
 import os
-import select
 import sqlite3
-import threading
 import time
 import tty
 import unittest
 
 import harness
-from harness import FIRST_NUMBER, LIMIT, READY, Site, wait_until
+from harness import FIRST_NUMBER, READY, Site, wait_until
 
 ALARM = "txSendSMS1031010srv{[b^k^]}98%"
 ALARM_TEXT = '设备1"98%"的CPU负荷异常(srv)。回复：1901重启设备，1902关闭设备。'
@@ -33,58 +32,38 @@ class FakeUnit:
     ]
 
     def __init__(self, test):
-        self.talk = None
         self.written = 0
         self._own, self.programs_end = os.openpty()
+        test.addCleanup(os.close, self._own)
+        test.addCleanup(os.close, self.programs_end)
         self.path = os.ttyname(self.programs_end)
         tty.setraw(self.programs_end)
         os.set_blocking(self._own, False)
-        self._commands = []
+        self._received = b""
         self._answered = 0
-        self._news = threading.Condition()
-        self._running = True
-        self._thread = threading.Thread(target=self._run)
-        self._thread.start()
-        test.addCleanup(self._clean_up)
 
-    def _clean_up(self):
-        self._running = False
-        self._thread.join()
-        os.close(self._own)
-        os.close(self.programs_end)
+    def commands(self):
+        """All that came so far, without the ends of the lines."""
+        with contextlib.suppress(BlockingIOError):
+            self._received += os.read(self._own, 4096)
+        return [line.removeprefix(b"~TX:") for line in self._received.split(b"\r\n")[:-1]]
 
-    def _run(self):
-        received = b""
-        while self._running:
-            if select.select([self._own], [], [], 0.005)[0]:
-                received += os.read(self._own, 4096)
-                *commands, received = received.split(b"\r\n")
-                with self._news:
-                    self._commands += [command.removeprefix(b"~TX:") for command in commands]
-                    self._news.notify_all()
-            if self.talk:
-                self.talk(self)
+    def count(self, command):
+        return sum(each.startswith(command) for each in self.commands())
 
-    def wait_for(self, command, times=1):
-        def heard():
-            return sum(c.startswith(command) for c in self._commands) >= times
-
-        with self._news:
-            if not self._news.wait_for(heard, LIMIT):
-                raise AssertionError(f"not heard: {command}; heard: {self._commands}")
+    def talk(self, act, until, what):
+        wait_until(lambda: act() or until(), what)
 
     def _write(self, data):
-        try:
+        with contextlib.suppress(BlockingIOError):
             self.written += os.write(self._own, data)
-        except BlockingIOError:
-            pass
 
     def flood(self):
         """Without a line end."""
         self._write(b"\xb2TX:\x00#~\xff?" * 100)
 
     def answer_among_rubbish(self):
-        for command in self._commands[self._answered :]:
+        for command in self.commands()[self._answered :]:
             for part in self.RUBBISH[self._answered % len(self.RUBBISH)]:
                 self._write(part)
                 time.sleep(0.05)  # the parts are to be read apart
@@ -169,22 +148,18 @@ class Unit(unittest.TestCase):
         service = site.service()
         monitor = site.monitor()
         monitor.greet()
-        line.wait_for(b"Hello,tarnex")
-        line.talk = FakeUnit.flood
-        line.wait_for(b"Hello,tarnex", 2)
+        line.talk(line.flood, lambda: line.count(b"Hello,tarnex") == 2, "two greetings")
         written, memory, cpu = line.written, service.resident_kib(), service.cpu_seconds()
-        line.wait_for(b"Hello,tarnex", 3)
+        line.talk(line.flood, lambda: line.count(b"Hello,tarnex") == 3, "a third one")
         self.assertGreater(line.written - written, 100_000)
         # What is freed is given back a little later; what is kept only becomes more.
-        wait_until(lambda: service.resident_kib() - memory < 400, "as little memory as before")
+        line.talk(line.flood, lambda: service.resident_kib() - memory < 400, "as little memory")
         self.assertLess(service.cpu_seconds() - cpu, 2)
-        line.talk = FakeUnit.answer_among_rubbish
-        monitor.wait_for(READY)
+        line.talk(line.answer_among_rubbish, lambda: READY in monitor.received, "a unit in use")
         monitor.send(ALARM)
-        line.wait_for(b"SENDSMS1")
+        line.talk(line.answer_among_rubbish, lambda: line.count(b"SENDSMS1"), "an SMS")
         self.assertLess(service.resident_kib() - memory, 4096)
-        self.assertEqual(service.lines, [])
-        self.assertEqual(service.stop(), 0)
+        self.assertEqual((service.stop(), service.lines), (0, []))
 
     def test_debug_mode_and_ports_that_an_operator_must_free(self):
         forbidden, held = FakeUnit(self), FakeUnit(self)
@@ -204,9 +179,9 @@ class Unit(unittest.TestCase):
         fcntl.flock(held.programs_end, fcntl.LOCK_UN)
         service.wait_for(f"COM3 ({forbidden.path}) can be opened now.")
         service.wait_for("List2: Send:~TX:Hello,tarnex\\r\\n")
-        forbidden.talk = FakeUnit.answer_among_rubbish
+        found = "mList1: 在 com3 找到 Tarnex"
+        forbidden.talk(forbidden.answer_among_rubbish, lambda: service.said(found), found)
         service.wait_for("List2: Get :\\x00\\x01\\x1B[2J\\x7F")
-        service.wait_for("mList1: 在 com3 找到 Tarnex")
         self.assertEqual(service.stop(), 0)
         for line in service.lines:
             self.assertRegex(line, "^(List[12]|mList[1-5]|tarnexcomm): ")
