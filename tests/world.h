@@ -1,6 +1,6 @@
 #pragma once
 
-#include "adapters/system/iconv_code_page.h"
+#include "adapters/system/system_code_page.h"
 #include "logging/debug_lists.h"
 #include "logging/log_writer.h"
 #include "settings/my_ini_file.h"
@@ -53,7 +53,7 @@ struct World {
     SimulatedLogTable table;
     SimulatedLineFiles files;
     SimulatedSettingsStore store;
-    IconvCodePage code_page{"GBK"};
+    SystemCodePage code_page{"GBK"};
     MyIniFile ini{store, code_page};
     std::vector<std::string> said; // to the operator
     OperatorNotices notices{[this](const std::string& line) { said.push_back(line); }};

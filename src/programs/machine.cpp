@@ -50,8 +50,8 @@ ExitStatus Machine::TakeSettings() {
         return StatusFor(reading.problem);
     }
     const std::string named = ReadSettings(IniDocument(reading.content, code_page)).start.code_page;
-    if (IconvCodePage::Supported(named))
-        code_page = IconvCodePage(named);
+    if (SystemCodePage::Supported(named))
+        code_page = SystemCodePage(named);
     else
         Say("The settings in " + store.Name() + ", section [Encoding], name the code page \"" +
             named + "\". GBK and UTF-8 are supported; going on with GBK.");

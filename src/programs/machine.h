@@ -4,8 +4,8 @@
 #include "adapters/system/disk_line_files.h"
 #include "adapters/system/file_lock.h"
 #include "adapters/system/file_settings_store.h"
-#include "adapters/system/iconv_code_page.h"
 #include "adapters/system/serial_ports.h"
+#include "adapters/system/system_code_page.h"
 #include "platform/exit_status.h"
 #include "settings/load_settings.h"
 
@@ -29,7 +29,7 @@ struct Machine {
     AsioLoop loop;
     FileSettingsStore store;
     StartSettings settings; // as the file says, without what is not supported
-    IconvCodePage code_page;
+    SystemCodePage code_page;
     SystemSerialPorts ports;
     DiskLineFiles files;
     FileInstanceLock lock;

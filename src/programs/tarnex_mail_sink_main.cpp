@@ -1,7 +1,7 @@
 // tarnex-mail-sink: a mail server that prints what it receives.
 
 #include "adapters/system/end_requests.h"
-#include "adapters/system/iconv_code_page.h"
+#include "adapters/system/system_code_page.h"
 #include "operator/arguments.h"
 #include "programs/program_output.h"
 #include "programs/tcp_listener.h"
@@ -52,7 +52,7 @@ class Program {
 
     AsioLoop loop_;
     EndRequests requests_{loop_};
-    IconvCodePage code_page_;
+    SystemCodePage code_page_;
     MailSink sink_;
     std::map<ConnectionId, MailSink::Session> sessions_;
     TcpListener listener_{
@@ -147,7 +147,7 @@ std::optional<ExitStatus> ReadOptions(int argc, char** argv, Options& options) {
     AddValue(app, "--encoding", "NAME", "the code page of the mails, GBK or UTF-8 (GBK)",
              [&](Value name) {
                  options.encoding = name;
-                 return IconvCodePage::Supported(name) ? "" : "it is GBK or UTF-8";
+                 return SystemCodePage::Supported(name) ? "" : "it is GBK or UTF-8";
              });
     AddValue(app, "--refuse", "STEP",
              "answer \"550 refused\" at one step of the dialogue: greeting, helo, auth, user,\n"

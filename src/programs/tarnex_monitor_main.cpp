@@ -3,7 +3,7 @@
 #include "adapters/asio/asio_datagram.h"
 #include "adapters/linux/unique_fd.h"
 #include "adapters/system/end_requests.h"
-#include "adapters/system/iconv_code_page.h"
+#include "adapters/system/system_code_page.h"
 #include "adapters/system/terminal.h"
 #include "programs/monitor_arguments.h"
 #include "programs/program_output.h"
@@ -48,7 +48,7 @@ class Listener {
     AsioLoop loop_;
     EndRequests requests_{loop_};
     AsioDatagramSockets sockets_;
-    IconvCodePage code_page_;
+    SystemCodePage code_page_;
     Monitor monitor_;
     bool answered_ = false;
     std::optional<int> status_;
@@ -142,7 +142,7 @@ std::string SendDatagram(const Endpoint& to, std::string_view bytes) {
 
 int SendOnce(const MonitorArguments& arguments, const Text& message) {
     const Endpoint service = ServiceEndpoint(arguments.monitor);
-    const IconvCodePage code_page(arguments.encoding);
+    const SystemCodePage code_page(arguments.encoding);
     const std::string trouble = SendDatagram(service, code_page.Encode(message));
     if (!trouble.empty())
         return Fail(kExitUnavailable, NameOf(service) + ": " + trouble);

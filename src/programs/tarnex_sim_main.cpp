@@ -2,7 +2,7 @@
 
 #include "adapters/linux/line_input.h"
 #include "adapters/linux/signals.h"
-#include "adapters/system/iconv_code_page.h"
+#include "adapters/system/system_code_page.h"
 #include "operator/arguments.h"
 #include "programs/program_output.h"
 #include "programs/pty_line.h"
@@ -59,7 +59,7 @@ class Program {
     const Options options_;
     AsioLoop loop_;
     Signals signals_{loop_};
-    IconvCodePage code_page_{"GBK"};
+    SystemCodePage code_page_{"GBK"};
     std::optional<StableLink> link_;
     SimulatedUnit unit_{loop_};
     PtyLine pty_{loop_, [this](std::string_view bytes) { Receive(bytes); }};

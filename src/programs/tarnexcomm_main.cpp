@@ -3,6 +3,7 @@
 #include "adapters/asio/asio_datagram.h"
 #include "adapters/asio/asio_tcp_client.h"
 #include "adapters/sqlite/sqlite_log_table.h"
+#include "adapters/system/process.h"
 #include "adapters/system/screen_view.h"
 #include "adapters/system/service_manager.h"
 #include "adapters/system/status_file.h"
@@ -10,8 +11,6 @@
 #include "service/tarnex_comm.h"
 
 #include <cstdio>
-
-#include <unistd.h>
 
 namespace tarnex {
 namespace {
@@ -63,7 +62,7 @@ int Run(int argc, char** argv) {
                         },
                         .end_process = [&loop] { loop.Stop(); },
                         .status = status.Possible() ? &status : nullptr,
-                        .process_id = getpid()});
+                        .process_id = ThisProcess()});
     service.Form_Load(JoinArguments(argc, argv));
     loop.Run();
     return exit_status;

@@ -3,12 +3,12 @@
 #include "adapters/sqlite/sqlite_log_files.h"
 #include "adapters/system/file_settings_store.h"
 #include "adapters/system/folder_owner.h"
-#include "adapters/system/iconv_code_page.h"
 #include "adapters/system/local_time.h"
-#include "adapters/system/process_check.h"
+#include "adapters/system/process.h"
 #include "adapters/system/replace_file.h"
 #include "adapters/system/serial_names.h"
 #include "adapters/system/status_file.h"
+#include "adapters/system/system_code_page.h"
 #include "adapters/system/terminal.h"
 #include "operator/command_line.h"
 #include "settings/load_settings.h"
@@ -22,14 +22,13 @@ namespace {
 
 // Beside the folder of the program, wherever that was installed.
 std::string DataFolder() {
-    std::error_code unknown;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", unknown);
+    const std::filesystem::path program = tarnex::ThisProgram();
     return (program.parent_path().parent_path() / "share/tarnexcomm").string();
 }
 
 std::unique_ptr<tarnex::CodePage> MakeCodePage(const std::string& name) {
-    using tarnex::IconvCodePage;
-    return IconvCodePage::Supported(name) ? std::make_unique<IconvCodePage>(name) : nullptr;
+    using tarnex::SystemCodePage;
+    return SystemCodePage::Supported(name) ? std::make_unique<SystemCodePage>(name) : nullptr;
 }
 
 } // namespace

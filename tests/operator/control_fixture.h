@@ -3,9 +3,9 @@
 #include "adapters/sqlite/sqlite_log_files.h"
 #include "adapters/system/file_settings_store.h"
 #include "adapters/system/folder_owner.h"
-#include "adapters/system/iconv_code_page.h"
 #include "adapters/system/replace_file.h"
 #include "adapters/system/serial_names.h"
+#include "adapters/system/system_code_page.h"
 #include "operator/command_line.h"
 #include "tests/temp_folder.h"
 
@@ -73,9 +73,9 @@ class ControlTest : public testing::Test {
         .open_settings =
             [](const std::string& path) { return std::make_unique<FileSettingsStore>(path); },
         .make_code_page = [](const std::string& name) -> std::unique_ptr<CodePage> {
-            if (!IconvCodePage::Supported(name))
+            if (!SystemCodePage::Supported(name))
                 return nullptr;
-            return std::make_unique<IconvCodePage>(name);
+            return std::make_unique<SystemCodePage>(name);
         },
         .replace_file = ReplaceFile,
         .now = [this] { return now; },

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "adapters/system/iconv_code_page.h"
+#include "adapters/system/system_code_page.h"
 #include "settings/my_ini_file.h"
 #include "simulator/simulated_monitor.h"
 #include "simulator/system/system_in_memory.h"
@@ -29,7 +29,7 @@ Text1(36)=+8613800100500
 Text1(37)=log.db
 )";
 
-inline const IconvCodePage kGbk("GBK");
+inline const SystemCodePage kGbk("GBK");
 
 // The system with the settings of a test and a monitoring program on link 1.
 struct SimulatedSystem : SystemInMemory {

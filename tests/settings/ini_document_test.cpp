@@ -1,4 +1,4 @@
-#include "adapters/system/iconv_code_page.h"
+#include "adapters/system/system_code_page.h"
 #include "settings/ini_document.h"
 
 #include <gtest/gtest.h>
@@ -6,7 +6,7 @@
 namespace tarnex {
 namespace {
 
-const IconvCodePage kGbk("GBK");
+const SystemCodePage kGbk("GBK");
 
 Text Read(const std::string& content, TextView section, TextView key) {
     return Text(IniDocument(content, kGbk).Get(section, key));

@@ -1,4 +1,4 @@
-#include "adapters/system/iconv_code_page.h"
+#include "adapters/system/system_code_page.h"
 #include "settings/load_settings.h"
 #include "settings/setting_table.h"
 #include "simulator/simulated_stores.h"
@@ -15,7 +15,7 @@
 namespace tarnex {
 namespace {
 
-const IconvCodePage kGbk("GBK");
+const SystemCodePage kGbk("GBK");
 
 LoadedSettings Load(const std::string& content, const Settings& previous = {}) {
     return ReadSettings(IniDocument(content, kGbk), previous);

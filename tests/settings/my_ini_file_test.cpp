@@ -1,4 +1,4 @@
-#include "adapters/system/iconv_code_page.h"
+#include "adapters/system/system_code_page.h"
 #include "settings/my_ini_file.h"
 #include "simulator/simulated_stores.h"
 
@@ -25,7 +25,7 @@ class CountingStore : public SimulatedSettingsStore {
 };
 
 struct MyIniFileTest : testing::Test {
-    const IconvCodePage gbk{"GBK"};
+    const SystemCodePage gbk{"GBK"};
     CountingStore store;
     MyIniFile file{store, gbk};
 };

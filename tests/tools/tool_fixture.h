@@ -1,6 +1,6 @@
 #pragma once
 
-#include "adapters/system/iconv_code_page.h"
+#include "adapters/system/system_code_page.h"
 #include "settings/my_ini_file.h"
 #include "simulator/simulated_clock.h"
 #include "simulator/simulated_serial.h"
@@ -60,7 +60,7 @@ class ToolTest : public testing::Test {
     SimulatedUnit unit{clock};
     SimulatedLineFiles files;
     SimulatedSettingsStore store;
-    IconvCodePage gbk{"GBK"};
+    SystemCodePage gbk{"GBK"};
     SimulatedInstanceLock lock;
     TestFileDialog dialog;
     std::vector<std::string> heard; // by the unit

@@ -1,6 +1,7 @@
 #include "adapters/system/file_lock.h"
 
 #include "adapters/linux/pidfd.h"
+#include "adapters/linux/unique_fd.h"
 #include "platform/error_words.h"
 
 #include <cerrno>
@@ -119,10 +120,20 @@ Opened OpenOurs(const std::string& path) {
 
 } // namespace
 
+struct FileInstanceLock::Held : UniqueFd {
+    explicit Held(UniqueFd file) : UniqueFd(std::move(file)) {}
+};
+
 FileInstanceLock::FileInstanceLock() : paths_{std::string(kRuntimeFolder) + "/lock"} {
     if (const char* const own = std::getenv("XDG_RUNTIME_DIR"); own && *own)
         paths_.push_back(std::string(own) + "/tarnexcomm.lock");
 }
+
+FileInstanceLock::FileInstanceLock(std::string path) : paths_{std::move(path)} {}
+
+FileInstanceLock::FileInstanceLock(FileInstanceLock&&) noexcept = default;
+
+FileInstanceLock::~FileInstanceLock() = default;
 
 bool FileInstanceLock::Acquire() {
     std::string problems;
@@ -138,7 +149,7 @@ bool FileInstanceLock::Acquire() {
         if (opened.file) {
             GiveToOwnerOfFolder(opened.file.Get(), path);
             std::ignore = Record(opened.file.Get(), getpid()); // else there is nobody to find later
-            held_ = std::move(opened.file);
+            held_ = std::make_unique<Held>(std::move(opened.file));
             return true;
         }
         problems += (problems.empty() ? "" : "; ") + path + ": " + opened.problem;
@@ -151,7 +162,7 @@ bool FileInstanceLock::Acquire() {
 }
 
 void FileInstanceLock::KillLeftOver() {
-    const pid_t process = held_ ? Recorded(held_.Get()) : 0;
+    const pid_t process = held_ ? Recorded(held_->Get()) : 0;
     if (process <= 0 || process == getpid())
         return;
     // Held before the check, so that the signal cannot meet a later process of the same number.

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "adapters/linux/unique_fd.h"
 #include "platform/service_controller.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -19,7 +19,9 @@ class FileInstanceLock : public InstanceLock {
   public:
     // In the runtime folder of the service; for users who may not enter that, in their own.
     FileInstanceLock();
-    explicit FileInstanceLock(std::string path) : paths_{std::move(path)} {}
+    explicit FileInstanceLock(std::string path);
+    FileInstanceLock(FileInstanceLock&&) noexcept;
+    ~FileInstanceLock() override;
 
     // For the operator, in one line: no lock could be had, and why.
     using Notice = std::function<void(const std::string& line)>;
@@ -33,7 +35,8 @@ class FileInstanceLock : public InstanceLock {
 
   private:
     std::vector<std::string> paths_; // the first one that serves
-    UniqueFd held_;
+    struct Held;                     // open and locked
+    std::unique_ptr<Held> held_;
     Notice notice_;
 };
 

@@ -6,18 +6,18 @@
 
 namespace tarnex {
 
-// A code page of the C library. GBK is Windows code page 936: double-byte characters, and the euro
-// sign as byte 0x80.
-class IconvCodePage : public CodePage {
+// A code page as the system converts it. GBK is Windows code page 936: double-byte characters, and
+// the euro sign as byte 0x80.
+class SystemCodePage : public CodePage {
   public:
     // Names are compared exactly: "GBK" and "UTF-8".
     static bool Supported(std::string_view name);
 
     // name must be supported.
-    explicit IconvCodePage(std::string_view name);
-    IconvCodePage(IconvCodePage&&) noexcept;
-    IconvCodePage& operator=(IconvCodePage&&) noexcept;
-    ~IconvCodePage() override;
+    explicit SystemCodePage(std::string_view name);
+    SystemCodePage(SystemCodePage&&) noexcept;
+    SystemCodePage& operator=(SystemCodePage&&) noexcept;
+    ~SystemCodePage() override;
 
     std::string Encode(TextView text) const override;
     Text Decode(std::string_view bytes) const override;

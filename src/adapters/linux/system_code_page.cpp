@@ -1,4 +1,4 @@
-#include "adapters/system/iconv_code_page.h"
+#include "adapters/system/system_code_page.h"
 
 #include <algorithm>
 #include <bit>
@@ -57,7 +57,7 @@ std::size_t FirstLengthUtf16(TextView text) {
 } // namespace
 
 // Opened by its first use, so that a program that meets only ASCII never loads the tables.
-class IconvCodePage::Converter {
+class SystemCodePage::Converter {
   public:
     Converter(std::string to, std::string from) : to_(std::move(to)), from_(std::move(from)) {}
     Converter(const Converter&) = delete;
@@ -90,20 +90,20 @@ class IconvCodePage::Converter {
     iconv_t handle_ = nullptr;
 };
 
-bool IconvCodePage::Supported(std::string_view name) {
+bool SystemCodePage::Supported(std::string_view name) {
     return name == "GBK" || name == "UTF-8";
 }
 
-IconvCodePage::IconvCodePage(std::string_view name)
+SystemCodePage::SystemCodePage(std::string_view name)
     : first_length_(name == "GBK" ? FirstLengthGbk : FirstLengthUtf8),
       encoder_(std::make_unique<Converter>(std::string(name), kTextCode)),
       decoder_(std::make_unique<Converter>(kTextCode, std::string(name))) {}
 
-IconvCodePage::IconvCodePage(IconvCodePage&&) noexcept = default;
-IconvCodePage& IconvCodePage::operator=(IconvCodePage&&) noexcept = default;
-IconvCodePage::~IconvCodePage() = default;
+SystemCodePage::SystemCodePage(SystemCodePage&&) noexcept = default;
+SystemCodePage& SystemCodePage::operator=(SystemCodePage&&) noexcept = default;
+SystemCodePage::~SystemCodePage() = default;
 
-std::string IconvCodePage::Encode(TextView text) const {
+std::string SystemCodePage::Encode(TextView text) const {
     std::string bytes;
     bytes.reserve(text.size() * 2);
     while (!text.empty()) {
@@ -121,7 +121,7 @@ std::string IconvCodePage::Encode(TextView text) const {
     return bytes;
 }
 
-Text IconvCodePage::Decode(std::string_view bytes) const {
+Text SystemCodePage::Decode(std::string_view bytes) const {
     Text text;
     text.reserve(bytes.size());
     while (!bytes.empty()) {
@@ -141,7 +141,7 @@ Text IconvCodePage::Decode(std::string_view bytes) const {
     return text;
 }
 
-std::size_t IconvCodePage::WholeLength(std::string_view bytes) const {
+std::size_t SystemCodePage::WholeLength(std::string_view bytes) const {
     std::size_t whole = 0;
     while (whole < bytes.size()) {
         const std::size_t length = first_length_(bytes.substr(whole));

@@ -1,16 +1,16 @@
-#include "adapters/system/iconv_code_page.h"
+#include "adapters/system/system_code_page.h"
 
 #include <gtest/gtest.h>
 
 namespace tarnex {
 namespace {
 
-const IconvCodePage gbk("GBK");
-const IconvCodePage utf8("UTF-8");
+const SystemCodePage gbk("GBK");
+const SystemCodePage utf8("UTF-8");
 
-TEST(IconvCodePage, ConvertsBothWays) {
+TEST(SystemCodePage, ConvertsBothWays) {
     const struct {
-        const IconvCodePage& code_page;
+        const SystemCodePage& code_page;
         Text text;
         std::string bytes;
     } rows[] = {
@@ -26,7 +26,7 @@ TEST(IconvCodePage, ConvertsBothWays) {
     }
 }
 
-TEST(IconvCodePage, WhatCannotBeConvertedBecomesOneQuestionMarkEach) {
+TEST(SystemCodePage, WhatCannotBeConvertedBecomesOneQuestionMarkEach) {
     EXPECT_EQ(gbk.Encode(u"a\U0001F600é设b"), "a??\xA8\xA6\xC9\xE8"
                                               "b"); // a surrogate pair is two characters
     const char16_t lone[] = {u'x', 0xD83D, u'y', 0};
@@ -40,7 +40,7 @@ TEST(IconvCodePage, WhatCannotBeConvertedBecomesOneQuestionMarkEach) {
               u"??A???.");
 }
 
-TEST(IconvCodePage, HalfACharacterAtTheEndIsNotWhole) {
+TEST(SystemCodePage, HalfACharacterAtTheEndIsNotWhole) {
     EXPECT_EQ(gbk.WholeLength("\xC9\xE8\xB1"), 2u);
     EXPECT_EQ(gbk.WholeLength("\xC9\xE8\x80"), 3u); // the euro sign is whole
     EXPECT_EQ(gbk.WholeLength("\xC9\x0D\xFF"), 3u);
@@ -49,10 +49,10 @@ TEST(IconvCodePage, HalfACharacterAtTheEndIsNotWhole) {
     EXPECT_EQ(utf8.WholeLength("A\xAE\xFF"), 3u);
 }
 
-TEST(IconvCodePage, KnowsTwoNames) {
+TEST(SystemCodePage, KnowsTwoNames) {
     for (const auto& [name, known] :
          {std::pair("GBK", true), {"UTF-8", true}, {"utf8", false}, {"", false}})
-        EXPECT_EQ(IconvCodePage::Supported(name), known) << name;
+        EXPECT_EQ(SystemCodePage::Supported(name), known) << name;
 }
 
 } // namespace

@@ -1,9 +1,11 @@
-#include "adapters/system/process_check.h"
+#include "adapters/system/process.h"
 
 #include <cerrno>
+#include <filesystem>
 #include <fstream>
 
 #include <signal.h>
+#include <unistd.h>
 
 namespace tarnex {
 
@@ -12,6 +14,15 @@ namespace {
 constexpr std::size_t kLongestName = 15; // that the system keeps
 
 } // namespace
+
+long ThisProcess() {
+    return getpid();
+}
+
+std::string ThisProgram() {
+    std::error_code unknown;
+    return std::filesystem::read_symlink("/proc/self/exe", unknown).string();
+}
 
 bool ProcessRuns(long process, const std::string& program) {
     if (process <= 0 || (kill(static_cast<pid_t>(process), 0) != 0 && errno != EPERM))
