@@ -28,7 +28,9 @@ TEST(SystemCodePage, ConvertsBothWays) {
 
 TEST(SystemCodePage, WhatCannotBeConvertedBecomesOneQuestionMarkEach) {
     EXPECT_EQ(gbk.Encode(u"a\U0001F600é设b"), "a??\xA8\xA6\xC9\xE8"
-                                              "b"); // a surrogate pair is two characters
+                                              "b");      // a surrogate pair is two characters
+    EXPECT_EQ(gbk.Encode(u"\uE000\uF8FF\u00A9"), "???"); // no private ones, no similar ones
+    EXPECT_EQ(gbk.Decode("\xAA\xA1."), u"?.");
     const char16_t lone[] = {u'x', 0xD83D, u'y', 0};
     EXPECT_EQ(utf8.Encode(lone), "x?y");
 
