@@ -24,3 +24,5 @@ unset(ENV{LDFLAGS})
 set(CMAKE_EXE_LINKER_FLAGS_INIT -static)
 
 add_compile_definitions(_WIN32_WINNT=0x0A00)
+
+set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../tests/under-wine)

@@ -1,14 +1,10 @@
 #pragma once
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <iterator>
+#include <random>
 #include <string>
-
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace tarnex {
 
@@ -27,8 +23,11 @@ inline std::string FileContent(const std::string& path) {
 class TempFolder {
   public:
     TempFolder() {
-        std::string name = "/tmp/tarnex_test_XXXXXX";
-        path_ = mkdtemp(name.data());
+        do
+            path_ = (std::filesystem::temp_directory_path() /
+                     ("tarnex_test_" + std::to_string(std::random_device()())))
+                        .string();
+        while (!std::filesystem::create_directory(path_));
         std::filesystem::permissions(path_, std::filesystem::perms::all);
     }
     TempFolder(const TempFolder&) = delete;
@@ -47,18 +46,5 @@ class TempFolder {
   private:
     std::string path_;
 };
-
-// What check says in a process of its own, and there as a user without special rights.
-inline bool InChild(bool unprivileged, const std::function<bool()>& check) {
-    const pid_t child = fork();
-    if (child == 0) {
-        const bool ready =
-            !unprivileged || geteuid() != 0 || (setgid(65534) == 0 && setuid(65534) == 0);
-        _exit(ready && check() ? 0 : 1);
-    }
-    int status = -1;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
 
 } // namespace tarnex

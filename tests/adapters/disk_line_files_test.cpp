@@ -1,4 +1,5 @@
 #include "adapters/system/disk_line_files.h"
+#include "tests/in_child.h"
 #include "tests/temp_folder.h"
 
 #include <gtest/gtest.h>

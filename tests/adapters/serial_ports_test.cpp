@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <termios.h>
+#include <unistd.h>
 
 namespace {
 bool watches_refused = false;

@@ -1,6 +1,7 @@
 #include "adapters/system/status_file.h"
 #include "tests/temp_folder.h"
 
+#include <cstdlib>
 #include <filesystem>
 
 #include <gtest/gtest.h>

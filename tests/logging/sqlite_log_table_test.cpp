@@ -1,5 +1,6 @@
 #include "adapters/sqlite/sqlite_handles.h"
 #include "adapters/sqlite/sqlite_log_table.h"
+#include "tests/in_child.h"
 #include "tests/temp_folder.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 #include "adapters/system/file_settings_store.h"
+#include "tests/in_child.h"
 #include "tests/temp_folder.h"
 
 #include <csignal>
