@@ -101,14 +101,10 @@ int Discovery::ConnectClose() {
 
 Task<Text> Discovery::HelloTarnex() {
     const Text reply = co_await parts_.sender.SendCommand(u"Hello,tarnex");
-    if (Contains(reply, u"Init")) {
-        hello_done_ = false;
+    if (Contains(reply, u"Init"))
         co_return u"INIT";
-    }
-    if (reply.size() >= kShortestGreeting && Contains(reply, kGreeting)) {
-        hello_done_ = true;
+    if (reply.size() >= kShortestGreeting && Contains(reply, kGreeting))
         co_return Text(kOk);
-    }
     co_return Text(kFailed);
 }
 

@@ -43,13 +43,8 @@ class Discovery {
 
     // Greets the unit: "OK", "INIT" when it is still starting up, or kFailed.
     Task<Text> HelloTarnex();
-    // The last greeting was answered "OK".
-    bool HelloDone() const { return hello_done_; }
 
-    void Init() {
-        port_no_ = 0;
-        hello_done_ = false;
-    }
+    void Init() { port_no_ = 0; }
 
   private:
     Task<int> Scan(int first, int last);
@@ -59,7 +54,6 @@ class Discovery {
 
     Parts parts_;
     int port_no_ = 0;
-    bool hello_done_ = false;
     bool scanning_ = false;
 };
 

@@ -50,7 +50,6 @@ class TarnexCore {
     TimerList timers;
 
     Text GetComFifo() { return reader_.GetComFifo(); }
-    Text GetSMSFifo() { return reader_.GetSMSFifo(); }
 
   private:
     void HardwareLost();

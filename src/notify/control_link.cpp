@@ -214,8 +214,7 @@ void ControlLink::HandShake_Timer() {
     OpenClosedPorts();
     TellDropped();
     ConnectServiceLost.Enable();
-    last_states_ = StatesMessage();
-    Broadcast(u"HeartSend: ", last_states_);
+    Broadcast(u"HeartSend: ", StatesMessage());
 }
 
 Text ControlLink::StatesMessage() const {
@@ -243,11 +242,6 @@ void ControlLink::ConnectServiceLost_Timer() {
 bool ControlLink::LinkCheck() const {
     return std::ranges::any_of(links_,
                                [](const Link& link) { return link.LinkState == Link::State::C; });
-}
-
-std::optional<Duration> ControlLink::HeartbeatAge(int link) const {
-    const auto& last_sign = links_[link].LastSign;
-    return last_sign ? std::optional(parts_.clock.Now() - *last_sign) : std::nullopt;
 }
 
 } // namespace tarnex

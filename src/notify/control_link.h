@@ -72,10 +72,6 @@ class ControlLink {
     bool LinkCheck() const;
     // The links as they are, by number.
     const std::array<Link, kLinks>& Links() const { return links_; }
-    // How long ago the last greeting or heartbeat of a link came; nothing before the first.
-    std::optional<Duration> HeartbeatAge(int link) const;
-    // The last state message that the heartbeat built.
-    const Text& LastStates() const { return last_states_; }
 
     // 10 s, the heartbeat.
     Timer HandShake;
@@ -107,7 +103,6 @@ class ControlLink {
     Parts parts_;
     bool open_ = false;
     std::array<Link, kLinks> links_;
-    Text last_states_;
     std::array<std::unique_ptr<DatagramSocket>, kLinks> sockets_;
     std::array<std::string, kLinks> obstacles_; // to the last opening of each port, or ""
 };

@@ -39,8 +39,6 @@ class SerialPort {
     virtual std::size_t InBufferCount() const = 0;
     // Takes at most limit waiting bytes, all of them in one step.
     virtual std::string Read(std::size_t limit) = 0;
-    virtual void DiscardInput() = 0;
-    virtual void DiscardOutput() = 0;
 };
 
 // What an open port tells its user. Called from the loop, never from within a call on the port;

@@ -51,13 +51,6 @@ void Timer::Expire() {
         run_();
 }
 
-Timer* TimerList::Find(std::string_view name) const {
-    for (Timer* timer : timers_)
-        if (timer->Name() == name)
-            return timer;
-    return nullptr;
-}
-
 void TimerList::StopAll() {
     for (Timer* timer : timers_)
         timer->Stop();

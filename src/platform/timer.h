@@ -36,7 +36,6 @@ class Timer {
 
     const std::string& Name() const { return name_; }
     bool Enabled() const { return enabled_; }
-    Duration Interval() const { return interval_; }
     // The handler waits half-way.
     bool HandlerRunning() const { return running_.Running(); }
 
@@ -69,13 +68,11 @@ class Timer {
     Task<> running_;
 };
 
-// The timers of one form, so that they can be stopped together or found by name. Owns nothing.
+// The timers of one form, so that they can be stopped together. Owns nothing.
 class TimerList {
   public:
     void Add(Timer& timer) { timers_.push_back(&timer); }
     const std::vector<Timer*>& All() const { return timers_; }
-    // nullptr when there is none of that name.
-    Timer* Find(std::string_view name) const;
     void StopAll();
     // Ends every handler that waits half-way. Not from within one of them.
     void CancelHandlers();

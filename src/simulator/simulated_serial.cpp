@@ -62,8 +62,6 @@ class SimulatedSerialPorts::Port : public SerialPort {
         input_.erase(0, count);
         return bytes;
     }
-    void DiscardInput() override { input_.clear(); }
-    void DiscardOutput() override { output_.clear(); }
 
     void Arrive(std::string_view bytes) {
         input_ += bytes;

@@ -49,15 +49,6 @@ class TtyPort : public SerialPort {
         AwaitInput();
         return taken;
     }
-    void DiscardInput() override {
-        input_.clear();
-        tcflush(handle_, TCIFLUSH);
-        AwaitInput();
-    }
-    void DiscardOutput() override {
-        output_.clear();
-        tcflush(handle_, TCOFLUSH);
-    }
 
   private:
     bool IsOpen() const { return handle_ >= 0; }
