@@ -1,5 +1,6 @@
 #pragma once
 
+#include "logging/debug_lists.h"
 #include "platform/clock.h"
 #include "platform/code_page.h"
 #include "platform/serial_port.h"
@@ -9,6 +10,60 @@
 #include <optional>
 
 namespace tarnex {
+
+// The device link's own trace, which staff can switch by itself.
+class DeviceTrace {
+  public:
+    explicit DeviceTrace(DebugLists& lists) : lists_(lists) {}
+
+    bool DebugOn = false;
+
+    // Adds the joined parts as one line to the debug list; they are joined only when it is shown.
+    template <class... Parts>
+    void DebugAdd(const Parts&... parts) {
+        if (!DebugOn)
+            return;
+        Text line;
+        (line.append(parts), ...);
+        lists_.List1Additem(line);
+    }
+
+  private:
+    DebugLists& lists_;
+};
+
+// The received characters that are not yet split into lines (RxBuffer). A line ends with CR LF.
+class LineBuffer {
+  public:
+    // Noise without a line end is thrown away beyond this many characters.
+    static constexpr std::size_t kLimit = 4096;
+
+    // False when the buffer overflowed without holding a line, and was emptied.
+    bool Append(TextView received) {
+        text_ += received;
+        if (text_.size() <= kLimit || HasLine())
+            return true;
+        text_.clear();
+        return false;
+    }
+    bool HasLine() const { return text_.find(u"\r\n") != Text::npos; }
+    // Lines wait, and so many characters that nothing more should be taken from the port.
+    bool Full() const { return text_.size() > kLimit; }
+    // The first line without its end; there must be one.
+    Text TakeLine() {
+        const auto end = text_.find(u"\r\n");
+        Text line = text_.substr(0, end);
+        text_.erase(0, end + 2);
+        return line;
+    }
+    // 1-based position of the first line end, 0 for none.
+    std::size_t LineEnd() const { return text_.find(u"\r\n") + 1; }
+    const Text& Waiting() const { return text_; }
+    void Clear() { text_.clear(); }
+
+  private:
+    Text text_;
+};
 
 // The serial port of the device link: one port at a time, text or single bytes in and out, and a
 // threshold that holds the receive event back.

@@ -1,7 +1,5 @@
 #include "device/command_set.h"
 
-#include "device/answer_rules.h"
-
 namespace tarnex {
 
 enum class Argument {

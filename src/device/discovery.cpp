@@ -1,6 +1,5 @@
 #include "device/discovery.h"
 
-#include "device/answer_rules.h"
 #include "settings/setting_table.h"
 
 namespace tarnex {

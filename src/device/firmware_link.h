@@ -1,7 +1,6 @@
 #pragma once
 
 #include "device/comm_port.h"
-#include "device/device_trace.h"
 #include "device/firmware_frames.h"
 #include "platform/task.h"
 #include "platform/timer.h"
@@ -45,6 +44,19 @@ struct FlashProgress {
     PortStatus port_status = PortStatus::kOk;      // kNoPort: why
     std::string answer{}; // the bytes that came after what was sent last; the last is the wrong one
 };
+
+// A HEX file, read to its end and judged before anything is sent to a unit.
+struct FirmwareFile {
+    std::string path{}; // in the system's own bytes
+    HexSummary summary{};
+    // Where an update with this file would stand: fault is kNone, kNoFile, or kBadLine with the
+    // first line that cannot be sent.
+    FlashProgress verdict{};
+
+    bool Sendable() const { return verdict.fault == FlashFault::kNone; }
+};
+
+FirmwareFile ReadFirmwareFile(LineFiles& files, std::string path);
 
 // Rewrites the unit's program from an Intel HEX file, in a binary mode of the line.
 class FirmwareLink {

@@ -1,7 +1,5 @@
 #include "device/response_reader.h"
 
-#include "device/answer_rules.h"
-
 namespace tarnex {
 
 namespace {

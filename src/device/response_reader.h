@@ -1,10 +1,7 @@
 #pragma once
 
-#include "device/answer_wait.h"
-#include "device/comm_port.h"
-#include "device/device_trace.h"
+#include "device/command_sender.h"
 #include "device/firmware_link.h"
-#include "device/line_buffer.h"
 #include "device/unit_events.h"
 #include "platform/ring_fifo.h"
 

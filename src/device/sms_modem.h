@@ -1,9 +1,21 @@
 #pragma once
 
 #include "device/command_set.h"
-#include "device/sms_record.h"
 
 namespace tarnex {
+
+// A received SMS, as far as its record could be cut.
+struct ReceivedSMS {
+    Text TelNo;
+    Text Date;
+    Text Time;
+    Text Msg;
+};
+
+// Cuts a record of the unit into fields:
+//   TX:SMRCV("REC UNREAD","00310033",,"24/05/06,08:00:00+32",<hex text>...OK)
+// A field whose separators are missing or stand too close keeps the value it had.
+void CutSMSRecord(TextView record, ReceivedSMS& fields);
 
 // Sends SMS through the unit, one at a time, and takes received ones out of the inbox.
 class SMSModem {

@@ -1,6 +1,6 @@
 #include "device/unit_events.h"
 
-#include "device/answer_rules.h"
+#include "device/command_sender.h"
 
 namespace tarnex {
 

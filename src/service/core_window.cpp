@@ -1,7 +1,7 @@
 #include "service/core_window.h"
 
-#include "device/answer_rules.h"
-#include "device/firmware_file.h"
+#include "device/command_sender.h"
+#include "device/firmware_link.h"
 #include "device/flash_report.h"
 
 namespace tarnex {

@@ -1,6 +1,6 @@
 #include "supervision/connection_supervision.h"
 
-#include "device/answer_rules.h"
+#include "device/command_sender.h"
 #include "settings/setting_table.h"
 
 namespace tarnex {

@@ -1,6 +1,6 @@
 #include "supervision/supervision_cycle.h"
 
-#include "device/answer_rules.h"
+#include "device/command_sender.h"
 #include "platform/calendar_text.h"
 #include "settings/setting_table.h"
 

@@ -1,6 +1,6 @@
 #include "tools/firmware_flasher.h"
 
-#include "device/firmware_file.h"
+#include "device/firmware_link.h"
 #include "device/flash_report.h"
 #include "platform/calendar_text.h"
 #include "tools/unit_identity.h"

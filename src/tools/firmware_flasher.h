@@ -1,6 +1,6 @@
 #pragma once
 
-#include "device/hex_summary.h"
+#include "device/intel_hex.h"
 #include "tools/tool_form.h"
 #include "ui/file_dialog.h"
 #include "ui/layout.h"

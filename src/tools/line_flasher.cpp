@@ -1,6 +1,6 @@
 #include "tools/line_flasher.h"
 
-#include "device/answer_rules.h"
+#include "device/command_sender.h"
 #include "device/flash_report.h"
 #include "platform/exit_status.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "device/firmware_file.h"
+#include "device/firmware_link.h"
 #include "tools/tool_form.h"
 #include "tools/update_progress.h"
 

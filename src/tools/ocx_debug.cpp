@@ -1,7 +1,7 @@
 #include "tools/ocx_debug.h"
 
-#include "device/answer_rules.h"
-#include "device/firmware_file.h"
+#include "device/command_sender.h"
+#include "device/firmware_link.h"
 #include "device/flash_report.h"
 #include "platform/calendar_text.h"
 #include "tools/unit_identity.h"

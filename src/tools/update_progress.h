@@ -1,7 +1,7 @@
 #pragma once
 
 #include "device/firmware_link.h"
-#include "device/hex_summary.h"
+#include "device/intel_hex.h"
 
 #include <optional>
 #include <string>

@@ -1,4 +1,4 @@
-#include "device/hex_summary.h"
+#include "device/intel_hex.h"
 #include "tests/device/device_fixture.h"
 
 namespace tarnex {

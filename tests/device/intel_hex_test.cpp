@@ -1,5 +1,5 @@
 #include "device/firmware_frames.h"
-#include "device/hex_summary.h"
+#include "device/intel_hex.h"
 #include "simulator/simulated_stores.h"
 
 #include <gtest/gtest.h>

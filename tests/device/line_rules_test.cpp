@@ -1,6 +1,6 @@
-#include "device/answer_rules.h"
-#include "device/line_buffer.h"
-#include "device/sms_record.h"
+#include "device/comm_port.h"
+#include "device/command_sender.h"
+#include "device/sms_modem.h"
 #include "device/unit_events.h"
 
 #include <gtest/gtest.h>

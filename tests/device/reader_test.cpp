@@ -1,4 +1,4 @@
-#include "device/answer_rules.h"
+#include "device/command_sender.h"
 #include "tests/device/device_fixture.h"
 
 namespace tarnex {
