@@ -17,19 +17,30 @@ struct ReceivedSMS {
 // A field whose separators are missing or stand too close keeps the value it had.
 void CutSMSRecord(TextView record, ReceivedSMS& fields);
 
+// Sends SMS, one at a time: what the SMS queue wants of the unit.
+class SMSSender {
+  public:
+    virtual ~SMSSender() = default;
+
+    // Hands one SMS to the unit, for its stored number target (1, else the second): "OK" when it
+    // was taken, "Busy" while an earlier one is open, else kFailed.
+    virtual Task<Text> SendSMS(Text text, int target) = 0;
+    // How the SMS that was taken fares: "Busy" while it is under way; then, once, "SendOK",
+    // "SendFail" or "SendLost"; "Free" when there is none.
+    virtual Text SMSSendChk() = 0;
+    // How long later sends wait for the unit's report, in seconds.
+    virtual void SetSMSLostTime(int seconds) = 0;
+};
+
 // Sends SMS through the unit, one at a time, and takes received ones out of the inbox.
-class SMSModem {
+class SMSModem : public SMSSender {
   public:
     // The parts must outlive the modem.
     SMSModem(Clock& clock, CommandSet& commands, ResponseReader& reader, DeviceTrace& trace);
 
-    // Hands a text to the unit for its stored number target (1, else the second): "OK" when the
-    // unit accepted it, "Busy" while an earlier one is open, else kFailed.
-    Task<Text> SendSMS(Text text, int target);
-    // "Free", "Busy", or the outcome of the open send, once: "SendOK", "SendFail" or "SendLost".
-    Text SMSSendChk();
-    // How long later sends wait for the unit's report, in seconds.
-    void SetSMSLostTime(int seconds) { SMSLostTime_ = seconds; }
+    Task<Text> SendSMS(Text text, int target) override;
+    Text SMSSendChk() override;
+    void SetSMSLostTime(int seconds) override { SMSLostTime_ = seconds; }
     // The unit reported the outcome of the open send.
     void ReportResult(TextView result);
 

@@ -3,6 +3,7 @@
 #include "platform/text.h"
 
 #include <cstdint>
+#include <optional>
 
 namespace tarnex {
 
@@ -26,5 +27,12 @@ struct EventRecord {
 // machine 1, service 30, state 1, action 0, by SMS but not by mail, machine name, memo. Whatever
 // a record lacks is 0, "0" for a flag, or empty.
 EventRecord ParsedRecord(TextView record);
+
+// The vocabulary of notifications, commands and log rows. Each table answers every index of its
+// range, with an empty text where it has no name, and nothing outside.
+std::optional<TextView> ServiceName(int index); // 0 to 90
+std::optional<TextView> StateName(int index);   // 0 to 9
+std::optional<TextView> ActionName(int index);  // 0 to 9, what the system does by itself
+std::optional<TextView> CommandName(int index); // 0 to 9, what a command SMS asks for
 
 } // namespace tarnex

@@ -1,6 +1,5 @@
 #include "logging/log_writer.h"
 
-#include "events/event_names.h"
 #include "platform/calendar_text.h"
 
 namespace tarnex {

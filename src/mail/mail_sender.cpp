@@ -14,7 +14,6 @@ namespace {
 
 constexpr Duration kTick = 5000ms;
 constexpr int kPatience = 3; // ticks without an accepted reply; one more and the mail gives up
-constexpr TextView kNoData = u"NoData";
 constexpr TextView kSubjectStart = u"Tarnex K Serial : ";
 // What to do, by what fails. All keys stand in section [Text] of the settings file.
 constexpr std::string_view kCheckNetwork = "Check the server, Text1(29), and the network";

@@ -2,7 +2,7 @@
 
 #include "logging/operator_notices.h"
 #include "mail/smtp_dialogue.h"
-#include "notify/email_fifo.h"
+#include "notify/dispatcher.h"
 #include "platform/ring_fifo.h"
 #include "platform/tcp_client.h"
 #include "platform/timer.h"

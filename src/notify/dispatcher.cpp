@@ -8,7 +8,7 @@ void Dispatcher::DispatchEvent(TextView record) {
     const NotificationPlan plan =
         Plan(ParsedRecord(record), parts_.settings, parts_.clock.Calendar());
     parts_.lists.mList1Additem(u"");
-    parts_.codec.ListEvent(record, plan.event);
+    ListEvent(record, plan.event);
     ++totals_.Events;
     totals_.HeldByQuiet += plan.HeldByQuietTime();
     if (plan.mail) {
@@ -22,6 +22,24 @@ void Dispatcher::DispatchEvent(TextView record) {
             for (const auto& number : plan.numbers)
                 if (number.Gets())
                     QueueSMS(number.recipient + piece);
+}
+
+void Dispatcher::ListEvent(TextView record, const EventRecord& e) {
+    if (!parts_.lists.DebugOn)
+        return;
+    parts_.lists.mList1Additem(u"解码:" + Text(record));
+    const auto state_no = LeadingInt16(e.StatusNo).value_or(0);
+    const auto list = [this](TextView label, TextView value, std::optional<TextView> name = {}) {
+        parts_.lists.mList1Additem(Text(label) + Text(value) + Text(name.value_or(TextView())));
+    };
+    list(u"MachineNo:", ToText(e.MachineNo));
+    list(u"ServiceNo:", ToText(e.ServiceNo), ServiceName(e.ServiceNo));
+    list(u"StatusNo:", e.StatusNo, StateName(state_no));
+    list(u"AutoNo:", ToText(e.AutoNo), ActionName(e.AutoNo));
+    list(u"SMSableNo:", e.SMSableNo);
+    list(u"EmailableNo:", e.EmailableNo);
+    list(u"MachineName:", e.MachineName);
+    list(u"Memo:", e.Memo);
 }
 
 void Dispatcher::QueueSMS(const Text& entry) {

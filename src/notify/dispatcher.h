@@ -2,12 +2,18 @@
 
 #include "logging/debug_lists.h"
 #include "logging/log_writer.h"
-#include "notify/email_fifo.h"
-#include "notify/sms_msg_codec.h"
 #include "notify/sms_queue.h"
 #include "settings/settings.h"
 
 namespace tarnex {
+
+// Takes notification texts to be sent by mail.
+class EmailFifo {
+  public:
+    virtual ~EmailFifo() = default;
+    // Queues one line of text. A full queue drops its oldest.
+    virtual void dSetEmailFifo(const Text& text) = 0;
+};
 
 // Carries out the plan of each event.
 class Dispatcher {
@@ -15,7 +21,6 @@ class Dispatcher {
     struct Parts {
         Clock& clock;
         const Settings& settings;
-        SMSMsgCodec& codec;
         SMSQueue& queue;
         EmailFifo& mail;
         LogWriter& log;
@@ -35,6 +40,8 @@ class Dispatcher {
     const Counts& Totals() const { return totals_; }
 
   private:
+    // Lists a record and the fields of the event that it was parsed to.
+    void ListEvent(TextView record, const EventRecord& event);
     void QueueSMS(const Text& entry);
 
     Parts parts_;

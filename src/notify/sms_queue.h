@@ -1,5 +1,6 @@
 #pragma once
 
+#include "device/sms_modem.h"
 #include "events/notification_plan.h"
 #include "logging/debug_lists.h"
 #include "notify/unit_state.h"
@@ -14,21 +15,6 @@ namespace tarnex {
 inline constexpr int kSendErrorLimit = 4;
 // What mGetSMSFifo returns from an empty queue.
 inline constexpr TextView kNoSMS = u"NoData";
-
-// The unit as the SMS queue sees it.
-class SMSSender {
-  public:
-    virtual ~SMSSender() = default;
-
-    // Hands one SMS to the unit, for its stored number target (1, else the second): "OK" when it
-    // was taken, "Busy" while an earlier one is open, else "Failed".
-    virtual Task<Text> SendSMS(Text text, int target) = 0;
-    // How the SMS that was taken fares: "Busy" while it is under way; then, once, "SendOK",
-    // "SendFail" or "SendLost"; "Free" when there is none.
-    virtual Text SMSSendChk() = 0;
-    // How long later sends wait for the unit's report, in seconds.
-    virtual void SetSMSLostTime(int seconds) = 0;
-};
 
 // Every SMS leaves through this queue: one at a time is handed to the unit, asked after until the
 // unit knows its fate, and tried again until it was sent or has failed too often.

@@ -1,6 +1,5 @@
 #include "operator/record_explanation.h"
 
-#include "events/event_names.h"
 #include "mail/server_address.h"
 #include "operator/moment.h"
 #include "platform/calendar_text.h"

@@ -1,4 +1,4 @@
-#include "events/event_names.h"
+#include "events/event_record.h"
 #include "operator/commands.h"
 #include "operator/moment.h"
 #include "operator/record_explanation.h"

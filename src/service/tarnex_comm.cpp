@@ -41,17 +41,16 @@ TarnexComm::TarnexComm(World world)
              .notices = notices_,
              .hardware_lost = [this] { connection_.SetToResearch(); }}),
       mail_(world_.clock, world_.tcp, ini_, world_.code_page, notices_),
-      mail_window_(mail_, world_.clock), sms_sender_(core_.sms), //
+      mail_window_(mail_, world_.clock), //
       queue_({.clock = world_.clock,
               .unit = unit_,
-              .sender = sms_sender_,
+              .sender = core_.sms,
               .lists = lists_,
               .may_send = [this] { return window_.mChkSMSSendEnable.Checked(); },
               .reset_unit_state = [this] { ResetUnitState(); }}),
-      codec_(world_.clock, ini_, lists_), //
+      codec_(world_.clock, ini_), //
       dispatcher_({.clock = world_.clock,
                    .settings = settings_,
-                   .codec = codec_,
                    .queue = queue_,
                    .mail = mail_,
                    .log = log_,

@@ -7,7 +7,6 @@
 #include "service/mail_window.h"
 #include "service/main_window.h"
 #include "service/status_report.h"
-#include "service/unit_sms_sender.h"
 #include "settings/load_settings.h"
 #include "supervision/connection_supervision.h"
 #include "supervision/supervision_cycle.h"
@@ -99,7 +98,6 @@ class TarnexComm {
     TarnexCore core_;
     MailSender mail_;
     MailWindow mail_window_;
-    UnitSMSSender sms_sender_;
     SMSQueue queue_;
     SMSMsgCodec codec_;
     Dispatcher dispatcher_;

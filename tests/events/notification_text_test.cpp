@@ -1,5 +1,5 @@
 #include "events/event_record.h"
-#include "events/notification_text.h"
+#include "events/notification_plan.h"
 
 #include <gtest/gtest.h>
 

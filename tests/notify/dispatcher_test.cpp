@@ -1,3 +1,4 @@
+#include "notify/sms_msg_codec.h"
 #include "tests/notify/notify_rig.h"
 
 namespace tarnex {
@@ -54,6 +55,7 @@ TEST_F(DispatcherTest, ARepetitionQueuesTheWholeSetAgain) {
 
 TEST_F(DispatcherTest, CommandsAreJudgedByTheNumbersInTheFileNow) {
     store.SetContent("[Text]\nText1(34)=13800000001\nText1(35)=13900000002\n");
+    const SMSMsgCodec codec(clock, ini);
     EXPECT_EQ(codec.DecodeSMSCommand(u"13900000002", u"1301"),
               u"13012系统在06日08:00收到命令：1301--1号设备web服务重启/开启");
     store.SetContent("[Text]\nText1(34)=13900000002\nText1(35)=13900000003\n");

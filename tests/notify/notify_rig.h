@@ -54,7 +54,6 @@ struct NotifyRig : WorldTest, EmailFifo {
     Texts mails;
     int resets = 0;
     bool may_send = true;
-    SMSMsgCodec codec{clock, ini, lists};
     SMSQueue queue{{.clock = clock,
                     .unit = state,
                     .sender = modem,
@@ -67,7 +66,6 @@ struct NotifyRig : WorldTest, EmailFifo {
                         }}};
     Dispatcher dispatcher{{.clock = clock,
                            .settings = settings,
-                           .codec = codec,
                            .queue = queue,
                            .mail = *this,
                            .log = log,

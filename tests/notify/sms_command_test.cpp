@@ -1,4 +1,4 @@
-#include "notify/sms_command.h"
+#include "notify/sms_msg_codec.h"
 
 #include <gtest/gtest.h>
 
