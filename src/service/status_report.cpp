@@ -9,19 +9,19 @@ constexpr Duration kShortestPause = 1s; // between two texts
 } // namespace
 
 void StatusReport::Start() {
-    if (!parts_.sink)
+    if (!parts_.world.status)
         return;
     started_ = true;
-    parts_.clock.BeforeSleep([this] { Look(); });
+    parts_.world.clock.BeforeSleep([this] { Look(); });
 }
 
 void StatusReport::Stop() {
     if (!started_)
         return;
     started_ = false;
-    parts_.clock.BeforeSleep(nullptr);
-    parts_.clock.Cancel(call_);
-    parts_.sink->Remove();
+    parts_.world.clock.BeforeSleep(nullptr);
+    parts_.world.clock.Cancel(call_);
+    parts_.world.status->Remove();
 }
 
 void StatusReport::Look() {
@@ -35,7 +35,7 @@ void StatusReport::Look() {
     } else if (changed) {
         // Traffic alone waits for whatever wakes the loop next.
         call_pending_ = true;
-        call_ = parts_.clock.CallAfter(next_write_ - parts_.clock.Now(), [this] {
+        call_ = parts_.world.clock.CallAfter(next_write_ - parts_.world.clock.Now(), [this] {
             call_pending_ = false;
             Look(); // a busy loop may not sleep soon
         });
@@ -43,13 +43,13 @@ void StatusReport::Look() {
 }
 
 void StatusReport::Write(const ServiceStatus& status) {
-    next_write_ = parts_.clock.Now() + kShortestPause;
+    next_write_ = parts_.world.clock.Now() + kShortestPause;
     written_ = status;
-    const std::string problem =
-        parts_.sink->Replace(StatusText(status, {.process_id = parts_.process_id,
-                                                 .settings_file = parts_.settings_store.Name(),
-                                                 .now = parts_.clock.Now(),
-                                                 .wall_now = parts_.clock.WallNow()}));
+    const std::string problem = parts_.world.status->Replace(
+        StatusText(status, {.process_id = parts_.world.process_id,
+                            .settings_file = parts_.world.settings_store.Name(),
+                            .now = parts_.world.clock.Now(),
+                            .wall_now = parts_.world.clock.WallNow()}));
     parts_.notices.Report("status file", problem, "The status file can be written again.");
 }
 
@@ -84,14 +84,14 @@ ServiceStatus StatusReport::Collect() const {
 }
 
 ServiceStatus::Unit StatusReport::CollectUnit() const {
-    const int port = parts_.discovery.ConnectStatus();
+    const int port = parts_.core.discovery.ConnectStatus();
     const UnitPhase phase = Phase();
     const bool same_phase = written_ && written_->state.unit.phase == phase;
     const UnitState& unit = parts_.unit;
     return {.phase = phase,
-            .since = same_phase ? written_->state.unit.since : parts_.clock.Now(),
+            .since = same_phase ? written_->state.unit.since : parts_.world.clock.Now(),
             .port = port,
-            .device = port != 0 ? parts_.ports.DeviceName(port) : "",
+            .device = port != 0 ? parts_.world.serial_ports.DeviceName(port) : "",
             .signal = unit.UnitConnected ? unit.UnitSignalValue : -1,
             .level = unit.UnitSignalLevel,
             .version = unit.UnitVersion,
@@ -107,7 +107,8 @@ UnitPhase StatusReport::Phase() const {
         return UnitPhase::kSettingUp;
     if (parts_.settings.AutoSearchOff)
         return UnitPhase::kOff;
-    return parts_.discovery.ConnectStatus() != 0 ? UnitPhase::kGreeting : UnitPhase::kSearching;
+    return parts_.core.discovery.ConnectStatus() != 0 ? UnitPhase::kGreeting
+                                                      : UnitPhase::kSearching;
 }
 
 } // namespace tarnex

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "device/tarnex_core.h"
-#include "logging/log_writer.h"
-#include "platform/status_sink.h"
+#include "service/service_parts.h"
 #include "service/service_status.h"
 
 namespace tarnex {
@@ -12,25 +10,8 @@ namespace tarnex {
 // never wakes the loop while nothing changes.
 class StatusReport {
   public:
-    struct Parts {
-        Clock& clock;
-        StatusSink* sink; // nullptr: nobody wants to know
-        long process_id;
-        SerialPorts& ports;
-        SettingsStore& settings_store;
-        const Settings& settings;
-        const UnitState& unit;
-        const Discovery& discovery;
-        const ControlLink& link;
-        const SMSQueue& queue;
-        const MailSender& mail;
-        const Dispatcher& dispatcher;
-        const LogWriter& log;
-        const DebugLists& lists;
-        OperatorNotices& notices;
-    };
-    // The parts must outlive the report.
-    explicit StatusReport(Parts parts) : parts_(parts) {}
+    // The parts must outlive the report. Without a sink in their world nobody wants to know.
+    explicit StatusReport(ServiceParts& parts) : parts_(parts) {}
     StatusReport(const StatusReport&) = delete;
     StatusReport& operator=(const StatusReport&) = delete;
     ~StatusReport() { Stop(); }
@@ -42,13 +23,13 @@ class StatusReport {
 
   private:
     void Look();
-    bool Due() const { return parts_.clock.Now() >= next_write_; }
+    bool Due() const { return parts_.world.clock.Now() >= next_write_; }
     void Write(const ServiceStatus& status);
     ServiceStatus Collect() const;
     ServiceStatus::Unit CollectUnit() const;
     UnitPhase Phase() const;
 
-    Parts parts_;
+    ServiceParts& parts_;
     bool started_ = false;
     std::optional<ServiceStatus> written_;
     Duration next_write_{};

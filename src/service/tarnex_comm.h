@@ -1,44 +1,15 @@
 #pragma once
 
-#include "mail/mail_sender.h"
-#include "notify/dispatcher.h"
-#include "platform/service_controller.h"
-#include "service/core_window.h"
-#include "service/mail_window.h"
-#include "service/main_window.h"
+#include "service/service_windows.h"
 #include "service/status_report.h"
 #include "settings/load_settings.h"
-#include "supervision/connection_supervision.h"
-#include "supervision/supervision_cycle.h"
-#include "ui/view.h"
 
 namespace tarnex {
 
-// The service: builds its parts, starts and stops them, and keeps the settings loaded.
+// The service: starts, resets and stops its parts, and keeps the settings loaded.
 class TarnexComm {
   public:
-    // The world that the service works in; everything must outlive the service.
-    struct World {
-        Clock& clock;
-        SerialPorts& serial_ports;
-        DatagramSockets& sockets;
-        TcpClients& tcp;
-        LogTable& log_table;
-        SettingsStore& settings_store;
-        LineFiles& files;
-        const CodePage& code_page;
-        ServiceController& controller;
-        InstanceLock& instance_lock;
-        View* view;                   // nullptr: no windows
-        OperatorNotices::Sink notice; // for what an operator must act on
-        MainWindow::Echo echo;        // for list lines on no screen; may be empty
-        // Called before the settings are first used, by an instance that may use them: what it
-        // goes on with until its end. Nothing: they cannot be read, and the process must end.
-        std::function<std::optional<StartSettings>()> take_start_settings;
-        std::function<void()> end_process; // ends the loop, and with it the process
-        StatusSink* status = nullptr;      // nullptr: nobody is told of the state
-        long process_id = 0;               // told with it
-    };
+    using World = ServiceWorld;
     explicit TarnexComm(World world);
     ~TarnexComm();
     TarnexComm(const TarnexComm&) = delete;
@@ -56,10 +27,10 @@ class TarnexComm {
     // Stops the timers of all parts but the settings reload and the status display.
     void StopAllTimers() { stoppable_.StopAll(); }
     // Lists whether a monitoring program is connected.
-    void ShowLinkCheck();
+    void ShowLinkCheck() { windows_.ShowLinkCheck(); }
 
-    MainWindow& Window() { return window_; }
-    const UnitState& Unit() const { return unit_; }
+    MainWindow& Window() { return parts_.window; }
+    const UnitState& Unit() const { return parts_.unit; }
 
   private:
     void Install();
@@ -76,38 +47,13 @@ class TarnexComm {
     void TellOfRestart(const StartSettings& now);
     // What a reset takes from the settings for the time until the next one.
     void TakeSearchAndDebug();
-    void ShowWindow(bool visible);
-    bool WindowShown() const { return on_screen_ && on_screen_->Shown(); }
-    void WireButtons();
-    void PressStop();
-    void SwitchDebug();
-    void ClearLists();
-    // By the window: while the unit's program is incomplete, only a second call of it ends.
-    void LeaveByHand();
     void EndProcess();
 
-    World world_;
-    MainWindow window_;
-    OperatorNotices notices_;
-    DebugLists lists_;
-    MyIniFile ini_;
-    Settings settings_;
-    StartSettings start_settings_;
-    UnitState unit_;
-    LogWriter log_;
-    TarnexCore core_;
-    MailSender mail_;
-    MailWindow mail_window_;
-    SMSQueue queue_;
-    SMSMsgCodec codec_;
-    Dispatcher dispatcher_;
-    ControlLink link_;
-    SupervisionCycle cycle_;
-    ConnectionSupervision connection_;
-    CoreWindow core_window_;
+    ServiceParts parts_;
+    ServiceWindows windows_;
     StatusReport status_;
+    StartSettings start_settings_;
     Timer AutoReloadSettingsTimer_;
-    Timer Timer1_;
     TimerList stoppable_; // what the button "Stop" stops
     CallId second_look_;
     bool second_look_pending_ = false;
@@ -117,12 +63,8 @@ class TarnexComm {
     bool reset_in_doubt_ = false;
     std::string restart_reason_; // as the last reading gave it
     bool ExWindowsState_ = false;
-    bool leave_warned_ = false; // of the update at work
     bool ended_ = false;
     CallId end_;
-    std::unique_ptr<FormWindow> on_screen_; // the main window; nullptr without a view
-    std::unique_ptr<FormWindow> mail_on_screen_;
-    std::unique_ptr<FormWindow> core_on_screen_;
 };
 
 } // namespace tarnex
