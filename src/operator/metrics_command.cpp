@@ -1,5 +1,5 @@
 #include "operator/commands.h"
-#include "operator/service_state.h"
+#include "operator/status_reading.h"
 #include "operator/text_output.h"
 
 #include <algorithm>
@@ -72,7 +72,7 @@ std::string Label(const std::string& name, const Json& value) {
 
 class MetricsText {
   public:
-    std::string Of(const ServiceState& state) {
+    std::string Of(const StatusReading& state) {
         Head("up", "gauge", "1 while the service runs.");
         Value("up", "", state.running);
         if (state.running)
@@ -137,7 +137,7 @@ class MetricsText {
 ExitStatus ShowMetrics(ControlWorld& world, const std::string& output) {
     std::string text;
     try {
-        text = MetricsText().Of(ReadServiceState(world));
+        text = MetricsText().Of(ReadStatusFile(world));
     } catch (const Json::exception&) {
         throw Failure(kExitData, world.status_path + " lacks something: name another file with "
                                                      "--status-file, or restart the service");

@@ -1,5 +1,5 @@
 #include "operator/commands.h"
-#include "operator/service_state.h"
+#include "operator/status_reading.h"
 #include "operator/text_output.h"
 #include "settings/setting_table.h"
 
@@ -43,7 +43,7 @@ std::string MissingSteps(const std::string& steps) {
 
 class StatusPage {
   public:
-    explicit StatusPage(const ServiceState& state) : state_(state), s_(state.status) {
+    explicit StatusPage(const StatusReading& state) : state_(state), s_(state.status) {
         Service();
         Unit();
         Links();
@@ -188,13 +188,13 @@ class StatusPage {
         }
     }
 
-    const ServiceState& state_;
+    const StatusReading& state_;
     const Json& s_;
     TextTable table_;
 };
 
 // What is no longer true stands apart, so that nobody takes it for the present state.
-Json AsJson(const ServiceState& state) {
+Json AsJson(const StatusReading& state) {
     Json json{{"running", state.running}};
     if (state.status.is_null())
         return json;
@@ -206,7 +206,7 @@ Json AsJson(const ServiceState& state) {
     return json;
 }
 
-void Show(const ControlWorld& world, const ServiceState& state, const StatusOptions& options) {
+void Show(const ControlWorld& world, const StatusReading& state, const StatusOptions& options) {
     if (options.json)
         world.out << JsonText(AsJson(state), options.watch ? -1 : 2);
     else if (state.running)
@@ -219,7 +219,7 @@ ExitStatus Watch(const ControlWorld& world, const StatusOptions& options) {
     const bool redraw = world.colours && !options.json;
     std::optional<std::pair<bool, Json>> shown;
     do {
-        const ServiceState state = ReadServiceState(world);
+        const StatusReading state = ReadStatusFile(world);
         const std::pair now(state.running, state.status);
         if (!redraw && now == shown)
             continue;
@@ -240,7 +240,7 @@ ExitStatus ShowStatus(ControlWorld& world, const StatusOptions& options) {
     try {
         if (options.watch)
             return Watch(world, options);
-        const ServiceState state = ReadServiceState(world);
+        const StatusReading state = ReadStatusFile(world);
         Show(world, state, options);
         if (!state.running && !options.json)
             throw Failure(kExitUnavailable, state.absence);

@@ -2,7 +2,7 @@
 #include "operator/commands.h"
 #include "operator/moment.h"
 #include "operator/record_explanation.h"
-#include "operator/service_state.h"
+#include "operator/status_reading.h"
 #include "operator/text_output.h"
 
 #include <ostream>
@@ -35,7 +35,7 @@ std::string WithName(const std::string& number, std::optional<TextView> name) {
 // What the service that runs now would do with the SMS.
 std::string ServiceNow(const ControlWorld& world) {
     try {
-        const ServiceState state = ReadServiceState(world);
+        const StatusReading state = ReadStatusFile(world);
         if (!state.running)
             return "it does not run";
         const auto unit = state.status.at("unit").at("state").get<std::string>();

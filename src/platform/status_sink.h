@@ -4,7 +4,7 @@
 
 namespace tarnex {
 
-// Where the service leaves a text about its state for other programs to read.
+// Where the status text goes, for other programs to read: the status file.
 class StatusSink {
   public:
     virtual ~StatusSink() = default;

@@ -16,7 +16,7 @@ enum class UnitPhase {
     kReady,     // SMS can be sent
 };
 
-// The state of the service at one moment, as others are told. All times are the clock's.
+// What the status file tells: the state of the service at one moment. All times are the clock's.
 struct ServiceStatus {
     struct Unit {
         UnitPhase phase = UnitPhase::kSearching;

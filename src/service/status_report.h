@@ -5,7 +5,7 @@
 
 namespace tarnex {
 
-// Keeps a text about the state of the service up to date for other programs. Looks for changes
+// Keeps the status text up to date in its sink, for other programs. Looks for changes
 // whenever the loop is about to sleep or too busy to, so that no part has to tell of its own, and
 // never wakes the loop while nothing changes.
 class StatusReport {

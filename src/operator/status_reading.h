@@ -5,8 +5,8 @@
 
 namespace tarnex {
 
-// What the status file of the service says, and whether that is still true.
-struct ServiceState {
+// The status file as tarnexctl reads it: what it says, and whether that is still true.
+struct StatusReading {
     bool running = false;
     std::string absence; // why it does not count as running, for people
     Json status;         // an object; null when there is no file
@@ -16,6 +16,6 @@ struct ServiceState {
 };
 
 // Throws Failure for a file that cannot be read or is none of the service.
-ServiceState ReadServiceState(const ControlWorld& world);
+StatusReading ReadStatusFile(const ControlWorld& world);
 
 } // namespace tarnex

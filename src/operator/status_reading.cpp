@@ -1,4 +1,4 @@
-#include "operator/service_state.h"
+#include "operator/status_reading.h"
 
 #include "operator/file_access.h"
 #include "operator/text_output.h"
@@ -47,8 +47,8 @@ Json Parse(const std::string& path) {
 
 } // namespace
 
-ServiceState ReadServiceState(const ControlWorld& world) {
-    ServiceState state;
+StatusReading ReadStatusFile(const ControlWorld& world) {
+    StatusReading state;
     state.now = std::chrono::floor<std::chrono::seconds>(world.now().time_since_epoch()).count();
     const std::error_code problem = ReadingProblem(world.status_path);
     if (problem == std::errc::no_such_file_or_directory) {
