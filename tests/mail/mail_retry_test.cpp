@@ -184,7 +184,7 @@ TEST_F(MailRetry, OperatorsAreToldInOnePrintableLine) {
     Set(u"smtp.example");
     clock.RunFor(1min);
     EXPECT_EQ(said.back(), "Mail works again.");
-    EXPECT_EQ(mail.Window().Problem.Value(), u"");
+    EXPECT_EQ(form.Problem.Value(), u"");
 }
 
 } // namespace
