@@ -1,6 +1,5 @@
 #include "device/flash_report.h"
 #include "tests/scenarios/system_fixture.h"
-#include "tests/ui/layout_checks.h"
 
 namespace tarnex {
 namespace {
@@ -277,7 +276,6 @@ TEST_F(Service, ListLinesAreEchoedOnlyWhileNoScreenShowsThem) {
 TEST_F(Service, TheOtherWindowsAreReachedFromTheMainWindowAndGoWithIt) {
     StartWithWindows();
     const Form& mail = *screen.forms["MailSender"];
-    CheckLayout(mail, MailLayout());
     const Form& core = Core();
     EXPECT_FALSE(mail.Visible() || core.Visible());
     Window().mCmdMail.Click();
@@ -303,7 +301,6 @@ TEST_F(Service, TheDeviceLinkIsTriedOutWhileTheServiceRuns) {
     EXPECT_EQ(Results().back(), u"RDNO: 服务正在使用设备，请稍候再按。");
     ASSERT_TRUE(RunUntilReady(1min));
 
-    CheckLayout(Core(), CoreLayout());
     clock.RunFor(3s);
     files.Files["Tarnex_20050626.hex"] = ":00000001FE\n";
     for (const auto& [name, result] : {

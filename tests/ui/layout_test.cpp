@@ -1,5 +1,4 @@
-#include "service/main_window.h"
-#include "tests/ui/layout_checks.h"
+#include "tests/ui/screen_metrics.h"
 #include "ui/layout.h"
 #include "ui/layout_parts.h"
 
@@ -47,11 +46,14 @@ TEST(Layout, AWidthOfTheModelIsKeptAsFarAsTheOthersLeaveRoom) {
 
 TEST(Layout, WhatIsHiddenLeavesItsPlaceToTheOthers) {
     TwoLists form;
+    form.left.SetVisible(false);
+    EXPECT_EQ(Place(form.root, form, Screen(), {1000, 500}).size(), 1U); // without the heading
+    form.left.SetVisible(true);
     form.right.SetVisible(false);
     for (const int twips : {0, 5175}) { // a width of the model does not leave the row half empty
         form.left.SetWidth(twips);
         const auto rects = Rects(form.root, form, {1000, 500});
-        EXPECT_FALSE(rects.contains("right"));
+        ASSERT_EQ(rects.size(), 1U);
         EXPECT_EQ(rects.at("left").w, 980);
     }
 }
@@ -70,18 +72,6 @@ TEST(Layout, AGridHasCellsOfOneSize) {
     EXPECT_EQ(rects.at("a").w, rects.at("b").w);
     EXPECT_EQ(rects.at("c").x, rects.at("a").x);
     EXPECT_EQ(rects.at("c").y + rects.at("c").h, least.h - 10);
-}
-
-TEST(Layout, AHeadingIsHiddenWithItsList) {
-    TwoLists form;
-    form.left.SetVisible(false);
-    const auto placed = Place(form.root, form, Screen(), {1000, 500});
-    ASSERT_EQ(placed.size(), 1U);
-    EXPECT_EQ(placed.front().node->control, "right");
-}
-
-TEST(Layouts, OfTheServiceAreInOrder) {
-    CheckLayout(MainWindow(), MainLayout());
 }
 
 } // namespace
