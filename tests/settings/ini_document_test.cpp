@@ -12,13 +12,8 @@ Text Read(const std::string& content, TextView section, TextView key) {
     return Text(IniDocument(content, kGbk).Get(section, key));
 }
 
-struct ReadRow {
-    std::string content;
-    Text value; // of [Text] Text1(33)
-};
-
 TEST(IniDocument, FindsTheFirstKeyOfTheFirstSection) {
-    const ReadRow rows[] = {
+    const std::pair<std::string, Text> rows[] = {
         {"[Text]\r\nText1(33)=Com3\r\n", u"Com3"},
         {"[tEXT]\n  tExT1(33)  = \"Com 3\" ", u" \"Com 3\" "},
         {"\xEF\xBB\xBF[Text]\nText1(33)=first line marked", u"first line marked"},
@@ -31,32 +26,27 @@ TEST(IniDocument, FindsTheFirstKeyOfTheFirstSection) {
         {std::string("[Text]\nText1(33)=a\0b\n", 21), u"ab"},
         {"[Text]\nText1(33)=" + std::string(127, 'x') + "yz", Text(127, u'x') + u"y"},
     };
-    for (const ReadRow& row : rows)
-        EXPECT_EQ(Read(row.content, u"Text", u"Text1(33)"), row.value) << row.content;
+    for (const auto& [content, value] : rows)
+        EXPECT_EQ(Read(content, u"Text", u"Text1(33)"), value) << content;
 }
 
-// The second bytes of these characters are "[", "]", "\" and a letter.
-const std::string kTricky = "\x81\x5B\x81\x5D\x81\x5C\x81\x41";
-
 TEST(IniDocument, SecondHalvesOfCharactersAreNoSyntax) {
-    const std::string content = "[" + kTricky + "]\r\n" + kTricky + "=" + kTricky + "\r\n";
-    const Text name = kGbk.Decode(kTricky);
-    ASSERT_EQ(name.size(), 4u);
+    // The second bytes of these characters are "[", "]", "\" and a letter.
+    const std::string tricky = "\x81\x5B\x81\x5D\x81\x5C\x81\x41";
+    const std::string content = "[" + tricky + "]\r\n" + tricky + "=" + tricky + "\r\n";
+    const Text name = kGbk.Decode(tricky);
     EXPECT_EQ(Read(content, name, name), name);
-    EXPECT_EQ(Read("[" + kTricky + "]\nk=\x81\n", name, u"k"), u"?");
+    EXPECT_EQ(Read("[" + tricky + "]\nk=\x81\n", name, u"k"), u"?");
     // "\x81\x41" and "\x81\x61" differ by the case of a byte only, and are two characters.
     EXPECT_EQ(Read("[S]\n\x81\x61=1\n\x81\x41=2\n", u"S", kGbk.Decode("\x81\x41")), u"2");
     EXPECT_EQ(IniDocument::Set(content, kGbk, name, name, u"设"),
-              "[" + kTricky + "]\r\n" + kTricky + "=\xC9\xE8\r\n");
+              "[" + tricky + "]\r\n" + tricky + "=\xC9\xE8\r\n");
 }
 
-struct SetRow {
-    const char* before;
-    const char* after; // [S] K set to "v"
-};
+using BeforeAndAfter = std::pair<const char*, std::string>;
 
 TEST(IniDocument, ChangesNothingButTheOneValue) {
-    const SetRow rows[] = {
+    const BeforeAndAfter rows[] = {
         {"", "[S]\r\nK=v\r\n"},
         {"[S]\nK=old", "[S]\nK=v"},
         {"; \xFF\n[s] x\r\n  k  = old \r\nK=2\r\n", "; \xFF\n[s] x\r\n  k  =v\r\nK=2\r\n"},
@@ -70,11 +60,9 @@ TEST(IniDocument, ChangesNothingButTheOneValue) {
         {"[T]\nK=1\n", "[T]\nK=1\n[S]\nK=v\n"},
         {"K=1\nrubbish \x81\n", "K=1\nrubbish \x81\n[S]\nK=v\n"},
     };
-    for (const SetRow& row : rows) {
-        const auto result = IniDocument::Set(row.before, kGbk, u"S", u" K ", u"v");
-        ASSERT_TRUE(result);
-        EXPECT_EQ(*result, row.after);
-        EXPECT_EQ(Read(*result, u"S", u"K"), u"v") << row.before;
+    for (const auto& [before, after] : rows) {
+        EXPECT_EQ(IniDocument::Set(before, kGbk, u"S", u" K ", u"v"), after);
+        EXPECT_EQ(Read(after, u"S", u"K"), u"v");
     }
 }
 
@@ -82,18 +70,10 @@ TEST(IniDocument, RefusesWhatAReaderWouldNotFindAgain) {
     struct {
         Text section, key, value;
     } const rows[] = {
-        {u"S\n[T", u"K", u"v"},
-        {u"S]", u"K", u"v"},
-        {u"S", u"K=", u"v"},
-        {u"S", u";K", u"v"},
-        {u"S", u"[K", u"v"},
-        {u"S", u"K\r", u"v"},
-        {u"S", u"K\u0E01", u"v"},
-        {u"S", u"", u"v"},
-        {u"S", u"K", u"v\nCheck1(13)=0"},
-        {u"S", u"K", u"v\r"},
-        {u"S", Text(1, u'\0'), u"v"},
-    };
+        {u"S\n[T", u"K", u"v"},   {u"S]", u"K", u"v"},         {u"S", u"K=", u"v"},
+        {u"S", u";K", u"v"},      {u"S", u"[K", u"v"},         {u"S", u"K\r", u"v"},
+        {u"S", u"K\u0E01", u"v"}, {u"S", u"", u"v"},           {u"S", u"K", u"v\nA=0"},
+        {u"S", u"K", u"v\r"},     {u"S", Text(1, u'\0'), u"v"}};
     for (const auto& row : rows)
         EXPECT_FALSE(IniDocument::Set("[S]\nK=1\n", kGbk, row.section, row.key, row.value));
     // A value may be changed by the code page; it cannot break the file.
@@ -101,28 +81,24 @@ TEST(IniDocument, RefusesWhatAReaderWouldNotFindAgain) {
 }
 
 TEST(IniDocument, RemovesTheLinesThatCount) {
-    const struct {
-        const char* before;
-        const char* after; // [S] K removed
-    } rows[] = {
+    const BeforeAndAfter rows[] = {
         {"[S]\r\nA=1\r\n k = x\r\n; c\r\n", "[S]\r\nA=1\r\n; c\r\n"},
         {"[S]\nK=1\nA=1\nK=2\n[S]\nK=3\n", "[S]\nA=1\n[S]\nK=3\n"},
         {"[S]\nA=1\nK=", "[S]\nA=1\n"},
         {"K=1\n[T]\nK=1\n[S]\n;K=1\n", "K=1\n[T]\nK=1\n[S]\n;K=1\n"},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(IniDocument::Remove(row.before, kGbk, u"S", u"K"), row.after);
+    for (const auto& [before, after] : rows)
+        EXPECT_EQ(IniDocument::Remove(before, kGbk, u"S", u"K"), after);
 }
 
 TEST(IniDocument, ListsTheLinesThatNeverCountToo) {
     const auto lines = IniDocument::KeyLines(
         "; c\nA=0\n[S]\nK=" + std::string(200, 'x') + "\n\n k =2\n[T]\nrubbish\nA=\xC9\xE8", kGbk);
-    ASSERT_EQ(lines.size(), 4u);
-    EXPECT_EQ(lines[0].section, u"");
-    EXPECT_EQ(lines[1].value.size(), 200u);
-    EXPECT_EQ(lines[2].number, 6);
-    EXPECT_EQ(lines[2].section + u"/" + lines[2].key + u"/" + lines[2].value, u"S/k/2");
-    EXPECT_EQ(lines[3].section + u"/" + lines[3].key + u"/" + lines[3].value, u"T/A/设");
+    Text all;
+    for (const auto& line : lines)
+        all +=
+            ToText(line.number) + u" " + line.section + u"/" + line.key + u"/" + line.value + u";";
+    EXPECT_EQ(all, u"2 /A/0;4 S/K/" + Text(200, u'x') + u";6 S/k/2;9 T/A/设;");
 }
 
 } // namespace
