@@ -19,13 +19,10 @@ TEST_F(DiscoveryTest, TriesThePortsInOrderAndStopsAtTheUnit) {
     EXPECT_EQ(core.discovery.ConnectClose(), 5);
     EXPECT_EQ(core.discovery.ConnectClose(), 0);
     EXPECT_EQ(ports.OpenSettings(5), std::nullopt);
-}
-
-TEST_F(DiscoveryTest, TwentySilentPortsTakeAHundredSeconds) {
-    for (int number = 1; number <= 20; ++number)
-        ports.SetStatus(number, PortStatus::kOk);
+    ports.Unplug(5);
+    start = clock.Now();
     EXPECT_EQ(Connect(), 0);
-    EXPECT_EQ(ended, 20 * 5010ms);
+    EXPECT_EQ(SinceStart(ended), 19 * 10ms + 5010ms); // twenty ports
 }
 
 TEST_F(DiscoveryTest, LastComNamesTheOnlyPortToTry) {
@@ -69,12 +66,10 @@ TEST_F(DiscoveryTest, PortsThatAnOperatorCanFreeAreNamedOnce) {
     ports.SetStatus(3, PortStatus::kAbsent);
     Connect();
     ASSERT_EQ(said.size(), 4u);
-    for (std::size_t i = 0; i < 4; ++i)
-        EXPECT_NE(said[i].find(std::array{"COM2 (COM2) may not", "COM3 (COM3) is held",
-                                          "COM2 (COM2) can be opened now",
-                                          "COM3 () is no serial line any more"}[i]),
-                  std::string::npos)
-            << said[i];
+    EXPECT_NE(said[0].find("COM2 (COM2) may not"), said[0].npos);
+    EXPECT_NE(said[1].find("COM3 (COM3) is held"), said[1].npos);
+    EXPECT_NE(said[2].find("COM2 (COM2) can be opened now"), said[2].npos);
+    EXPECT_NE(said[3].find("COM3 () is no serial line any more"), said[3].npos);
 }
 
 } // namespace

@@ -20,22 +20,17 @@ std::string Line(std::size_t count, std::size_t data_bytes) {
 
 TEST(IntelHex, TellsEveryKindOfLineApart) {
     using enum HexTrouble;
-    const std::pair<std::string, HexTrouble> rows[] = {
-        {"", kTooShort},
-        {"\r", kTooShort},
-        {":", kTooShort},
-        {":000000010", kTooShort},
-        {" :00000001FF", kNoColon},
-        {"00000001FF", kNoColon},
-        {":00000001FF ", kNotHex},
-        {":00000001FF\r\r", kNotHex},
-        {":0100000055AG", kNotHex},
-        {":010000005AA", kOddLength},
-        {":0200000055A9", kTruncated},
-        {":010000005555A9", kSurplus},
-        {Line(116, 116), kTooMuchData},
-        {Line(1, 500), kTooMuchData},
-    };
+    const std::pair<std::string, HexTrouble> rows[] = {{"\r", kTooShort},
+                                                       {":000000010", kTooShort},
+                                                       {" :00000001FF", kNoColon},
+                                                       {":00000001FF ", kNotHex},
+                                                       {":0100000055AG", kNotHex},
+                                                       {":00000001FF\r\r", kNotHex},
+                                                       {":010000005AA", kOddLength},
+                                                       {":0200000055A9", kTruncated},
+                                                       {":010000005555A9", kSurplus},
+                                                       {Line(116, 116), kTooMuchData},
+                                                       {Line(1, 500), kTooMuchData}};
     for (const auto& [line, trouble] : rows)
         EXPECT_EQ(std::get<HexTrouble>(ParseHexLine(line)), trouble) << line;
     EXPECT_TRUE(std::holds_alternative<HexRecord>(ParseHexLine(Line(115, 115))));
@@ -71,18 +66,19 @@ TEST(HexSummary, SumsUpAFileAndListsWhatIsOddAboutIt) {
 
     const HexSummary odd = HexSummary::Read(*files.Open("odd").file);
     EXPECT_EQ(odd.Fault().value().line, 5); // the others are sent all the same
-    std::vector<std::pair<long, HexTrouble>> found;
+    using Found = std::vector<std::pair<long, HexTrouble>>;
+    Found found;
     for (const OddHexLine& line : odd.OddLines())
         found.emplace_back(line.line, line.trouble);
     using enum HexTrouble;
-    EXPECT_EQ(found, (std::vector<std::pair<long, HexTrouble>>{{2, kOverwrites},
-                                                               {3, kWrongChecksum},
-                                                               {4, kOtherType},
-                                                               {4, kOverwrites},
-                                                               {5, kTruncated},
-                                                               {6, kWrapsAround},
-                                                               {7, kTooShort},
-                                                               {8, kNoEndRecord}}));
+    EXPECT_EQ(found, (Found{{2, kOverwrites},
+                            {3, kWrongChecksum},
+                            {4, kOtherType},
+                            {4, kOverwrites},
+                            {5, kTruncated},
+                            {6, kWrapsAround},
+                            {7, kTooShort},
+                            {8, kNoEndRecord}}));
 }
 
 TEST(HexSummary, ListsNoMoreThanItsShareOfAFileFullOfFaults) {

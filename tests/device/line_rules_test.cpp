@@ -63,28 +63,19 @@ TEST(UnitEvents, SignalQuality) {
         EXPECT_EQ(SignalQuality(line), std::nullopt) << ToUtf8(line);
 }
 
-TEST(SMSRecord, IsCutByItsSeparators) {
-    ReceivedSMS sms;
-    CutSMSRecord(
-        u"TX:SMRCV(\"REC UNREAD\",\"002B00380036\",,\"24/05/06,08:09:10+32\",4F60597D0020\r01OK)",
-        sms);
-    EXPECT_EQ(sms.TelNo, u"+86");
-    EXPECT_EQ(sms.Date, u"24/05/06");
-    EXPECT_EQ(sms.Time, u"08:09:10");
-    EXPECT_EQ(sms.Msg, u"你好");
-}
-
-TEST(SMSRecord, MissingSeparatorsLeaveTheirFieldsAsTheyWere) {
+TEST(SMSRecord, IsCutByItsSeparatorsAndKeepsTheFieldsWithoutThem) {
     ReceivedSMS sms{.TelNo = u"1", .Date = u"2", .Time = u"3", .Msg = u"4"};
-    CutSMSRecord(u"TX:SMRCV(no separator at all", sms);
-    CutSMSRecord(u"TX:SMRCV(,,,,\"OK", sms); // too close: less than nothing between them
-    EXPECT_EQ(sms.TelNo, u"1");
-    EXPECT_EQ(sms.Date, u"2");
-    EXPECT_EQ(sms.Time, u"3");
-    EXPECT_EQ(sms.Msg, u"4");
-    CutSMSRecord(u"TX:SMRCV(x,\"0041\",,\"d", sms); // cut off: what can be had is taken
-    EXPECT_EQ(sms.TelNo, u"A");
-    EXPECT_EQ(sms.Date, u"2");
+    for (const auto& [record, fields] : {
+             std::pair<TextView, TextView>{u"TX:SMRCV(no separator at all", u"1 2 3 4"},
+             {u"TX:SMRCV(,,,,\"OK", u"1 2 3 4"},        // too close: less than nothing between them
+             {u"TX:SMRCV(x,\"0041\",,\"d", u"A 2 3 4"}, // cut off: what can be had is taken
+             {u"TX:SMRCV(\"REC "
+              u"UNREAD\",\"002B00380036\",,\"24/05/06,08:09:10+32\",4F60597D0020\r01OK)",
+              u"+86 24/05/06 08:09:10 你好"},
+         }) {
+        CutSMSRecord(record, sms);
+        EXPECT_EQ(sms.TelNo + u" " + sms.Date + u" " + sms.Time + u" " + sms.Msg, fields);
+    }
 }
 
 TEST(LineBuffer, NoiseWithoutLineEndIsBounded) {
