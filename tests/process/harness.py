@@ -8,6 +8,7 @@ said is shown then.
 
 import contextlib
 import os
+import pathlib
 import random
 import re
 import shutil
@@ -39,7 +40,7 @@ SETTINGS = {
     "Combo": {"combo1(5)": "3", "Combo1(6)": "1"},
     "Debug": {"DebugMode": "Off"},
 }
-SCHEMA = os.path.join(os.path.dirname(__file__), "../../packaging/log-schema.sql")
+SCHEMA = pathlib.Path(__file__).parents[2] / "packaging/log-schema.sql"
 
 programs = ""  # the folder of the programs
 
@@ -60,14 +61,11 @@ def command(name, arguments=(), user=None):
     Everything that a test starts is started by this: what another system's programs are called, and
     what runs them here, belongs into it.
     """
-    path = os.path.join(programs, name)
-    if not os.access(path, os.X_OK):
-        raise FileNotFoundError(f"{path}: no such program; build it first")
     # The kernel ends it with this process, were that to be killed.
     runner = ["setpriv", "--pdeathsig", "KILL"]
     if user is not None:
         runner += [f"--reuid={user}", f"--regid={user}", "--clear-groups"]
-    return [*runner, path, *arguments]
+    return [*runner, os.path.join(programs, name), *arguments]
 
 
 def own_address():
@@ -98,9 +96,7 @@ class Program:
                 self._news.notify_all()
 
     def _clean_up(self):
-        if self.runs():
-            self.kill()
-        self._reader.join()
+        self.stop(signal.SIGKILL)
         for end in (self._process.stdin, self._process.stdout):
             if end:
                 end.close()
@@ -127,40 +123,30 @@ class Program:
     def send_signal(self, number):
         self._process.send_signal(number)
 
-    def kill(self):
-        self._process.kill()
-        self._process.wait()
-
     def stop(self, number=signal.SIGTERM):
-        """Ends it by a signal; its exit status."""
+        """Ends it by a signal, if it runs; its exit status."""
         self.send_signal(number)
         return self.wait()
 
-    def wait(self, limit=LIMIT):
+    def wait(self):
         """Its exit status, once it has ended and all that it has said was read."""
-        try:
-            status = self._process.wait(limit)
-        except subprocess.TimeoutExpired:
-            raise AssertionError(f"{self.name} does not end within {limit} s") from None
+        status = self._process.wait(LIMIT)
         self._reader.join()
         return status
 
     def runs(self):
         return self._process.poll() is None
 
-    def children(self):
-        """The numbers of the processes that it has started and that run."""
-        with open(f"/proc/{self.pid}/task/{self.pid}/children") as numbers:
-            return [int(number) for number in numbers.read().split()]
+    def proc(self, name):
+        """What the system tells about it under that name."""
+        return pathlib.Path(f"/proc/{self.pid}", name).read_text()
 
     def cpu_seconds(self):
-        with open(f"/proc/{self.pid}/stat") as stat:
-            fields = stat.read().rsplit(")", 1)[1].split()
+        fields = self.proc("stat").rsplit(")", 1)[1].split()
         return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
 
     def resident_kib(self):
-        with open(f"/proc/{self.pid}/status") as lines:
-            return next(int(line.split()[1]) for line in lines if line.startswith("VmRSS:"))
+        return int(re.search(r"VmRSS:\s*(\d+)", self.proc("status"))[1])
 
 
 class Monitor:
@@ -206,19 +192,18 @@ class Monitor:
         self.wait_for(b"txYesRigh")
 
     def wait_for(self, start):
-        """The next message that begins so; what came before it is passed over."""
+        """Until a message begins so; what came before it is passed over."""
 
         def find():
-            for index in range(self._taken, len(self.received)):
-                if self.received[index].startswith(start):
-                    self._taken = index + 1
-                    return self.received[index]
-            return None
+            while self._taken < len(self.received):
+                self._taken += 1
+                if self.received[self._taken - 1].startswith(start):
+                    return True
+            return False
 
         with self._news:
-            if not (message := self._news.wait_for(find, LIMIT)):
+            if not self._news.wait_for(find, LIMIT):
                 raise AssertionError(f"not heard in {LIMIT} s: {start}; heard: {self.received}")
-            return message
 
 
 class Site:
@@ -230,28 +215,28 @@ class Site:
     def __init__(self, test, log=True, **changes):
         self._test = test
         self.desktop = {}  # what a desktop adds to the environment
-        self.folder = tempfile.mkdtemp(prefix="tarnex-test-")
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="tarnex-test-"))
         test.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
-        os.chmod(self.folder, 0o755)
-        os.mkdir(self.path("system"))
+        self.folder.chmod(0o755)
+        self.path("system").mkdir()
         self.address = own_address()
         self.settings = self.path("system/Tarnex.ini")
         self.log = self.path("log.db")
         if log:
-            self.make_log()
+            with contextlib.closing(sqlite3.connect(self.log)) as database:
+                database.executescript(SCHEMA.read_text(encoding="utf-8"))
         self._settings = {"Text1(37)": self.log, **changes}
         self.write_settings()
 
     def path(self, name):
-        return os.path.join(self.folder, name)
+        return self.folder / name
 
     def give_away(self):
-        """Gives all files to a user without rights, if there is need to. Who that is, or None."""
+        """Gives all files to a user without rights, whom it names; None when it has none itself."""
         if os.geteuid() != 0:
             return None
-        for top, _, names in os.walk(self.folder):
-            for name in (top, *(os.path.join(top, name) for name in names)):
-                os.chown(name, NOBODY, NOBODY)
+        for path in (self.folder, *self.folder.rglob("*")):
+            os.chown(path, NOBODY, NOBODY)
         return NOBODY
 
     # ---- settings
@@ -273,21 +258,17 @@ class Site:
 
     def write_settings(self, changes=()):
         """Empties the file and writes it anew, without what the service has added."""
-        with open(self.settings, "wb") as file:
-            file.write(self.settings_text(changes).encode("gbk"))
+        self.settings.write_bytes(self.settings_text(changes).encode("gbk"))
 
     def edit_setting(self, key, value):
         """Changes one value in place."""
-        line = rb"(?m)^(" + re.escape(key.encode()) + rb"=)[^\r\n]*"
+        text = re.sub(rf"(?m)^{re.escape(key)}=[^\r\n]*", f"{key}={value}", self.read_settings())
         with open(self.settings, "r+b") as file:
-            text = re.sub(line, lambda found: found[1] + value.encode(), file.read())
-            file.seek(0)
-            file.write(text)
+            file.write(text.encode("gbk"))
             file.truncate()
 
     def read_settings(self):
-        with open(self.settings, "rb") as file:
-            return file.read().decode("gbk")
+        return self.settings.read_bytes().decode("gbk")
 
     def setting(self, key):
         """The value in the file, or None."""
@@ -299,13 +280,6 @@ class Site:
         text = re.sub(r"Text1\(33\)=.*\r\n", "", self.read_settings())
         return re.sub(r"\[TarnexComm\]\r\n(\w+=.*\r\n)+$", "", text)
 
-    # ---- log
-
-    def make_log(self):
-        with open(SCHEMA, encoding="utf-8") as schema:
-            with contextlib.closing(sqlite3.connect(self.log)) as database:
-                database.executescript(schema.read())
-
     def rows(self, columns="*"):
         with contextlib.closing(sqlite3.connect(self.log)) as database:
             return database.execute(f"SELECT {columns} FROM Log ORDER BY Number").fetchall()
@@ -316,8 +290,8 @@ class Site:
         """In which the programs of this site run: without a display, unless it has a desktop."""
         environment = dict(
             os.environ,
-            WINDIR=self.folder,
-            TARNEXCOMM_LOCK=self.path("lock"),
+            WINDIR=str(self.folder),
+            TARNEXCOMM_LOCK=str(self.path("lock")),
             # Freed memory is given back soon, so that a growth shows.
             ASAN_OPTIONS="quarantine_size_mb=1:allocator_release_to_os_interval_ms=100",
         )
@@ -325,24 +299,18 @@ class Site:
         return environment | self.desktop
 
     def start(self, name, *arguments, user=None, **options):
-        """Starts a program in this environment, and does not wait for anything."""
+        """Starts a program in this environment."""
         if user is not None:  # who perhaps may not enter the folder of the programs
             name = shutil.copy(os.path.join(programs, name), self.folder)
-        options = {"env": self.environment()} | options
-        return Program(self._test, name, arguments, user, **options)
+        return Program(self._test, name, arguments, user, env=self.environment(), **options)
 
     def service(self, **options):
-        """Starts the service and waits for its links."""
+        """Starts the service and waits until the last of its links is open."""
         service = self.start("tarnexcomm", **options)
-        wait_until(lambda: self.listens() or not service.runs(), "open links")
-        self._test.assertTrue(service.runs(), "the service has ended")
-        return service
-
-    def listens(self):
-        """Whether the last of the links is open."""
         number = "".join("%02X" % int(part) for part in reversed(self.address.split(".")))
-        with open("/proc/net/udp") as table:
-            return f" {number}:{7844:04X} " in table.read()
+        listening = f" {number}:{7844:04X} "
+        wait_until(lambda: listening in pathlib.Path("/proc/net/udp").read_text(), "open links")
+        return service
 
     def unit(self, *arguments):
         """Starts the simulated unit on COM3."""

@@ -1,6 +1,6 @@
 """The service killed in the middle of its work."""
 
-import os
+import signal
 import time
 import unittest
 
@@ -17,14 +17,14 @@ class Writes:
 
     def __init__(self, path):
         self._path = path
-        self._file = os.stat(path).st_ino
+        self._file = path.stat().st_ino
         self._done = 0
 
     def begun(self):
-        if (file := os.stat(self._path).st_ino) != self._file:
+        if (file := self._path.stat().st_ino) != self._file:
             self._file = file
             self._done += 1
-        return self._done + os.path.exists(self._path + ".new")
+        return self._done + self._path.with_suffix(".ini.new").exists()
 
 
 class Kill(unittest.TestCase):
@@ -44,7 +44,7 @@ class Kill(unittest.TestCase):
             for victim in list(left):
                 service, counter, write = victim
                 if counter.begun() >= write:
-                    service.kill()
+                    service.stop(signal.SIGKILL)
                     left.remove(victim)
             time.sleep(0.0005)
 
@@ -63,7 +63,7 @@ class Kill(unittest.TestCase):
             wait_until(lambda: site.setting("LastCom") == "3", "the port on record")
             self.assertEqual(service.stop(), 0)
             self.assertEqual(service.lines, [])
-            self.assertFalse(os.path.exists(site.settings + ".new"))
+            self.assertFalse(site.settings.with_suffix(".ini.new").exists())
             self.assertEqual(site.without_own_settings(), site.settings_text())
 
 

@@ -1,6 +1,5 @@
 """The control links over real sockets."""
 
-import socket
 import unittest
 
 import harness
@@ -11,27 +10,6 @@ HUGE = 65507  # bytes, the largest datagram
 
 
 class Links(unittest.TestCase):
-    def test_a_taken_port_is_named_once_and_opened_when_it_is_free(self):
-        site = Site(self)
-        holder = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
-        self.addCleanup(holder.close)
-        holder.bind((site.address, 7842))
-        service = site.service()
-        monitors = [site.monitor(link) for link in (0, 1, 3, 4)]
-        for monitor in monitors:
-            monitor.greet()
-        monitors[0].wait_for(b"tx-States")
-        (line,) = service.lines
-        self.assertIn("at UDP port 7842 (address already in use)", line)
-        self.assertIn("End the program that holds the port", line)
-        holder.close()
-        service.wait_for("The control link is open at all ports now.")
-        site.monitor(2).greet()
-        self.assertEqual(service.stop(), 0)
-        self.assertEqual(len(service.lines), 2)
-        for monitor in monitors:
-            monitor.wait_for(b"tx-SMSEnd")
-
     def test_an_address_of_another_machine_is_told_in_one_line(self):
         site = Site(self, **{"BindAddress": "192.0.2.1"})
         service = site.start("tarnexcomm")

@@ -10,21 +10,6 @@ ALARM = "txSendSMS1031010srv{[b^k^]}"
 
 
 class Log(unittest.TestCase):
-    def test_a_missing_log_is_told_and_works_once_it_is_made(self):
-        site = Site(self, log=False)
-        service = site.service()
-        monitor = site.monitor()
-        service.wait_for(f'The log database {site.log} is missing: make it with "tarnexctl log create"')
-        for _ in range(3):
-            monitor.greet()
-        site.make_log()
-        service.wait_for("The log works again; rows lost since the start: 3.")
-        monitor.greet("Nex")
-        wait_until(lambda: site.rows("Detail"), "a row in the log")
-        self.assertEqual(site.rows("Detail"), [("Nex",)])
-        self.assertEqual(service.stop(), 0)
-        self.assertEqual(len(service.lines), 2, service.lines)
-
     def test_sms_leave_and_settings_stay_whole_on_a_full_disk(self):
         site = Site(self)
         unit = site.unit()

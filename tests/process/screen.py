@@ -30,8 +30,7 @@ class Screen:
     def run(self, *command):
         """What a tool of X prints."""
         environment = os.environ | self.environment
-        outputs = {"stdout": subprocess.PIPE, "stderr": subprocess.DEVNULL}
-        return subprocess.run(command, env=environment, encoding="utf-8", **outputs).stdout
+        return subprocess.run(command, env=environment, encoding="utf-8", capture_output=True).stdout
 
     def window(self, title):
         """The window with that title, once it is there."""
@@ -54,9 +53,8 @@ class Window:
         return "IsViewable" in self._screen.run("xwininfo", "-id", str(self._number))
 
     def size(self):
-        lines = self._screen.run("xdotool", "getwindowgeometry", "--shell", str(self._number)).split()
-        values = dict(line.split("=") for line in lines)
-        return int(values["WIDTH"]), int(values["HEIGHT"])
+        geometry = self._screen.run("xdotool", "getwindowgeometry", str(self._number))
+        return tuple(map(int, re.search(r"Geometry: (\d+)x(\d+)", geometry).groups()))
 
     def resize(self, width, height):
         self._screen.run("xdotool", "windowsize", str(self._number), str(width), str(height))
@@ -65,12 +63,12 @@ class Window:
     def least_size(self):
         """The smallest that an operator can make it."""
         hints = self._screen.run("xprop", "-id", str(self._number), "WM_NORMAL_HINTS")
-        return tuple(int(n) for n in re.search(r"minimum size: (\d+) by (\d+)", hints).groups())
+        return tuple(map(int, re.search(r"minimum size: (\d+) by (\d+)", hints).groups()))
 
-    def click(self, x, y, button=1):
+    def click(self, x, y):
         """A click at a place in pixels of a screen of 96 dpi; negative ones are from the right or the bottom."""
         place = [str(int(at * self._screen.scale) % size) for at, size in zip((x, y), self.size())]
-        self._screen.run("xdotool", "mousemove", "--window", str(self._number), *place, "click", str(button))
+        self._screen.run("xdotool", "mousemove", "--window", str(self._number), *place, "click", "1")
 
     def key(self, *names):
         self._screen.run("xdotool", "windowfocus", str(self._number), "key", "--delay", "30", *names)
@@ -82,22 +80,19 @@ class Window:
         """What a window manager does when the operator closes the window."""
         Client(self._screen.name).ask_to_close(self._number)
 
-    def copied(self, x, y, *keys):
+    def copied(self, place, *keys):
         """What keys copy from the box at that place."""
-        self.click(x, y)
+        self.click(*place)
         self.key(*keys)
         return Client(self._screen.name).clipboard()
 
-    def lines(self, x, y):
+    def lines(self, place):
         """All lines of the list at that place."""
-        return self.copied(x, y, "ctrl+shift+c").splitlines()
+        return self.copied(place, "ctrl+shift+c").splitlines()
 
-    def has_line(self, place, text):
-        """Whether a line of the list at that place ends so."""
-        return any(line.endswith(text) for line in self.lines(*place))
-
-    def wait_for_line(self, place, text):
-        wait_until(lambda: self.has_line(place, text), text)
+    def wait_for_line(self, place, text, act=lambda: None):
+        """Acts until a line of the list at that place ends so."""
+        wait_until(lambda: any(line.endswith(text) for line in self.lines(place)) or act(), text)
 
     def picture(self, name):
         """Keeps a picture, if somebody wants pictures."""
@@ -109,64 +104,37 @@ class Window:
 class Client:
     """Talks to the X server itself, where no tool does."""
 
-    ANY_TYPE = 0
     CLIENT_MESSAGE = 33
     SELECTION_NOTIFY = 31
-
-    class Event(ctypes.Structure):
-        """A client message, and room for every other event."""
-
-        _fields_ = [
-            ("type", ctypes.c_int),
-            ("serial", ctypes.c_ulong),
-            ("send_event", ctypes.c_int),
-            ("display", ctypes.c_void_p),
-            ("window", ctypes.c_ulong),
-            ("message_type", ctypes.c_ulong),
-            ("format", ctypes.c_int),
-            ("data", ctypes.c_long * 24),
-        ]
+    Event = ctypes.c_long * 24
 
     def __init__(self, display):
         self._x = ctypes.CDLL("libX11.so.6")
         self._x.XOpenDisplay.restype = ctypes.c_void_p
-        self._x.XDefaultRootWindow.restype = ctypes.c_ulong
-        self._x.XCreateSimpleWindow.restype = ctypes.c_ulong
-        self._x.XInternAtom.restype = ctypes.c_ulong
         self._display = ctypes.c_void_p(self._x.XOpenDisplay(display.encode()))
 
     def _atom(self, name):
-        return ctypes.c_ulong(self._x.XInternAtom(self._display, name.encode(), 0))
+        return self._x.XInternAtom(self._display, name.encode(), 0)
 
     def ask_to_close(self, window):
-        event = self.Event(type=self.CLIENT_MESSAGE, window=window, format=32)
-        event.message_type = self._atom("WM_PROTOCOLS").value
-        event.data[0] = self._atom("WM_DELETE_WINDOW").value
-        self._x.XSendEvent(self._display, ctypes.c_ulong(window), 0, ctypes.c_long(0), ctypes.byref(event))
+        message = (self._atom("WM_PROTOCOLS"), 32, self._atom("WM_DELETE_WINDOW"))
+        event = self.Event(self.CLIENT_MESSAGE, 0, 0, 0, window, *message)
+        self._x.XSendEvent(self._display, window, 0, 0, event)
         self._x.XCloseDisplay(self._display)
 
     def clipboard(self):
         """The text that was copied last, "" when there is none."""
-        root = ctypes.c_ulong(self._x.XDefaultRootWindow(self._display))
-        own = ctypes.c_ulong(self._x.XCreateSimpleWindow(self._display, root, 0, 0, 1, 1, 0, 0, 0))
+        root = self._x.XDefaultRootWindow(self._display)
+        own = self._x.XCreateSimpleWindow(self._display, root, 0, 0, 1, 1, 0, ctypes.c_long(0), ctypes.c_long(0))
         clipboard, utf8, text = (self._atom(name) for name in ("CLIPBOARD", "UTF8_STRING", "TEXT"))
-        self._x.XConvertSelection(self._display, clipboard, utf8, text, own, ctypes.c_ulong(0))
-        event = self.Event()
+        self._x.XConvertSelection(self._display, clipboard, utf8, text, own, 0)
         wait_until(
-            lambda: self._x.XCheckTypedWindowEvent(self._display, own, self.SELECTION_NOTIFY, ctypes.byref(event)),
+            lambda: self._x.XCheckTypedWindowEvent(self._display, own, self.SELECTION_NOTIFY, self.Event()),
             "an answer to the request for the clipboard",
         )
-        found = [ctypes.c_ulong(), ctypes.c_int(), ctypes.c_ulong(), ctypes.c_ulong(), ctypes.c_void_p()]
-        self._x.XGetWindowProperty(
-            self._display,
-            own,
-            text,
-            ctypes.c_long(0),
-            ctypes.c_long(1 << 20),
-            0,
-            ctypes.c_ulong(self.ANY_TYPE),
-            *(ctypes.byref(value) for value in found),
-        )
-        content = ctypes.string_at(found[4], found[2].value).decode() if found[4] else ""
+        content = ctypes.c_char_p()
+        unread = [ctypes.byref(ctypes.c_long()) for _ in range(4)]  # kind, format, length, rest
+        where = (0, ctypes.c_long(1 << 20), 0, ctypes.c_long(0))  # all of it, of any kind
+        self._x.XGetWindowProperty(self._display, own, text, *where, *unread, ctypes.byref(content))
         self._x.XCloseDisplay(self._display)
-        return content
+        return (content.value or b"").decode()
