@@ -1,6 +1,5 @@
 #include "tools/firmware_flasher.h"
 
-#include "device/firmware_link.h"
 #include "device/flash_report.h"
 #include "platform/calendar_text.h"
 #include "tools/unit_identity.h"
@@ -20,22 +19,15 @@ constexpr TextView kDisconnect = u"断　开";
 FirmwareFlasher::FirmwareFlasher(const ToolWorld& world, FileDialog& dialog, Text version)
     : ToolForm("FirmwareFlasher", u"(c)Firmware Flasher", world),
       GetAddrTimer(world.clock, "GetAddrTimer", kAddressPeriod, [this] { Follow(); }),
-      CommonDialog_(dialog), version_(std::move(version)),
-      link_(world, [this] { HardwareLost(); }) {
+      CommonDialog_(dialog), version_(std::move(version)), link_(world, [this] { HardwareLost(); }),
+      update_(world_, link_.core, *this) {
     timers_.Add(GetAddrTimer);
     Command1.OnClick([this] { Command1_Click(); });
     Command41.OnClick([this] { Start(Upgrade()); });
     OtherFile.OnClick([this] { ChooseFile(); });
     Rescue.OnClick([this] { Start(CallLoader()); });
     Command6.OnClick([this] { Command6_Click(); });
-    link_.core.firmware.SetDisplay(
-        {.List1Additem = [this](const Text& line) { List1Additem(line); },
-         .show_address =
-             [this] {
-                 write_began_ = world_.clock.Now();
-                 ShowFigures(true);
-             }});
-    AskBeforeEnd([this] { return link_.core.firmware.ProgramIncomplete(); },
+    AskBeforeEnd([this] { return update_.MustNotEnd(); },
                  [this] { List1Additem(Text(kCloseWarning)); });
 }
 
@@ -78,14 +70,13 @@ void FirmwareFlasher::ShowFigures(bool visible) {
 }
 
 void FirmwareFlasher::Follow() {
-    const FirmwareLink& firmware = link_.core.firmware;
-    Text1.SetValue(firmware.HEXWriteAddr());
-    const FlashProgress& progress = firmware.Progress();
+    const FlashProgress& progress = link_.core.firmware.Progress(); // also of the last update
+    Text1.SetValue(progress.address);
     if (progress.fault != FlashFault::kNone)
         Figures.SetCaption(u""); // nothing is to come; the address tells where it broke off
     else if (progress.step == FlashStep::kWrite)
         Figures.SetCaption(
-            FiguresInChinese(progress, total_bytes_, world_.clock.Now() - write_began_));
+            FiguresInChinese(progress, update_.File().summary.Bytes(), update_.StepTime()));
 }
 
 // As far as the three steps have come.
@@ -97,7 +88,7 @@ void FirmwareFlasher::EnableSteps() {
 
 // What stands beside the three steps: there once a file was chosen, and at rest.
 void FirmwareFlasher::EnableExtras() {
-    const bool possible = !hex_file_.empty() && !choosing_;
+    const bool possible = !update_.File().path.empty() && !choosing_;
     OtherFile.SetEnabled(possible);
     Rescue.SetEnabled(possible && !Connected());
 }
@@ -130,12 +121,10 @@ void FirmwareFlasher::FileChosen(const std::string& path) {
 }
 
 void FirmwareFlasher::TakeFile(const std::string& path) {
-    hex_file_ = path;
     failed_ = failed_ && !Connected();
     List1Additem(FromUtf8(path));
-    const FirmwareFile file = ReadFirmwareFile(world_.files, path);
-    if (!file.Sendable())
-        ListFailure(file.verdict);
+    if (!update_.Judge(path))
+        ListFailure();
     if (Command1.Caption() == kOpen)
         Command1.SetCaption(Text(kConnect));
 }
@@ -177,13 +166,19 @@ void FirmwareFlasher::Disconnect() {
     EnableExtras();
 }
 
+// The file is read once more: it may have changed since it was chosen.
 Task<> FirmwareFlasher::Upgrade() {
     DisableAll();
-    FirmwareFile file = ReadFirmwareFile(world_.files, hex_file_);
-    if (!file.Sendable()) {
-        EndInFailure(file.verdict);
-        co_return;
-    }
+    UpdateEnd end = UpdateEnd::kFailed;
+    if (update_.Judge(update_.File().path))
+        end = co_await update_.Write();
+    if (end == UpdateEnd::kDone)
+        EndInSuccess();
+    else
+        EndInFailure();
+}
+
+Task<bool> FirmwareFlasher::UnitAnswers() {
     TarnexCore& core = link_.core;
     co_await core.discovery.HelloTarnex(); // whatever it answers, the upgrade goes on
     const std::function<void(const Text&)> add = [this](const Text& line) { List1Additem(line); };
@@ -191,32 +186,27 @@ Task<> FirmwareFlasher::Upgrade() {
     List1Additem(Text(kLogRule));
     List1Additem(u"正在升级Firmware,请等待.");
     List1Additem(u"");
-    co_await core.commands.RESET_NOBACK();
-    const int port = core.discovery.ConnectClose();
-    const bool upgraded = co_await Write(port, std::move(file.summary));
-    if (!upgraded)
-        EndInFailure(core.firmware.Progress());
+    co_return true;
 }
 
-Task<bool> FirmwareFlasher::Write(int port, HexSummary file) {
-    total_bytes_ = file.Bytes();
-    GetAddrTimer.Enable();
-    HexProgram program = file.TakeProgram();
-    const bool upgraded = co_await link_.core.firmware.FirmwareFlash(port, std::move(program));
-    if (upgraded) {
-        List1Additem(u"升级成功!");
-        Disconnect();
-        GetAddrTimer.Disable();
-        ShowFigures(false);
-    }
-    co_return upgraded;
+void FirmwareFlasher::StepBegan(const Text& line) {
+    List1Additem(line);
+    if (update_.Standing().step == FlashStep::kWrite)
+        ShowFigures(true);
+}
+
+void FirmwareFlasher::EndInSuccess() {
+    List1Additem(u"升级成功!");
+    Disconnect();
+    GetAddrTimer.Disable();
+    ShowFigures(false);
 }
 
 // The three steps are over.
-void FirmwareFlasher::EndInFailure(const FlashProgress& progress) {
+void FirmwareFlasher::EndInFailure() {
     failed_ = true;
     List1Additem(u"升级失败!");
-    ListFailure(progress);
+    ListFailure();
     EnableSteps();
     EnableExtras();
 }
@@ -226,14 +216,14 @@ void FirmwareFlasher::EndInFailure(const FlashProgress& progress) {
 // that answers after all is connected.
 Task<> FirmwareFlasher::CallLoader() {
     DisableAll();
-    FirmwareFile file = ReadFirmwareFile(world_.files, hex_file_);
+    const bool sendable = update_.Judge(update_.File().path);
     if (port_ == 0)
         port_ = link_.core.discovery.LastPort();
-    if (!file.Sendable()) {
-        ListFailure(file.verdict);
+    if (!sendable) {
+        ListFailure();
     } else if (port_ == 0) {
         List1Additem(u"不知道设备在哪个串口，请用命令指定：" +
-                     FromUtf8(UpdateCommand("COM1", hex_file_)));
+                     FromUtf8(UpdateCommand("COM1", update_.File().path)));
     } else {
         const Text device = FromUtf8(world_.serial_ports.DeviceName(port_));
         List1Additem(u"正在呼叫设备：Com" + ToText(port_) + u" " + device);
@@ -242,17 +232,20 @@ Task<> FirmwareFlasher::CallLoader() {
             ListConnected(port_);
         } else {
             List1Additem(u"设备没有应答，改为呼叫它的升级程序。请将设备断电后重新上电。");
-            const bool upgraded = co_await Write(port_, std::move(file.summary));
-            if (!upgraded)
-                ListFailure(link_.core.firmware.Progress());
+            const UpdateEnd end = co_await update_.Write(port_);
+            if (end == UpdateEnd::kDone)
+                EndInSuccess();
+            else
+                ListFailure();
         }
     }
     EnableSteps();
     EnableExtras();
 }
 
-void FirmwareFlasher::ListFailure(const FlashProgress& progress) {
-    const std::string command = UpdateCommand("COM" + std::to_string(port_), hex_file_);
+void FirmwareFlasher::ListFailure() {
+    const FlashProgress& progress = update_.Standing();
+    const std::string command = UpdateCommand("COM" + std::to_string(port_), update_.File().path);
     for (const Text& line : FailureInChinese(progress, command))
         List1Additem(line);
     if (ProgramTouched(progress))

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "device/intel_hex.h"
-#include "tools/tool_form.h"
+#include "tools/firmware_update.h"
 #include "ui/file_dialog.h"
 #include "ui/layout.h"
 
@@ -10,7 +9,7 @@ namespace tarnex {
 // The operator's window for loading new firmware into the unit from a HEX file: choose the file,
 // connect, upgrade. What it has beside these three steps: another file, and the way to a unit
 // without its program.
-class FirmwareFlasher : public ToolForm {
+class FirmwareFlasher : public ToolForm, private UpdateObserver {
   public:
     // version: the program's, "1.0.327". The dialog must outlive the window.
     FirmwareFlasher(const ToolWorld& world, FileDialog& dialog, Text version);
@@ -51,21 +50,22 @@ class FirmwareFlasher : public ToolForm {
     void ListConnected(int port);
     Task<> Upgrade();
     Task<> CallLoader();
-    Task<bool> Write(int port, HexSummary file);
-    void EndInFailure(const FlashProgress& progress);
-    void ListFailure(const FlashProgress& progress);
+    Task<bool> UnitAnswers() override;
+    void LoaderCalled() override { GetAddrTimer.Enable(); }
+    void StepBegan(const Text& line) override;
+    void EndInSuccess();
+    void EndInFailure();
+    void ListFailure();
     void Command6_Click();
     void HardwareLost();
 
     FileDialog& CommonDialog_;
     Text version_;
-    std::string hex_file_; // "" until one is chosen
-    int port_ = 0;         // where the unit was last connected; 0 if never yet
-    long total_bytes_ = 0; // in the file that is being written
-    Duration write_began_{};
+    int port_ = 0; // where the unit was last connected; 0 if never yet
     bool choosing_ = false;
     bool failed_ = false; // one can only leave, or do what stands beside the three steps
     ToolLink link_;
+    FirmwareUpdate update_;
 };
 
 // Where its controls stand.

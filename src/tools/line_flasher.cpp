@@ -3,6 +3,7 @@
 #include "device/command_sender.h"
 #include "device/flash_report.h"
 #include "platform/exit_status.h"
+#include "tools/update_progress.h"
 
 namespace tarnex {
 
@@ -57,19 +58,18 @@ int StatusOf(const FlashProgress& progress) {
 LineFlasher::LineFlasher(const ToolWorld& world, FlasherOutput output)
     : world_(world), output_(std::move(output)),
       link_(world, [this] { link_.core.discovery.ConnectClose(); }),
-      progress_timer_(world.clock, "progress", kProgressPeriod, [this] { ShowProgress(); }) {
-    link_.core.firmware.SetDisplay(
-        {.List1Additem = [this](const Text&) { ShowProgress(); }, .show_address = [] {}});
-}
+      update_(world_, link_.core, *this),
+      progress_timer_(world.clock, "progress", kProgressPeriod, [this] { ShowProgress(); }) {}
 
 int LineFlasher::Check(const std::string& file) {
     if (const int status = ReadFile(file); status == kExitNoInput)
         return status;
-    if (!file_.Sendable()) {
+    const FirmwareFile& read = update_.File();
+    if (!read.Sendable()) {
         output_.complain("An update with this file fails.");
         return kExitData;
     }
-    output_.say(file_.summary.OddCount() == 0
+    output_.say(read.summary.OddCount() == 0
                     ? "Nothing is odd about it."
                     : "An update with this file can succeed all the same.");
     return kExitDone;
@@ -77,13 +77,14 @@ int LineFlasher::Check(const std::string& file) {
 
 // Says what is in the file.
 int LineFlasher::ReadFile(const std::string& path) {
-    file_ = ReadFirmwareFile(world_.files, path);
-    if (file_.verdict.fault == FlashFault::kNoFile)
-        output_.complain(path + ": " + file_.verdict.file_problem.english);
+    update_.Judge(path);
+    const FlashProgress& verdict = update_.Standing();
+    if (verdict.fault == FlashFault::kNoFile)
+        output_.complain(path + ": " + verdict.file_problem.english);
     else
-        for (const std::string& line : SummaryLines(path, file_.summary))
+        for (const std::string& line : SummaryLines(path, update_.File().summary))
             output_.say(line);
-    return StatusOf(file_.verdict);
+    return StatusOf(verdict);
 }
 
 // False when nothing tells where the unit is, which has been said.
@@ -118,27 +119,16 @@ Task<int> LineFlasher::Update(std::optional<UpdatePort> port, std::string file) 
 
     output_.say("Greeting the unit on " + PortAndDevice() + " ...");
     const int found = co_await link_.core.discovery.ConnectTo(port_.number);
-    if (found != 0) {
-        const bool up = co_await ShowUnit();
-        if (!up)
-            co_return kExitTryLater;
-        output_.say("Restarting the unit ...");
-        co_await link_.core.commands.RESET_NOBACK();
-        link_.core.discovery.ConnectClose();
-    } else {
+    if (found == 0)
         output_.say("It does not answer. Perhaps it is without a program: its loader is called.");
-    }
-
-    began_ = step_began_ = world_.clock.Now();
-    progress_timer_.Enable();
-    HexProgram program = file_.summary.TakeProgram();
-    const bool updated =
-        co_await link_.core.firmware.FirmwareFlash(port_.number, std::move(program));
+    const UpdateEnd end = co_await update_.Write(port_.number);
     progress_timer_.Disable();
-    const int status = Report(updated);
-    if (updated)
+    if (end == UpdateEnd::kLeftAlone)
+        co_return kExitTryLater;
+    Report();
+    if (end == UpdateEnd::kDone)
         co_await ShowNewVersion();
-    co_return status;
+    co_return StatusOf(update_.Standing());
 }
 
 // The lock and the port are had, or what is in the way has been said.
@@ -157,7 +147,7 @@ int LineFlasher::ClaimPort() {
 }
 
 // False when the unit does not come up.
-Task<bool> LineFlasher::ShowUnit() {
+Task<bool> LineFlasher::UnitAnswers() {
     const bool started = co_await UnitStarted();
     if (!started) {
         output_.complain("The unit is starting up and does not get ready. Try again later. It was "
@@ -171,7 +161,13 @@ Task<bool> LineFlasher::ShowUnit() {
     output_.say("version  " + ToUtf8(version));
     const Text serial = co_await commands.RDSerial();
     output_.say("serial   " + ToUtf8(serial));
+    output_.say("Restarting the unit ...");
     co_return true;
+}
+
+void LineFlasher::LoaderCalled() {
+    began_ = world_.clock.Now();
+    progress_timer_.Enable();
 }
 
 Task<bool> LineFlasher::UnitStarted() {
@@ -206,33 +202,27 @@ Task<> LineFlasher::ShowNewVersion() {
     link_.core.discovery.ConnectClose();
 }
 
-int LineFlasher::Report(bool updated) {
+void LineFlasher::Report() {
     if (output_.terminal)
         output_.show_bar("");
-    const FlashProgress& progress = link_.core.firmware.Progress();
+    const FlashProgress& progress = update_.Standing();
     const auto took = std::chrono::round<std::chrono::seconds>(world_.clock.Now() - began_);
-    if (updated) {
+    if (progress.fault == FlashFault::kNone) {
         output_.say("Updated: " + std::to_string(progress.bytes) + " bytes in " +
                     DurationText(took) + ".");
-        return kExitDone;
+        return;
     }
     output_.complain("The update failed after " + DurationText(took) + ".");
-    const std::string again = UpdateCommand(port_.name, file_.path);
+    const std::string again = UpdateCommand(port_.name, update_.File().path);
     for (const std::string& line : FailureInEnglish(progress, again))
         output_.complain(line);
-    return StatusOf(progress);
 }
 
 void LineFlasher::ShowProgress() {
-    const FlashProgress& progress = link_.core.firmware.Progress();
-    const Duration now = world_.clock.Now();
-    const bool new_step = progress.step != shown_step_;
-    if (new_step) {
-        shown_step_ = progress.step;
-        step_began_ = now;
-    }
-    const Duration step_time = now - step_began_;
-    const long total = file_.summary.Bytes();
+    const FlashProgress& progress = update_.Standing();
+    const bool new_step = std::exchange(shown_step_, progress.step) != progress.step;
+    const Duration step_time = update_.StepTime();
+    const long total = update_.File().summary.Bytes();
     const std::string bar = ProgressBar(progress, total, step_time);
     if (output_.terminal) {
         output_.show_bar(bar);

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "device/firmware_link.h"
-#include "tools/tool_form.h"
-#include "tools/update_progress.h"
+#include "tools/firmware_update.h"
 
 namespace tarnex {
 
@@ -23,7 +21,7 @@ struct UpdatePort {
 
 // The update of the unit's program for machines without a display. Everything that it returns is
 // an exit status.
-class LineFlasher {
+class LineFlasher : private UpdateObserver {
   public:
     // world.end_process is not called. Everything must outlive the flasher.
     LineFlasher(const ToolWorld& world, FlasherOutput output);
@@ -37,29 +35,30 @@ class LineFlasher {
     // program, which is said; the second call within 5 s is true.
     bool Interrupt();
     // Ending now would leave the unit without a program.
-    bool MustNotEnd() const { return link_.core.firmware.ProgramIncomplete(); }
+    bool MustNotEnd() const { return update_.MustNotEnd(); }
 
   private:
     int ReadFile(const std::string& path);
     bool FindPort(const std::optional<UpdatePort>& named);
     std::string PortAndDevice() const;
     int ClaimPort();
-    Task<bool> ShowUnit();
+    Task<bool> UnitAnswers() override;
+    void LoaderCalled() override;
+    void StepBegan(const Text&) override { ShowProgress(); }
     Task<bool> UnitStarted();
     Task<> ShowNewVersion();
-    int Report(bool updated);
+    void Report();
     void ShowProgress();
 
     const ToolWorld world_;
     const FlasherOutput output_;
     ToolLink link_;
+    FirmwareUpdate update_;
     Timer progress_timer_;
     UpdatePort port_;
-    FirmwareFile file_;
     Duration began_{};
     FlashStep shown_step_ = FlashStep::kOpenFile;
     int shown_percent_ = 0;
-    Duration step_began_{};
     std::optional<Duration> interrupted_;
 };
 
