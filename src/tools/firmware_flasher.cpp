@@ -2,7 +2,6 @@
 
 #include "device/flash_report.h"
 #include "platform/calendar_text.h"
-#include "tools/unit_identity.h"
 #include "tools/update_progress.h"
 
 namespace tarnex {

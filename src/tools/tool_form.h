@@ -4,6 +4,8 @@
 #include "platform/service_controller.h"
 #include "ui/form.h"
 
+#include <optional>
+
 namespace tarnex {
 
 // The world that a service tool works in; everything must outlive the tool.
@@ -29,6 +31,16 @@ struct ToolLink {
     DebugLists lists;
     TarnexCore core;
 };
+
+// The line between two parts of a tool's log.
+inline constexpr TextView kLogRule = u"---------------------------";
+
+// The model that a firmware version ends in; nothing for others.
+std::optional<Text> ModelOf(TextView version);
+
+// Reads the unit's identity and adds it line by line: model, name, version, serial number, and
+// the signal quality where it is wanted. The commands must outlive the wait.
+Task<> ListIdentity(CommandSet& commands, bool with_signal, std::function<void(const Text&)> add);
 
 // The window of a service tool: runs its procedures one at a time, and the program ends with it.
 class ToolForm : public Form {

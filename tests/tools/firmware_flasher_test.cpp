@@ -1,6 +1,5 @@
 #include "tests/tools/tool_fixture.h"
 #include "tools/firmware_flasher.h"
-#include "tools/unit_identity.h"
 #include "tools/update_progress.h"
 
 namespace tarnex {
