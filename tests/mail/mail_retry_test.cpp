@@ -111,12 +111,11 @@ TEST_F(MailRetry, AFullQueueKeepsTheNewest400) {
     EXPECT_EQ(mail.Status().dropped, 0u);
     mail.dSetEmailFifo(u"401");
     EXPECT_EQ(mail.Status().dropped, 1u);
-    EXPECT_EQ(mail.Status().queued, 400u);
     clock.RunFor(400 * 5s + 1s); // one mail a tick
-    const auto arrived = Arrived();
-    ASSERT_EQ(arrived.size(), 400u);
-    for (int i = 0; i < 400; ++i)
-        ASSERT_EQ(arrived[i], std::to_string(i + 2));
+    int next = 2;
+    for (const std::string& arrived : Arrived())
+        ASSERT_EQ(arrived, std::to_string(next++));
+    EXPECT_EQ(next, 402);
 }
 
 TEST_F(MailRetry, AnEmptyQueueAndTheTextNoData) {

@@ -33,10 +33,9 @@ TEST(CommandAnswer, FollowsTheText) {
 }
 
 TEST(CommandAnswer, NamesTheSenderByTheNumbersThatMatch) {
-    struct Row {
+    const struct {
         TextView first, second, sender, start;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {kFirst, kSecond, kFirst, u"13011"},
         {kFirst, kSecond, u"0000001", u"13011"}, // contained the other way round
         {kFirst, kSecond, u"+8613900000002", u"13012"},
@@ -46,7 +45,7 @@ TEST(CommandAnswer, NamesTheSenderByTheNumbersThatMatch) {
         {kFirst, u"", kFirst, u"13012"},
         {kFirst, kSecond, u"", u"13012"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         const Text answer =
             CommandAnswer({Text(row.first), Text(row.second)}, row.sender, u"1301", kNow);
         EXPECT_EQ(ToUtf8(answer.substr(0, 5)), ToUtf8(row.start)) << ToUtf8(row.sender);
