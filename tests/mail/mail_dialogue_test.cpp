@@ -30,8 +30,6 @@ TEST_F(MailDialogue, WithoutLogInEveryLineAtItsInstantAndByteForByte) {
                                            u"邮件发送之中...", u"获取邮件内容", u"邮件送完毕",
                                            u"邮件成功发送!!!"}));
     EXPECT_EQ(tcp.Open, 0) << "221 closes the connection";
-    ASSERT_EQ(sink.Mails.size(), 1u);
-    EXPECT_FALSE(sink.Mails[0].logged_in);
     EXPECT_TRUE(said.empty());
 }
 
@@ -49,8 +47,6 @@ TEST_F(MailDialogue, LogInAfterHeloWithTrimmedUserAndUntouchedPassword) {
     statuses.resize(6);
     EXPECT_EQ(statuses, (std::vector<Text>{u"试图与服务器连接", u"登陆服务器", u"正在校验用户名",
                                            u"校验用户密码", u"发送人邮件地址", u"接收人邮件地址"}));
-    ASSERT_EQ(sink.Mails.size(), 1u);
-    EXPECT_TRUE(sink.Mails[0].logged_in);
 }
 
 TEST_F(MailDialogue, LineBreaksStayInTheBodyAndInjectNothingElsewhere) {
@@ -89,11 +85,8 @@ TEST_F(MailDialogue, EachPacketIsOneReplyAndItsCodeIsNotComparedWithTheStep) {
 }
 
 TEST_F(MailDialogue, AServerThatGoesOnAcceptingIsLeftAtTheLastStep) {
-    const std::pair<MailStep, MailFault> rows[] = {
-        {MailStep::kGreeting, MailFault::TalkEndlessly("250 x\r\n")},
-        {MailStep::kQuit, MailFault::Refuse("250 and what else?")},
-    };
-    for (const auto& row : rows) {
+    for (const auto& row : {std::pair(MailStep::kGreeting, MailFault::TalkEndlessly("250 x\r\n")),
+                            {MailStep::kQuit, MailFault::Refuse("250 and what else?")}}) {
         sink.Faults = {row};
         Mail(u"x", 9s);
         EXPECT_EQ(statuses.back(), u"待命之中...");

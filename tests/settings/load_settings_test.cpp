@@ -139,6 +139,8 @@ TEST(ReadAtStart, AFileInTheMiddleOfAChangeIsReadAgain) {
 TEST(ReadAtStart, AReadingProblemHasOwnWordsAndFittingAdvice) {
     EXPECT_EQ(Unreadable("f", std::make_error_code(std::errc::too_many_symbolic_link_levels)),
               "The settings file f cannot be read (too many links lead to one another)");
+    EXPECT_TRUE(Unreadable("f", std::make_error_code(std::errc::is_a_directory))
+                    .ends_with("(it is no ordinary file)"));
     EXPECT_EQ(ReadingAdvice(std::make_error_code(std::errc::too_many_files_open), "rights"),
               "End what holds so many files open, or raise the limit.");
 }
