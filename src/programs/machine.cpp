@@ -1,9 +1,9 @@
 #include "programs/machine.h"
 
+#include "adapters/system/environment.h"
 #include "adapters/system/terminal.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <thread>
 
 namespace tarnex {
@@ -13,8 +13,8 @@ namespace {
 constexpr auto kSecondLook = 100ms;
 
 FileInstanceLock MakeLock() {
-    const char* path = std::getenv("TARNEXCOMM_LOCK");
-    return path ? FileInstanceLock(path) : FileInstanceLock();
+    const std::string path = Environment("TARNEXCOMM_LOCK");
+    return path.empty() ? FileInstanceLock() : FileInstanceLock(path);
 }
 
 ExitStatus StatusFor(std::error_code problem) {
@@ -28,7 +28,7 @@ ExitStatus StatusFor(std::error_code problem) {
 } // namespace
 
 Machine::Machine(const char* program_name)
-    : program(program_name), store(SettingsPath(std::getenv("WINDIR"))),
+    : program(program_name), store(SettingsPath(Environment("WINDIR"))),
       code_page(settings.code_page), ports(loop, SerialDevicePaths(settings.device_paths)),
       lock(MakeLock()) {
     BrokenStreamsFail();

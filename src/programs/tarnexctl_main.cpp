@@ -1,6 +1,7 @@
 // tarnexctl, the operator's command: hands the world to the command line.
 
 #include "adapters/sqlite/sqlite_log_files.h"
+#include "adapters/system/environment.h"
 #include "adapters/system/file_settings_store.h"
 #include "adapters/system/folder_owner.h"
 #include "adapters/system/local_time.h"
@@ -13,7 +14,6 @@
 #include "operator/command_line.h"
 #include "settings/load_settings.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <thread>
@@ -44,7 +44,7 @@ int main(int argc, char** argv) {
         .colours = StandardOutputIsTerminal() && TerminalShowsColours(),
         .progress = StandardErrorIsTerminal(),
         .ask = nullptr,
-        .settings_path = SettingsPath(std::getenv("WINDIR")),
+        .settings_path = SettingsPath(Environment("WINDIR")),
         .status_path = StatusFilePath(),
         .data_folder = DataFolder(),
         .serial_paths = SerialDevicePaths({}),

@@ -65,9 +65,8 @@ std::string ReadingAdvice(std::error_code problem, const std::string& for_rights
     return advice == std::end(kAdvice) ? "Look for a failing disk." : advice->words;
 }
 
-std::string SettingsPath(const char* windir) {
-    const std::string base = windir && *windir ? windir : kDefaultBaseFolder;
-    return base + "/system/Tarnex.ini";
+std::string SettingsPath(const std::string& windir) {
+    return (windir.empty() ? kDefaultBaseFolder : windir) + "/system/Tarnex.ini";
 }
 
 } // namespace tarnex

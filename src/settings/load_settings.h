@@ -23,7 +23,7 @@ std::string Unreadable(const std::string& file, std::error_code problem);
 std::string ReadingAdvice(std::error_code problem, const std::string& for_rights);
 
 // The settings file: system/Tarnex.ini below the folder that the environment variable WINDIR
-// names; windir is nullptr or "" where it is not set.
-std::string SettingsPath(const char* windir);
+// names; windir is "" where it is not set.
+std::string SettingsPath(const std::string& windir);
 
 } // namespace tarnex

@@ -2,11 +2,11 @@
 
 #include "adapters/linux/pidfd.h"
 #include "adapters/linux/unique_fd.h"
+#include "adapters/system/environment.h"
 #include "platform/error_words.h"
 
 #include <cerrno>
 #include <charconv>
-#include <cstdlib>
 #include <filesystem>
 #include <tuple>
 
@@ -125,8 +125,8 @@ struct FileInstanceLock::Held : UniqueFd {
 };
 
 FileInstanceLock::FileInstanceLock() : paths_{std::string(kRuntimeFolder) + "/lock"} {
-    if (const char* const own = std::getenv("XDG_RUNTIME_DIR"); own && *own)
-        paths_.push_back(std::string(own) + "/tarnexcomm.lock");
+    if (const std::string own = Environment("XDG_RUNTIME_DIR"); !own.empty())
+        paths_.push_back(own + "/tarnexcomm.lock");
 }
 
 FileInstanceLock::FileInstanceLock(std::string path) : paths_{std::move(path)} {}

@@ -1,9 +1,9 @@
 #include "adapters/linux/remote_view.h"
 
+#include "adapters/system/environment.h"
 #include "platform/text.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace tarnex {
 
@@ -50,8 +50,7 @@ std::unique_ptr<FormWindow> RemoteView::Attach(Form& form) {
 }
 
 bool RemoteView::Start(std::string& trouble) {
-    const char* const display = std::getenv("DISPLAY");
-    if (!display || !*display) {
+    if (Environment("DISPLAY").empty()) {
         trouble = "there is no display (the environment variable DISPLAY is not set)";
         return false;
     }

@@ -1,8 +1,8 @@
 #include "adapters/system/status_file.h"
 
+#include "adapters/system/environment.h"
 #include "adapters/system/replace_file.h"
 
-#include <cstdlib>
 #include <filesystem>
 
 #include <unistd.h>
@@ -13,17 +13,12 @@ namespace {
 
 constexpr const char* kDefaultFolder = "/run/tarnexcomm";
 
-std::string Variable(const char* name) {
-    const char* const value = std::getenv(name);
-    return value ? value : "";
-}
-
 } // namespace
 
 std::string StatusFilePath() {
-    if (const std::string path = Variable("TARNEXCOMM_STATUS"); !path.empty())
+    if (const std::string path = Environment("TARNEXCOMM_STATUS"); !path.empty())
         return path;
-    const std::string folders = Variable("RUNTIME_DIRECTORY"); // several are parted by ":"
+    const std::string folders = Environment("RUNTIME_DIRECTORY"); // several are parted by ":"
     const std::string folder = folders.substr(0, folders.find(':'));
     return (folder.empty() ? kDefaultFolder : folder) + "/status.json";
 }

@@ -1,11 +1,11 @@
 #include "adapters/linux/systemd_notify.h"
 
 #include "adapters/linux/unique_fd.h"
+#include "adapters/system/environment.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
-#include <cstdlib>
 
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -14,11 +14,6 @@
 namespace tarnex {
 
 namespace {
-
-std::string_view Variable(const char* name) {
-    const char* const value = std::getenv(name);
-    return value ? value : "";
-}
 
 // 0 when text is not a number.
 long long Number(std::string_view text) {
@@ -31,7 +26,7 @@ long long Number(std::string_view text) {
 } // namespace
 
 void NotifySystemd(std::string_view state) {
-    const std::string_view name = Variable("NOTIFY_SOCKET");
+    const std::string name = Environment("NOTIFY_SOCKET");
     sockaddr_un address{};
     if (name.empty() || name.size() >= sizeof address.sun_path)
         return;
@@ -47,10 +42,10 @@ void NotifySystemd(std::string_view state) {
 }
 
 Duration WatchdogPatience() {
-    const std::string_view process = Variable("WATCHDOG_PID"); // the one that is watched
+    const std::string process = Environment("WATCHDOG_PID"); // the one that is watched
     if (!process.empty() && Number(process) != getpid())
         return Duration::zero();
-    const std::chrono::microseconds patience(Number(Variable("WATCHDOG_USEC")));
+    const std::chrono::microseconds patience(Number(Environment("WATCHDOG_USEC")));
     return std::max(std::chrono::duration_cast<Duration>(patience), Duration::zero());
 }
 

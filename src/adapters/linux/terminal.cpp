@@ -1,7 +1,8 @@
 #include "adapters/system/terminal.h"
 
+#include "adapters/system/environment.h"
+
 #include <csignal>
-#include <cstdlib>
 #include <iostream>
 #include <tuple>
 
@@ -68,9 +69,8 @@ std::size_t TerminalColumns() {
 }
 
 bool TerminalShowsColours() {
-    const char* const terminal = std::getenv("TERM");
-    const char* const unwanted = std::getenv("NO_COLOR");
-    return terminal && std::string(terminal) != "dumb" && (!unwanted || !*unwanted);
+    const std::string terminal = Environment("TERM");
+    return !terminal.empty() && terminal != "dumb" && Environment("NO_COLOR").empty();
 }
 
 std::optional<std::string> AskOnTerminal(const std::string& prompt, bool secret) {
