@@ -135,11 +135,11 @@ void CommandLine::AddStatus() {
     status->add_flag("--watch", status_.watch, "again and again, until Ctrl-C");
     status->add_flag("--json", status_.json, "as JSON");
 
-    CLI::App* metrics =
-        Command(app_, "metrics", "the state as Prometheus text",
-                "  tarnexctl metrics\n"
-                "  tarnexctl metrics --output /var/lib/prometheus/node-exporter/tarnexcomm.prom",
-                [this] { return ShowMetrics(world_, output_); });
+    CLI::App* metrics = Command(app_, "metrics", "the state as Prometheus text",
+                                "  tarnexctl metrics\n"
+                                "  tarnexctl metrics --output " +
+                                    world_.words.metrics_file,
+                                [this] { return ShowMetrics(world_, output_); });
     metrics->add_option("--output", output_, "replace this file, in one step for readers")
         ->type_name("FILE");
 }
@@ -183,7 +183,8 @@ void CommandLine::AddLog() {
     log.require_subcommand(1);
     CLI::App* create = Command(log, "create", "make a log database; never over an existing file",
                                "  tarnexctl log create\n"
-                               "  tarnexctl log create /srv/tarnex/log.db",
+                               "  tarnexctl log create " +
+                                   world_.words.log_file,
                                [this] { return LogCreate(world_, path_, schema_); });
     create->add_option("FILE", path_, "the database (the one of the settings)")->type_name("");
     create->add_option("--schema", schema_, "make it by this file (the installed one)")
@@ -204,12 +205,13 @@ void CommandLine::AddLog() {
 }
 
 void CommandLine::AddSetup() {
-    CLI::App* setup =
-        Command(app_, "setup", "first start: ask what is needed, write the settings, make the log",
-                "  sudo tarnexctl setup\n"
-                "  tarnexctl setup --port search --number-1 13900000001 --number-2 13900000002 \\\n"
-                "      --sms-centre +8613800100500 --mail-server none",
-                [this] { return Setup(world_, setup_); });
+    CLI::App* setup = Command(
+        app_, "setup", "first start: ask what is needed, write the settings, make the log",
+        "  " + world_.words.with_all_rights +
+            "tarnexctl setup\n"
+            "  tarnexctl setup --port search --number-1 13900000001 --number-2 13900000002 \\\n"
+            "      --sms-centre +8613800100500 --mail-server none",
+        [this] { return Setup(world_, setup_); });
     for (const SetupQuestion& question : SetupQuestions())
         setup
             ->add_option_function<std::string>(
@@ -217,8 +219,8 @@ void CommandLine::AddSetup() {
                 [this, name = question.name](const std::string& value) {
                     setup_.answers[name] = value;
                 },
-                question.secret ? std::string(question.prompt) + ", in the first line of a file"
-                                : question.prompt)
+                PromptOf(question, world_.words) +
+                    (question.secret ? ", in the first line of a file" : ""))
             ->type_name(question.secret ? "FILE" : "ANSWER");
     setup->add_option("--log-database", setup_.log_path, "log database (log.db beside \"system\")")
         ->type_name("FILE");

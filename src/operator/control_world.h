@@ -6,6 +6,7 @@
 #include "platform/file_owners.h"
 #include "platform/log_files.h"
 #include "platform/settings_store.h"
+#include "platform/system_words.h"
 
 #include <array>
 #include <iosfwd>
@@ -29,6 +30,7 @@ using SerialPaths = std::array<std::string, 20>; // of COM1 to COM20
 struct ControlWorld {
     std::ostream& out;
     std::ostream& err;
+    const SystemWords& words;
     bool colours = false;  // out shows them
     bool progress = false; // err is watched by a person
     // Asks a person for a line, without an echo when it is secret; nothing at the end of the input.

@@ -16,12 +16,10 @@ namespace fs = std::filesystem;
 struct Remedy {
     std::errc problem;
     ExitStatus status;
-    const char* words; // for the problem; nullptr: the system's
-    const char* remedy;
+    const char* words;  // for the problem; nullptr: the system's
+    const char* remedy; // or kBecomeUser
 };
-constexpr const char* kBecomeUser =
-    "run this as root or as the user of the service (sudo tarnexctl ...); even root may do no more "
-    "in a user's folder than that user";
+constexpr const char* kBecomeUser = nullptr; // in the words of the system
 
 // clang-format off
 constexpr Remedy kWriting[] = {
@@ -46,9 +44,11 @@ constexpr Remedy kReading[] = {
 constexpr Remedy kOtherReading{{}, kExitIo, nullptr, "look for a failing disk"};
 // clang-format on
 
-Failure MakeFailure(const std::string& line, std::error_code why, const Remedy& remedy) {
-    return {remedy.status,
-            line + " (" + (remedy.words ? remedy.words : why.message()) + "): " + remedy.remedy};
+Failure MakeFailure(const SystemWords& words, const std::string& line, std::error_code why,
+                    const Remedy& remedy) {
+    const std::string become_user = "run this as " + words.who_may + words.how_to_become_them;
+    return {remedy.status, line + " (" + (remedy.words ? remedy.words : why.message()) +
+                               "): " + (remedy.remedy ? remedy.remedy : become_user)};
 }
 
 const Remedy& RemedyOf(std::error_code why, std::span<const Remedy> table, const Remedy& other) {
@@ -76,15 +76,16 @@ std::string ReadWholeFile(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-Failure CannotRead(const std::string& what, std::error_code why, const std::string& if_missing) {
+Failure CannotRead(const SystemWords& words, const std::string& what, std::error_code why,
+                   const std::string& if_missing) {
     if (why == std::errc::no_such_file_or_directory || why == std::errc::not_a_directory)
         return {kExitNoInput, "there is no " + what + ": " + if_missing};
-    return MakeFailure("the " + what + " cannot be read", why,
+    return MakeFailure(words, "the " + what + " cannot be read", why,
                        RemedyOf(why, kReading, kOtherReading));
 }
 
-Failure CannotWrite(const std::string& what, std::error_code why) {
-    return MakeFailure("the " + what + " cannot be written", why,
+Failure CannotWrite(const SystemWords& words, const std::string& what, std::error_code why) {
+    return MakeFailure(words, "the " + what + " cannot be written", why,
                        RemedyOf(why, kWriting, kOtherWriting));
 }
 

@@ -13,7 +13,8 @@ std::string ReadWholeFile(const std::string& path);
 
 // The failures of a file, with what to do. what names it for people: "settings file /x/y".
 // if_missing: what to do when there is none.
-Failure CannotRead(const std::string& what, std::error_code why, const std::string& if_missing);
-Failure CannotWrite(const std::string& what, std::error_code why);
+Failure CannotRead(const SystemWords& words, const std::string& what, std::error_code why,
+                   const std::string& if_missing);
+Failure CannotWrite(const SystemWords& words, const std::string& what, std::error_code why);
 
 } // namespace tarnex

@@ -32,9 +32,9 @@ std::string NamedIn(const ControlWorld& world, const std::string& path) {
     return path.empty() ? world.settings_path : "";
 }
 
-std::string ReadSchema(const std::string& path) {
+std::string ReadSchema(const ControlWorld& world, const std::string& path) {
     if (const std::error_code problem = ReadingProblem(path))
-        throw CannotRead("schema " + path, problem, "name another with --schema");
+        throw CannotRead(world.words, "schema " + path, problem, "name another with --schema");
     return ReadWholeFile(path);
 }
 
@@ -73,7 +73,7 @@ class Tail {
     Tail(const ControlWorld& world, const std::string& path, bool json)
         : world_(world), path_(path), json_(json) {
         if (const std::error_code problem = ReadingProblem(path_))
-            throw CannotRead("log database " + path_, problem,
+            throw CannotRead(world.words, "log database " + path_, problem,
                              "make it with \"tarnexctl log create\", or name another");
         OpenedLog log = world.logs.Open(path_);
         if (!log.reader)
@@ -133,7 +133,7 @@ class Tail {
 ExitStatus LogCreate(ControlWorld& world, const std::string& path, const std::string& schema) {
     const std::string file = PathOf(world, path);
     const std::string sql =
-        ReadSchema(schema.empty() ? world.data_folder + "/log-schema.sql" : schema);
+        ReadSchema(world, schema.empty() ? world.data_folder + "/log-schema.sql" : schema);
     const auto acting = world.owners.ActFor(file, NamedIn(world, path));
     const std::string problem = world.logs.Create(file, sql);
     if (!problem.empty())

@@ -8,11 +8,11 @@ namespace tarnex {
 
 namespace {
 
-std::string ReadContent(const SettingsStore& store) {
+std::string ReadContent(const SettingsStore& store, const SystemWords& words) {
     SettingsReading reading = store.Read();
     if (!reading.problem)
         return std::move(reading.content);
-    throw CannotRead("settings file " + store.Name(), reading.problem,
+    throw CannotRead(words, "settings file " + store.Name(), reading.problem,
                      "make one with \"tarnexctl setup\", or name another with --settings-file");
 }
 
@@ -33,8 +33,8 @@ void CheckHolds(const CodePage& code_page, const std::string& encoding, const Se
 }
 
 SettingsFile::SettingsFile(const ControlWorld& world, const std::string& path)
-    : world_(world), path_(path), store_(world.open_settings(path)), content_(ReadContent(*store_)),
-      start_(ReadStart(world, content_)),
+    : world_(world), path_(path), store_(world.open_settings(path)),
+      content_(ReadContent(*store_, world.words)), start_(ReadStart(world, content_)),
       encoding_(world.make_code_page(start_.code_page) ? start_.code_page : "GBK"),
       code_page_(world.make_code_page(encoding_)), document_(content_, *code_page_) {}
 
@@ -77,7 +77,7 @@ void SettingsFile::Unset(const Setting& setting) {
 
 void SettingsFile::CheckWritten(bool written) const {
     if (!written)
-        throw CannotWrite("settings file " + path_, store_->Problem());
+        throw CannotWrite(world_.words, "settings file " + path_, store_->Problem());
 }
 
 } // namespace tarnex

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <iomanip>
 #include <ostream>
 
 namespace tarnex {
@@ -18,10 +19,11 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kEncoding = "GBK"; // of the sample
+constexpr int kCommandColumn = 38;       // of the list of what to do next
 
-std::string ReadData(const std::string& path) {
+std::string ReadData(const ControlWorld& world, const std::string& path) {
     if (const std::error_code problem = ReadingProblem(path))
-        throw CannotRead("file " + path, problem, "install the program with its data");
+        throw CannotRead(world.words, "file " + path, problem, "install the program with its data");
     return ReadWholeFile(path);
 }
 
@@ -78,20 +80,20 @@ std::string Content(const ControlWorld& world, const std::string& sample,
     return draft.Content();
 }
 
-void MakeFolders(const fs::path& folder) {
+void MakeFolders(const ControlWorld& world, const fs::path& folder) {
     std::error_code error;
     if (!folder.empty())
         fs::create_directories(folder, error);
     if (error)
-        throw CannotWrite("folder " + folder.string(), error);
+        throw CannotWrite(world.words, "folder " + folder.string(), error);
 }
 
-void KeepOld(const std::string& path) {
+void KeepOld(const ControlWorld& world, const std::string& path) {
     std::error_code error;
     const std::string old = path + ".old";
     fs::copy_file(path, old, fs::copy_options::overwrite_existing, error);
     if (error)
-        throw CannotWrite("copy " + old, error);
+        throw CannotWrite(world.words, "copy " + old, error);
 }
 
 // Whether nobody has set the system up yet: the numbers are the place-holders of the sample, which
@@ -107,9 +109,9 @@ bool StillTheSample(const ControlWorld& world, const std::string& sample_path) {
 void WriteSettings(const ControlWorld& world, const std::string& content, bool replace) {
     const std::string& path = world.settings_path;
     const auto acting = world.owners.ActFor(path, "");
-    MakeFolders(fs::path(path).parent_path());
+    MakeFolders(world, fs::path(path).parent_path());
     if (replace && Exists(path))
-        KeepOld(path);
+        KeepOld(world, path);
     bool stands_there = false;
     const std::unique_ptr<SettingsStore> store = world.open_settings(path);
     const bool written =
@@ -120,7 +122,7 @@ void WriteSettings(const ControlWorld& world, const std::string& content, bool r
     if (stands_there)
         RefuseToOverwrite(path);
     if (!written)
-        throw CannotWrite("settings file " + path, store->Problem());
+        throw CannotWrite(world.words, "settings file " + path, store->Problem());
 }
 
 void MakeLog(const ControlWorld& world, const std::string& path, const std::string& schema) {
@@ -131,7 +133,7 @@ void MakeLog(const ControlWorld& world, const std::string& path, const std::stri
             world.err << "tarnexctl: warning: " << Printable(problem) << '\n';
         return;
     }
-    MakeFolders(fs::path(path).parent_path());
+    MakeFolders(world, fs::path(path).parent_path());
     const std::string problem = world.logs.Create(path, schema);
     if (!problem.empty())
         throw Failure(kExitCannotCreate, problem);
@@ -143,7 +145,8 @@ void SayWhatIsNext(const ControlWorld& world) {
     for (const Finding& finding : CheckSettings(file))
         world.out << "note: " << Printable(finding.name + " " + finding.text) << '\n';
     world.out << "\nNext:\n"
-                 "  systemctl restart tarnexcomm        starts the service with these settings\n"
+              << std::left << std::setw(kCommandColumn) << "  " + world.words.restart_service
+              << "starts the service with these settings\n"
                  "  tarnexctl status --watch            the unit is ready about 30 seconds after "
                  "the start\n"
                  "  tarnex-monitor notify --service cpu --state abnormal\n"
@@ -156,11 +159,11 @@ void SayWhatIsNext(const ControlWorld& world) {
 ExitStatus Setup(ControlWorld& world, const SetupOptions& options) {
     const std::string& path = world.settings_path;
     const std::string sample_path = world.data_folder + "/Tarnex.ini.sample";
-    const std::string sample = ReadData(sample_path);
+    const std::string sample = ReadData(world, sample_path);
     const bool replace = options.force || (Exists(path) && StillTheSample(world, sample_path));
     if (Exists(path) && !replace)
         RefuseToOverwrite(path);
-    const std::string schema = ReadData(world.data_folder + "/log-schema.sql");
+    const std::string schema = ReadData(world, world.data_folder + "/log-schema.sql");
     const std::string log_path =
         options.log_path.empty()
             ? (fs::absolute(path).parent_path().parent_path() / "log.db").string()

@@ -12,11 +12,10 @@ namespace tarnex {
 namespace {
 
 constexpr const char* kSearch = "search";
-constexpr const char* kPortForms = "a device such as /dev/ttyUSB0, COM1 to COM20, or search";
 
 // clang-format off
 constexpr SetupQuestion kQuestions[] = {
-    {"port",          "Serial port of the unit: a device such as /dev/ttyUSB0, COM1 to COM20, or search", nullptr, kSearch, false, false, ""},
+    {"port",          "Serial port of the unit",                                             nullptr, kSearch, false, false, ""},
     {"number-1",      "First alarm telephone number; it may also command by SMS",                         &"alarm-number-1"_setting, "", false, false, ""},
     {"number-2",      "Second alarm telephone number; with one telephone only, the same",                 &"alarm-number-2"_setting, "=number-1", false, false, ""},
     {"sms-centre",    "SMS service centre of your carrier",                                               &"sms-centre"_setting, "", false, false, ""},
@@ -28,27 +27,35 @@ constexpr SetupQuestion kQuestions[] = {
 };
 // clang-format on
 
+bool AsksForPort(const SetupQuestion& question) {
+    return std::string_view(question.name) == "port";
+}
+
+std::string PortForms(const SystemWords& words) {
+    return "a device such as " + words.serial_device + ", COM1 to COM20, or search";
+}
+
 // "", or what is wrong with an answer.
 std::string Wrong(const ControlWorld& world, const SetupQuestion& question,
                   const std::string& answer) {
     if (question.none_allowed && answer == kNone)
         return "";
-    if (std::string(question.name) == "port")
-        return ParsePort(answer, world.serial_paths) ? "" : std::string("is not ") + kPortForms;
+    if (AsksForPort(question))
+        return ParsePort(answer, world.serial_paths) ? "" : "is not " + PortForms(world.words);
     const Text value = FromUtf8(answer);
     return Trim(value).empty() ? "must not be empty" : Objection(*question.setting, value);
 }
 
-std::string ReadSecret(const std::string& path) {
+std::string ReadSecret(const ControlWorld& world, const std::string& path) {
     if (const std::error_code problem = ReadingProblem(path))
-        throw CannotRead("password file " + path, problem, "name another");
+        throw CannotRead(world.words, "password file " + path, problem, "name another");
     const std::string content = ReadWholeFile(path);
     return content.substr(0, content.find_first_of("\r\n"));
 }
 
 std::string Given(const ControlWorld& world, const SetupQuestion& question,
                   const std::string& flag_value) {
-    const std::string answer = question.secret ? ReadSecret(flag_value) : flag_value;
+    const std::string answer = question.secret ? ReadSecret(world, flag_value) : flag_value;
     if (const std::string wrong = Wrong(world, question, answer); !wrong.empty())
         throw Failure(kExitData, FlagOf(question) + ": " +
                                      (question.secret ? "the password" : "\"" + answer + "\"") +
@@ -65,7 +72,7 @@ std::string Ask(const ControlWorld& world, const SetupQuestion& question,
                 const SetupAnswers& answers) {
     const std::string preset = Default(question, answers);
     const std::string prompt =
-        std::string(question.prompt) + (preset.empty() ? "" : " [" + preset + "]") + ": ";
+        PromptOf(question, world.words) + (preset.empty() ? "" : " [" + preset + "]") + ": ";
     for (;;) {
         const auto line = world.ask(prompt, question.secret);
         if (!line)
@@ -83,6 +90,10 @@ std::string Ask(const ControlWorld& world, const SetupQuestion& question,
 
 std::span<const SetupQuestion> SetupQuestions() {
     return kQuestions;
+}
+
+std::string PromptOf(const SetupQuestion& question, const SystemWords& words) {
+    return question.prompt + (AsksForPort(question) ? ": " + PortForms(words) : "");
 }
 
 std::string FlagOf(const SetupQuestion& question) {

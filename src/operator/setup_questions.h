@@ -14,7 +14,7 @@ inline constexpr const char* kNone = "none";
 // What setup asks. Each question has a flag of its name.
 struct SetupQuestion {
     const char* name;
-    const char* prompt;
+    const char* prompt;        // begins what PromptOf gives
     const Setting* setting;    // that takes the answer, which must fit it; nullptr for none
     const char* default_value; // "": the question needs an answer; "=name": the answer to that one
     bool none_allowed;         // kNone is an answer
@@ -23,6 +23,8 @@ struct SetupQuestion {
 };
 
 std::span<const SetupQuestion> SetupQuestions();
+// What it says to people.
+std::string PromptOf(const SetupQuestion& question, const SystemWords& words);
 // The flag of a question: "--number-1".
 std::string FlagOf(const SetupQuestion& question);
 

@@ -10,7 +10,6 @@ namespace tarnex {
 namespace {
 
 constexpr int kFormat = 1;
-constexpr const char* kStart = "start it with \"systemctl start tarnexcomm\"";
 
 // What the service writes has some 10 KiB and is nested 4 deep. A deeper one would be printed by as
 // many calls inside each other.
@@ -48,16 +47,17 @@ Json Parse(const std::string& path) {
 } // namespace
 
 StatusReading ReadStatusFile(const ControlWorld& world) {
+    const std::string advice = "start it with \"" + world.words.start_service + "\"";
     StatusReading state;
     state.now = std::chrono::floor<std::chrono::seconds>(world.now().time_since_epoch()).count();
     const std::error_code problem = ReadingProblem(world.status_path);
     if (problem == std::errc::no_such_file_or_directory) {
         state.absence = "the service does not run, or has no runtime folder (there is no " +
-                        world.status_path + "): " + kStart;
+                        world.status_path + "): " + advice;
         return state;
     }
     if (problem)
-        throw CannotRead("status file " + world.status_path, problem, "");
+        throw CannotRead(world.words, "status file " + world.status_path, problem, "");
     state.status = Parse(world.status_path);
     const long process = state.status.at("pid").get<long>();
     state.running = world.is_service(process);
@@ -65,7 +65,7 @@ StatusReading ReadStatusFile(const ControlWorld& world) {
         state.absence = "the service does not run: process " + std::to_string(process) +
                         " has gone, and its last word is " +
                         AgeText(state.SecondsSince(state.status.at("written_at"))) + " old; " +
-                        kStart;
+                        advice;
     return state;
 }
 

@@ -2,6 +2,7 @@
 
 #include "adapters/system/environment.h"
 #include "adapters/system/terminal.h"
+#include "adapters/system/this_system.h"
 
 #include <cstdio>
 #include <thread>
@@ -28,9 +29,9 @@ ExitStatus StatusFor(std::error_code problem) {
 } // namespace
 
 Machine::Machine(const char* program_name)
-    : program(program_name), store(SettingsPath(Environment("WINDIR"))),
-      code_page(settings.code_page), ports(loop, SerialDevicePaths(settings.device_paths)),
-      lock(MakeLock()) {
+    : program(program_name), words(WordsOfThisSystem()),
+      store(SettingsPath(Environment("WINDIR"), words)), code_page(settings.code_page),
+      ports(loop, SerialDevicePaths(settings.device_paths)), lock(MakeLock()) {
     BrokenStreamsFail();
     lock.SetNotice([this](const std::string& line) { Say(line); });
 }
@@ -45,8 +46,8 @@ ExitStatus Machine::TakeSettings() {
     const SettingsReading reading = ReadAtStart(store, code_page, pause);
     if (reading.Unreadable()) {
         Say(Unreadable(store.Name(), reading.problem) + ". " +
-            ReadingAdvice(reading.problem, "Run this as root or as the user of the service, who "
-                                           "must be able to read the file."));
+            ReadingAdvice(reading.problem,
+                          "Run this as " + words.who_may + ", who must be able to read the file."));
         return StatusFor(reading.problem);
     }
     const std::string named = ReadSettings(IniDocument(reading.content, code_page)).start.code_page;

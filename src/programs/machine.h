@@ -26,6 +26,7 @@ struct Machine {
     void Say(const std::string& line) const;
 
     const char* program;
+    const SystemWords words;
     AsioLoop loop;
     FileSettingsStore store;
     StartSettings settings; // as the file says, without what is not supported

@@ -2,6 +2,7 @@
 
 #include "adapters/system/end_requests.h"
 #include "adapters/system/terminal.h"
+#include "adapters/system/this_system.h"
 #include "operator/arguments.h"
 #include "programs/machine.h"
 #include "programs/tool_window.h"
@@ -48,6 +49,7 @@ std::string ReadPort(const std::string& words, Options& options) {
 
 // The exit status, or nothing when there is something to do.
 std::optional<ExitStatus> ReadOptions(int argc, char** argv, Options& options) {
+    const SystemWords words = WordsOfThisSystem();
     CLI::App app("Loads new firmware into the unit. Without options it opens its window.\n"
                  "\n"
                  "  tarnex-flasher [[--port PORT] --file unit.hex]\n"
@@ -55,14 +57,15 @@ std::optional<ExitStatus> ReadOptions(int argc, char** argv, Options& options) {
                  "tarnex-flasher");
     app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
     AddValue(app, "--port", "PORT",
-             "the port of the unit: COM1 to COM20, or the path of a device such as\n"
-             "/dev/ttyUSB0; without it, the port where the unit was last found",
+             "the port of the unit: COM1 to COM20, or the path of a device such as\n" +
+                 words.serial_device + "; without it, the port where the unit was last found",
              [&](const std::string& words) { return ReadPort(words, options); });
     app.add_option("--file", options.file, "the firmware, an Intel HEX file")->type_name("FILE");
     app.add_flag("--check-only", options.check_only,
                  "read the file, say what is in it and what is odd about it, write nothing");
     app.footer(
-        "No other program of TarnexComm may run meanwhile: systemctl stop tarnexcomm. An update\n"
+        "No other program of TarnexComm may run meanwhile: " + words.stop_service +
+        ". An update\n"
         "that broke off can be run again, also where the unit does not answer any more.\n"
         "\n"
         "Exit status: 0 done, 64 wrong usage, 65 the file cannot be sent, 66 it cannot be read,\n"
@@ -158,6 +161,7 @@ class LineProgram {
          .settings_store = machine_.store,
          .code_page = machine_.code_page,
          .instance_lock = machine_.lock,
+         .words = machine_.words,
          .notice = [this](const std::string& line) { terminal_.Output().complain(line); },
          .end_process = [] {}},
         terminal_.Output()};

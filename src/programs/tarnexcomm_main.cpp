@@ -50,6 +50,7 @@ int Run(int argc, char** argv) {
                         .code_page = machine.code_page,
                         .controller = *controller,
                         .instance_lock = machine.lock,
+                        .words = machine.words,
                         .view = view.get(),
                         .notice = say,
                         .echo = Echo,

@@ -11,6 +11,7 @@
 #include "adapters/system/status_file.h"
 #include "adapters/system/system_code_page.h"
 #include "adapters/system/terminal.h"
+#include "adapters/system/this_system.h"
 #include "operator/command_line.h"
 #include "settings/load_settings.h"
 
@@ -38,13 +39,15 @@ int main(int argc, char** argv) {
     OccupyStandardStreams();
     SystemFileOwners owners;
     SqliteLogFiles logs;
+    const SystemWords words = WordsOfThisSystem();
     ControlWorld world{
         .out = std::cout,
         .err = std::cerr,
+        .words = words,
         .colours = StandardOutputIsTerminal() && TerminalShowsColours(),
         .progress = StandardErrorIsTerminal(),
         .ask = nullptr,
-        .settings_path = SettingsPath(Environment("WINDIR")),
+        .settings_path = SettingsPath(Environment("WINDIR"), words),
         .status_path = StatusFilePath(),
         .data_folder = DataFolder(),
         .serial_paths = SerialDevicePaths({}),

@@ -30,6 +30,7 @@ int RunToolWindow(const char* program, const std::string& advice, const MakeTool
                                                  .settings_store = machine.store,
                                                  .code_page = machine.code_page,
                                                  .instance_lock = machine.lock,
+                                                 .words = machine.words,
                                                  .notice = say,
                                                  .end_process = [&loop] { loop.Stop(); }},
                                                 *view);

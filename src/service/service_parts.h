@@ -23,6 +23,7 @@ struct ServiceWorld {
     const CodePage& code_page;
     ServiceController& controller;
     InstanceLock& instance_lock;
+    const SystemWords& words;
     View* view;                   // nullptr: no windows
     OperatorNotices::Sink notice; // for what an operator must act on
     MainWindow::Echo echo;        // for list lines on no screen; may be empty

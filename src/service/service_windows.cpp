@@ -72,11 +72,12 @@ void ServiceWindows::WireButtons() {
 // What stands still looks the same as what has nothing to do, so the operator is told.
 void ServiceWindows::PressStop() {
     actions_.stop_all_timers();
-    for (const TextView line :
-         {u"Stop：已停止查找和巡检设备、发送短信、发送邮件、心跳和链路检查。",
-          u"通知仍然记录和排队，但不发出；设置刷新和状态显示继续。",
-          u"重新开始：按Exit结束服务，再启动它(systemctl start tarnexcomm)。"})
-        window_.mList1.Add(Text(line));
+    for (const Text& line :
+         {Text(u"Stop：已停止查找和巡检设备、发送短信、发送邮件、心跳和链路检查。"),
+          Text(u"通知仍然记录和排队，但不发出；设置刷新和状态显示继续。"),
+          u"重新开始：按Exit结束服务，再启动它(" + FromUtf8(parts_.world.words.start_service) +
+              u")。"})
+        window_.mList1.Add(line);
 }
 
 void ServiceWindows::SwitchDebug() {

@@ -26,7 +26,7 @@ std::string WhyNotRead(const SettingsStore& store, const MyIniFile& ini) {
 }
 
 std::string WhyRestart(const SettingsStore& store, const StartSettings& in_use,
-                       const StartSettings& now) {
+                       const StartSettings& now, const SystemWords& words) {
     std::string names;
     const auto name = [&names](const std::string& key) {
         names += (names.empty() ? "" : ", ") + key;
@@ -42,7 +42,7 @@ std::string WhyRestart(const SettingsStore& store, const StartSettings& in_use,
         return "";
     return "The settings in " + store.Name() +
            " are others than this service was started with: " + names +
-           ". These are read at the start only: restart it (systemctl restart tarnexcomm).";
+           ". These are read at the start only: restart it (" + words.restart_service + ").";
 }
 
 std::string WhyNotWritten(const SettingsStore& store, const MyIniFile& ini) {

@@ -17,7 +17,7 @@ std::string WhyNotRead(const SettingsStore& store, const MyIniFile& ini);
 // What the file says by now instead of in_use, which holds until the end of the service, and what
 // to do about it, for an operator; "" when it says the same.
 std::string WhyRestart(const SettingsStore& store, const StartSettings& in_use,
-                       const StartSettings& now);
+                       const StartSettings& now, const SystemWords& words);
 
 // What is wrong with writing to the settings file in store and what to do about it, for an
 // operator; "" when the last write succeeded.

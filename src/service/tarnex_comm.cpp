@@ -171,7 +171,8 @@ void TarnexComm::Apply(const Settings& settings) {
 
 void TarnexComm::TellOfRestart(const StartSettings& now) {
     // Of two readings in a row: one may have met a file that is just being written.
-    std::string reason = WhyRestart(parts_.world.settings_store, start_settings_, now);
+    std::string reason =
+        WhyRestart(parts_.world.settings_store, start_settings_, now, parts_.world.words);
     if (reason == restart_reason_)
         parts_.notices.Report("settings at start", reason,
                               "The settings in " + parts_.world.settings_store.Name() +

@@ -9,8 +9,6 @@ namespace tarnex {
 
 namespace {
 
-constexpr const char* kDefaultBaseFolder = "/var/lib/tarnexcomm";
-
 struct Advice {
     std::errc problem;
     const char* words;
@@ -65,8 +63,8 @@ std::string ReadingAdvice(std::error_code problem, const std::string& for_rights
     return advice == std::end(kAdvice) ? "Look for a failing disk." : advice->words;
 }
 
-std::string SettingsPath(const std::string& windir) {
-    return (windir.empty() ? kDefaultBaseFolder : windir) + "/system/Tarnex.ini";
+std::string SettingsPath(const std::string& windir, const SystemWords& words) {
+    return (windir.empty() ? words.data_folder : windir) + "/system/Tarnex.ini";
 }
 
 } // namespace tarnex

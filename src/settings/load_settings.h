@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/settings_store.h"
+#include "platform/system_words.h"
 #include "settings/ini_document.h"
 #include "settings/settings.h"
 
@@ -23,7 +24,7 @@ std::string Unreadable(const std::string& file, std::error_code problem);
 std::string ReadingAdvice(std::error_code problem, const std::string& for_rights);
 
 // The settings file: system/Tarnex.ini below the folder that the environment variable WINDIR
-// names; windir is "" where it is not set.
-std::string SettingsPath(const std::string& windir);
+// names; where that is "", below the data folder of the system.
+std::string SettingsPath(const std::string& windir, const SystemWords& words);
 
 } // namespace tarnex

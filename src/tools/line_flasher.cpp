@@ -135,7 +135,8 @@ Task<int> LineFlasher::Update(std::optional<UpdatePort> port, std::string file) 
 int LineFlasher::ClaimPort() {
     if (!world_.instance_lock.Acquire()) {
         output_.complain("Another program of TarnexComm runs on this machine, perhaps the "
-                         "service. End it first (systemctl stop tarnexcomm), then try again.");
+                         "service. End it first (" +
+                         world_.words.stop_service + "), then try again.");
         return kExitTryLater;
     }
     const SerialEvents deaf{.received = [] {}, .lost = [] {}};

@@ -55,8 +55,8 @@ ToolForm::ToolForm(std::string name, Text caption, const ToolWorld& world)
 bool ToolForm::OnlyCopy() {
     const bool only = world_.instance_lock.Acquire();
     if (!only) {
-        world_.notice("another program of TarnexComm runs on this machine, perhaps the service "
-                      "(systemctl stop tarnexcomm)");
+        world_.notice("another program of TarnexComm runs on this machine, perhaps the service (" +
+                      world_.words.stop_service + ")");
         EndProcess();
     }
     return only;

@@ -2,6 +2,7 @@
 
 #include "device/tarnex_core.h"
 #include "platform/service_controller.h"
+#include "platform/system_words.h"
 #include "ui/form.h"
 
 #include <optional>
@@ -16,6 +17,7 @@ struct ToolWorld {
     SettingsStore& settings_store;
     const CodePage& code_page;
     InstanceLock& instance_lock;
+    const SystemWords& words;
     OperatorNotices::Sink notice;      // for what an operator must act on
     std::function<void()> end_process; // ends the loop; the process exits with status 0
 };

@@ -6,6 +6,7 @@
 #include "adapters/system/replace_file.h"
 #include "adapters/system/serial_names.h"
 #include "adapters/system/system_code_page.h"
+#include "adapters/system/this_system.h"
 #include "operator/command_line.h"
 #include "tests/temp_folder.h"
 
@@ -57,10 +58,12 @@ class ControlTest : public testing::Test {
     std::chrono::system_clock::time_point now{std::chrono::seconds(1'714'982'400)};
     CalendarTime calendar{.year = 2024, .month = 5, .day = 6, .hour = 8, .weekday = 1};
     SystemFileOwners owners;
+    const SystemWords words = WordsOfThisSystem();
     SqliteLogFiles logs;
     ControlWorld world{
         .out = out,
         .err = err,
+        .words = words,
         .colours = false,
         .progress = false,
         .ask = nullptr,

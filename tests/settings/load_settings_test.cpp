@@ -146,8 +146,10 @@ TEST(ReadAtStart, AReadingProblemHasOwnWordsAndFittingAdvice) {
 }
 
 TEST(SettingsPath, IsBelowTheBaseFolder) {
-    EXPECT_EQ(SettingsPath("/srv/win"), "/srv/win/system/Tarnex.ini");
-    EXPECT_EQ(SettingsPath(""), "/var/lib/tarnexcomm/system/Tarnex.ini");
+    SystemWords words;
+    words.data_folder = "/var/data";
+    EXPECT_EQ(SettingsPath("/srv/win", words), "/srv/win/system/Tarnex.ini");
+    EXPECT_EQ(SettingsPath("", words), "/var/data/system/Tarnex.ini");
 }
 
 } // namespace

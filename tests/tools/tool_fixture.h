@@ -33,6 +33,7 @@ struct ToolTest : WorldTest {
     ~ToolTest() override { ports.Unplug(3); }
 
     SimulatedInstanceLock lock;
+    const SystemWords words{};
     TestFileDialog dialog;
     std::vector<std::string> heard; // by the unit
     std::optional<Duration> ended;  // when the program ended
@@ -42,6 +43,7 @@ struct ToolTest : WorldTest {
                     .settings_store = store,
                     .code_page = code_page,
                     .instance_lock = lock,
+                    .words = words,
                     .notice = [](const std::string&) {},
                     .end_process = [this] { ended = clock.Now(); }};
 };

@@ -3,6 +3,7 @@
 #include "adapters/linux/pidfd.h"
 #include "adapters/linux/unique_fd.h"
 #include "adapters/system/environment.h"
+#include "adapters/system/this_system.h"
 #include "platform/error_words.h"
 
 #include <cerrno>
@@ -18,7 +19,6 @@ namespace tarnex {
 
 namespace {
 
-constexpr const char* kRuntimeFolder = "/run/tarnexcomm";
 constexpr mode_t kMode = 0640; // the owner's group may lock it
 constexpr mode_t kFolderMode = 0750;
 constexpr mode_t kOthers = 0007;
@@ -124,7 +124,7 @@ struct FileInstanceLock::Held : UniqueFd {
     explicit Held(UniqueFd file) : UniqueFd(std::move(file)) {}
 };
 
-FileInstanceLock::FileInstanceLock() : paths_{std::string(kRuntimeFolder) + "/lock"} {
+FileInstanceLock::FileInstanceLock() : paths_{WordsOfThisSystem().runtime_folder + "/lock"} {
     if (const std::string own = Environment("XDG_RUNTIME_DIR"); !own.empty())
         paths_.push_back(own + "/tarnexcomm.lock");
 }

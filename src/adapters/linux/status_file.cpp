@@ -2,6 +2,7 @@
 
 #include "adapters/system/environment.h"
 #include "adapters/system/replace_file.h"
+#include "adapters/system/this_system.h"
 
 #include <filesystem>
 
@@ -9,18 +10,14 @@
 
 namespace tarnex {
 
-namespace {
-
-constexpr const char* kDefaultFolder = "/run/tarnexcomm";
-
-} // namespace
+namespace {} // namespace
 
 std::string StatusFilePath() {
     if (const std::string path = Environment("TARNEXCOMM_STATUS"); !path.empty())
         return path;
     const std::string folders = Environment("RUNTIME_DIRECTORY"); // several are parted by ":"
     const std::string folder = folders.substr(0, folders.find(':'));
-    return (folder.empty() ? kDefaultFolder : folder) + "/status.json";
+    return (folder.empty() ? WordsOfThisSystem().runtime_folder : folder) + "/status.json";
 }
 
 bool StatusFile::Possible() const {

@@ -34,6 +34,7 @@ struct SystemInMemory {
             .code_page = code_page,
             .controller = controller,
             .instance_lock = lock,
+            .words = words,
             .view = view,
             .notice = [this](const std::string& line) { said.push_back(line); },
             .echo = [this](const std::string& list, const Text&) { echoed.push_back(list); },
@@ -62,6 +63,7 @@ struct SystemInMemory {
     const CodePage& code_page;
     SimulatedServiceController controller;
     SimulatedInstanceLock lock;
+    const SystemWords words{};        // no system's
     View* view = nullptr;             // or one, before the service starts; it outlives it
     std::vector<std::string> said;    // to the operator
     std::vector<std::string> echoed;  // the lists of lines that stand on no screen

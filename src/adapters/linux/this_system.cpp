@@ -1,0 +1,20 @@
+#include "adapters/system/this_system.h"
+
+namespace tarnex {
+
+SystemWords WordsOfThisSystem() {
+    return {.start_service = "systemctl start tarnexcomm",
+            .stop_service = "systemctl stop tarnexcomm",
+            .restart_service = "systemctl restart tarnexcomm",
+            .with_all_rights = "sudo ",
+            .who_may = "root or as the user of the service",
+            .how_to_become_them = " (sudo tarnexctl ...); even root may do no more in a user's "
+                                  "folder than that user",
+            .data_folder = "/var/lib/tarnexcomm",
+            .runtime_folder = "/run/tarnexcomm",
+            .serial_device = "/dev/ttyUSB0",
+            .log_file = "/srv/tarnex/log.db",
+            .metrics_file = "/var/lib/prometheus/node-exporter/tarnexcomm.prom"};
+}
+
+} // namespace tarnex

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+
+namespace tarnex {
+
+// What programs tell their operators in the words of the system they run on: its commands, its
+// users, its folders.
+struct SystemWords {
+    // Commands to type.
+    std::string start_service; // "systemctl start tarnexcomm"
+    std::string stop_service;
+    std::string restart_service;
+    std::string with_all_rights; // in front of a command: "sudo "; "" where none is needed
+    // Who may do it, after "run this as": "root or as the user of the service".
+    std::string who_may;
+    // What follows that in a line of tarnexctl: how, and what even that does not help with; "" for
+    // nothing.
+    std::string how_to_become_them;
+    std::string data_folder;    // of the settings and the log, where nothing else is said
+    std::string runtime_folder; // of the lock and the status file, where nothing else is said
+    // Examples of what an operator may give.
+    std::string serial_device;
+    std::string log_file;
+    std::string metrics_file;
+};
+
+} // namespace tarnex
