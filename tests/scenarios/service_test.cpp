@@ -215,13 +215,11 @@ TEST_F(Service, DebugModeFillsTheListsAndShowsTheWindow) {
     EXPECT_TRUE(Window().List2.Lines().empty());
     Window().Command2.Click();
     EXPECT_EQ(Window().Command2.Caption(), u"DebugOff");
-    for (const int width : {9255, 3975}) {
+    for (const auto& [left, right] : {std::pair{9255, 8415}, {3975, 5175}}) {
         Window().Command3.Click();
-        EXPECT_EQ(Window().mList1.Width(), width);
-    }
-    for (const int width : {8415, 5175}) {
         Window().Command5.Click();
-        EXPECT_EQ(Window().List1.Width(), width);
+        EXPECT_EQ(Window().mList1.Width(), left);
+        EXPECT_EQ(Window().List1.Width(), right);
     }
     clock.RunFor(10s);
     EXPECT_FALSE(Window().List2.Lines().empty());
