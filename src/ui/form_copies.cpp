@@ -36,7 +36,7 @@ class FormCopies::Copy : private FormObserver {
 
     void AddPart(WireReader& packet);
     std::unique_ptr<Control> MakeControl(ControlKind kind, std::string name, Text caption,
-                                         bool checked, std::uint64_t place);
+                                         std::uint64_t place);
     // A record about this form, and one about one of its controls.
     WireWriter Record(ViewRecord record) const;
     WireWriter Record(ViewRecord record, std::uint64_t place) const;
@@ -63,14 +63,10 @@ WireWriter FormCopies::Copy::Record(ViewRecord record, std::uint64_t place) cons
 }
 
 std::unique_ptr<Control> FormCopies::Copy::MakeControl(ControlKind kind, std::string name,
-                                                       Text caption, bool checked,
-                                                       std::uint64_t place) {
+                                                       Text caption, std::uint64_t place) {
     switch (kind) {
-    case ControlKind::kLabel: {
-        auto label = std::make_unique<Label>(form_, std::move(name));
-        label->SetCaption(std::move(caption));
-        return label;
-    }
+    case ControlKind::kLabel:
+        return std::make_unique<Label>(form_, std::move(name));
     case ControlKind::kButton: {
         auto button = std::make_unique<Button>(form_, std::move(name), std::move(caption));
         button->OnClick([this, place] {
@@ -86,7 +82,7 @@ std::unique_ptr<Control> FormCopies::Copy::MakeControl(ControlKind kind, std::st
         return box;
     }
     case ControlKind::kCheckBox:
-        return std::make_unique<CheckBox>(form_, std::move(name), std::move(caption), checked);
+        return std::make_unique<CheckBox>(form_, std::move(name), std::move(caption), false);
     case ControlKind::kListBox:
         break;
     }
@@ -97,9 +93,8 @@ void FormCopies::Copy::AddPart(WireReader& packet) {
     const auto kind = packet.Begin<ControlKind>();
     std::string name = packet.String();
     Text caption = packet.Letters();
-    const bool checked = packet.Flag();
     const std::uint64_t place = parts_.size();
-    Part part{.control = MakeControl(kind, std::move(name), std::move(caption), checked, place)};
+    Part part{.control = MakeControl(kind, std::move(name), std::move(caption), place)};
     places_[part.control.get()] = place;
     parts_.push_back(std::move(part));
 }
@@ -117,25 +112,14 @@ void FormCopies::Copy::ApplyControl(WireReader& packet) {
     Control& control = *part.control;
     applying_ = true;
     part.look_revision = packet.Number();
-    control.SetEnabled(packet.Flag());
-    control.SetVisible(packet.Flag());
-    control.SetWidth(int(packet.Number()));
-    Text caption = packet.Letters();
-    const std::uint64_t held_revision = packet.Number();
-    Text value = packet.Letters();
-    const bool checked = packet.Flag();
-    // What the operator has just entered stays, unless the logic has set something since.
-    const bool news = held_revision != part.held_revision;
-    if (auto* const button = dynamic_cast<Button*>(&control)) {
-        button->SetCaption(std::move(caption));
-    } else if (auto* const label = dynamic_cast<Label*>(&control)) {
-        label->SetCaption(std::move(caption));
-    } else if (auto* const box = dynamic_cast<TextBox*>(&control); box && news) {
-        box->SetValue(std::move(value));
-        part.held_revision = held_revision;
-    } else if (auto* const check = dynamic_cast<CheckBox*>(&control); check && news) {
-        check->SetChecked(checked);
-        part.held_revision = held_revision;
+    SetLook(control, ReadLook(packet));
+    const std::uint64_t revision = packet.Number();
+    ControlHeld held = ReadHeld(packet);
+    // What the operator has just entered stays, unless the logic has set something since. Of a
+    // list it comes with the lines.
+    if (revision != part.held_revision && KindOf(control) != ControlKind::kListBox) {
+        part.held_revision = revision;
+        SetHeld(control, std::move(held));
     }
     applying_ = false;
 }
@@ -157,7 +141,7 @@ void FormCopies::Copy::ApplyLines(WireReader& packet) {
     list->Follow(first, from, std::move(lines));
     if (std::uint64_t& known = parts_[place].held_revision; revision != 0 && revision != known) {
         known = revision;
-        list->Select(selected > list->FirstNumber() ? int(selected - list->FirstNumber() - 1) : -1);
+        SetHeld(*list, {.selected = selected});
     }
     applying_ = false;
 }
@@ -175,23 +159,10 @@ void FormCopies::Copy::ControlChanged(Control& control) {
         return;
     // Only what an operator can enter changes here.
     const std::uint64_t place = places_[&control];
-    if (const auto* const box = dynamic_cast<const TextBox*>(&control)) {
-        WireWriter packet = Record(ViewRecord::kText, place);
-        packet.Number(parts_[place].held_revision);
-        packet.Letters(box->Value());
-        send_(packet.Bytes());
-    } else if (const auto* const check = dynamic_cast<const CheckBox*>(&control)) {
-        WireWriter packet = Record(ViewRecord::kTick, place);
-        packet.Number(parts_[place].held_revision);
-        packet.Flag(check->Checked());
-        send_(packet.Bytes());
-    } else if (const auto* const list = dynamic_cast<const ListBox*>(&control)) {
-        WireWriter packet = Record(ViewRecord::kSelect, place);
-        packet.Number(parts_[place].held_revision);
-        const int selected = list->Selected();
-        packet.Number(selected < 0 ? 0 : list->FirstNumber() + std::uint64_t(selected) + 1);
-        send_(packet.Bytes());
-    }
+    WireWriter packet = Record(ViewRecord::kEnter, place);
+    packet.Number(parts_[place].held_revision);
+    Write(packet, HeldBy(control));
+    send_(packet.Bytes());
 }
 
 FormCopies::FormCopies(MakeWindow make_window, FileDialog& dialog, Send send)

@@ -1,8 +1,7 @@
 #pragma once
 
+#include "ui/control_state.h"
 #include "ui/file_dialog.h"
-#include "ui/form.h"
-#include "ui/form_wire.h"
 
 #include <map>
 #include <memory>

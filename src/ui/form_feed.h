@@ -1,10 +1,8 @@
 #pragma once
 
+#include "ui/fed_form.h"
 #include "ui/file_dialog.h"
-#include "ui/form.h"
-#include "ui/form_wire.h"
 
-#include <map>
 #include <memory>
 #include <optional>
 
@@ -18,12 +16,7 @@ namespace tarnex {
 // the very thing meanwhile: he meant what he saw.
 class FormFeed : public FileDialog {
   public:
-    struct Events {
-        std::function<void()> shown;   // a form became visible
-        std::function<void()> hidden;  // a form is not visible any more
-        std::function<void()> changed; // something is pending
-    };
-    explicit FormFeed(Events events);
+    explicit FormFeed(FeedEvents events);
     ~FormFeed() override;
     FormFeed(const FormFeed&) = delete;
     FormFeed& operator=(const FormFeed&) = delete;
@@ -48,7 +41,6 @@ class FormFeed : public FileDialog {
     void Withdraw() override;
 
   private:
-    class Fed;
     struct Question {
         std::uint64_t number;
         Text filter;
@@ -56,12 +48,8 @@ class FormFeed : public FileDialog {
         bool told = false;
     };
 
-    void Act(WireReader& packet, ViewRecord record);
-
-    Events events_;
-    std::vector<std::unique_ptr<Fed>> forms_;
-    std::vector<std::uint64_t> closed_; // numbers that the copies still know
-    std::uint64_t last_number_ = 0;
+    FeedState state_;
+    std::vector<std::unique_ptr<FedForm>> forms_;
     std::optional<Question> question_;
     bool withdrawn_ = false; // the question that the copies still know
 };

@@ -17,11 +17,10 @@ inline constexpr std::size_t kLongestPacket = 400'000;
 // What a record in a packet of the feed begins with. Forms and questions have numbers that are
 // never used again, controls the place in their form.
 enum class FeedRecord : std::uint8_t {
-    kOpen,    // form, name, caption, width, how many controls; of each kind, name, caption, tick
+    kOpen,    // form, name, caption, width, how many controls; of each kind, name, caption
     kForm,    // form, caption, width
     kClose,   // form
-    kControl, // form, control; revision of its look, enabled, visible, width, caption; revision of
-              // what it holds, text, tick
+    kControl, // form, control; revision of its look, look; revision of what it holds, that
     kLines,   // form, list, first, from, how many lines, the lines (see ListBox::Follow); revision
               // (0: more lines follow) and number + 1 of the selected one, 0 for none
     kAsk,     // question, pattern of file names
@@ -37,9 +36,7 @@ enum class ViewRecord : std::uint8_t {
     kNotice,  // text: for the operator
     kSeen,    // all of the last packet stands on the screen
     kClick,   // form, button, revision of its look
-    kText,    // form, text box, revision of what it holds, text
-    kTick,    // form, check box, revision of what it holds, flag
-    kSelect,  // form, list, revision of what it holds, number of the line + 1; 0: none
+    kEnter,   // form, control, revision of what it holds, what it holds now
     kLeave,   // form, text box
     kClose,   // form
     kChosen,  // question, path
