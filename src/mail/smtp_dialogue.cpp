@@ -1,9 +1,8 @@
 #include "mail/smtp_dialogue.h"
 
-#include "mail/base64.h"
-
 #include <algorithm>
 #include <array>
+#include <cstdint>
 
 namespace tarnex {
 
@@ -13,6 +12,13 @@ constexpr TextView kSenderName = u"Tarnex K Serial";
 constexpr TextView kSignatureLine = u"Tarnex K Serial:http://tarnex.example";
 constexpr TextView kLineEnd = u"\r\n";
 constexpr std::array<std::string_view, 5> kAcceptedCodes{"220", "250", "354", "334", "235"};
+
+constexpr std::string_view kBase64Symbols =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+std::uint32_t ByteAt(std::string_view bytes, std::size_t at) {
+    return at < bytes.size() ? static_cast<unsigned char>(bytes[at]) : 0;
+}
 
 // A line break inside a command or a header would end it there, and the rest would count as a
 // command or header of its own. The body may have several lines and is left as it is.
@@ -104,6 +110,20 @@ const SmtpRule& RuleOf(SmtpStep step) {
 
 bool AcceptedReply(std::string_view reply) {
     return std::ranges::find(kAcceptedCodes, reply.substr(0, 3)) != kAcceptedCodes.end();
+}
+
+std::string Base64Encode(std::string_view bytes) {
+    std::string text;
+    text.reserve((bytes.size() + 2) / 3 * 4);
+    for (std::size_t at = 0; at < bytes.size(); at += 3) {
+        const std::uint32_t group =
+            ByteAt(bytes, at) << 16 | ByteAt(bytes, at + 1) << 8 | ByteAt(bytes, at + 2);
+        for (int shift = 18; shift >= 0; shift -= 6)
+            text += kBase64Symbols[group >> shift & 0x3F];
+    }
+    if (const std::size_t rest = bytes.size() % 3; rest != 0)
+        text.replace(text.size() - (3 - rest), 3 - rest, 3 - rest, '=');
+    return text;
 }
 
 } // namespace tarnex

@@ -65,4 +65,7 @@ const SmtpRule& RuleOf(SmtpStep step);
 // A reply with one of these codes carries any step forward; a reply begins with its code.
 bool AcceptedReply(std::string_view reply);
 
+// Standard Base64 with padding, without line breaks.
+std::string Base64Encode(std::string_view bytes);
+
 } // namespace tarnex

@@ -1,5 +1,5 @@
-#include "mail/base64.h"
 #include "mail/server_address.h"
+#include "mail/smtp_dialogue.h"
 #include "tests/mail/mail_fixture.h"
 
 namespace tarnex {
