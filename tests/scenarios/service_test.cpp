@@ -295,7 +295,7 @@ TEST_F(Service, TheDeviceLinkIsTriedOutWhileTheServiceRuns) {
         clock.RunFor(100ms);
         EXPECT_EQ(Results().back(), result);
     }
-    for (const auto& [caption, asked] : {std::pair{u"CSQ Stop", 10}, std::pair{u"CSQ Start", 0}}) {
+    for (const auto& [caption, asked] : {std::pair{u"CSQ Stop", 10}, {u"CSQ Start", 0}}) {
         Press("CMDCSQ");
         EXPECT_EQ(dynamic_cast<Button*>(Core().Find("CMDCSQ"))->Caption(), caption);
         const long before = unit.Count("RDCSQ");
