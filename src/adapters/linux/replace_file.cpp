@@ -6,9 +6,11 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace tarnex {
 
@@ -29,6 +31,15 @@ std::string ReplaceFile(const std::string& path, std::string_view content) {
     const std::string problem = std::strerror(errno);
     unlink(successor.c_str());
     return problem;
+}
+
+void RemoveFile(const std::string& path) {
+    unlink(path.c_str());
+}
+
+bool FolderIsWritable(const std::string& path) {
+    const std::string folder = std::filesystem::path(path).parent_path();
+    return access(folder.empty() ? "." : folder.c_str(), W_OK | X_OK) == 0;
 }
 
 } // namespace tarnex

@@ -9,5 +9,9 @@ namespace tarnex {
 // readers; path + ".new" is used on the way. "" when done, else what the system says stands in the
 // way; the old file is still there then. The content is not forced to the disk.
 std::string ReplaceFile(const std::string& path, std::string_view content);
+// Takes a file away, if there is one.
+void RemoveFile(const std::string& path);
+// Whether this user may make files beside path.
+bool FolderIsWritable(const std::string& path);
 
 } // namespace tarnex

@@ -8,3 +8,4 @@
 #endif
 #include <windows.h>
 #undef StartService
+#undef ReplaceFile

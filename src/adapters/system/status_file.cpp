@@ -4,13 +4,7 @@
 #include "adapters/system/replace_file.h"
 #include "adapters/system/this_system.h"
 
-#include <filesystem>
-
-#include <unistd.h>
-
 namespace tarnex {
-
-namespace {} // namespace
 
 std::string StatusFilePath() {
     if (const std::string path = Environment("TARNEXCOMM_STATUS"); !path.empty())
@@ -21,8 +15,7 @@ std::string StatusFilePath() {
 }
 
 bool StatusFile::Possible() const {
-    const std::string folder = std::filesystem::path(path_).parent_path();
-    return access(folder.empty() ? "." : folder.c_str(), W_OK | X_OK) == 0;
+    return FolderIsWritable(path_);
 }
 
 std::string StatusFile::Replace(const std::string& text) {
@@ -34,7 +27,7 @@ std::string StatusFile::Replace(const std::string& text) {
 }
 
 void StatusFile::Remove() {
-    unlink(path_.c_str());
+    RemoveFile(path_);
 }
 
 } // namespace tarnex

@@ -1,16 +1,10 @@
 #include "adapters/system/disk_line_files.h"
 
-#include "adapters/linux/unique_fd.h"
+#include "adapters/system/plain_file.h"
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <cstring>
 #include <string_view>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace tarnex {
 
@@ -18,7 +12,7 @@ namespace {
 
 class DiskLineFile : public LineFile {
   public:
-    explicit DiskLineFile(UniqueFd file) : file_(std::move(file)) {}
+    explicit DiskLineFile(std::unique_ptr<PlainFile> file) : file_(std::move(file)) {}
 
     std::optional<std::string> ReadLine() override {
         std::string line;
@@ -37,15 +31,11 @@ class DiskLineFile : public LineFile {
 
   private:
     bool Refill() {
-        ssize_t size;
-        do
-            size = read(file_.Get(), buffer_.data(), buffer_.size());
-        while (size < 0 && errno == EINTR);
-        waiting_ = {buffer_.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
-        return size > 0;
+        waiting_ = {buffer_.data(), file_->Read(buffer_.data(), buffer_.size())};
+        return !waiting_.empty();
     }
 
-    UniqueFd file_;
+    std::unique_ptr<PlainFile> file_;
     std::array<char, 4096> buffer_;
     std::string_view waiting_; // in the buffer
 };
@@ -53,16 +43,11 @@ class DiskLineFile : public LineFile {
 } // namespace
 
 OpenedLineFile DiskLineFiles::Open(const std::string& path) {
-    // Not to wait for the other end of a pipe.
-    UniqueFd file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    struct stat status {};
-    if (!file || fstat(file.Get(), &status) != 0)
-        return {.file = nullptr, .problem = WordsFor({errno, std::generic_category()})};
-    if (S_ISDIR(status.st_mode))
-        return {.file = nullptr,
-                .problem = WordsFor(std::make_error_code(std::errc::is_a_directory))};
-    if (!S_ISREG(status.st_mode))
+    auto file = std::make_unique<PlainFile>(path);
+    if (file->Problem() == std::errc::not_supported)
         return {.file = nullptr, .problem = {"it is no plain file", u"这不是普通文件"}};
+    if (file->Problem())
+        return {.file = nullptr, .problem = WordsFor(file->Problem())};
     return {.file = std::make_unique<DiskLineFile>(std::move(file))};
 }
 

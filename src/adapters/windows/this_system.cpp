@@ -1,0 +1,23 @@
+#include "adapters/system/this_system.h"
+
+#include "adapters/system/environment.h"
+
+namespace tarnex {
+
+SystemWords WordsOfThisSystem() {
+    const std::string folder = Environment("ProgramData") + "\\TarnexComm";
+    return {.start_service = "net start TarnexComm",
+            .stop_service = "net stop TarnexComm",
+            .restart_service = "net stop TarnexComm & net start TarnexComm",
+            .with_all_rights = "",
+            .who_may = "an administrator",
+            .how_to_become_them = " (in a command prompt that is run as administrator)",
+            .data_folder = folder,
+            .runtime_folder = folder,
+            .serial_device = "COM3",
+            .log_file = "D:\\Tarnex\\log.db",
+            .metrics_file =
+                "C:\\Program Files\\windows_exporter\\textfile_inputs\\tarnexcomm.prom"};
+}
+
+} // namespace tarnex

@@ -1,0 +1,39 @@
+#include "adapters/system/disk_line_files.h"
+#include "adapters/system/status_file.h"
+#include "tests/temp_folder.h"
+
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+namespace tarnex {
+namespace {
+
+namespace fs = std::filesystem;
+
+TEST(StatusFile, IsReplacedWhole) {
+    const TempFolder folder;
+    const std::string path = folder / "status.json";
+    StatusFile file(path);
+    EXPECT_TRUE(file.Possible());
+    EXPECT_EQ(file.Replace("a longer first text"), "");
+    const OpenedLineFile reader = DiskLineFiles().Open(path); // keeps what it opened
+    WriteFile(folder / "status.json.new", "left over from a crash");
+    EXPECT_EQ(file.Replace("second"), "");
+    EXPECT_EQ(FileContent(path), "second");
+    EXPECT_EQ(reader.file->ReadLine(), "a longer first text");
+    file.Remove();
+    EXPECT_TRUE(fs::is_empty(folder.Path()));
+}
+
+TEST(StatusFile, SaysWhatStandsInTheWay) {
+    const TempFolder folder;
+    fs::create_directory(folder / "status.json"); // cannot be renamed over
+    StatusFile file(folder / "status.json");
+    EXPECT_NE(file.Replace("x").find("status.json cannot be written ("), std::string::npos);
+    EXPECT_FALSE(fs::exists(folder / "status.json.new"));
+    EXPECT_FALSE(StatusFile(folder / "none/status.json").Possible());
+}
+
+} // namespace
+} // namespace tarnex
