@@ -2,38 +2,44 @@
 
 namespace tarnex {
 
-TarnexCore::TarnexCore(Parts parts)
-    : parts_(std::move(parts)), trace_(parts_.lists),
-      port_(parts_.clock, parts_.ports, parts_.code_page,
-            {.receive = [this] { reader_.MSComm1_OnComm(); },
-             .arrived = [this] { firmware.BytesArrived(); },
-             .lost = [this] { HardwareLost(); }}),
-      firmware({.clock = parts_.clock, .port = port_, .trace = trace_}), answer_(parts_.clock),
-      reader_({.clock = parts_.clock,
-               .port = port_,
-               .firmware = firmware,
-               .rx_buffer = rx_buffer_,
-               .answer = answer_,
-               .trace = trace_,
-               .lists = parts_.lists,
-               .sms_result = [this](TextView result) { sms.ReportResult(result); }}),
-      sender_({.clock = parts_.clock,
-               .port = port_,
-               .rx_buffer = rx_buffer_,
-               .answer = answer_,
-               .trace = trace_,
-               .lists = parts_.lists,
-               .hardware_lost = [this] { HardwareLost(); }}),
-      commands(parts_.clock, sender_, reader_, trace_, parts_.lists),
-      sms(parts_.clock, commands, reader_, trace_), discovery({.port = port_,
-                                                               .sender = sender_,
-                                                               .answer = answer_,
-                                                               .trace = trace_,
-                                                               .ports = parts_.ports,
-                                                               .ini = parts_.ini,
-                                                               .notices = parts_.notices,
-                                                               .init = [this] { Init(); }}) {
-    for (Timer* timer : {&answer_.ComTimer, &reader_.ComBadTimer, &reader_.TarnexLostTimer,
+UnitLine::UnitLine(const TarnexCoreParts& parts, FirmwareLink& firmware,
+                   std::function<void(TextView)> sms, std::function<void()> lost)
+    : trace(parts.lists), port(parts.clock, parts.ports, parts.code_page,
+                               {.receive = [this] { reader.MSComm1_OnComm(); },
+                                .arrived = [&firmware] { firmware.BytesArrived(); },
+                                .lost = lost}),
+      answer(parts.clock), reader({.clock = parts.clock,
+                                   .port = port,
+                                   .firmware = firmware,
+                                   .rx_buffer = rx_buffer,
+                                   .answer = answer,
+                                   .trace = trace,
+                                   .lists = parts.lists,
+                                   .sms_result = std::move(sms)}),
+      sender({.clock = parts.clock,
+              .port = port,
+              .rx_buffer = rx_buffer,
+              .answer = answer,
+              .trace = trace,
+              .lists = parts.lists,
+              .hardware_lost = std::move(lost)}) {}
+
+TarnexCore::TarnexCore(TarnexCoreParts parts)
+    : UnitLine(
+          parts, firmware, [this](TextView result) { sms.ReportResult(result); },
+          [this] { HardwareLost(); }),
+      firmware({.clock = parts.clock, .port = port, .trace = trace}),
+      commands(parts.clock, sender, reader, trace, parts.lists),
+      sms(parts.clock, commands, reader, trace), discovery({.port = port,
+                                                            .sender = sender,
+                                                            .answer = answer,
+                                                            .trace = trace,
+                                                            .ports = parts.ports,
+                                                            .ini = parts.ini,
+                                                            .notices = parts.notices,
+                                                            .init = [this] { Init(); }}),
+      hardware_lost_(std::move(parts.hardware_lost)) {
+    for (Timer* timer : {&answer.ComTimer, &reader.ComBadTimer, &reader.TarnexLostTimer,
                          &commands.CSQTimer, &sms.SMSTimer, &firmware.FirmComTimer})
         timers.Add(*timer);
     Init();
@@ -41,26 +47,26 @@ TarnexCore::TarnexCore(Parts parts)
 
 void TarnexCore::Init() {
     firmware.Init();
-    reader_.Init();
+    reader.Init();
     sms.Init();
     discovery.Init();
-    sender_.AnswerWaitTime = CommandSender::kHelloWait;
+    sender.AnswerWaitTime = CommandSender::kHelloWait;
 }
 
 bool TarnexCore::OCXDebug(TextView mode) {
     if (mode == u"On")
-        trace_.DebugOn = true;
+        trace.DebugOn = true;
     else if (mode == u"Off")
-        trace_.DebugOn = false;
-    return trace_.DebugOn;
+        trace.DebugOn = false;
+    return trace.DebugOn;
 }
 
 void TarnexCore::HardwareLost() {
-    answer_.EndWaits();
+    answer.EndWaits();
     if (firmware.FirmMode())
         firmware.HardwareLost();
     else if (!discovery.Scanning())
-        parts_.hardware_lost();
+        hardware_lost_();
 }
 
 } // namespace tarnex

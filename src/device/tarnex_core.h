@@ -5,22 +5,39 @@
 
 namespace tarnex {
 
-// The device link: owns the serial port and is the only way to the unit.
-class TarnexCore {
+// What the device link is built from; all of it must outlive the link.
+struct TarnexCoreParts {
+    Clock& clock;
+    SerialPorts& ports;
+    const CodePage& code_page;
+    const MyIniFile& ini;
+    DebugLists& lists;
+    OperatorNotices& notices;
+    // The hardware behind the open port went away. Never called during a scan, which only fails
+    // the port at hand, and not during an update, which then ends in failure.
+    std::function<void()> hardware_lost;
+};
+
+// The line to the unit: the open port, what is read off it and what is sent over it.
+struct UnitLine {
+    // firmware is told of bytes while it has the line, sms of the fate of a send, and lost when the
+    // hardware went away. None of them is called before the line is used.
+    UnitLine(const TarnexCoreParts& parts, FirmwareLink& firmware,
+             std::function<void(TextView)> sms, std::function<void()> lost);
+
+    DeviceTrace trace;
+    LineBuffer rx_buffer;
+    CommPort port;
+    AnswerWait answer;
+    ResponseReader reader;
+    CommandSender sender;
+};
+
+// The device link: owns the serial port and is the only way to the unit. The line is a base so that
+// it is there before, and gone after, all that works on it.
+class TarnexCore : private UnitLine {
   public:
-    struct Parts {
-        Clock& clock;
-        SerialPorts& ports;
-        const CodePage& code_page;
-        const MyIniFile& ini;
-        DebugLists& lists;
-        OperatorNotices& notices;
-        // The hardware behind the open port went away. Never called during a scan, which only
-        // fails the port at hand, and not during an update, which then ends in failure.
-        std::function<void()> hardware_lost;
-    };
-    // The parts must outlive the core.
-    explicit TarnexCore(Parts parts);
+    explicit TarnexCore(TarnexCoreParts parts);
 
     // Resets the state of the link. The last signal quality stays, and an open port stays open.
     void Init();
@@ -28,31 +45,20 @@ class TarnexCore {
     // now.
     bool OCXDebug(TextView mode);
 
-  private: // in the order in which they use each other
-    Parts parts_;
-    DeviceTrace trace_;
-    LineBuffer rx_buffer_;
-    CommPort port_;
+    // The oldest state word of the unit, or kNoData.
+    Text GetComFifo() { return reader.GetComFifo(); }
 
-  public:
     FirmwareLink firmware;
-
-  private:
-    AnswerWait answer_;
-    ResponseReader reader_;
-    CommandSender sender_;
-
-  public:
     CommandSet commands;
     SMSModem sms;
     Discovery discovery;
     // ComTimer, ComBadTimer, TarnexLostTimer, CSQTimer, SMSTimer, FirmComTimer.
     TimerList timers;
 
-    Text GetComFifo() { return reader_.GetComFifo(); }
-
   private:
     void HardwareLost();
+
+    std::function<void()> hardware_lost_;
 };
 
 } // namespace tarnex
