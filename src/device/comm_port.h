@@ -91,8 +91,6 @@ class CommPort {
     PortStatus OutputBytes(std::string_view bytes);
     // Waits until everything written has left the machine; false when it does not within 2 s.
     Task<bool> OutputLeft();
-    // Written bytes that have not left yet; 0 on a closed port.
-    std::size_t OutBufferCount() const;
     // Received bytes that wait, without the first half of a character that Input() left; 0 on a
     // closed port.
     std::size_t InBufferCount() const;
@@ -111,6 +109,8 @@ class CommPort {
     void RaiseIfWaiting();
 
   private:
+    // Written bytes that have not left yet; 0 on a closed port.
+    std::size_t OutBufferCount() const;
     void TakeAll();
 
     Clock& clock_;

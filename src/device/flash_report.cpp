@@ -89,6 +89,17 @@ std::string Place(const FlashProgress& progress) {
     return place;
 }
 
+// "5A A5 00 08"
+std::string BytesText(std::string_view bytes) {
+    std::string text;
+    for (const char byte : bytes) {
+        std::array<char, 4> digits{};
+        std::snprintf(digits.data(), digits.size(), "%02X", unsigned(std::uint8_t(byte)));
+        text += (text.empty() ? "" : " ") + std::string(digits.data());
+    }
+    return text.empty() ? "nothing" : text;
+}
+
 std::string Cause(const FlashProgress& progress) {
     switch (progress.fault) {
     case FlashFault::kNone:
@@ -206,16 +217,6 @@ std::string TroubleInEnglish(HexTrouble trouble) {
 
 std::string PortTroubleInEnglish(PortStatus status) {
     return PortWords(status).english;
-}
-
-std::string BytesText(std::string_view bytes) {
-    std::string text;
-    for (const char byte : bytes) {
-        std::array<char, 4> digits{};
-        std::snprintf(digits.data(), digits.size(), "%02X", unsigned(std::uint8_t(byte)));
-        text += (text.empty() ? "" : " ") + std::string(digits.data());
-    }
-    return text.empty() ? "nothing" : text;
 }
 
 } // namespace tarnex

@@ -13,7 +13,7 @@ namespace tarnex {
 inline constexpr TextView kCloseWarning =
     u"正在写入，现在退出会使设备程序不完整。再次关闭窗口将强行退出。";
 
-// The update has begun to erase and was not finished: the unit may have no program.
+// The update has begun to erase and is not done: the unit may have no whole program.
 bool ProgramTouched(const FlashProgress& progress);
 
 // The command that updates the unit on that port, for a shell: "tarnex-flasher --port COM3 --file
@@ -26,13 +26,10 @@ std::vector<Text> FailureInChinese(const FlashProgress& progress, const std::str
 std::vector<std::string> FailureInEnglish(const FlashProgress& progress,
                                           const std::string& command);
 
-// "the line begins without \":\"".
+// What is said behind "line 7 of the file": "does not begin with \":\"".
 std::string TroubleInEnglish(HexTrouble trouble);
 
-// Why a port cannot be opened.
+// Why a port cannot be opened: "another program holds it".
 std::string PortTroubleInEnglish(PortStatus status);
-
-// "5A A5 00 08"; "nothing" for none.
-std::string BytesText(std::string_view bytes);
 
 } // namespace tarnex
