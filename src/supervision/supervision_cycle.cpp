@@ -10,7 +10,7 @@ namespace {
 
 constexpr Duration kCheckPeriod = 5s;
 constexpr Duration kFirstCheck = 10s;
-constexpr int kSignalFailLimit = 6;
+constexpr int kFailedReadings = 5; // as many in a row mean that the unit is lost
 constexpr std::int16_t kUnitGone = -2;
 
 constexpr TextView kAllStepsDone = u"11111111111";
@@ -246,13 +246,13 @@ Task<> SupervisionCycle::ReadSignal(const UnitGuard& guard) {
 
 void SupervisionCycle::JudgeReading(std::int16_t reading) {
     if (reading >= 0) {
-        SignalFailCount_ = 1;
+        failed_readings_ = 0;
         parts_.unit.UnitSignalValue = reading;
     } else {
-        SignalFailCount_ = reading == kUnitGone ? SignalFailLimit_ + 1 : SignalFailCount_ + 1;
+        failed_readings_ = reading == kUnitGone ? kFailedReadings : failed_readings_ + 1;
     }
-    if (SignalFailCount_ >= SignalFailLimit_) {
-        SignalFailCount_ = 1;
+    if (failed_readings_ >= kFailedReadings) {
+        failed_readings_ = 0;
         parts_.unit.UnitSignalValue = -1;
     }
 }

@@ -50,12 +50,12 @@ class SupervisionCycle {
     Task<> ReadIdentity(const UnitGuard& guard);
     void DeclareReady();
     Task<> ReadSignal(const UnitGuard& guard);
-    // Counts a failed reading; one too many makes the signal value -1.
+    // A valid reading (0 or more) becomes the signal value. The fifth failed one in a row makes the
+    // value -1, and so does the first that says the hardware is gone (-2).
     void JudgeReading(std::int16_t reading);
 
     Parts parts_;
-    int SignalFailCount_ = 1;
-    int SignalFailLimit_ = 6;
+    int failed_readings_ = 0; // in a row
 };
 
 } // namespace tarnex
