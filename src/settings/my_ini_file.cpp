@@ -9,8 +9,6 @@ namespace tarnex {
 
 namespace {
 
-constexpr TextView kFlagSection = u"Setting";
-
 bool IsBlank(TextView text) {
     return Trim(text).empty();
 }
@@ -19,15 +17,6 @@ bool IsBlank(TextView text) {
 
 MyIniFile::MyIniFile(SettingsStore& store, const CodePage& code_page)
     : store_(store), code_page_(code_page) {}
-
-bool MyIniFile::GetIniTF(TextView key) const {
-    return GetIniStr(kFlagSection, key) == u"1";
-}
-
-bool MyIniFile::WriteIniTF(TextView key, bool value) {
-    Write(kFlagSection, {&key, 1}, value ? u"1" : u"0");
-    return true;
-}
 
 Text MyIniFile::GetIniStr(TextView section, TextView key) const {
     return IsBlank(key) ? Text() : Text(Snapshot()->Get(section, key));

@@ -12,17 +12,13 @@ namespace tarnex {
 struct Setting;
 
 // The settings file: nothing that is read here is older than the file, unless the file is there and
-// cannot be read: what was read last holds on then. Section and key names
-// compare without case; a value is everything behind "=", cut to its first 128 characters.
+// cannot be read: what was read last holds on then. Section and key names compare without case; a
+// value is everything behind "=", cut to its first 128 characters.
 class MyIniFile {
   public:
     // Both must outlive the object.
     MyIniFile(SettingsStore& store, const CodePage& code_page);
 
-    // True only if the key's value in section "Setting" is exactly "1".
-    bool GetIniTF(TextView key) const;
-    // Stores "1" or "0" in section "Setting"; always true.
-    bool WriteIniTF(TextView key, bool value);
     // The value, or "" when there is none, or when the key is blank.
     Text GetIniStr(TextView section, TextView key) const;
     // False, and nothing is written, when section, key or value is blank, or when no settings file

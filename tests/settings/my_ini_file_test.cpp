@@ -27,16 +27,6 @@ struct MyIniFileTest : testing::Test {
     MyIniFile file{store, gbk};
 };
 
-TEST_F(MyIniFileTest, OnlyAnExactOneIsTrue) {
-    store.SetContent("[Setting]\na=1\nb=0\nc= 1\nd=01\ne=\n");
-    EXPECT_TRUE(file.GetIniTF(u"A"));
-    for (const TextView key : {u"b", u"c", u"d", u"e", u"f", u" "})
-        EXPECT_FALSE(file.GetIniTF(key));
-    EXPECT_TRUE(file.WriteIniTF(u"a", false));
-    EXPECT_TRUE(file.WriteIniTF(u"b", true));
-    EXPECT_EQ(store.Read().content, "[Setting]\na=0\nb=1\nc= 1\nd=01\ne=\n");
-}
-
 TEST_F(MyIniFileTest, BlankNamesAndValuesAreRefused) {
     store.SetContent("[S]\nk=1\n");
     EXPECT_FALSE(file.WriteIniStr(u" ", u"k", u"v"));
