@@ -12,10 +12,6 @@ namespace {
 
 constexpr std::size_t kCommandLength = 4;
 
-bool IsDigit(char16_t c) {
-    return c >= u'0' && c <= u'9';
-}
-
 // Networks report a number with or without its country code.
 bool SameNumber(TextView sender, TextView number) {
     return Contains(sender, number) || Contains(number, sender);

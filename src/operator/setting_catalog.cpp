@@ -17,10 +17,6 @@ using enum SettingKind;
 constexpr std::size_t kShortestPhone = 3;
 constexpr std::size_t kLongestPhone = 20;
 
-bool IsDigit(char16_t c) {
-    return c >= u'0' && c <= u'9';
-}
-
 bool AllDigits(TextView text) {
     return !text.empty() && std::ranges::all_of(text, IsDigit);
 }
@@ -35,10 +31,13 @@ bool IsNumberIn(TextView value, int lowest, int highest) {
            LeadingNumber(value) <= highest;
 }
 
+// What the service can listen at: no part may begin with a needless zero.
 bool IsIpAddress(TextView value) {
     for (int part = 0; part < 4; ++part) {
         const std::size_t dot = value.find(u'.');
-        if (!IsNumberIn(value.substr(0, dot), 0, 255) || (part < 3) != (dot != TextView::npos))
+        const TextView number = value.substr(0, dot);
+        if (!IsNumberIn(number, 0, 255) || (number.size() > 1 && number.starts_with(u'0')) ||
+            (part < 3) != (dot != TextView::npos))
             return false;
         value.remove_prefix(part < 3 ? dot + 1 : 0);
     }

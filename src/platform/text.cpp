@@ -13,10 +13,6 @@ char16_t Lower(char16_t c) {
     return c >= u'A' && c <= u'Z' ? char16_t(c - u'A' + u'a') : c;
 }
 
-bool IsDigit(char16_t c) {
-    return c >= u'0' && c <= u'9';
-}
-
 Text Escape(char16_t c) {
     if (c == u'\r')
         return u"\\r";

@@ -22,6 +22,10 @@ inline bool Contains(TextView text, TextView part) {
     return text.find(part) != TextView::npos;
 }
 
+inline bool IsDigit(char16_t c) {
+    return c >= u'0' && c <= u'9';
+}
+
 // ASCII letters compare without case; every other character exactly.
 bool EqualIgnoringCase(TextView a, TextView b);
 

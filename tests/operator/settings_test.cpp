@@ -34,7 +34,7 @@ TEST(SettingValue, TakesWhatMakesSenseAndNothingElse) {
         {"mail-to"_setting, {"a@b.example"}, {"a", "a@", "@b", "a@b@c", "A <a@b>"}},
         {"bind-address"_setting,
          {"127.0.0.1", "0.0.0.0"},
-         {"localhost", "1.2.3", "1.2.3.256", "1.2.3.4.5", "::1"}},
+         {"localhost", "1.2.3", "1.2.3.256", "1.2.3.4.5", "1.2.3.04", "::1"}},
         {"unit-name"_setting, {"机房 1"}, {"a\nb"}},
     };
     for (const auto& row : rows) {
