@@ -78,8 +78,7 @@ ServiceEvents TarnexComm::ControllerEvents() {
     return {.start = [] {}, // Form_Load has begun the work
             .stop =
                 [this](bool system_ending) {
-                    if (system_ending)
-                        WriteExWindowsState(true);
+                    ExWindowsState_ = system_ending;
                     Form_Unload();
                 },
             .pause =

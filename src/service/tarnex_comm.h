@@ -20,12 +20,8 @@ class TarnexComm {
     void Form_Load(const std::string& command_line);
     // Orderly shut-down; ends the process. Harmless a second time.
     void Form_Unload();
-    // The machine is shutting down: the monitoring programs are not told of our end.
-    void WriteExWindowsState(bool state) { ExWindowsState_ = state; }
     // Begins anew with the settings and the unit.
     void ResetUnitState();
-    // Stops the timers of all parts but the settings reload and the status display.
-    void StopAllTimers() { stoppable_.StopAll(); }
     // Lists whether a monitoring program is connected.
     void ShowLinkCheck() { windows_.ShowLinkCheck(); }
 
@@ -34,6 +30,8 @@ class TarnexComm {
 
   private:
     void Install();
+    // Stops the timers of all parts but the settings reload and the status display.
+    void StopAllTimers() { stoppable_.StopAll(); }
     bool TakeStartSettings();
     ServiceEvents ControllerEvents();
     void LoadSettings();
@@ -61,8 +59,8 @@ class TarnexComm {
     // What the last reset took from the settings is to be taken again; an operator who presses
     // DebugOn meanwhile has decided it.
     bool reset_in_doubt_ = false;
-    std::string restart_reason_; // as the last reading gave it
-    bool ExWindowsState_ = false;
+    std::string restart_reason_;  // as the last reading gave it
+    bool ExWindowsState_ = false; // the machine is shutting down: nobody is told of our end
     bool ended_ = false;
     CallId end_;
 };
