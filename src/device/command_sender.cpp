@@ -69,7 +69,7 @@ Text HexDecode(TextView hex) {
 // ---- the wait for an answer
 
 AnswerWait::AnswerWait(Clock& clock)
-    : ComTimer(clock, "ComTimer", 0ms,
+    : ComTimer(clock, 0ms,
                [this] {
                    TimedOut_ = true;
                    ComTimer.Disable();

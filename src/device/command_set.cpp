@@ -109,8 +109,8 @@ Task<Text> SendsNothing() {
 
 CommandSet::CommandSet(Clock& clock, CommandSender& sender, ResponseReader& reader,
                        DeviceTrace& trace, DebugLists& lists)
-    : CSQTimer(clock, "CSQTimer", 1s, [this] { return TraceCSQ(); }), sender_(sender),
-      reader_(reader), trace_(trace), lists_(lists) {}
+    : CSQTimer(clock, 1s, [this] { return TraceCSQ(); }), sender_(sender), reader_(reader),
+      trace_(trace), lists_(lists) {}
 
 Task<Text> CommandSet::Run(const Command& command, Text argument) {
     const Text answer = co_await sender_.SendCommand(CommandText(command, argument));

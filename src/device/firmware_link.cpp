@@ -50,7 +50,7 @@ class FirmwareLink::Closing {
 };
 
 FirmwareLink::FirmwareLink(Parts parts)
-    : FirmComTimer(parts.clock, "FirmComTimer", kByteLimit,
+    : FirmComTimer(parts.clock, kByteLimit,
                    [this] {
                        FirmComTimer.Disable();
                        ByteTimedOut_ = true;

@@ -12,8 +12,8 @@ constexpr TextView kAnswerPrefix = u"TX:";
 } // namespace
 
 ResponseReader::ResponseReader(Parts parts)
-    : ComBadTimer(parts.clock, "ComBadTimer", kBacklogPeriod, [this] { DrainBacklog(); }),
-      TarnexLostTimer(parts.clock, "TarnexLostTimer", kLostAfter,
+    : ComBadTimer(parts.clock, kBacklogPeriod, [this] { DrainBacklog(); }),
+      TarnexLostTimer(parts.clock, kLostAfter,
                       [this] {
                           TarnexLostTimer.Disable();
                           CSQ = -1;

@@ -49,8 +49,8 @@ void CutSMSRecord(TextView record, ReceivedSMS& fields) {
 }
 
 SMSModem::SMSModem(Clock& clock, CommandSet& commands, ResponseReader& reader, DeviceTrace& trace)
-    : SMSTimer(clock, "SMSTimer", kTick, [this] { CountDown(); }), commands_(commands),
-      reader_(reader), trace_(trace) {}
+    : SMSTimer(clock, kTick, [this] { CountDown(); }), commands_(commands), reader_(reader),
+      trace_(trace) {}
 
 void SMSModem::Init() {
     SMSTimer.Disable(); // a send that is forgotten here must not time out the next one

@@ -61,7 +61,7 @@ MailSender::MailSender(Clock& clock, TcpClients& tcp, const MyIniFile& ini,
       Winsock1_(tcp.Create({.connected = [] {}, // the server speaks first
                             .received = [this](std::string_view bytes) { OnReply(bytes); },
                             .ended = [this](const TcpEnd& end) { OnEnded(end); }})),
-      MailSenderTimer_(clock, "MailSenderTimer", kTick, [this] { MailSenderTimer_Timer(); }) {
+      MailSenderTimer_(clock, kTick, [this] { MailSenderTimer_Timer(); }) {
     timers_.Add(MailSenderTimer_);
     Load();
 }

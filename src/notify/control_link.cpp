@@ -40,9 +40,8 @@ const ControlLink::Reaction ControlLink::kReactions[] = {
 // clang-format on
 
 ControlLink::ControlLink(Parts parts)
-    : HandShake(parts.clock, "HandShake", kHeartbeatPeriod, [this] { HandShake_Timer(); }),
-      ConnectServiceLost(parts.clock, "ConnectServiceLost", kLossCheckPeriod,
-                         [this] { ConnectServiceLost_Timer(); }),
+    : HandShake(parts.clock, kHeartbeatPeriod, [this] { HandShake_Timer(); }),
+      ConnectServiceLost(parts.clock, kLossCheckPeriod, [this] { ConnectServiceLost_Timer(); }),
       parts_(parts) {
     for (int i = 0; i < kLinks; ++i)
         sockets_[i] = parts_.sockets.Create(

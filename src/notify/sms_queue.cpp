@@ -15,10 +15,8 @@ constexpr TextView kTestText = u"这是一条测试短信，用来检查短信�
 } // namespace
 
 SMSQueue::SMSQueue(Parts parts)
-    : mSMSSendTimer(parts.clock, "mSMSSendTimer", kSendPeriod,
-                    [this] { return mSMSSendTimer_Timer(); }),
-      mSMSSendChkTimer(parts.clock, "mSMSSendChkTimer", kCheckPeriod,
-                       [this] { mSMSSendChkTimer_Timer(); }),
+    : mSMSSendTimer(parts.clock, kSendPeriod, [this] { return mSMSSendTimer_Timer(); }),
+      mSMSSendChkTimer(parts.clock, kCheckPeriod, [this] { mSMSSendChkTimer_Timer(); }),
       parts_(std::move(parts)) {}
 
 void SMSQueue::Reset() {

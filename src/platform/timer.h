@@ -5,22 +5,19 @@
 
 #include <concepts>
 #include <functional>
-#include <memory>
-#include <string>
-#include <string_view>
 #include <vector>
 
 namespace tarnex {
 
-// A periodic, named call of one handler. Ticks that were missed are dropped, never queued, and so
+// A periodic call of one handler. Ticks that were missed are dropped, never queued, and so
 // is a tick that falls due while the handler still waits. The next due time is set before the
 // handler runs, counted from the last due time, so that slow handlers do not stretch the period.
 class Timer {
   public:
     // interval: 0 or less never fires. The handler returns void, or a Task that the timer runs.
     template <std::invocable Handler>
-    Timer(Clock& clock, std::string name, Duration interval, Handler handler)
-        : clock_(clock), name_(std::move(name)), own_interval_(interval), interval_(interval) {
+    Timer(Clock& clock, Duration interval, Handler handler)
+        : clock_(clock), own_interval_(interval), interval_(interval) {
         if constexpr (std::same_as<std::invoke_result_t<Handler>, Task<>>) {
             run_ = [this, handler = std::move(handler)]() mutable {
                 running_ = handler();
@@ -34,7 +31,6 @@ class Timer {
     Timer& operator=(const Timer&) = delete;
     ~Timer() { clock_.Cancel(call_); }
 
-    const std::string& Name() const { return name_; }
     bool Enabled() const { return enabled_; }
     // The handler waits half-way.
     bool HandlerRunning() const { return running_.Running(); }
@@ -57,7 +53,6 @@ class Timer {
     void Expire();
 
     Clock& clock_;
-    std::string name_;
     Duration own_interval_;
     Duration interval_;
     Duration first_delay_{}; // 0: the interval holds

@@ -32,7 +32,7 @@ ServiceWindows::ServiceWindows(ServiceParts& parts, Actions actions)
                             leave_warned_ = false;
                             parts_.connection.SetToResearch();
                         }}),
-      Timer1_(parts.world.clock, "Timer1", kStatusPeriod,
+      Timer1_(parts.world.clock, kStatusPeriod,
               [this] { window_.mTxtStatus.SetValue(parts_.unit.UnitReady ? u"True" : u"False"); }) {
     WireButtons();
     if (View* const view = parts.world.view) {

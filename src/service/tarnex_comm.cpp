@@ -23,8 +23,8 @@ TarnexComm::TarnexComm(World world)
       windows_(parts_, {.stop_all_timers = [this] { StopAllTimers(); },
                         .debug_decided = [this] { reset_in_doubt_ = false; },
                         .leave = [this] { Form_Unload(); }}),
-      status_(parts_), AutoReloadSettingsTimer_(parts_.world.clock, "AutoReloadSettingsTimer",
-                                                kReloadPeriod, [this] { LoadSettings(); }) {
+      status_(parts_),
+      AutoReloadSettingsTimer_(parts_.world.clock, kReloadPeriod, [this] { LoadSettings(); }) {
     for (Timer* timer : {&parts_.link.HandShake, &parts_.link.ConnectServiceLost,
                          &parts_.cycle.mCheckTimer, &parts_.queue.mSMSSendTimer,
                          &parts_.queue.mSMSSendChkTimer, &parts_.connection.mAutoConnect})

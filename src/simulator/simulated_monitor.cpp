@@ -23,8 +23,8 @@ Monitor::Monitor(Clock& clock, DatagramSockets& sockets, const CodePage& code_pa
           if (datagram.from == ServiceEndpoint(options_)) // anybody may send here
               Hear(code_page_.Decode(datagram.bytes));
       }})),
-      heartbeat_timer_(clock, "heartbeat", options_.heartbeat, [this] { SendHeartbeat(); }),
-      greet_timer_(clock, "greet", options_.greet_again, [this] { Greet(); }) {}
+      heartbeat_timer_(clock, options_.heartbeat, [this] { SendHeartbeat(); }),
+      greet_timer_(clock, options_.greet_again, [this] { Greet(); }) {}
 
 std::string Monitor::Start() {
     if (std::string trouble = socket_->Bind(0); !trouble.empty())

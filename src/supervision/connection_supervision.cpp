@@ -23,8 +23,7 @@ bool InvalidateUnitSettings(MyIniFile& file) {
 } // namespace
 
 ConnectionSupervision::ConnectionSupervision(Parts parts)
-    : mAutoConnect(parts.clock, "mAutoConnect", kSearchPeriod,
-                   [this] { return mAutoConnect_Timer(); }),
+    : mAutoConnect(parts.clock, kSearchPeriod, [this] { return mAutoConnect_Timer(); }),
       parts_(std::move(parts)) {}
 
 Task<> ConnectionSupervision::mAutoConnect_Timer() {

@@ -90,15 +90,14 @@ Text SignalLevel(std::int16_t value) {
 } // namespace
 
 SupervisionCycle::SupervisionCycle(Parts parts)
-    : mCheckTimer(parts.clock, "mCheckTimer", kCheckPeriod, [this] { return mCheckTimer_Timer(); }),
+    : mCheckTimer(parts.clock, kCheckPeriod, [this] { return mCheckTimer_Timer(); }),
       parts_(std::move(parts)) {}
 
 void SupervisionCycle::Reset() {
     mCheckTimer.Reset(kFirstCheck);
     parts_.unit.UnitSignalLevel = u"1";
     parts_.unit.UnitSignalValue = 0;
-    SignalFailLimit_ = kSignalFailLimit;
-    SignalFailCount_ = 1;
+    failed_readings_ = 0;
 }
 
 Task<> SupervisionCycle::mCheckTimer_Timer() {

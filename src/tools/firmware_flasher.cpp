@@ -17,8 +17,8 @@ constexpr TextView kDisconnect = u"断　开";
 
 FirmwareFlasher::FirmwareFlasher(const ToolWorld& world, FileDialog& dialog, Text version)
     : ToolForm("FirmwareFlasher", u"(c)Firmware Flasher", world),
-      GetAddrTimer(world.clock, "GetAddrTimer", kAddressPeriod, [this] { Follow(); }),
-      CommonDialog_(dialog), version_(std::move(version)), link_(world, [this] { HardwareLost(); }),
+      GetAddrTimer(world.clock, kAddressPeriod, [this] { Follow(); }), CommonDialog_(dialog),
+      version_(std::move(version)), link_(world, [this] { HardwareLost(); }),
       update_(world_, link_.core, *this) {
     timers_.Add(GetAddrTimer);
     Command1.OnClick([this] { Command1_Click(); });

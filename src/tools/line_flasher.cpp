@@ -59,7 +59,7 @@ LineFlasher::LineFlasher(const ToolWorld& world, FlasherOutput output)
     : world_(world), output_(std::move(output)),
       link_(world, [this] { link_.core.discovery.ConnectClose(); }),
       update_(world_, link_.core, *this),
-      progress_timer_(world.clock, "progress", kProgressPeriod, [this] { ShowProgress(); }) {}
+      progress_timer_(world.clock, kProgressPeriod, [this] { ShowProgress(); }) {}
 
 int LineFlasher::Check(const std::string& file) {
     if (const int status = ReadFile(file); status == kExitNoInput)

@@ -105,8 +105,8 @@ const std::array<OCXDebug::ConsoleCommand, OCXDebug::kButtons> OCXDebug::kComman
 
 OCXDebug::OCXDebug(const ToolWorld& world)
     : ToolForm("OCXDebug", u"OCXDebug", world),
-      GetSMSTimer(world.clock, "GetSMSTimer", kSmsPeriod, [this] { GetSMS(); }),
-      GetAddrTimer(world.clock, "GetAddrTimer", kAddressPeriod,
+      GetSMSTimer(world.clock, kSmsPeriod, [this] { GetSMS(); }),
+      GetAddrTimer(world.clock, kAddressPeriod,
                    [this] {
                        if (const Text& address = link_.core.firmware.HEXWriteAddr();
                            !address.empty()) // "Erase" stands there until then

@@ -16,7 +16,7 @@ struct TimerTest : testing::Test {
     SimulatedClock clock;
     int finished = 0;
     std::vector<Duration> at;
-    Timer timer{clock, "t", 10s, [this] { at.push_back(clock.Now()); }};
+    Timer timer{clock, 10s, [this] { at.push_back(clock.Now()); }};
     using Ticks = std::vector<Duration>;
 };
 
@@ -52,7 +52,7 @@ TEST_F(TimerTest, StoppedTimerStaysSilentUntilReset) {
 }
 
 TEST_F(TimerTest, TicksDuringAWaitingHandlerAreDropped) {
-    Timer slow(clock, "slow", 1s, [this] { return HandleSlowly(); });
+    Timer slow(clock, 1s, [this] { return HandleSlowly(); });
     slow.Enable();
     clock.RunFor(7s);
     EXPECT_EQ(at, (Ticks{1s, 4s, 7s}));

@@ -58,7 +58,7 @@ std::optional<std::string> ReadFile(const std::string& path) {
 SystemdController::SystemdController(Clock& clock, AsioLoop& loop, SystemdPlaces places)
     : clock_(clock), signals_(loop), places_(std::move(places)),
       unit_path_(places_.unit_folder + "/" + kUnitName),
-      watchdog_(clock, "Watchdog", Duration::zero(), [] { NotifySystemd("WATCHDOG=1"); }) {}
+      watchdog_(clock, Duration::zero(), [] { NotifySystemd("WATCHDOG=1"); }) {}
 
 bool SystemdController::SystemdRuns() const {
     std::error_code ignored;
