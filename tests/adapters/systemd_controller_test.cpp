@@ -1,5 +1,4 @@
 #include "adapters/linux/systemd_controller.h"
-#include "adapters/linux/systemd_unit.h"
 #include "adapters/linux/unique_fd.h"
 #include "simulator/simulated_clock.h"
 #include "tests/adapters/run_until.h"
