@@ -8,7 +8,6 @@ namespace tarnex {
 
 namespace {
 
-constexpr std::uint16_t kFirstPort = 7840;
 constexpr Duration kHeartbeatPeriod = 10s;
 constexpr Duration kLossCheckPeriod = 10s;
 constexpr int kLossLimit = 4;         // loss checks without a sign of life
@@ -19,7 +18,7 @@ constexpr TextView kGreetedEvent = u"8020";
 constexpr TextView kLostEvent = u"8030";
 
 std::uint16_t PortOf(int index) {
-    return std::uint16_t(kFirstPort + index);
+    return std::uint16_t(ControlLink::kFirstPort + index);
 }
 
 } // namespace

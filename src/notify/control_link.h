@@ -15,12 +15,13 @@
 
 namespace tarnex {
 
-// The links to up to five local monitoring programs: link i, 0 to 4, is UDP port 7840 + i. A
+// The links to up to five local monitoring programs: link i, 0 to 4, is UDP port kFirstPort + i. A
 // monitoring program greets its link and then sends heartbeats; it is told the state of the unit,
 // and has notifications sent. One datagram is one message: a nine-character code and what follows.
 class ControlLink {
   public:
     static constexpr int kLinks = 5;
+    static constexpr std::uint16_t kFirstPort = 7840; // of link 0
 
     struct Parts {
         Clock& clock;

@@ -7,7 +7,6 @@ namespace tarnex {
 namespace {
 
 constexpr int kFormat = 1;
-constexpr int kFirstPort = 7840;
 
 class StatusWriter {
   public:
@@ -62,7 +61,7 @@ class StatusWriter {
     void Link(int number, const ServiceStatus::Link& link, const ServiceStatus::Traffic& traffic) {
         json_.BeginObject();
         json_.Number("link", number);
-        json_.Number("port", kFirstPort + number);
+        json_.Number("port", ControlLink::kFirstPort + number);
         json_.Bool("listening", link.listening);
         json_.Bool("connected", link.connected);
         json_.Bool("sent_to", link.sent_to);
