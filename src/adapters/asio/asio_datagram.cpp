@@ -18,6 +18,7 @@ namespace {
 
 using asio::ip::udp;
 
+constexpr auto kRefusalWait = 100ms;
 constexpr std::size_t kLargestDatagram = 65'535;
 constexpr int kKernelBuffer = 4 << 20; // bytes; a burst of some thousand datagrams fits
 
@@ -208,6 +209,29 @@ AsioDatagramSockets::AsioDatagramSockets(AsioLoop& loop, std::string bind_addres
 std::unique_ptr<DatagramSocket> AsioDatagramSockets::Create(DatagramEvents events) {
     return std::make_unique<AsioDatagramSocket>(loop_, bind_address_, receive_buffer_,
                                                 std::move(events));
+}
+
+std::string SendDatagram(const Endpoint& to, std::string_view bytes) {
+    asio::error_code error;
+    const auto ip = asio::ip::make_address_v4(to.address, error);
+    if (error)
+        return "\"" + to.address + "\" is not an IPv4 address";
+    asio::io_context io{1};
+    udp::socket socket(io);
+    socket.open(udp::v4(), error);
+    if (!error)
+        socket.connect({ip, to.port}, error); // only a connected socket is told of a refusal
+    if (!error)
+        socket.send(asio::buffer(bytes), 0, error);
+    char answer = 0;
+    if (!error) {
+        socket.async_receive(asio::buffer(&answer, 1), [&error](const asio::error_code& outcome,
+                                                                std::size_t) { error = outcome; });
+        io.run_for(kRefusalWait);
+    }
+    if (error == asio::error::connection_refused || error == asio::error::connection_reset)
+        return "nobody listens there";
+    return error && error != asio::error::message_size ? error.message() : "";
 }
 
 } // namespace tarnex

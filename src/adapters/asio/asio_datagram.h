@@ -23,4 +23,8 @@ class AsioDatagramSockets : public DatagramSockets {
     std::shared_ptr<char[]> receive_buffer_;    // one for all: a datagram is copied out at once
 };
 
+// Sends one datagram without a loop and waits a tenth of a second for its refusal. "", or what
+// stands in the way. A datagram that is lost on its way counts as sent.
+std::string SendDatagram(const Endpoint& to, std::string_view bytes);
+
 } // namespace tarnex

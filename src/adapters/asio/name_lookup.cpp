@@ -5,8 +5,6 @@
 #include <system_error>
 #include <thread>
 
-#include <netdb.h>
-
 namespace tarnex {
 
 namespace {
