@@ -1,8 +1,8 @@
 """A Debian system of a test's own, in a folder, with nothing in it but what a package needs.
 
-A RunningSystem is like a machine of its own: own processes, network and devices. What takes long is kept in a cache folder for the next time; what a test does to the system is kept
-in memory, and nobody else sees it. Where there can be no such system (only the superuser can make
-one) the tests are skipped.
+A RunningSystem is like a machine of its own: own processes, network and devices. What takes long is
+kept in a cache folder for the next time; what a test does to the system is kept in memory, and nobody
+else sees it. Where there can be no such system the tests are skipped.
 """
 
 import ctypes
@@ -22,6 +22,7 @@ import unittest
 
 SKIPPED = 77
 LIMIT = 600  # seconds after which a program hangs
+PRINTED = {"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE, "stderr": subprocess.STDOUT, "text": True}
 ENVIRONMENT = {"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL": "C.UTF-8", "DEBIAN_FRONTEND": "noninteractive"}
 
 
@@ -38,6 +39,10 @@ def main(tests, names):
     sys.exit(1 if not result.wasSuccessful() else SKIPPED if result.skipped else 0)
 
 
+def output_of(*command):
+    return subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True).stdout
+
+
 def find_package(folder, name):
     (deb,) = glob.glob(f"{folder}/{name}_*.deb")
     return deb
@@ -45,20 +50,14 @@ def find_package(folder, name):
 
 def needed_packages(deb):
     """The packages that a package depends on; of alternatives the first."""
-    depends = subprocess.run(
-        ["dpkg-deb", "--field", deb, "Depends"], check=True, capture_output=True, text=True
-    ).stdout
+    depends = output_of("dpkg-deb", "--field", deb, "Depends")
     return [entry.split("|")[0].split()[0] for entry in depends.split(",")]
 
 
 def own_mirror(release):
     """Where this machine has its own Debian packages from."""
-    targets = subprocess.run(
-        ["apt-get", "indextargets", "--format", "$(ORIGIN) $(CODENAME) $(SITE)", "Created-By: Packages"],
-        capture_output=True,
-        text=True,
-    ).stdout
-    for target in targets.splitlines():
+    form = "$(ORIGIN) $(CODENAME) $(SITE)"
+    for target in output_of("apt-get", "indextargets", "--format", form, "Created-By: Packages").splitlines():
         origin, codename, site = target.split()
         if (origin, codename) == ("Debian", release):
             return site
@@ -74,9 +73,7 @@ def make_base(base, packages):
     result = subprocess.run(
         ["debootstrap", "--variant=minbase", "--include=" + ",".join(packages), release, half_made, own_mirror(release)],
         env=os.environ | ENVIRONMENT,
-        stdout=subprocess.PIPE,
-        stderr=subprocess.STDOUT,
-        text=True,
+        **PRINTED,
     )
     if "Couldn't find these debs" in result.stdout:
         raise AssertionError(result.stdout)
@@ -137,11 +134,8 @@ class CleanRoot:
         result = subprocess.run(
             self.command(*arguments),
             env=ENVIRONMENT,
-            stdin=subprocess.DEVNULL,
-            stdout=subprocess.PIPE,
-            stderr=subprocess.STDOUT,
-            text=True,
             timeout=LIMIT,
+            **PRINTED,
         )
         if result.returncode != 0:
             raise AssertionError(f"{arguments} ended with {result.returncode}:\n{result.stdout}")
@@ -195,24 +189,16 @@ class RunningSystem(CleanRoot):
         self.programs = []
         self.console = pathlib.Path(self.own, "console")
         self.console.touch()
-        self.cgroup = self.make_cgroup()
-        boot = [*NAMESPACES, "--fork", "--kill-child", "sh", "-c", BOOT, "boot", self.path, self.console]
-        self.machine = subprocess.Popen(
-            ["sh", "-c", OWN_CGROUP, "own-cgroup", self.cgroup, *boot],
-            stdin=subprocess.DEVNULL,
-            stdout=subprocess.PIPE,
-            stderr=subprocess.STDOUT,
-            text=True,
-        )
-        self.wait_for(self.is_up, "the system is up")
-
-    def make_cgroup(self):
         tree = pathlib.Path(self.own, "cgroups")
         tree.mkdir()
         mount("cgroup2", "rw", tree)
-        group = tree / os.path.basename(self.own)
-        group.mkdir()
-        return group
+        self.cgroup = tree / os.path.basename(self.own)
+        self.cgroup.mkdir()
+        boot = [*NAMESPACES, "--fork", "--kill-child", "sh", "-c", BOOT, "boot", self.path, self.console]
+        self.machine = subprocess.Popen(
+            ["sh", "-c", OWN_CGROUP, "own-cgroup", self.cgroup, *boot], **PRINTED
+        )
+        self.wait_for(self.is_up, "the system is up")
 
     def is_up(self):
         if self.machine.poll() is not None:
@@ -242,9 +228,7 @@ class RunningSystem(CleanRoot):
                 subprocess.Popen(
                     [*self.enter("--mount", "--net"), *arguments],
                     env=ENVIRONMENT,
-                    stdin=subprocess.DEVNULL,
-                    stdout=output,
-                    stderr=output,
+                    **(PRINTED | {"stdout": output}),
                 )
             )
 

@@ -150,10 +150,10 @@ class Program:
 
 
 class Monitor:
-    """The other end of one control link. It keeps the link alive by itself."""
+    """The other end of the first control link. It keeps the link alive by itself."""
 
-    def __init__(self, test, address, link):
-        self._service = (address, 7840 + link)
+    def __init__(self, test, address):
+        self._service = (address, 7840)
         self.received = []
         self._taken = 0  # of these, by wait_for
         self._news = threading.Condition()
@@ -318,8 +318,8 @@ class Site:
         unit.wait_for("plugged in")
         return unit
 
-    def monitor(self, link=0):
-        return Monitor(self._test, self.address, link)
+    def monitor(self):
+        return Monitor(self._test, self.address)
 
 
 def run(tests):

@@ -4,16 +4,14 @@ Usage: package_content_test.py PACKAGE_FOLDER [TEST...]
 """
 
 import re
-import subprocess
 import sys
 import unittest
 
-from clean_root import find_package
+from clean_root import find_package, output_of
 
 
 def dpkg_deb(option, name, *arguments):
-    command = ["dpkg-deb", option, find_package(sys.argv[1], name), *arguments]
-    return subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True).stdout
+    return output_of("dpkg-deb", option, find_package(sys.argv[1], name), *arguments)
 
 
 class Content(unittest.TestCase):
