@@ -114,7 +114,7 @@ class PtyLine::Terminal : public std::enable_shared_from_this<Terminal> {
 PtyLine::PtyLine(AsioLoop& loop, std::function<void(std::string_view)> received)
     : loop_(loop),
       received_(std::make_shared<const std::function<void(std::string_view)>>(std::move(received))),
-      hold_timer_(loop, "hold", kHoldCheckPeriod, [this] { terminal_->DropLeftOverHold(); }) {}
+      hold_timer_(loop, kHoldCheckPeriod, [this] { terminal_->DropLeftOverHold(); }) {}
 
 PtyLine::~PtyLine() {
     Close();
