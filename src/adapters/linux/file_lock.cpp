@@ -135,30 +135,18 @@ FileInstanceLock::FileInstanceLock(FileInstanceLock&&) noexcept = default;
 
 FileInstanceLock::~FileInstanceLock() = default;
 
-bool FileInstanceLock::Acquire() {
-    std::string problems;
-    for (const std::string& path : paths_) {
-        Opened opened = OpenOurs(path);
-        if (opened.file && flock(opened.file.Get(), LOCK_EX | LOCK_NB) != 0) {
-            const int error = errno;
-            opened = Problem(error);
-            opened.held = error == EWOULDBLOCK;
-        }
-        if (opened.held)
-            return false;
-        if (opened.file) {
-            GiveToOwnerOfFolder(opened.file.Get(), path);
-            std::ignore = Record(opened.file.Get(), getpid()); // else there is nobody to find later
-            held_ = std::make_unique<Held>(std::move(opened.file));
-            return true;
-        }
-        problems += (problems.empty() ? "" : "; ") + path + ": " + opened.problem;
+FileInstanceLock::Attempt FileInstanceLock::Try(const std::string& path) {
+    Opened opened = OpenOurs(path);
+    if (opened.file && flock(opened.file.Get(), LOCK_EX | LOCK_NB) != 0) {
+        const int error = errno;
+        opened = Problem(error);
+        opened.held = error == EWOULDBLOCK;
     }
-    if (notice_)
-        notice_(
-            "No lock keeps a second program of TarnexComm from using the unit at the same time (" +
-            problems + "). Remove what is in its place, or give this user access to its folder.");
-    return true;
+    if (!opened.file)
+        return {.by_another = opened.held, .problem = opened.problem};
+    GiveToOwnerOfFolder(opened.file.Get(), path);
+    std::ignore = Record(opened.file.Get(), getpid()); // else there is nobody to find later
+    return {.held = std::make_shared<Held>(std::move(opened.file))};
 }
 
 void FileInstanceLock::KillLeftOver() {

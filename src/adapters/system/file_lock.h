@@ -36,7 +36,13 @@ class FileInstanceLock : public InstanceLock {
   private:
     std::vector<std::string> paths_; // the first one that serves
     struct Held;                     // open and locked
-    std::unique_ptr<Held> held_;
+    struct Attempt {
+        std::shared_ptr<Held> held{};
+        bool by_another = false; // holds it
+        std::string problem{};   // why neither could be found out
+    };
+    static Attempt Try(const std::string& path);
+    std::shared_ptr<Held> held_;
     Notice notice_;
 };
 
