@@ -3,9 +3,10 @@
 
 set(headers ${CMAKE_BINARY_DIR}/library-headers)
 file(MAKE_DIRECTORY ${headers})
-foreach(name CLI nlohmann)
+foreach(name CLI nlohmann asio asio.hpp)
     if(NOT EXISTS /usr/include/${name})
-        message(FATAL_ERROR "/usr/include/${name} is missing: install libcli11-dev and nlohmann-json3-dev.")
+        message(FATAL_ERROR
+            "/usr/include/${name} is missing: install libcli11-dev, nlohmann-json3-dev and libasio-dev.")
     endif()
     file(CREATE_LINK /usr/include/${name} ${headers}/${name} SYMBOLIC)
 endforeach()
@@ -14,3 +15,7 @@ foreach(library CLI11::CLI11 nlohmann_json::nlohmann_json)
     add_library(${library} INTERFACE IMPORTED GLOBAL)
     target_include_directories(${library} INTERFACE ${headers})
 endforeach()
+
+add_library(tarnex_asio INTERFACE)
+target_include_directories(tarnex_asio SYSTEM INTERFACE ${headers})
+target_link_libraries(tarnex_asio INTERFACE ws2_32 mswsock)

@@ -1,11 +1,12 @@
 #include "adapters/asio/asio_datagram.h"
 
+#include "adapters/asio/asio_error_words.h"
 #include "adapters/asio/loop_core.h"
-#include "platform/error_words.h"
 
 #include <array>
 #include <cstdint>
 #include <deque>
+#include <thread>
 
 #include <asio/ip/udp.hpp>
 #ifdef __linux__
@@ -25,6 +26,9 @@ constexpr int kKernelBuffer = 4 << 20; // bytes; a burst of some thousand datagr
 // What is taken from the kernel ahead of its handling; the rest waits in the kernel.
 constexpr std::size_t kMostWaiting = 4096;
 constexpr std::size_t kMostWaitingBytes = 1 << 20;
+
+[[maybe_unused]] constexpr int kBindAttempts = 5;
+[[maybe_unused]] constexpr auto kBindPause = 5ms;
 
 void EnlargeReceiveBuffer(udp::socket& socket) {
 #ifdef SO_RCVBUFFORCE
@@ -55,9 +59,9 @@ class Binding : public std::enable_shared_from_this<Binding> {
         if (!error)
             socket_.non_blocking(true, error);
         if (!error)
-            socket_.bind({ip, port}, error);
+            BindAlone({ip, port}, error);
         if (error)
-            return WordsFor(error).english;
+            return SocketErrorWords(error).english;
         EnlargeReceiveBuffer(socket_);
         AwaitArrival();
         return "";
@@ -77,6 +81,20 @@ class Binding : public std::enable_shared_from_this<Binding> {
     }
 
   private:
+    // Windows would let others share the port, and frees one a moment after its socket is closed.
+    void BindAlone(const udp::endpoint& at, asio::error_code& error) {
+#ifdef SO_EXCLUSIVEADDRUSE
+        using Exclusive = asio::detail::socket_option::boolean<SOL_SOCKET, SO_EXCLUSIVEADDRUSE>;
+        socket_.set_option(Exclusive(true), error);
+        for (int i = 1; i < kBindAttempts; ++i) {
+            if (socket_.bind(at, error); error != asio::error::address_in_use)
+                return;
+            std::this_thread::sleep_for(kBindPause);
+        }
+#endif
+        socket_.bind(at, error);
+    }
+
     bool Full() const {
         return waiting_.size() >= kMostWaiting || waiting_bytes_ >= kMostWaitingBytes;
     }
