@@ -1,0 +1,66 @@
+#include "adapters/system/end_requests.h"
+
+#include "adapters/asio/asio_loop.h"
+#include "adapters/windows/windows_headers.h"
+
+#include <mutex>
+
+namespace tarnex {
+
+namespace {
+
+constexpr DWORD kTimeToEnd = 30'000; // ms; the system ends the process earlier
+
+// Windows tells a function without an object, in a thread of its own.
+std::mutex g_mutex;
+AsioLoop* g_loop = nullptr;                // nullptr: nobody has asked. Guarded by g_mutex.
+std::function<void()> g_on_end, g_on_gone; // called from the loop
+
+bool PostToLoop(std::function<void()>& handler) {
+    const std::lock_guard lock(g_mutex);
+    if (!g_loop || !handler)
+        return false;
+    g_loop->Post([&handler] {
+        if (handler)
+            handler();
+    });
+    return true;
+}
+
+BOOL WINAPI TakeRequest(DWORD request) {
+    if (request == CTRL_C_EVENT || request == CTRL_BREAK_EVENT)
+        return PostToLoop(g_on_end);
+    if (!PostToLoop(g_on_gone))
+        return FALSE;
+    Sleep(kTimeToEnd); // once this returns, the process is ended
+    return TRUE;
+}
+
+} // namespace
+
+struct EndRequests::State {};
+
+EndRequests::EndRequests(AsioLoop& loop) {
+    const std::lock_guard lock(g_mutex);
+    g_loop = &loop;
+    SetConsoleCtrlHandler(TakeRequest, TRUE);
+}
+
+EndRequests::~EndRequests() {
+    SetConsoleCtrlHandler(TakeRequest, FALSE);
+    const std::lock_guard lock(g_mutex);
+    g_loop = nullptr;
+    g_on_end = g_on_gone = nullptr;
+}
+
+void EndRequests::OnEnd(const std::function<void()>& handler) {
+    const std::lock_guard lock(g_mutex);
+    g_on_end = handler;
+}
+
+void EndRequests::OnGone(std::function<void()> handler) {
+    const std::lock_guard lock(g_mutex);
+    g_on_gone = std::move(handler);
+}
+
+} // namespace tarnex
