@@ -7,7 +7,7 @@ namespace tarnex {
 namespace {
 
 constexpr int kFirstPort = 1;
-constexpr int kLastPort = 20;
+constexpr int kLastPort = kSerialPorts;
 constexpr TextView kGreeting = u"Hello,sever"; // the unit's own spelling
 constexpr std::size_t kShortestGreeting = 10;
 

@@ -16,7 +16,7 @@ namespace {
 // The command line and the options that it fills.
 class CommandLine {
   public:
-    explicit CommandLine(ControlWorld& world) : world_(world) {
+    explicit CommandLine(OperatorWorld& world) : world_(world) {
         app_.add_option("--settings-file", world_.settings_path, "the settings file")
             ->type_name("FILE")
             ->capture_default_str();
@@ -60,7 +60,7 @@ class CommandLine {
     void AddLog();
     void AddSetup();
 
-    ControlWorld& world_;
+    OperatorWorld& world_;
     CLI::App app_{"Sets up, watches and tries out TarnexComm, the service beside a GSM alarm unit.",
                   "tarnexctl"};
     Work run_;
@@ -229,7 +229,7 @@ void CommandLine::AddSetup() {
 
 } // namespace
 
-int RunTarnexctl(std::vector<std::string> arguments, ControlWorld& world) {
+int RunTarnexctl(std::vector<std::string> arguments, OperatorWorld& world) {
     try {
         const int status = CommandLine(world).Run(std::move(arguments));
         if (!world.out.flush())

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "operator/control_world.h"
+#include "operator/operator_world.h"
 
 namespace tarnex {
 
 // tarnexctl: carries out the command that the arguments (without the program's name) ask for and
 // returns the exit status. What goes wrong is said in one line.
-int RunTarnexctl(std::vector<std::string> arguments, ControlWorld& world);
+int RunTarnexctl(std::vector<std::string> arguments, OperatorWorld& world);
 
 } // namespace tarnex

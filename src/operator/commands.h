@@ -1,6 +1,6 @@
 #pragma once
 
-#include "operator/control_world.h"
+#include "operator/operator_world.h"
 
 #include <cstdint>
 #include <map>
@@ -14,28 +14,28 @@ struct ListOptions {
     bool long_form = false;
     bool json = false;
 };
-ExitStatus SettingsList(ControlWorld& world, const ListOptions& options);
-ExitStatus SettingsGet(ControlWorld& world, const std::string& name);
+ExitStatus SettingsList(OperatorWorld& world, const ListOptions& options);
+ExitStatus SettingsGet(OperatorWorld& world, const std::string& name);
 // A missing value is asked for.
-ExitStatus SettingsSet(ControlWorld& world, const std::string& name,
+ExitStatus SettingsSet(OperatorWorld& world, const std::string& name,
                        const std::optional<std::string>& value);
-ExitStatus SettingsUnset(ControlWorld& world, const std::string& name);
-ExitStatus SettingsCheck(ControlWorld& world, bool json);
+ExitStatus SettingsUnset(OperatorWorld& world, const std::string& name);
+ExitStatus SettingsCheck(OperatorWorld& world, bool json);
 
 struct StatusOptions {
     bool watch = false;
     bool json = false;
 };
-ExitStatus ShowStatus(ControlWorld& world, const StatusOptions& options);
+ExitStatus ShowStatus(OperatorWorld& world, const StatusOptions& options);
 // output: the file to be replaced; "" for standard output.
-ExitStatus ShowMetrics(ControlWorld& world, const std::string& output);
+ExitStatus ShowMetrics(OperatorWorld& world, const std::string& output);
 
 struct WhyOptions {
     std::string record;
     std::string at; // "yyyy-mm-dd hh:mm"; "" for now
     bool json = false;
 };
-ExitStatus ExplainRecord(ControlWorld& world, const WhyOptions& options);
+ExitStatus ExplainRecord(OperatorWorld& world, const WhyOptions& options);
 
 struct SimulateOptions {
     int days = 7;
@@ -43,23 +43,23 @@ struct SimulateOptions {
     std::string start; // "yyyy-mm-dd"; "" for today
     bool json = false;
 };
-ExitStatus Simulate(ControlWorld& world, const SimulateOptions& options);
+ExitStatus Simulate(OperatorWorld& world, const SimulateOptions& options);
 
 // path: of the database; "" for the one that the settings name. schema: "" for the installed one.
-ExitStatus LogCreate(ControlWorld& world, const std::string& path, const std::string& schema);
+ExitStatus LogCreate(OperatorWorld& world, const std::string& path, const std::string& schema);
 struct TailOptions {
     std::string path; // "" for the one that the settings name
     int lines = 10;
     bool once = false; // ends after the present rows
     bool json = false;
 };
-ExitStatus LogTail(ControlWorld& world, const TailOptions& options);
+ExitStatus LogTail(OperatorWorld& world, const TailOptions& options);
 
 struct SetupOptions {
     std::map<std::string, std::string> answers; // by question; of a secret one a file
     std::string log_path;                       // "" for log.db above the folder of the settings
     bool force = false;                         // write over existing settings
 };
-ExitStatus Setup(ControlWorld& world, const SetupOptions& options);
+ExitStatus Setup(OperatorWorld& world, const SetupOptions& options);
 
 } // namespace tarnex

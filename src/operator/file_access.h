@@ -1,6 +1,6 @@
 #pragma once
 
-#include "operator/control_world.h"
+#include "operator/operator_world.h"
 
 #include <system_error>
 

@@ -17,7 +17,7 @@ constexpr const char* kColumnNames[] = {"number",  "date",    "time",  "directio
                                         "message", "event",   "state", "action",    "by_sms",
                                         "by_mail", "machine", "detail"};
 
-std::string PathOf(const ControlWorld& world, const std::string& path) {
+std::string PathOf(const OperatorWorld& world, const std::string& path) {
     if (!path.empty())
         return path;
     const std::string configured = ToUtf8(SettingsFile(world).Value("log-database"_setting));
@@ -28,11 +28,11 @@ std::string PathOf(const ControlWorld& world, const std::string& path) {
 }
 
 // The file in which the path of the database stands; "" when a person gave it.
-std::string NamedIn(const ControlWorld& world, const std::string& path) {
+std::string NamedIn(const OperatorWorld& world, const std::string& path) {
     return path.empty() ? world.settings_path : "";
 }
 
-std::string ReadSchema(const ControlWorld& world, const std::string& path) {
+std::string ReadSchema(const OperatorWorld& world, const std::string& path) {
     if (const std::error_code problem = ReadingProblem(path))
         throw CannotRead(world.words, "schema " + path, problem, "name another with --schema");
     return ReadWholeFile(path);
@@ -70,7 +70,7 @@ std::string JsonOf(const StoredLogRow& row) {
 // The rows of one file, and of those that take its place.
 class Tail {
   public:
-    Tail(const ControlWorld& world, const std::string& path, bool json)
+    Tail(const OperatorWorld& world, const std::string& path, bool json)
         : world_(world), path_(path), json_(json) {
         if (const std::error_code problem = ReadingProblem(path_))
             throw CannotRead(world.words, "log database " + path_, problem,
@@ -121,7 +121,7 @@ class Tail {
         world_.out.flush();
     }
 
-    const ControlWorld& world_;
+    const OperatorWorld& world_;
     const std::string path_;
     const bool json_;
     std::unique_ptr<LogReader> reader_;
@@ -130,7 +130,7 @@ class Tail {
 
 } // namespace
 
-ExitStatus LogCreate(ControlWorld& world, const std::string& path, const std::string& schema) {
+ExitStatus LogCreate(OperatorWorld& world, const std::string& path, const std::string& schema) {
     const std::string file = PathOf(world, path);
     const std::string sql =
         ReadSchema(world, schema.empty() ? world.data_folder + "/log-schema.sql" : schema);
@@ -146,7 +146,7 @@ ExitStatus LogCreate(ControlWorld& world, const std::string& path, const std::st
     return kExitDone;
 }
 
-ExitStatus LogTail(ControlWorld& world, const TailOptions& options) {
+ExitStatus LogTail(OperatorWorld& world, const TailOptions& options) {
     const std::string path = PathOf(world, options.path);
     // Reading makes files beside it.
     const auto acting = world.owners.ActFor(path, NamedIn(world, options.path));

@@ -134,7 +134,7 @@ class MetricsText {
 
 } // namespace
 
-ExitStatus ShowMetrics(ControlWorld& world, const std::string& output) {
+ExitStatus ShowMetrics(OperatorWorld& world, const std::string& output) {
     std::string text;
     try {
         text = MetricsText().Of(ReadStatusFile(world));

@@ -106,7 +106,7 @@ std::string Alternatives(const std::vector<std::string>& words) {
 }
 
 // What counts where no value is set: the default text, or the device of the port.
-std::string Default(const Setting& setting, const std::array<std::string, 20>& ports) {
+std::string Default(const Setting& setting, const SerialPaths& ports) {
     if (setting.section != "com1-device"_setting.section)
         return std::string(setting.values.default_text);
     return ports.at(std::size_t(LeadingNumber(setting.key.substr(3))) - 1);
@@ -226,8 +226,7 @@ std::string Objection(const Setting& setting, TextView value) {
     return Fits(setting, value) ? "" : "is not " + AllowedValues(setting);
 }
 
-std::string Effect(const Setting& setting, TextView value,
-                   const std::array<std::string, 20>& ports) {
+std::string Effect(const Setting& setting, TextView value, const SerialPaths& ports) {
     const bool set = setting.Kind() == kSwitch ? IsOn(setting, value) : HasText(setting, value);
     std::string effect(set ? setting.when_set : setting.when_not_set);
     const std::size_t at = effect.find("{}");

@@ -31,7 +31,6 @@ Text StoredForm(const Setting& setting, const std::string& typed);
 std::string Objection(const Setting& setting, TextView value);
 
 // What the value does now, in words. ports: the devices of COM1 to COM20 where none are set.
-std::string Effect(const Setting& setting, TextView value,
-                   const std::array<std::string, 20>& ports);
+std::string Effect(const Setting& setting, TextView value, const SerialPaths& ports);
 
 } // namespace tarnex

@@ -51,7 +51,7 @@ std::vector<const Setting*> Wanted(const std::vector<std::string>& names) {
     return wanted;
 }
 
-Json ToJson(const ControlWorld& world, const Setting& setting, TextView value) {
+Json ToJson(const OperatorWorld& world, const Setting& setting, TextView value) {
     const bool secret = setting.Kind() == SettingKind::kPassword;
     return {{"name", setting.name},
             {"section", ToUtf8(setting.section)},
@@ -65,7 +65,7 @@ Json ToJson(const ControlWorld& world, const Setting& setting, TextView value) {
             {"change_in_force", setting.in_force}};
 }
 
-void PrintLong(const ControlWorld& world, const Setting& setting, TextView value) {
+void PrintLong(const OperatorWorld& world, const Setting& setting, TextView value) {
     TextTable table;
     table.Add({{std::string(setting.name), Colour::kBold}});
     table.Add({"  key", "[" + ToUtf8(setting.section) + "] " + ToUtf8(setting.key)});
@@ -78,7 +78,7 @@ void PrintLong(const ControlWorld& world, const Setting& setting, TextView value
     table.Print(world);
 }
 
-void PrintShort(const ControlWorld& world, const SettingsFile& file,
+void PrintShort(const OperatorWorld& world, const SettingsFile& file,
                 const std::vector<const Setting*>& settings) {
     TextTable table;
     std::string group;
@@ -98,7 +98,7 @@ void PrintShort(const ControlWorld& world, const SettingsFile& file,
 }
 
 // Changes the setting and says what that does, and what is now wrong with it or on its account.
-ExitStatus Change(ControlWorld& world, const Setting& setting,
+ExitStatus Change(OperatorWorld& world, const Setting& setting,
                   const std::function<void(SettingsFile&)>& change) {
     SettingsFile before(world);
     change(before);
@@ -129,7 +129,7 @@ const Setting& Changeable(const std::string& name) {
 }
 
 // So that a password stands in no list of processes and in no shell's history.
-std::string AskFor(const ControlWorld& world, const Setting& setting) {
+std::string AskFor(const OperatorWorld& world, const Setting& setting) {
     const bool secret = setting.Kind() == SettingKind::kPassword;
     const auto line =
         world.ask
@@ -142,7 +142,7 @@ std::string AskFor(const ControlWorld& world, const Setting& setting) {
 
 } // namespace
 
-ExitStatus SettingsList(ControlWorld& world, const ListOptions& options) {
+ExitStatus SettingsList(OperatorWorld& world, const ListOptions& options) {
     const std::vector<const Setting*> settings = Wanted(options.names);
     const SettingsFile file(world);
     if (options.json) {
@@ -159,13 +159,13 @@ ExitStatus SettingsList(ControlWorld& world, const ListOptions& options) {
     return kExitDone;
 }
 
-ExitStatus SettingsGet(ControlWorld& world, const std::string& name) {
+ExitStatus SettingsGet(OperatorWorld& world, const std::string& name) {
     const Setting& setting = Known(name);
     world.out << Printable(ToUtf8(SettingsFile(world).Value(setting))) << '\n';
     return kExitDone;
 }
 
-ExitStatus SettingsSet(ControlWorld& world, const std::string& name,
+ExitStatus SettingsSet(OperatorWorld& world, const std::string& name,
                        const std::optional<std::string>& given) {
     const Setting& setting = Changeable(name);
     const std::string typed = given ? *given : AskFor(world, setting);
@@ -181,12 +181,12 @@ ExitStatus SettingsSet(ControlWorld& world, const std::string& name,
     return Change(world, setting, [&](SettingsFile& file) { file.Set(setting, value); });
 }
 
-ExitStatus SettingsUnset(ControlWorld& world, const std::string& name) {
+ExitStatus SettingsUnset(OperatorWorld& world, const std::string& name) {
     const Setting& setting = Changeable(name);
     return Change(world, setting, [&](SettingsFile& file) { file.Unset(setting); });
 }
 
-ExitStatus SettingsCheck(ControlWorld& world, bool json) {
+ExitStatus SettingsCheck(OperatorWorld& world, bool json) {
     const SettingsFile file(world);
     const std::vector<Finding> findings = CheckSettings(file);
     const auto errors = std::ranges::count(findings, Finding::Level::kError, &Finding::level);

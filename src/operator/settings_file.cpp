@@ -16,7 +16,7 @@ std::string ReadContent(const SettingsStore& store, const SystemWords& words) {
                      "make one with \"tarnexctl setup\", or name another with --settings-file");
 }
 
-StartSettings ReadStart(const ControlWorld& world, const std::string& content) {
+StartSettings ReadStart(const OperatorWorld& world, const std::string& content) {
     return ReadSettings(IniDocument(content, *world.make_code_page("UTF-8"))).start;
 }
 
@@ -32,7 +32,7 @@ void CheckHolds(const CodePage& code_page, const std::string& encoding, const Se
                                      ", the code page of the settings");
 }
 
-SettingsFile::SettingsFile(const ControlWorld& world, const std::string& path)
+SettingsFile::SettingsFile(const OperatorWorld& world, const std::string& path)
     : world_(world), path_(path), store_(world.open_settings(path)),
       content_(ReadContent(*store_, world.words)), start_(ReadStart(world, content_)),
       encoding_(world.make_code_page(start_.code_page) ? start_.code_page : "GBK"),

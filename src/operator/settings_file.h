@@ -1,6 +1,6 @@
 #pragma once
 
-#include "operator/control_world.h"
+#include "operator/operator_world.h"
 #include "operator/setting_catalog.h"
 #include "settings/load_settings.h"
 #include "settings/my_ini_file.h"
@@ -16,8 +16,8 @@ void CheckHolds(const CodePage& code_page, const std::string& encoding, const Se
 class SettingsFile {
   public:
     // The one of the world, or another one.
-    explicit SettingsFile(const ControlWorld& world) : SettingsFile(world, world.settings_path) {}
-    SettingsFile(const ControlWorld& world, const std::string& path);
+    explicit SettingsFile(const OperatorWorld& world) : SettingsFile(world, world.settings_path) {}
+    SettingsFile(const OperatorWorld& world, const std::string& path);
 
     const std::string& Path() const { return path_; }
     const std::string& Content() const { return content_; }
@@ -42,7 +42,7 @@ class SettingsFile {
   private:
     void CheckWritten(bool written) const;
 
-    const ControlWorld& world_;
+    const OperatorWorld& world_;
     std::string path_;
     std::unique_ptr<SettingsStore> store_;
     std::string content_;

@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 constexpr const char* kEncoding = "GBK"; // of the sample
 constexpr int kCommandColumn = 38;       // of the list of what to do next
 
-std::string ReadData(const ControlWorld& world, const std::string& path) {
+std::string ReadData(const OperatorWorld& world, const std::string& path) {
     if (const std::error_code problem = ReadingProblem(path))
         throw CannotRead(world.words, "file " + path, problem, "install the program with its data");
     return ReadWholeFile(path);
@@ -43,7 +43,7 @@ void RefuseToOverwrite(const std::string& path) {
 // The sample with the answers in it.
 class Draft {
   public:
-    Draft(const ControlWorld& world, std::string sample)
+    Draft(const OperatorWorld& world, std::string sample)
         : code_page_(world.make_code_page(kEncoding)), content_(std::move(sample)) {}
 
     void Set(const Setting& setting, const std::string& utf8) {
@@ -60,7 +60,7 @@ class Draft {
     std::string content_;
 };
 
-std::string Content(const ControlWorld& world, const std::string& sample,
+std::string Content(const OperatorWorld& world, const std::string& sample,
                     const SetupAnswers& answers, const std::string& log_path) {
     Draft draft(world, sample);
     for (const SetupQuestion& question : SetupQuestions())
@@ -80,7 +80,7 @@ std::string Content(const ControlWorld& world, const std::string& sample,
     return draft.Content();
 }
 
-void MakeFolders(const ControlWorld& world, const fs::path& folder) {
+void MakeFolders(const OperatorWorld& world, const fs::path& folder) {
     std::error_code error;
     if (!folder.empty())
         fs::create_directories(folder, error);
@@ -88,7 +88,7 @@ void MakeFolders(const ControlWorld& world, const fs::path& folder) {
         throw CannotWrite(world.words, "folder " + folder.string(), error);
 }
 
-void KeepOld(const ControlWorld& world, const std::string& path) {
+void KeepOld(const OperatorWorld& world, const std::string& path) {
     std::error_code error;
     const std::string old = path + ".old";
     fs::copy_file(path, old, fs::copy_options::overwrite_existing, error);
@@ -98,7 +98,7 @@ void KeepOld(const ControlWorld& world, const std::string& path) {
 
 // Whether nobody has set the system up yet: the numbers are the place-holders of the sample, which
 // the package puts there so that the service starts.
-bool StillTheSample(const ControlWorld& world, const std::string& sample_path) {
+bool StillTheSample(const OperatorWorld& world, const std::string& sample_path) {
     const SettingsFile present(world);
     const SettingsFile sample(world, sample_path);
     return std::ranges::all_of(
@@ -106,7 +106,7 @@ bool StillTheSample(const ControlWorld& world, const std::string& sample_path) {
         [&](const Setting* number) { return present.Value(*number) == sample.Value(*number); });
 }
 
-void WriteSettings(const ControlWorld& world, const std::string& content, bool replace) {
+void WriteSettings(const OperatorWorld& world, const std::string& content, bool replace) {
     const std::string& path = world.settings_path;
     const auto acting = world.owners.ActFor(path, "");
     MakeFolders(world, fs::path(path).parent_path());
@@ -125,7 +125,7 @@ void WriteSettings(const ControlWorld& world, const std::string& content, bool r
         throw CannotWrite(world.words, "settings file " + path, store->Problem());
 }
 
-void MakeLog(const ControlWorld& world, const std::string& path, const std::string& schema) {
+void MakeLog(const OperatorWorld& world, const std::string& path, const std::string& schema) {
     const auto acting = world.owners.ActFor(path, "");
     if (Exists(path)) {
         world.out << "kept the log " << path << '\n';
@@ -140,7 +140,7 @@ void MakeLog(const ControlWorld& world, const std::string& path, const std::stri
     world.out << "made the log " << path << '\n';
 }
 
-void SayWhatIsNext(const ControlWorld& world) {
+void SayWhatIsNext(const OperatorWorld& world) {
     const SettingsFile file(world);
     for (const Finding& finding : CheckSettings(file))
         world.out << "note: " << Printable(finding.name + " " + finding.text) << '\n';
@@ -156,7 +156,7 @@ void SayWhatIsNext(const ControlWorld& world) {
 
 } // namespace
 
-ExitStatus Setup(ControlWorld& world, const SetupOptions& options) {
+ExitStatus Setup(OperatorWorld& world, const SetupOptions& options) {
     const std::string& path = world.settings_path;
     const std::string sample_path = world.data_folder + "/Tarnex.ini.sample";
     const std::string sample = ReadData(world, sample_path);

@@ -36,7 +36,7 @@ std::string PortForms(const SystemWords& words) {
 }
 
 // "", or what is wrong with an answer.
-std::string Wrong(const ControlWorld& world, const SetupQuestion& question,
+std::string Wrong(const OperatorWorld& world, const SetupQuestion& question,
                   const std::string& answer) {
     if (question.none_allowed && answer == kNone)
         return "";
@@ -46,14 +46,14 @@ std::string Wrong(const ControlWorld& world, const SetupQuestion& question,
     return Trim(value).empty() ? "must not be empty" : Objection(*question.setting, value);
 }
 
-std::string ReadSecret(const ControlWorld& world, const std::string& path) {
+std::string ReadSecret(const OperatorWorld& world, const std::string& path) {
     if (const std::error_code problem = ReadingProblem(path))
         throw CannotRead(world.words, "password file " + path, problem, "name another");
     const std::string content = ReadWholeFile(path);
     return content.substr(0, content.find_first_of("\r\n"));
 }
 
-std::string Given(const ControlWorld& world, const SetupQuestion& question,
+std::string Given(const OperatorWorld& world, const SetupQuestion& question,
                   const std::string& flag_value) {
     const std::string answer = question.secret ? ReadSecret(world, flag_value) : flag_value;
     if (const std::string wrong = Wrong(world, question, answer); !wrong.empty())
@@ -68,7 +68,7 @@ std::string Default(const SetupQuestion& question, const SetupAnswers& answers) 
     return value.starts_with('=') ? answers.at(value.substr(1)) : value;
 }
 
-std::string Ask(const ControlWorld& world, const SetupQuestion& question,
+std::string Ask(const OperatorWorld& world, const SetupQuestion& question,
                 const SetupAnswers& answers) {
     const std::string preset = Default(question, answers);
     const std::string prompt =
@@ -100,7 +100,7 @@ std::string FlagOf(const SetupQuestion& question) {
     return std::string("--") + question.name + (question.secret ? "-file" : "");
 }
 
-SetupAnswers AskQuestions(const ControlWorld& world, const SetupAnswers& given) {
+SetupAnswers AskQuestions(const OperatorWorld& world, const SetupAnswers& given) {
     SetupAnswers answers;
     std::string missing;
     for (const SetupQuestion& question : kQuestions) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "operator/control_world.h"
+#include "operator/operator_world.h"
 #include "settings/setting_table.h"
 
 #include <map>
@@ -32,7 +32,7 @@ using SetupAnswers = std::map<std::string, std::string>; // by question
 
 // Checks the given answers (by name; of a secret one the file) and asks for the others. Throws
 // Failure when one cannot be, or is missing and nobody is there to ask.
-SetupAnswers AskQuestions(const ControlWorld& world, const SetupAnswers& given);
+SetupAnswers AskQuestions(const OperatorWorld& world, const SetupAnswers& given);
 
 // The number of the port that an answer to "port" names, and the device to be put behind it; 0 for
 // "search"; nothing when it names none. defaults: the devices of the ports.

@@ -14,7 +14,7 @@ namespace {
 // Work that takes longer than this shows how far it is.
 constexpr auto kPatience = 1s;
 
-CalendarTime StartOf(const ControlWorld& world, const std::string& start) {
+CalendarTime StartOf(const OperatorWorld& world, const std::string& start) {
     if (start.empty()) {
         CalendarTime today = world.calendar();
         today.hour = today.minute = today.second = 0;
@@ -29,7 +29,7 @@ CalendarTime StartOf(const ControlWorld& world, const std::string& start) {
 // Says on standard error, to a person, which day it is.
 class Progress {
   public:
-    Progress(const ControlWorld& world, int days)
+    Progress(const OperatorWorld& world, int days)
         : world_(world), days_(days), begin_(world.now()) {}
     ~Progress() {
         if (shown_)
@@ -43,7 +43,7 @@ class Progress {
     }
 
   private:
-    const ControlWorld& world_;
+    const OperatorWorld& world_;
     const int days_;
     const std::chrono::system_clock::time_point begin_;
     bool shown_ = false;
@@ -88,7 +88,7 @@ Cell MailCell(const AlarmOutcome& alarm) {
     return alarm.mail_sent ? Cell("mail", Colour::kGood) : Cell("mail not sent", Colour::kBad);
 }
 
-void Print(const ControlWorld& world, const DryRunResult& result, const SimulateOptions& options) {
+void Print(const OperatorWorld& world, const DryRunResult& result, const SimulateOptions& options) {
     TextTable table;
     for (const AlarmOutcome& alarm : result.alarms)
         table.Add({MomentText(alarm.at), SmsCell(alarm), MailCell(alarm), ToUtf8(alarm.text)});
@@ -112,7 +112,7 @@ void Print(const ControlWorld& world, const DryRunResult& result, const Simulate
         world.out << "the service would say: " << Printable(line) << '\n';
 }
 
-void PrintJson(const ControlWorld& world, const DryRunResult& result,
+void PrintJson(const OperatorWorld& world, const DryRunResult& result,
                const SimulateOptions& options) {
     const Totals totals = TotalsOf(result);
     Json json{{"days", options.days},
@@ -140,7 +140,7 @@ void PrintJson(const ControlWorld& world, const DryRunResult& result,
 
 } // namespace
 
-ExitStatus Simulate(ControlWorld& world, const SimulateOptions& options) {
+ExitStatus Simulate(OperatorWorld& world, const SimulateOptions& options) {
     const CalendarTime start = StartOf(world, options.start);
     const SettingsFile file(world);
     const std::vector<PlannedAlarm> alarms = PlanAlarms(options.days, options.seed);

@@ -52,7 +52,7 @@ class StatusPage {
         Counters();
         Troubles();
     }
-    void Print(const ControlWorld& world) const { table_.Print(world); }
+    void Print(const OperatorWorld& world) const { table_.Print(world); }
 
   private:
     std::string Age(const Json& time) const { return AgeText(state_.SecondsSince(time)); }
@@ -206,7 +206,7 @@ Json AsJson(const StatusReading& state) {
     return json;
 }
 
-void Show(const ControlWorld& world, const StatusReading& state, const StatusOptions& options) {
+void Show(const OperatorWorld& world, const StatusReading& state, const StatusOptions& options) {
     if (options.json)
         world.out << JsonText(AsJson(state), options.watch ? -1 : 2);
     else if (state.running)
@@ -215,7 +215,7 @@ void Show(const ControlWorld& world, const StatusReading& state, const StatusOpt
         world.out << state.absence << '\n';
 }
 
-ExitStatus Watch(const ControlWorld& world, const StatusOptions& options) {
+ExitStatus Watch(const OperatorWorld& world, const StatusOptions& options) {
     const bool redraw = world.colours && !options.json;
     std::optional<std::pair<bool, Json>> shown;
     do {
@@ -236,7 +236,7 @@ ExitStatus Watch(const ControlWorld& world, const StatusOptions& options) {
 
 } // namespace
 
-ExitStatus ShowStatus(ControlWorld& world, const StatusOptions& options) {
+ExitStatus ShowStatus(OperatorWorld& world, const StatusOptions& options) {
     try {
         if (options.watch)
             return Watch(world, options);

@@ -46,7 +46,7 @@ Json Parse(const std::string& path) {
 
 } // namespace
 
-StatusReading ReadStatusFile(const ControlWorld& world) {
+StatusReading ReadStatusFile(const OperatorWorld& world) {
     const std::string advice = "start it with \"" + world.words.start_service + "\"";
     StatusReading state;
     state.now = std::chrono::floor<std::chrono::seconds>(world.now().time_since_epoch()).count();

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "operator/control_world.h"
 #include "operator/json_output.h"
+#include "operator/operator_world.h"
 
 namespace tarnex {
 
@@ -16,6 +16,6 @@ struct StatusReading {
 };
 
 // Throws Failure for a file that cannot be read or is none of the service.
-StatusReading ReadStatusFile(const ControlWorld& world);
+StatusReading ReadStatusFile(const OperatorWorld& world);
 
 } // namespace tarnex

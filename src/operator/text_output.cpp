@@ -45,7 +45,7 @@ std::string Printable(std::string_view utf8) {
     return EscapeControls(utf8);
 }
 
-std::string Paint(const ControlWorld& world, Colour colour, const std::string& text) {
+std::string Paint(const OperatorWorld& world, Colour colour, const std::string& text) {
     constexpr const char* kCodes[] = {"", "32", "33", "31", "2", "1"};
     if (!world.colours || colour == Colour::kNone || text.empty())
         return text;
@@ -58,7 +58,7 @@ void TextTable::Add(std::vector<Cell> row) {
     rows_.push_back(std::move(row));
 }
 
-void TextTable::Print(const ControlWorld& world) const {
+void TextTable::Print(const OperatorWorld& world) const {
     std::vector<std::size_t> widths;
     for (const auto& row : rows_) {
         if (row.size() == 1)

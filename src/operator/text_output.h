@@ -1,6 +1,6 @@
 #pragma once
 
-#include "operator/control_world.h"
+#include "operator/operator_world.h"
 
 #include <string>
 #include <string_view>
@@ -19,7 +19,7 @@ std::string Printable(std::string_view utf8);
 
 enum class Colour { kNone, kGood, kWarning, kBad, kFaint, kBold };
 // The text in that colour where the terminal shows it.
-std::string Paint(const ControlWorld& world, Colour colour, const std::string& text);
+std::string Paint(const OperatorWorld& world, Colour colour, const std::string& text);
 
 struct Cell {
     std::string text;
@@ -33,7 +33,7 @@ struct Cell {
 class TextTable {
   public:
     void Add(std::vector<Cell> row);
-    void Print(const ControlWorld& world) const;
+    void Print(const OperatorWorld& world) const;
 
   private:
     std::vector<std::vector<Cell>> rows_;

@@ -20,7 +20,7 @@ std::string RecordOf(std::string text) {
     return text;
 }
 
-CalendarTime MomentOf(const ControlWorld& world, const std::string& at) {
+CalendarTime MomentOf(const OperatorWorld& world, const std::string& at) {
     if (at.empty())
         return world.calendar();
     if (const auto moment = ParseMoment(at))
@@ -33,7 +33,7 @@ std::string WithName(const std::string& number, std::optional<TextView> name) {
 }
 
 // What the service that runs now would do with the SMS.
-std::string ServiceNow(const ControlWorld& world) {
+std::string ServiceNow(const OperatorWorld& world) {
     try {
         const StatusReading state = ReadStatusFile(world);
         if (!state.running)
@@ -65,7 +65,7 @@ class Page {
         for (const std::string& gate : gates)
             Add({"  settings", {gate + ", so it ends", Colour::kBad}});
     }
-    void Print(const ControlWorld& world) const {
+    void Print(const OperatorWorld& world) const {
         for (const TextTable& section : sections_)
             section.Print(world);
     }
@@ -157,7 +157,7 @@ Json ToJson(const RecordExplanation& why, const CalendarTime& at) {
 
 } // namespace
 
-ExitStatus ExplainRecord(ControlWorld& world, const WhyOptions& options) {
+ExitStatus ExplainRecord(OperatorWorld& world, const WhyOptions& options) {
     const CalendarTime at = MomentOf(world, options.at);
     const SettingsFile file(world);
     // As the service receives it: through the code page.

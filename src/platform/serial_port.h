@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -53,11 +54,17 @@ struct OpenedPort {
     PortStatus status = PortStatus::kOk;
 };
 
+// The serial ports that there can be: COM1 to COM20.
+inline constexpr int kSerialPorts = 20;
+// The device of each port; element i belongs to COM<i + 1>.
+using SerialPaths = std::array<std::string, kSerialPorts>;
+
 class SerialPorts {
   public:
     virtual ~SerialPorts() = default;
 
-    // Opens COM<number> exclusively, raw, with empty buffers. A number outside 1 to 20 is absent.
+    // Opens COM<number> exclusively, raw, with empty buffers. A number outside 1 to
+    // kSerialPorts is absent.
     virtual OpenedPort Open(int number, const LineSettings& settings, SerialEvents events) = 0;
     // The system's name of COM<number> for people ("/dev/ttyUSB0"); "" when it has none.
     virtual std::string DeviceName(int number) const = 0;

@@ -18,8 +18,6 @@
 namespace tarnex {
 namespace {
 
-constexpr int kHighestPort = 20;
-
 struct Options {
     std::optional<UpdatePort> port;
     std::string device; // the path of a device, which no number of a port stands for
@@ -31,14 +29,14 @@ struct Options {
 int PortNumber(std::string_view text) {
     if (text.size() > 3 && EqualIgnoringCase(FromUtf8(text.substr(0, 3)), u"COM"))
         text.remove_prefix(3);
-    return ReadNumberUpTo(text, kHighestPort).value_or(0);
+    return ReadNumberUpTo(text, kSerialPorts).value_or(0);
 }
 
 // "", or what is wrong with the words. One serial line is all that an update needs, so that a
 // device that is given by its path takes the place of a port.
 std::string ReadPort(const std::string& words, Options& options) {
     if (words.find('/') != words.npos) {
-        options.port = {.number = kHighestPort, .name = words};
+        options.port = {.number = kSerialPorts, .name = words};
         options.device = words;
         return "";
     }
@@ -138,7 +136,7 @@ class LineProgram {
     SerialPaths Paths(const std::string& device) const {
         SerialPaths paths = SerialDevicePaths(machine_.settings.device_paths);
         if (!device.empty())
-            paths.at(kHighestPort - 1) = device;
+            paths.at(kSerialPorts - 1) = device;
         return paths;
     }
     Task<> Drive(std::optional<UpdatePort> port, std::string file) {

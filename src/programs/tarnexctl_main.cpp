@@ -40,7 +40,7 @@ int main(int argc, char** argv) {
     SystemFileOwners owners;
     SqliteLogFiles logs;
     const SystemWords words = WordsOfThisSystem();
-    ControlWorld world{
+    OperatorWorld world{
         .out = std::cout,
         .err = std::cerr,
         .words = words,

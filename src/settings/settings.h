@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/serial_port.h"
 #include "platform/text.h"
 
 #include <array>
@@ -38,9 +39,9 @@ struct MailSettings {
 
 // What is read once, when the program starts; a change takes effect with the next start.
 struct StartSettings {
-    std::array<std::string, 20> device_paths; // of COM1 to COM20; "" where the default holds
-    std::string bind_address = "127.0.0.1";   // of the control-link sockets
-    std::string code_page = "GBK";            // of the settings file, datagrams, mails and lines
+    SerialPaths device_paths;               // "" where the default holds
+    std::string bind_address = "127.0.0.1"; // of the control-link sockets
+    std::string code_page = "GBK";          // of the settings file, datagrams, mails and lines
     friend bool operator==(const StartSettings&, const StartSettings&) = default;
 };
 

@@ -108,7 +108,7 @@ void SimulatedSerialPorts::Slot::Send(std::string_view bytes) {
 }
 
 SimulatedSerialPorts::SimulatedSerialPorts(Clock& clock)
-    : clock_(clock), slots_(std::make_unique<std::array<Slot, 20>>()) {}
+    : clock_(clock), slots_(std::make_unique<std::array<Slot, kSerialPorts>>()) {}
 
 SimulatedSerialPorts::~SimulatedSerialPorts() = default;
 

@@ -47,7 +47,7 @@ class SimulatedSerialPorts : public SerialPorts {
     Slot& At(int number) const;
 
     Clock& clock_;
-    std::unique_ptr<std::array<Slot, 20>> slots_;
+    std::unique_ptr<std::array<Slot, kSerialPorts>> slots_;
 };
 
 } // namespace tarnex

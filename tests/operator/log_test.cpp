@@ -1,5 +1,5 @@
 #include "adapters/sqlite/sqlite_log_table.h"
-#include "tests/operator/control_fixture.h"
+#include "tests/operator/operator_fixture.h"
 
 #include <filesystem>
 
@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 using namespace std::literals;
 using nlohmann::json;
 
-class LogCommands : public ControlTest {
+class LogCommands : public OperatorTest {
   protected:
     LogCommands() { Run({"settings", "set", "log-database", path}); }
     void Append(const Text& message) {

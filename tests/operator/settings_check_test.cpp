@@ -1,4 +1,4 @@
-#include "tests/operator/control_fixture.h"
+#include "tests/operator/operator_fixture.h"
 
 #include <filesystem>
 
@@ -10,7 +10,7 @@ namespace {
 
 using nlohmann::json;
 
-class SettingsCheck : public ControlTest {
+class SettingsCheck : public OperatorTest {
   protected:
     SettingsCheck() {
         chmod(settings.c_str(), 0600);

@@ -1,5 +1,5 @@
 #include "operator/setting_catalog.h"
-#include "tests/operator/control_fixture.h"
+#include "tests/operator/operator_fixture.h"
 
 #include <nlohmann/json.hpp>
 
@@ -8,7 +8,7 @@ namespace {
 
 using nlohmann::json;
 
-class SettingsCommands : public ControlTest {};
+class SettingsCommands : public OperatorTest {};
 
 TEST(SettingValue, TakesWhatMakesSenseAndNothingElse) {
     const struct {

@@ -1,7 +1,7 @@
 #include "adapters/sqlite/sqlite_log_table.h"
 #include "operator/setup_questions.h"
 #include "settings/ini_document.h"
-#include "tests/operator/control_fixture.h"
+#include "tests/operator/operator_fixture.h"
 
 #include <deque>
 #include <filesystem>
@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class Setup : public ControlTest {
+class Setup : public OperatorTest {
   protected:
     Setup() { world.settings_path = folder / "base/system/Tarnex.ini"; }
 

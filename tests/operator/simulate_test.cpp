@@ -1,5 +1,5 @@
 #include "operator/dry_run.h"
-#include "tests/operator/control_fixture.h"
+#include "tests/operator/operator_fixture.h"
 
 #include <nlohmann/json.hpp>
 
@@ -25,7 +25,7 @@ TEST(AlarmPlan, IsPlausibleAndTheSameForASeed) {
     EXPECT_NE(PlanAlarms(7, 1)[1].at, PlanAlarms(7, 2)[1].at);
 }
 
-class Simulation : public ControlTest {
+class Simulation : public OperatorTest {
   protected:
     Simulation() {
         for (const char* setting : {"sms-to-number-1", "sms-to-number-2"})

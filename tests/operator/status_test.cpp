@@ -1,5 +1,5 @@
 #include "service/service_status.h"
-#include "tests/operator/control_fixture.h"
+#include "tests/operator/operator_fixture.h"
 
 #include <filesystem>
 #include <regex>
@@ -12,7 +12,7 @@ namespace {
 
 using nlohmann::json;
 
-class StatusCommands : public ControlTest {
+class StatusCommands : public OperatorTest {
   protected:
     StatusCommands() {
         status.state.unit = {.phase = UnitPhase::kReady,

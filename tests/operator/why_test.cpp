@@ -1,4 +1,4 @@
-#include "tests/operator/control_fixture.h"
+#include "tests/operator/operator_fixture.h"
 
 #include <nlohmann/json.hpp>
 
@@ -7,7 +7,7 @@ namespace {
 
 using nlohmann::json;
 
-class Why : public ControlTest {
+class Why : public OperatorTest {
   protected:
     Why() {
         WriteFile(folder / "log.db", "");

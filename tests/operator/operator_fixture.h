@@ -19,9 +19,9 @@
 namespace tarnex {
 
 // tarnexctl on files of the test's own, with nobody at the terminal.
-class ControlTest : public testing::Test {
+class OperatorTest : public testing::Test {
   protected:
-    ControlTest() { WriteFile(settings, FileContent(TARNEX_PACKAGING "/Tarnex.ini.sample")); }
+    OperatorTest() { WriteFile(settings, FileContent(TARNEX_PACKAGING "/Tarnex.ini.sample")); }
 
     int Run(std::vector<std::string> arguments) {
         out.str("");
@@ -60,7 +60,7 @@ class ControlTest : public testing::Test {
     SystemFileOwners owners;
     const SystemWords words = WordsOfThisSystem();
     SqliteLogFiles logs;
-    ControlWorld world{
+    OperatorWorld world{
         .out = out,
         .err = err,
         .words = words,

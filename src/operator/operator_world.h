@@ -5,10 +5,10 @@
 #include "platform/exit_status.h"
 #include "platform/file_owners.h"
 #include "platform/log_files.h"
+#include "platform/serial_port.h"
 #include "platform/settings_store.h"
 #include "platform/system_words.h"
 
-#include <array>
 #include <iosfwd>
 #include <optional>
 #include <stdexcept>
@@ -24,10 +24,8 @@ struct Failure : std::runtime_error {
     ExitStatus status;
 };
 
-using SerialPaths = std::array<std::string, 20>; // of COM1 to COM20
-
 // The world that tarnexctl works in.
-struct ControlWorld {
+struct OperatorWorld {
     std::ostream& out;
     std::ostream& err;
     const SystemWords& words;
