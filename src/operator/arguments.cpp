@@ -38,6 +38,21 @@ std::vector<std::string> CommandsOf(const CLI::App& app) {
     return names;
 }
 
+// "--memo=" gives an empty value, for which the parser would take the next word.
+std::vector<std::string> WithEmptyValues(std::vector<std::string> arguments) {
+    std::vector<std::string> words;
+    for (std::string& word : arguments) {
+        const bool empty_value =
+            word.size() > 3 && word.starts_with("--") && word.find('=') == word.size() - 1;
+        if (empty_value)
+            word.pop_back();
+        words.push_back(std::move(word));
+        if (empty_value)
+            words.emplace_back();
+    }
+    return words;
+}
+
 std::string OneLine(std::string text) {
     std::replace(text.begin(), text.end(), '\n', ' ');
     return text;
@@ -66,6 +81,7 @@ std::string Trouble(const CLI::App& app, const CLI::ParseError& error) {
 std::optional<ExitStatus> ReadArguments(CLI::App& app, std::vector<std::string> arguments,
                                         std::ostream& out, std::ostream& err) {
     app.set_version_flag("--version", app.get_name() + " " TARNEX_VERSION);
+    arguments = WithEmptyValues(std::move(arguments));
     std::reverse(arguments.begin(), arguments.end()); // as the parser wants them
     try {
         app.parse(std::move(arguments));

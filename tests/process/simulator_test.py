@@ -37,9 +37,9 @@ class Simulator(unittest.TestCase):
 
     def test_the_monitor_reports_an_event(self):
         service = self.service()
-        event = "--service cpu --state=abnormal --action recover --machine 2 --machine-name srv --memo 负荷 --mail no"
+        event = "--service cpu --state=abnormal --action recover --machine 2 --machine-name= --memo 负荷 --mail no"
         self.assertEqual(self.monitor(service, "notify", *event.split()).wait(), 0)
-        self.assertEqual(service.recv(100), "txSendSMS2031410srv{[b^k^]}负荷".encode("gbk"))
+        self.assertEqual(service.recv(100), "txSendSMS2031410{[b^k^]}负荷".encode("gbk"))
         monitor = self.start("tarnex-monitor", "--address", "127.0.0.99", "raw", "to nobody")
         monitor.wait_for("nobody listens there")
         self.assertEqual(monitor.wait(), 69)
