@@ -24,6 +24,7 @@ class WindowsHandle {
     }
 
     HANDLE Get() const { return handle_; }
+    void Release() { handle_ = INVALID_HANDLE_VALUE; }
     explicit operator bool() const { return handle_ && handle_ != INVALID_HANDLE_VALUE; }
 
   private:
