@@ -3,7 +3,7 @@
 #include "adapters/system/environment.h"
 
 #include <csignal>
-#include <iostream>
+#include <cstdio>
 #include <tuple>
 
 #include <fcntl.h>
@@ -31,7 +31,7 @@ class WithoutEcho {
         if (!changed_)
             return;
         tcsetattr(STDIN_FILENO, TCSAFLUSH, &before_);
-        std::cerr << '\n';
+        std::fputc('\n', stderr);
     }
 
   private:
@@ -74,12 +74,15 @@ bool TerminalShowsColours() {
 }
 
 std::optional<std::string> AskOnTerminal(const std::string& prompt, bool secret) {
-    std::cerr << prompt << std::flush;
+    std::fputs(prompt.c_str(), stderr);
     std::optional<WithoutEcho> silence;
     if (secret)
         silence.emplace();
     std::string line;
-    return std::getline(std::cin, line) ? std::optional(line) : std::nullopt;
+    int character = 0;
+    while ((character = std::getchar()) != EOF && character != '\n')
+        line += static_cast<char>(character);
+    return character == EOF && line.empty() ? std::nullopt : std::optional(line);
 }
 
 } // namespace tarnex
