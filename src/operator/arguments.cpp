@@ -41,9 +41,11 @@ std::vector<std::string> CommandsOf(const CLI::App& app) {
 // "--memo=" gives an empty value, for which the parser would take the next word.
 std::vector<std::string> WithEmptyValues(std::vector<std::string> arguments) {
     std::vector<std::string> words;
+    bool options = true; // none behind "--"
     for (std::string& word : arguments) {
-        const bool empty_value =
-            word.size() > 3 && word.starts_with("--") && word.find('=') == word.size() - 1;
+        options = options && word != "--";
+        const bool empty_value = options && word.size() > 3 && word.starts_with("--") &&
+                                 word.find('=') == word.size() - 1;
         if (empty_value)
             word.pop_back();
         words.push_back(std::move(word));

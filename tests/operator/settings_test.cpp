@@ -78,6 +78,7 @@ TEST_F(SettingsCommands, AMissingValueIsAskedForAndAPasswordNotListed) {
 TEST_F(SettingsCommands, SetWritesOneValueAndUnsetTakesItAway) {
     std::string expected = FileContent(settings);
     Output({"settings", "set", "power-alarm", "on"});
+    Output({"settings", "set", "unit-name", "--", "--x="}); // a value, no option
     Output({"settings", "set", "text1(32)", "机房"});
     expected.replace(expected.find("Check1(44)=0"), 12, "Check1(44)=1");
     expected.replace(expected.find("Text1(32)=Tarnex"), 16, "Text1(32)=\xBB\xFA\xB7\xBF");
