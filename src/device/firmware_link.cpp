@@ -56,8 +56,7 @@ FirmwareLink::FirmwareLink(Parts parts)
                        ByteTimedOut_ = true;
                        changed_.Notify();
                    }),
-      parts_(parts), display_{.List1Additem = [](const Text&) {}, .show_address = [] {}},
-      changed_(parts.clock) {}
+      parts_(parts), changed_(parts.clock) {}
 
 PortStatus FirmwareLink::FirmConnect(int port) {
     if (port != 0 || !parts_.port.IsOpen())
@@ -78,13 +77,13 @@ Task<bool> FirmwareLink::FirmwareFlash(int port, HexProgram program) {
     line_lost_ = false;
     progress_ = FlashProgress();
     program_ = std::move(program);
-    display_.List1Additem(u"打开HEX文件");
-    display_.List1Additem(u"用升级模式打开Com" + ToText(port));
+    List1Additem_(u"打开HEX文件");
+    List1Additem_(u"用升级模式打开Com" + ToText(port));
     if (!OpenPort(port))
         co_return FlashOK_;
     firm_mode_ = true;
     progress_.step = FlashStep::kHandshake;
-    display_.List1Additem(u"开始握手");
+    List1Additem_(u"开始握手");
     co_await ShakeHands();
     co_return FlashOK_;
 }
@@ -172,19 +171,18 @@ Task<bool> FirmwareLink::AcknowledgeThrice() {
 
 Task<bool> FirmwareLink::Erase() {
     progress_.step = FlashStep::kErase;
-    display_.List1Additem(u"握手成功，开始擦除。");
+    List1Additem_(u"握手成功，开始擦除。");
     co_await SendFrame(FirmwareCommand::kErase);
     const bool erased = co_await CheckAck();
     if (!erased)
-        display_.List1Additem(u"擦除失败。");
+        List1Additem_(u"擦除失败。");
     co_return erased;
 }
 
 // record must outlive the wait.
 Task<bool> FirmwareLink::WriteRecords() {
     progress_.step = FlashStep::kWrite;
-    display_.List1Additem(u"擦除成功，开始写入。");
-    display_.show_address();
+    List1Additem_(u"擦除成功，开始写入。");
     for (const HexRecord& record : program_) {
         ++progress_.line;
         const bool written = co_await WriteRecord(record);

@@ -69,12 +69,9 @@ class FirmwareLink {
     // The parts must outlive the link.
     explicit FirmwareLink(Parts parts);
 
-    // What a tool does for its operator meanwhile.
-    struct Display {
-        std::function<void(const Text& line)> List1Additem; // a step has begun or failed
-        std::function<void()> show_address;                 // the address begins to change
-    };
-    void SetDisplay(Display display) { display_ = std::move(display); }
+    // Told meanwhile, in words for an operator: a step has begun or failed. Not empty.
+    using StepTold = std::function<void(const Text& line)>;
+    void OnStep(StepTold told) { List1Additem_ = std::move(told); }
 
     // The whole update on a port that nothing has open; true when it succeeded. Cancelled or not,
     // the port is closed afterwards. One update at a time. The caller has read program from a HEX
@@ -130,7 +127,7 @@ class FirmwareLink {
     void End(bool ok);
 
     Parts parts_;
-    Display display_;
+    StepTold List1Additem_ = [](const Text&) {};
     Signal
         changed_; // bytes arrived, the byte time-out passed, the line was lost, the exchange ended
     HexProgram program_;

@@ -40,8 +40,7 @@ CoreWindow::CoreWindow(Parts parts) : Form("TarnexCore", u"TarnexCore"), parts_(
     }
     Results.KeepAtMost(ListBox::kLinesUnseen); // no button clears it
     OnClose([this] { SetVisible(false); });
-    parts_.core.firmware.SetDisplay(
-        {.List1Additem = [this](const Text& line) { Results.Add(line); }, .show_address = [] {}});
+    parts_.core.firmware.OnStep([this](const Text& line) { Results.Add(line); });
 }
 
 void CoreWindow::Press(const TestButton& test) {

@@ -4,8 +4,7 @@ namespace tarnex {
 
 FirmwareUpdate::FirmwareUpdate(const ToolWorld& world, TarnexCore& core, UpdateObserver& observer)
     : world_(world), core_(core), observer_(observer) {
-    core.firmware.SetDisplay(
-        {.List1Additem = [this](const Text& line) { NoteStep(line); }, .show_address = [] {}});
+    core.firmware.OnStep([this](const Text& line) { NoteStep(line); });
 }
 
 bool FirmwareUpdate::Judge(std::string path) {

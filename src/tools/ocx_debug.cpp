@@ -127,8 +127,7 @@ OCXDebug::OCXDebug(const ToolWorld& world)
     }
     for (const SavedBox& saved : kSavedBoxes)
         (this->*saved.box).OnLeave([this] { SaveBoxes(); });
-    link_.core.firmware.SetDisplay(
-        {.List1Additem = [this](const Text& line) { Log(line); }, .show_address = [] {}});
+    link_.core.firmware.OnStep([this](const Text& line) { Log(line); });
     AskBeforeEnd([this] { return link_.core.firmware.ProgramIncomplete(); },
                  [this] { Log(Text(kCloseWarning)); });
 }

@@ -17,9 +17,7 @@ using Texts = std::vector<Text>;
 struct FirmwareTest : DeviceTest {
     FirmwareTest() {
         ports.Plug(7, unit);
-        core.firmware.SetDisplay(
-            {.List1Additem = [this](const Text& line) { told.push_back(line); },
-             .show_address = [this] { told.push_back(u"(address)"); }});
+        core.firmware.OnStep([this](const Text& line) { told.push_back(line); });
     }
     // Restarts the unit and runs an update to its end.
     bool Flash(int port = 7) {
@@ -57,7 +55,7 @@ TEST_F(FirmwareTest, GoesThroughItsStepsFrameByFrame) {
     wire += kErase;
     EXPECT_EQ(ports.Written(7), wire); // no further handshake, though erasing takes a second
     EXPECT_EQ(told, (Texts{u"打开HEX文件", u"用升级模式打开Com7", u"开始握手",
-                           u"握手成功，开始擦除。", u"擦除成功，开始写入。", u"(address)"}));
+                           u"握手成功，开始擦除。", u"擦除成功，开始写入。"}));
     EXPECT_EQ(window.lines[List::kDevice], Texts{u"Flash写入正常!"});
     EXPECT_EQ(unit.Loader().Program().substr(0xFF, 6), "\xFF\x01\x02\x03\x04\xFF");
     EXPECT_EQ(core.firmware.HEXWriteAddr(), u"0102");
