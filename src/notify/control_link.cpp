@@ -70,7 +70,7 @@ void ControlLink::Reset() {
 
 void ControlLink::Bind(int index) {
     if (open_)
-        obstacles_[index] = sockets_[index]->Bind(PortOf(index));
+        troubles_[index] = sockets_[index]->Bind(PortOf(index));
 }
 
 void ControlLink::OpenClosedPorts() {
@@ -83,16 +83,16 @@ void ControlLink::OpenClosedPorts() {
 // All in one line: what is wrong with one port is mostly wrong with the others too.
 void ControlLink::TellClosedPorts() {
     std::string ports;
-    std::string obstacles;
+    std::string troubles;
     for (int i = 0; i < kLinks; ++i) {
-        if (obstacles_[i].empty())
+        if (troubles_[i].empty())
             continue;
         ports += (ports.empty() ? "" : ", ") + std::to_string(PortOf(i));
-        if (obstacles.find(obstacles_[i]) == std::string::npos)
-            obstacles += (obstacles.empty() ? "" : ", ") + obstacles_[i];
+        if (troubles.find(troubles_[i]) == std::string::npos)
+            troubles += (troubles.empty() ? "" : ", ") + troubles_[i];
     }
     const std::string trouble =
-        "The control link cannot be opened at UDP port " + ports + " (" + obstacles +
+        "The control link cannot be opened at UDP port " + ports + " (" + troubles +
         "): no monitoring program is heard there. End the program that holds the port, or correct "
         "BindAddress in section [ControlLink] of the settings file and restart the service. "
         "Opening is tried again every 10 seconds.";

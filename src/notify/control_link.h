@@ -105,7 +105,7 @@ class ControlLink {
     bool open_ = false;
     std::array<Link, kLinks> links_;
     std::array<std::unique_ptr<DatagramSocket>, kLinks> sockets_;
-    std::array<std::string, kLinks> obstacles_; // to the last opening of each port, or ""
+    std::array<std::string, kLinks> troubles_; // of the last opening of each port, or ""
 };
 
 } // namespace tarnex

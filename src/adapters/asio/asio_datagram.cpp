@@ -193,8 +193,8 @@ class AsioDatagramSocket : public DatagramSocket {
             return "";
         Close();
         auto binding = std::make_shared<Binding>(loop_, receive_buffer_, events_);
-        if (std::string obstacle = binding->Open(*bind_address_, port); !obstacle.empty())
-            return obstacle;
+        if (std::string trouble = binding->Open(*bind_address_, port); !trouble.empty())
+            return trouble;
         binding_ = std::move(binding);
         port_ = port;
         return "";
