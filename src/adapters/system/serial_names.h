@@ -4,8 +4,9 @@
 
 namespace tarnex {
 
-// The device of every port: the configured one, or the default where that is empty (COM1 to COM4
-// the serial ports of the board, COM5 to COM12 USB adapters, COM13 to COM20 USB modems).
+// The device of every port: the configured one, or the system's default where that is empty. On
+// Linux COM1 to COM4 are the serial ports of the board, COM5 to COM12 USB adapters and COM13 to
+// COM20 USB modems; on Windows the port has its own name.
 SerialPaths SerialDevicePaths(const SerialPaths& configured);
 
 } // namespace tarnex

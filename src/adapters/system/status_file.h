@@ -6,7 +6,7 @@ namespace tarnex {
 
 // Where the status file is: what the environment variable TARNEXCOMM_STATUS names; else status.json
 // in the runtime folder that the service manager made (RUNTIME_DIRECTORY), or else in
-// /run/tarnexcomm.
+// the runtime folder of SystemWords.
 std::string StatusFilePath();
 
 // The status text in a file that everybody may read, beside which the next one is written.
