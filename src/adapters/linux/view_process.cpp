@@ -1,14 +1,16 @@
-#include "adapters/linux/view_process.h"
+#include "adapters/system/view_process.h"
 
+#include "adapters/linux/descriptor_watch.h"
 #include "adapters/linux/pidfd.h"
+#include "adapters/linux/unique_fd.h"
+#include "adapters/system/environment.h"
 #include "ui/form_wire.h"
 
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <optional>
 
-#include <poll.h>
 #include <spawn.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -52,10 +54,87 @@ std::string HowItEnded(int status) {
                                : program + "with status " + std::to_string(WEXITSTATUS(status));
 }
 
+// The program tarnex-view, and the socket to it.
+class TarnexView final : public ViewProcess {
+  public:
+    TarnexView(AsioLoop& loop, Handlers handlers, UniqueFd socket, UniqueFd end, int pid);
+    ~TarnexView() override;
+
+    bool Send(const std::string& packet) override;
+    void Kill() override;
+
+  private:
+    // False when no packet has come.
+    bool Receive();
+    void SocketReadable();
+    void Ended();
+
+    Handlers handlers_;
+    int pid_; // -1 once its end has been seen
+    UniqueFd socket_;
+    UniqueFd end_; // readable when the process has ended
+    std::optional<DescriptorWatch> socket_watch_;
+    std::optional<DescriptorWatch> end_watch_;
+};
+
+TarnexView::TarnexView(AsioLoop& loop, Handlers handlers, UniqueFd socket, UniqueFd end, int pid)
+    : handlers_(std::move(handlers)), pid_(pid), socket_(std::move(socket)), end_(std::move(end)),
+      socket_watch_(std::in_place, loop, socket_.Get(), [this] { SocketReadable(); }),
+      end_watch_(std::in_place, loop, end_.Get(), [this] { Ended(); }) {}
+
+TarnexView::~TarnexView() {
+    if (pid_ < 0)
+        return;
+    Kill();
+    waitpid(pid_, nullptr, WNOHANG); // who ends himself leaves the rest to the system
+}
+
+void TarnexView::Kill() {
+    if (pid_ >= 0)
+        kill(pid_, SIGKILL);
+}
+
+bool TarnexView::Send(const std::string& packet) {
+    return send(socket_.Get(), packet.data(), packet.size(), MSG_DONTWAIT | MSG_NOSIGNAL) ==
+           ssize_t(packet.size());
+}
+
+bool TarnexView::Receive() {
+    const ssize_t size = recv(socket_.Get(), nullptr, 0, MSG_PEEK | MSG_TRUNC | MSG_DONTWAIT);
+    if (size <= 0)
+        return false;
+    std::string packet(std::size_t(size), '\0');
+    recv(socket_.Get(), packet.data(), packet.size(), MSG_DONTWAIT);
+    handlers_.arrived(packet);
+    return true;
+}
+
+void TarnexView::SocketReadable() {
+    if (!Receive() && errno != EAGAIN)
+        socket_watch_.reset(); // closed: its end is seen soon
+}
+
+void TarnexView::Ended() {
+    while (Receive()) {
+    }
+    int status = 0;
+    if (pid_ < 0 || waitpid(pid_, &status, WNOHANG) == 0)
+        return;
+    pid_ = -1;
+    socket_watch_.reset();
+    end_watch_.reset();
+    const auto ended = std::move(handlers_.ended);
+    ended(HowItEnded(status));
+}
+
 } // namespace
 
 std::unique_ptr<ViewProcess> ViewProcess::Start(AsioLoop& loop, Handlers handlers,
                                                 std::string& trouble) {
+    if (Environment("DISPLAY").empty()) {
+        trouble = "there is no display (the environment variable DISPLAY is not set)";
+        return nullptr;
+    }
     int ends[2];
     if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) {
         trouble = std::string("no socket: ") + std::strerror(errno);
@@ -81,67 +160,8 @@ std::unique_ptr<ViewProcess> ViewProcess::Start(AsioLoop& loop, Handlers handler
         waitpid(pid, nullptr, 0);
         return nullptr;
     }
-    return std::unique_ptr<ViewProcess>(
-        new ViewProcess(loop, std::move(handlers), std::move(ours), std::move(end), pid));
-}
-
-ViewProcess::ViewProcess(AsioLoop& loop, Handlers handlers, UniqueFd socket, UniqueFd end, int pid)
-    : handlers_(std::move(handlers)), pid_(pid), socket_(std::move(socket)), end_(std::move(end)),
-      socket_watch_(std::in_place, loop, socket_.Get(), [this] { SocketReadable(); }),
-      end_watch_(std::in_place, loop, end_.Get(), [this] { Ended(); }) {}
-
-ViewProcess::~ViewProcess() {
-    if (pid_ < 0)
-        return;
-    Kill();
-    waitpid(pid_, nullptr, WNOHANG); // who ends himself leaves the rest to the system
-}
-
-void ViewProcess::Kill() {
-    if (pid_ >= 0)
-        kill(pid_, SIGKILL);
-}
-
-bool ViewProcess::Send(const std::string& packet) {
-    return send(socket_.Get(), packet.data(), packet.size(), MSG_DONTWAIT | MSG_NOSIGNAL) ==
-           ssize_t(packet.size());
-}
-
-bool ViewProcess::Receive() {
-    const ssize_t size = recv(socket_.Get(), nullptr, 0, MSG_PEEK | MSG_TRUNC | MSG_DONTWAIT);
-    if (size <= 0)
-        return false;
-    std::string packet(std::size_t(size), '\0');
-    recv(socket_.Get(), packet.data(), packet.size(), MSG_DONTWAIT);
-    handlers_.arrived(packet);
-    return true;
-}
-
-void ViewProcess::SocketReadable() {
-    if (!Receive() && errno != EAGAIN)
-        socket_watch_.reset(); // closed: its end is seen soon
-}
-
-void ViewProcess::Ended() {
-    while (Receive()) {
-    }
-    int status = 0;
-    if (pid_ < 0 || waitpid(pid_, &status, WNOHANG) == 0)
-        return;
-    pid_ = -1;
-    socket_watch_.reset();
-    end_watch_.reset();
-    const auto ended = std::move(handlers_.ended);
-    ended(HowItEnded(status));
-}
-
-void ViewProcess::Wait() {
-    std::array<pollfd, 2> ends{{{.fd = socket_.Get(), .events = POLLIN, .revents = 0},
-                                {.fd = end_.Get(), .events = POLLIN, .revents = 0}}};
-    while (poll(ends.data(), ends.size(), -1) < 0 && errno == EINTR) {
-    }
-    if (!Receive())
-        Ended();
+    return std::make_unique<TarnexView>(loop, std::move(handlers), std::move(ours), std::move(end),
+                                        pid);
 }
 
 } // namespace tarnex

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "adapters/linux/view_process.h"
+#include "adapters/asio/asio_loop.h"
 #include "adapters/system/screen_view.h"
+#include "adapters/system/view_process.h"
 #include "ui/form_feed.h"
 
 #include <map>

@@ -1,6 +1,6 @@
-#include "adapters/linux/remote_view.h"
+#include "adapters/asio/remote_view.h"
 
-#include "adapters/system/environment.h"
+#include "adapters/asio/loop_core.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -50,10 +50,6 @@ std::unique_ptr<FormWindow> RemoteView::Attach(Form& form) {
 }
 
 bool RemoteView::Start(std::string& trouble) {
-    if (Environment("DISPLAY").empty()) {
-        trouble = "there is no display (the environment variable DISPLAY is not set)";
-        return false;
-    }
     const std::uint64_t run = ++run_;
     feed_.Forget();
     trouble_.clear();
@@ -77,7 +73,7 @@ std::string RemoteView::Open() {
     if (!Start(trouble))
         return trouble;
     while (process_ && !ready_)
-        process_->Wait();
+        host_.loop.core().io.run_one();
     return process_ ? "" : trouble_;
 }
 
