@@ -1,12 +1,13 @@
 // tarnex-sim: a GSM alarm unit on a pseudo terminal.
 
 #include "adapters/linux/line_input.h"
+#include "adapters/linux/pty_line.h"
 #include "adapters/linux/signals.h"
+#include "adapters/linux/stable_link.h"
+#include "adapters/system/arguments.h"
 #include "adapters/system/system_code_page.h"
 #include "operator/arguments.h"
 #include "programs/program_output.h"
-#include "programs/pty_line.h"
-#include "programs/stable_link.h"
 #include "simulator/simulated_unit.h"
 #include "simulator/unit_commands.h"
 #include "simulator/unit_protocol.h"
@@ -208,7 +209,7 @@ std::string Footer() {
 }
 
 // The exit status, or nothing when the unit is to run.
-std::optional<ExitStatus> ReadOptions(int argc, char** argv, Options& options) {
+std::optional<ExitStatus> ReadOptions(std::vector<std::string> arguments, Options& options) {
     using Value = const std::string&;
     CLI::App app("A simulated GSM alarm unit on a pseudo terminal.", "tarnex-sim");
     AddValue(app, "--link", "PATH",
@@ -229,7 +230,7 @@ std::optional<ExitStatus> ReadOptions(int argc, char** argv, Options& options) {
              [&](Value text) { return ReadTime(text, options.times.Sms); });
     app.add_flag("--quiet", options.quiet, "do not show the commands that the unit receives");
     app.footer(Footer());
-    return ReadArguments(app, {argv + 1, argv + argc}, std::cout, std::cerr);
+    return ReadArguments(app, std::move(arguments), std::cout, std::cerr);
 }
 
 } // namespace
@@ -237,7 +238,7 @@ std::optional<ExitStatus> ReadOptions(int argc, char** argv, Options& options) {
 
 int main(int argc, char** argv) {
     tarnex::Options options;
-    if (const auto status = tarnex::ReadOptions(argc, argv, options))
+    if (const auto status = tarnex::ReadOptions(tarnex::ProgramArguments(argc, argv), options))
         return *status;
     return tarnex::Program(std::move(options)).Run();
 }

@@ -1,6 +1,6 @@
+#include "adapters/linux/pty_line.h"
 #include "adapters/linux/unique_fd.h"
 #include "adapters/system/serial_ports.h"
-#include "programs/pty_line.h"
 #include "tests/adapters/run_until.h"
 #include "tests/temp_folder.h"
 

@@ -1,4 +1,4 @@
-#include "programs/stable_link.h"
+#include "adapters/linux/stable_link.h"
 #include "tests/temp_folder.h"
 
 #include <gtest/gtest.h>

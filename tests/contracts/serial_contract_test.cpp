@@ -1,5 +1,5 @@
+#include "adapters/linux/pty_line.h"
 #include "adapters/system/serial_ports.h"
-#include "programs/pty_line.h"
 #include "simulator/simulated_serial.h"
 #include "tests/contracts/contract.h"
 

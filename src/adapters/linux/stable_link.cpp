@@ -1,4 +1,4 @@
-#include "programs/stable_link.h"
+#include "adapters/linux/stable_link.h"
 
 #include <unistd.h>
 

@@ -1,4 +1,4 @@
-#include "programs/pty_line.h"
+#include "adapters/linux/pty_line.h"
 
 #include "adapters/asio/loop_core.h"
 #include "adapters/linux/tty_device.h"
