@@ -7,7 +7,7 @@
 #include <iostream>
 
 #include <CLI/CLI.hpp>
-#include <arpa/inet.h>
+#include <asio/ip/address_v4.hpp>
 
 namespace tarnex {
 
@@ -27,8 +27,9 @@ bool ReadYesNo(const std::string& value, bool& flag) {
 }
 
 bool IsIpv4(const std::string& address) {
-    in_addr bytes{};
-    return inet_pton(AF_INET, address.c_str(), &bytes) == 1;
+    asio::error_code error;
+    asio::ip::make_address_v4(address, error);
+    return !error;
 }
 
 // An option with its value. read stores the value; false when it is none that the option takes.
@@ -129,7 +130,8 @@ std::string CheckOptions(const CLI::App& app, const std::string& command,
 
 } // namespace
 
-std::optional<ExitStatus> ReadMonitorArguments(int argc, char** argv, MonitorArguments& arguments) {
+std::optional<ExitStatus> ReadMonitorArguments(std::vector<std::string> words,
+                                               MonitorArguments& arguments) {
     CLI::App app("A monitoring program on a control link of TarnexComm.", "tarnex-monitor");
     std::string command;
     std::optional<std::string> text;
@@ -154,7 +156,7 @@ std::optional<ExitStatus> ReadMonitorArguments(int argc, char** argv, MonitorArg
         if (!trouble.empty())
             throw CLI::ValidationError(trouble);
     });
-    return ReadArguments(app, {argv + 1, argv + argc}, std::cout, std::cerr);
+    return ReadArguments(app, std::move(words), std::cout, std::cerr);
 }
 
 } // namespace tarnex

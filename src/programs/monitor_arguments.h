@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tarnex {
 
@@ -21,7 +22,9 @@ struct MonitorArguments {
     Text raw;                                       // raw
 };
 
-// The exit status, or nothing when there is a command to carry out.
-std::optional<ExitStatus> ReadMonitorArguments(int argc, char** argv, MonitorArguments& arguments);
+// words: without the program's name. The exit status, or nothing when there is a command to carry
+// out.
+std::optional<ExitStatus> ReadMonitorArguments(std::vector<std::string> words,
+                                               MonitorArguments& arguments);
 
 } // namespace tarnex

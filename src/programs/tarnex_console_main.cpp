@@ -1,5 +1,6 @@
 // tarnex-console: the debug console for service staff.
 
+#include "adapters/system/arguments.h"
 #include "operator/arguments.h"
 #include "programs/tool_window.h"
 #include "tools/ocx_debug.h"
@@ -16,7 +17,7 @@ int main(int argc, char** argv) {
     app.footer(
         "Exit status: 0 done, 64 wrong usage, 66, 74 and 77 the settings file cannot be read\n"
         "(no ordinary file or over 1 MiB, a failure, no rights), 69 no display.");
-    if (const auto status = ReadArguments(app, {argv + 1, argv + argc}, std::cout, std::cerr))
+    if (const auto status = ReadArguments(app, ProgramArguments(argc, argv), std::cout, std::cerr))
         return *status;
     return RunToolWindow("tarnex-console", "", [](const ToolWorld& world, ScreenView&) {
         return std::make_unique<OCXDebug>(world);

@@ -1,5 +1,6 @@
 // tarnex-flasher: loads new firmware into the unit.
 
+#include "adapters/system/arguments.h"
 #include "adapters/system/end_requests.h"
 #include "adapters/system/terminal.h"
 #include "adapters/system/this_system.h"
@@ -46,7 +47,7 @@ std::string ReadPort(const std::string& words, Options& options) {
 }
 
 // The exit status, or nothing when there is something to do.
-std::optional<ExitStatus> ReadOptions(int argc, char** argv, Options& options) {
+std::optional<ExitStatus> ReadOptions(std::vector<std::string> arguments, Options& options) {
     const SystemWords words = WordsOfThisSystem();
     CLI::App app("Loads new firmware into the unit. Without options it opens its window.\n"
                  "\n"
@@ -74,7 +75,7 @@ std::optional<ExitStatus> ReadOptions(int argc, char** argv, Options& options) {
         if (options.file.empty() && (options.check_only || options.port))
             throw CLI::ValidationError("--file names no file");
     });
-    return ReadArguments(app, {argv + 1, argv + argc}, std::cout, std::cerr);
+    return ReadArguments(app, std::move(arguments), std::cout, std::cerr);
 }
 
 // Standard output and standard error. On a terminal the last line may be a bar, which makes way
@@ -172,7 +173,7 @@ class LineProgram {
 int main(int argc, char** argv) {
     using namespace tarnex;
     Options options;
-    if (const auto status = ReadOptions(argc, argv, options))
+    if (const auto status = ReadOptions(ProgramArguments(argc, argv), options))
         return *status;
     if (options.check_only)
         return LineProgram().Check(options.file);

@@ -1,5 +1,6 @@
 // tarnex-mail-sink: a mail server that prints what it receives.
 
+#include "adapters/system/arguments.h"
 #include "adapters/system/end_requests.h"
 #include "adapters/system/system_code_page.h"
 #include "operator/arguments.h"
@@ -134,7 +135,7 @@ std::string ReadStep(const std::string& name, std::vector<MailStep>& steps) {
 }
 
 // The exit status, or nothing when the server is to run.
-std::optional<ExitStatus> ReadOptions(int argc, char** argv, Options& options) {
+std::optional<ExitStatus> ReadOptions(std::vector<std::string> arguments, Options& options) {
     using Value = const std::string&;
     CLI::App app("An SMTP server on 127.0.0.1 that prints every mail it receives, and keeps none.",
                  "tarnex-mail-sink");
@@ -155,7 +156,7 @@ std::optional<ExitStatus> ReadOptions(int argc, char** argv, Options& options) {
              [&](Value name) { return ReadStep(name, options.refuse); });
     app.footer("The program ends on the signals TERM and INT.\n"
                "Exit status: 0 done, 1 the port cannot be had, 64 wrong usage.");
-    return ReadArguments(app, {argv + 1, argv + argc}, std::cout, std::cerr);
+    return ReadArguments(app, std::move(arguments), std::cout, std::cerr);
 }
 
 } // namespace
@@ -163,7 +164,7 @@ std::optional<ExitStatus> ReadOptions(int argc, char** argv, Options& options) {
 
 int main(int argc, char** argv) {
     tarnex::Options options;
-    if (const auto status = tarnex::ReadOptions(argc, argv, options))
+    if (const auto status = tarnex::ReadOptions(tarnex::ProgramArguments(argc, argv), options))
         return *status;
     return tarnex::Program(options).Run(options.port);
 }

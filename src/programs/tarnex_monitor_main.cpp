@@ -1,6 +1,7 @@
 // tarnex-monitor: a monitoring program on one control link of the service.
 
 #include "adapters/asio/asio_datagram.h"
+#include "adapters/system/arguments.h"
 #include "adapters/system/end_requests.h"
 #include "adapters/system/system_code_page.h"
 #include "adapters/system/terminal.h"
@@ -133,7 +134,8 @@ int CarryOut(const MonitorArguments& arguments) {
 
 int main(int argc, char** argv) {
     tarnex::MonitorArguments arguments;
-    if (const auto status = tarnex::ReadMonitorArguments(argc, argv, arguments))
+    if (const auto status =
+            tarnex::ReadMonitorArguments(tarnex::ProgramArguments(argc, argv), arguments))
         return *status;
     return tarnex::CarryOut(arguments);
 }

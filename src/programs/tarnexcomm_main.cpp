@@ -3,6 +3,7 @@
 #include "adapters/asio/asio_datagram.h"
 #include "adapters/asio/asio_tcp_client.h"
 #include "adapters/sqlite/sqlite_log_table.h"
+#include "adapters/system/arguments.h"
 #include "adapters/system/process.h"
 #include "adapters/system/screen_view.h"
 #include "adapters/system/service_manager.h"
@@ -15,10 +16,10 @@
 namespace tarnex {
 namespace {
 
-std::string JoinArguments(int argc, char** argv) {
+std::string Joined(const std::vector<std::string>& words) {
     std::string joined;
-    for (int i = 1; i < argc; ++i)
-        joined += (i > 1 ? " " : "") + std::string(argv[i]);
+    for (std::size_t i = 0; i < words.size(); ++i)
+        joined += (i > 0 ? " " : "") + words[i];
     return joined;
 }
 
@@ -26,7 +27,7 @@ void Echo(const std::string& list, const Text& line) {
     std::fputs(EchoLine(list, line).c_str(), stderr);
 }
 
-int Run(int argc, char** argv) {
+int Run(const std::vector<std::string>& arguments) {
     Machine machine("tarnexcomm");
     AsioLoop& loop = machine.loop;
     AsioDatagramSockets sockets(loop, machine.settings.bind_address);
@@ -64,7 +65,7 @@ int Run(int argc, char** argv) {
                         .end_process = [&loop] { loop.Stop(); },
                         .status = status.Possible() ? &status : nullptr,
                         .process_id = ThisProcess()});
-    service.Form_Load(JoinArguments(argc, argv));
+    service.Form_Load(Joined(arguments));
     loop.Run();
     return exit_status;
 }
@@ -73,5 +74,5 @@ int Run(int argc, char** argv) {
 } // namespace tarnex
 
 int main(int argc, char** argv) {
-    return tarnex::Run(argc, argv);
+    return tarnex::Run(tarnex::ProgramArguments(argc, argv));
 }

@@ -1,6 +1,7 @@
 // tarnexctl, the operator's command: hands the world to the command line.
 
 #include "adapters/sqlite/sqlite_log_files.h"
+#include "adapters/system/arguments.h"
 #include "adapters/system/environment.h"
 #include "adapters/system/file_settings_store.h"
 #include "adapters/system/folder_owner.h"
@@ -67,5 +68,5 @@ int main(int argc, char** argv) {
         .is_service = [](long process) { return ProcessRuns(process, "tarnexcomm"); }};
     if (StandardInputIsTerminal())
         world.ask = AskOnTerminal;
-    return RunTarnexctl({argv + 1, argv + argc}, world);
+    return RunTarnexctl(ProgramArguments(argc, argv), world);
 }
