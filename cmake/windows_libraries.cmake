@@ -1,5 +1,6 @@
 # The libraries for a build by mingw.cmake: those of which headers are all, as Debian installs them for
-# this machine. /usr/include as a whole would bring the headers of its C library.
+# this machine, and SQLite by its source. /usr/include as a whole would bring the headers of its C
+# library.
 
 set(headers ${CMAKE_BINARY_DIR}/library-headers)
 file(MAKE_DIRECTORY ${headers})
@@ -19,3 +20,20 @@ endforeach()
 add_library(tarnex_asio INTERFACE)
 target_include_directories(tarnex_asio SYSTEM INTERFACE ${headers})
 target_link_libraries(tarnex_asio INTERFACE ws2_32 mswsock)
+
+# Into the program, which so needs no library beside it.
+set(sqlite ${CMAKE_BINARY_DIR}/sqlite)
+if(NOT EXISTS ${sqlite}/sqlite3.c)
+    message(STATUS "Fetching the source of SQLite")
+    execute_process(COMMAND ${CMAKE_CURRENT_LIST_DIR}/sqlite-amalgamation ${sqlite}
+        COMMAND_ERROR_IS_FATAL ANY)
+endif()
+enable_language(C)
+add_library(tarnex_sqlite STATIC ${sqlite}/sqlite3.c)
+target_include_directories(tarnex_sqlite SYSTEM PUBLIC ${sqlite})
+target_compile_options(tarnex_sqlite PRIVATE -O2)
+# One thread uses a database; what the programs do not use costs size.
+target_compile_definitions(tarnex_sqlite PRIVATE SQLITE_THREADSAFE=2 SQLITE_DEFAULT_MEMSTATUS=0
+    SQLITE_OMIT_LOAD_EXTENSION SQLITE_OMIT_DEPRECATED SQLITE_OMIT_SHARED_CACHE
+    SQLITE_OMIT_PROGRESS_CALLBACK SQLITE_OMIT_TRACE)
+add_library(SQLite::SQLite3 ALIAS tarnex_sqlite)

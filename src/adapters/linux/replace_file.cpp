@@ -16,6 +16,8 @@ namespace tarnex {
 
 namespace {
 
+constexpr mode_t kNewFileMode = 0640;
+
 bool WriteNew(const std::string& path, std::string_view content) {
     unlink(path.c_str());
     const UniqueFd file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
@@ -31,6 +33,14 @@ std::string ReplaceFile(const std::string& path, std::string_view content) {
     const std::string problem = std::strerror(errno);
     unlink(successor.c_str());
     return problem;
+}
+
+// link() takes nobody's place, as rename() would.
+std::string PlaceNewFile(const std::string& file, const std::string& path) {
+    if (chmod(file.c_str(), kNewFileMode) != 0 || link(file.c_str(), path.c_str()) != 0)
+        return std::strerror(errno);
+    unlink(file.c_str());
+    return "";
 }
 
 void RemoveFile(const std::string& path) {

@@ -2,21 +2,16 @@
 
 #include "adapters/sqlite/sqlite_handles.h"
 #include "adapters/sqlite/sqlite_log_table.h"
+#include "adapters/system/replace_file.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
-
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace tarnex {
 
 namespace {
 
 constexpr int kPatienceMs = 2000; // for another program's lock
-constexpr mode_t kMode = 0640;    // people's messages; who may read the settings may read them
 
 // clang-format off
 constexpr Explanation kExplanations[] = {
@@ -118,14 +113,13 @@ std::string SqliteLogFiles::Create(const std::string& path, const std::string& s
     if (std::filesystem::exists(path, error))
         return path + " is there already and stays as it is";
     const std::string draft = path + ".new";
-    std::filesystem::remove(draft, error);
+    RemoveFile(draft);
     std::string problem = Build(draft, schema);
     if (problem.empty())
         problem = WritingProblem(draft); // the service must be able to use it
-    if (problem.empty() &&
-        (chmod(draft.c_str(), kMode) != 0 || link(draft.c_str(), path.c_str()) != 0))
-        problem = std::strerror(errno);
-    std::filesystem::remove(draft, error);
+    if (problem.empty()) // people's messages: who may read the settings may read them
+        problem = PlaceNewFile(draft, path);
+    RemoveFile(draft);
     return problem.empty() ? "" : path + " cannot be made: " + problem;
 }
 

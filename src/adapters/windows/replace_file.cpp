@@ -46,6 +46,12 @@ std::string ReplaceFile(const std::string& path, std::string_view content) {
     return WordsFor(problem).english;
 }
 
+std::string PlaceNewFile(const std::string& file, const std::string& path) {
+    if (MoveFileExW(ToWide(file).c_str(), ToWide(path).c_str(), MOVEFILE_WRITE_THROUGH))
+        return "";
+    return WordsFor(LastError()).english;
+}
+
 void RemoveFile(const std::string& path) {
     DeleteFileW(ToWide(path).c_str());
 }
