@@ -56,8 +56,9 @@ std::string_view AdviceAfterRefusal(SmtpDoubt doubt, bool logs_in) {
 } // namespace
 
 MailSender::MailSender(Clock& clock, TcpClients& tcp, const MyIniFile& ini,
-                       const CodePage& code_page, OperatorNotices& notices)
-    : clock_(clock), ini_(ini), code_page_(code_page), notices_(notices),
+                       const CodePage& code_page, OperatorNotices& notices,
+                       MessageObserver& messages)
+    : clock_(clock), ini_(ini), code_page_(code_page), notices_(notices), messages_(messages),
       Winsock1_(tcp.Create({.connected = [] {}, // the server speaks first
                             .received = [this](std::string_view bytes) { OnReply(bytes); },
                             .ended = [this](const TcpEnd& end) { OnEnded(end); }})),
@@ -79,20 +80,39 @@ void MailSender::Unload() {
 }
 
 void MailSender::InitEmailFifo() {
-    fifo_.Clear();
+    EndHandedOver(Fate::kSent);
+    Drop(std::exchange(CurrentMail_, {}));
+    while (!fifo_.Empty())
+        Drop(fifo_.Pop());
     BusyTicks_ = -1;
     ReadyForNext_ = true;
 }
 
-void MailSender::dSetEmailFifo(const Text& text) {
+void MailSender::dSetEmailFifo(const Text& text, const MessageOrigin& origin) {
     if (!loaded_)
         Load();
-    if (!fifo_.Push(text))
+    const MessageId id =
+        messages_.Queued({.way = MessageWay::kMail, .number = {}, .text = text, .origin = origin});
+    Push({.text = text, .id = id});
+}
+
+void MailSender::Push(Waiting mail) {
+    if (const auto oldest = fifo_.Push(std::move(mail))) {
         ++dropped_;
+        messages_.Ended(oldest->id, Fate::kPushedOut);
+    }
 }
 
 Text MailSender::GetEmailFifo() {
-    return fifo_.Empty() ? Text(kNoData) : fifo_.Pop();
+    if (fifo_.Empty())
+        return Text(kNoData);
+    CurrentMail_ = fifo_.Pop();
+    return CurrentMail_.text;
+}
+
+void MailSender::Drop(const Waiting& mail) {
+    if (mail.id != 0)
+        messages_.Ended(mail.id, Fate::kDropped);
 }
 
 void MailSender::MailSenderTimer_Timer() {
@@ -102,14 +122,13 @@ void MailSender::MailSenderTimer_Timer() {
         GiveUpForNow();
     if (!ReadyForNext_)
         return;
-    const Text text = GetEmailFifo();
-    if (text == kNoData) {
+    if (GetEmailFifo() == kNoData) {
+        Drop(std::exchange(CurrentMail_, {}));
         BusyTicks_ = -1;
         return;
     }
     ReadyForNext_ = false;
-    CurrentMail_ = text;
-    SendOut(CurrentMail_);
+    SendOut();
     BusyTicks_ = 0;
 }
 
@@ -117,7 +136,7 @@ void MailSender::GiveUpForNow() {
     const SmtpRule& rule = RuleOf(SendStep_);
     Fail("no answer in time to " + std::string(rule.waits_for),
          u"服务器没有及时应答：" + Text(rule.waits_for_chinese), kCheckNetwork);
-    dSetEmailFifo(CurrentMail_);
+    Push(std::exchange(CurrentMail_, {}));
     BusyTicks_ = 0;
     ReadyForNext_ = true;
 }
@@ -128,18 +147,29 @@ void MailSender::LoadMailSettings() {
         failing_ = false; // what fails with the new settings is worth a new line
 }
 
-void MailSender::SendOut(const Text& text) {
+void MailSender::SendOut() {
+    EndHandedOver(Fate::kSent);
     LoadMailSettings();
-    Send({.server = settings_.SmtpServer,
-          .from = settings_.MailFrom,
-          .to = settings_.MailTo,
-          .user = settings_.MailAuth ? settings_.SmtpUser : Text(),
-          .password = settings_.SmtpPassword,
-          .subject = Text(kSubjectStart) + text,
-          .body = text});
+    queued_mail_ = true;
+    messages_.Attempting(CurrentMail_.id);
+    StartDialogue({.server = settings_.SmtpServer,
+                   .from = settings_.MailFrom,
+                   .to = settings_.MailTo,
+                   .user = settings_.MailAuth ? settings_.SmtpUser : Text(),
+                   .password = settings_.SmtpPassword,
+                   .subject = Text(kSubjectStart) + CurrentMail_.text,
+                   .body = CurrentMail_.text});
 }
 
 void MailSender::Send(MailParts mail) {
+    EndHandedOver(Fate::kSent);
+    if (queued_mail_ && CurrentMail_.id != 0 && !attempt_failed_)
+        messages_.Attempted(CurrentMail_.id, u"stopped for another mail");
+    queued_mail_ = false;
+    StartDialogue(std::move(mail));
+}
+
+void MailSender::StartDialogue(MailParts mail) {
     mail_ = std::move(mail);
     if (display_)
         display_->ShowMail(mail_);
@@ -167,6 +197,7 @@ void MailSender::OnReply(std::string_view reply) {
     Fail("it answered " + Quote(answer) + " to " + std::string(rule.waits_for),
          u"服务器不接受" + Text(rule.waits_for_chinese) + u"：" + FirstLine(answer),
          AdviceAfterRefusal(rule.doubt, !mail_.user.empty()));
+    EndHandedOver(Fate::kGivenUp);
 }
 
 void MailSender::TakeStep(const SmtpRule& rule) {
@@ -185,11 +216,25 @@ void MailSender::TakeStep(const SmtpRule& rule) {
     if (rule.done)
         ReadyForNext_ = true;
     if (SendStep_ == SmtpStep::kData)
-        ++sent_;
+        HandedOver();
     if (SendStep_ == SmtpStep::kContent)
         Confirmed();
     SendStep_ = mail_.user.empty() ? rule.next_without_user : rule.next;
     ShowProgress(rule.status);
+}
+
+void MailSender::HandedOver() {
+    ++sent_;
+    const Waiting mail = std::exchange(CurrentMail_, {}); // the next one may start
+    if (queued_mail_)
+        handed_over_ = mail.id;
+    else
+        Drop(mail); // the mail that was sent instead has taken its turn
+}
+
+void MailSender::EndHandedOver(Fate fate) {
+    if (const MessageId id = std::exchange(handed_over_, 0))
+        messages_.Ended(id, fate);
 }
 
 void MailSender::OnEnded(const TcpEnd& end) {
@@ -202,9 +247,13 @@ void MailSender::OnEnded(const TcpEnd& end) {
         Fail(end.why + " before the answer to " + std::string(rule.waits_for),
              u"等待服务器应答（" + Text(rule.waits_for_chinese) + u"）时：" + chinese,
              kCheckNetwork);
+    EndHandedOver(Fate::kSent);
 }
 
 void MailSender::Confirmed() {
+    if (handed_over_ != 0)
+        messages_.Attempted(handed_over_, u"accepted");
+    EndHandedOver(Fate::kSent);
     failing_ = false;
     ShowProblem(u"");
     notices_.Report("mail", "", "Mail works again.");
@@ -216,6 +265,8 @@ void MailSender::Fail(const std::string& why, const Text& chinese, std::string_v
     ShowProblem(TimeText(clock_.Calendar()) + u" " + chinese);
     attempt_failed_ = true;
     ++failed_attempts_;
+    if (const MessageId id = handed_over_ != 0 ? handed_over_ : queued_mail_ ? CurrentMail_.id : 0)
+        messages_.Attempted(id, FromUtf8(why));
     last_problem_ = "server " + Quote(mail_.server) + ": " + why;
     // Later attempts may fail in changing words; one line is enough until mails work again.
     if (!failing_)

@@ -42,13 +42,12 @@ class MailSender : public EmailFifo {
   public:
     // Everything handed in must outlive it. It works from now on.
     MailSender(Clock& clock, TcpClients& tcp, const MyIniFile& ini, const CodePage& code_page,
-               OperatorNotices& notices);
+               OperatorNotices& notices, MessageObserver& messages);
 
     // The text becomes the body and the end of the subject. At most 400 texts wait.
-    void dSetEmailFifo(const Text& text) override;
-    // Sends one text now, instead of what is being sent, by the settings as they are now.
-    void SendOut(const Text& text);
-    // Sends this mail now, instead of what is being sent.
+    void dSetEmailFifo(const Text& text, const MessageOrigin& origin = {}) override;
+    // Sends this mail now, instead of what is being sent. No observer hears of it: it was never
+    // queued.
     void Send(MailParts mail);
     // Stops, and forgets what is queued; the next text to be queued begins anew.
     void Unload();
@@ -59,9 +58,22 @@ class MailSender : public EmailFifo {
     MailStatus Status() const;
 
   private:
+    struct Waiting {
+        Text text;
+        MessageId id = 0;
+    };
+
     void Load();
     void InitEmailFifo();
+    void Push(Waiting mail);
     Text GetEmailFifo();
+    void Drop(const Waiting& mail);
+    // Sends the current text now, by the settings as they are now.
+    void SendOut();
+    void StartDialogue(MailParts mail);
+    void HandedOver();
+    // Of the mail that was handed over last, unless it has one.
+    void EndHandedOver(Fate fate);
     // Of one moment, so that a server never meets the password of another one.
     void LoadMailSettings();
     void MailSenderTimer_Timer();
@@ -79,17 +91,20 @@ class MailSender : public EmailFifo {
     const MyIniFile& ini_;
     const CodePage& code_page_;
     OperatorNotices& notices_;
+    MessageObserver& messages_;
     MailDisplay* display_ = nullptr;
     std::unique_ptr<TcpClient> Winsock1_;
     Timer MailSenderTimer_;
     TimerList timers_;
     bool loaded_ = false;
 
-    RingFifo<401> fifo_;
-    int BusyTicks_ = -1;       // ticks since the last accepted reply; -1: no mail in flight
-    bool ReadyForNext_ = true; // the timer may take the next text
-    Text CurrentMail_;         // the text in flight
-    MailParts mail_;           // as it is being sent
+    RingFifo<401, Waiting> fifo_;
+    int BusyTicks_ = -1;        // ticks since the last accepted reply; -1: no mail in flight
+    bool ReadyForNext_ = true;  // the timer may take the next text
+    Waiting CurrentMail_;       // the text in flight
+    bool queued_mail_ = false;  // what is being sent is that text
+    MessageId handed_over_ = 0; // its content waits for the server's word; 0 for none
+    MailParts mail_;            // as it is being sent
     SmtpStep SendStep_ = SmtpStep::kGreeting;
     MailSettings settings_;
 

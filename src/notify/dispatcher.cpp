@@ -4,6 +4,26 @@
 
 namespace tarnex {
 
+namespace {
+
+TextView ReasonOf(HeldBack reason) {
+    switch (reason) {
+    case HeldBack::kFlag:
+        return u"not for SMS";
+    case HeldBack::kQuietTime:
+        return u"quiet time";
+    case HeldBack::kNoUnit:
+        return u"unit-link is off";
+    case HeldBack::kSendCount:
+        return u"send-count is 0";
+    case HeldBack::kNumberOff:
+        return u"the number is off";
+    }
+    return u"";
+}
+
+} // namespace
+
 void Dispatcher::DispatchEvent(TextView record) {
     const NotificationPlan plan =
         Plan(ParsedRecord(record), parts_.settings, parts_.clock.Calendar());
@@ -11,8 +31,9 @@ void Dispatcher::DispatchEvent(TextView record) {
     ListEvent(record, plan.event);
     ++totals_.Events;
     totals_.HeldByQuiet += plan.HeldByQuietTime();
+    const MessageOrigin origin{.record = Text(record)};
     if (plan.mail) {
-        parts_.mail.dSetEmailFifo(*plan.mail);
+        parts_.mail.dSetEmailFifo(*plan.mail, origin);
         parts_.lists.mList1Additem(u"Email:" + plan.text);
     }
     parts_.lists.mList1Additem(u"Log:" + plan.text);
@@ -21,7 +42,19 @@ void Dispatcher::DispatchEvent(TextView record) {
         for (const Text& piece : plan.pieces)
             for (const auto& number : plan.numbers)
                 if (number.Gets())
-                    QueueSMS(number.recipient + piece);
+                    QueueSMS(number.recipient + piece, origin);
+    TellHeldBack(plan, origin);
+}
+
+void Dispatcher::TellHeldBack(const NotificationPlan& plan, const MessageOrigin& origin) {
+    for (const auto& number : plan.numbers)
+        if (!number.Gets() && number.held_back.front() != HeldBack::kFlag)
+            for (const Text& piece : plan.pieces)
+                parts_.messages.HeldBack({.way = MessageWay::kSMS,
+                                          .number = TextView(&number.recipient, 1),
+                                          .text = piece,
+                                          .origin = origin},
+                                         ReasonOf(number.held_back.front()));
 }
 
 void Dispatcher::ListEvent(TextView record, const EventRecord& e) {
@@ -42,8 +75,8 @@ void Dispatcher::ListEvent(TextView record, const EventRecord& e) {
     list(u"Memo:", e.Memo);
 }
 
-void Dispatcher::QueueSMS(const Text& entry) {
-    parts_.queue.QueueSMS(entry);
+void Dispatcher::QueueSMS(const Text& entry, const MessageOrigin& origin) {
+    parts_.queue.QueueSMS(entry, origin);
     parts_.lists.mList1Additem(u"SMS" + entry.substr(0, 1) + u":" + entry.substr(1));
 }
 

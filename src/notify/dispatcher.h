@@ -12,7 +12,7 @@ class EmailFifo {
   public:
     virtual ~EmailFifo() = default;
     // Queues one line of text. A full queue drops its oldest.
-    virtual void dSetEmailFifo(const Text& text) = 0;
+    virtual void dSetEmailFifo(const Text& text, const MessageOrigin& origin) = 0;
 };
 
 // Carries out the plan of each event.
@@ -25,6 +25,7 @@ class Dispatcher {
         EmailFifo& mail;
         LogWriter& log;
         DebugLists& lists;
+        MessageObserver& messages;
     };
     // Since the start of the program.
     struct Counts {
@@ -42,7 +43,8 @@ class Dispatcher {
   private:
     // Lists a record and the fields of the event that it was parsed to.
     void ListEvent(TextView record, const EventRecord& event);
-    void QueueSMS(const Text& entry);
+    void QueueSMS(const Text& entry, const MessageOrigin& origin);
+    void TellHeldBack(const NotificationPlan& plan, const MessageOrigin& origin);
 
     Parts parts_;
     Counts totals_;

@@ -1,5 +1,7 @@
 #include "notify/sms_queue.h"
 
+#include <utility>
+
 namespace tarnex {
 
 namespace {
@@ -27,18 +29,29 @@ void SMSQueue::Reset() {
 
 void SMSQueue::ClearSMSFifo() {
     totals_.DroppedByReset += SMSFifo_.Size() + (SMSHeldEntry_.empty() ? 0 : 1);
-    SMSFifo_.Clear();
-    SMSHeldEntry_.clear();
+    EndHeld(Fate::kDropped);
+    while (!SMSFifo_.Empty())
+        parts_.messages.Ended(SMSFifo_.Pop().id, Fate::kDropped);
     SendErrorCount_ = 0;
 }
 
-void SMSQueue::QueueSMS(const Text& entry) {
-    if (!SMSFifo_.Push(entry))
+void SMSQueue::QueueSMS(const Text& entry, const MessageOrigin& origin) {
+    const MessageId id = parts_.messages.Queued({.way = MessageWay::kSMS,
+                                                 .number = TextView(entry).substr(0, 1),
+                                                 .text = TextView(entry).substr(!entry.empty()),
+                                                 .origin = origin});
+    if (const auto oldest = SMSFifo_.Push({.entry = entry, .id = id})) {
         ++totals_.PushedOut;
+        parts_.messages.Ended(oldest->id, Fate::kPushedOut);
+    }
 }
 
 Text SMSQueue::mGetSMSFifo() {
-    return SMSFifo_.Empty() ? Text(kNoSMS) : SMSFifo_.Pop();
+    if (SMSFifo_.Empty())
+        return Text(kNoSMS);
+    const Waiting oldest = SMSFifo_.Pop();
+    held_id_ = oldest.id;
+    return oldest.entry;
 }
 
 void SMSQueue::mCmdSend_Click() {
@@ -63,6 +76,7 @@ Task<> SMSQueue::mSMSSendTimer_Timer() {
     const int recipient = LeadingInt16(SMSHeldEntry_.substr(0, 1)).value_or(0);
     const Text text = SMSHeldEntry_.substr(1);
     parts_.sender.SetSMSLostTime(kSMSLostTime);
+    parts_.messages.Attempting(held_id_);
     const Text answer = co_await parts_.sender.SendSMS(text, recipient);
     if (guard.Lost())
         co_return;
@@ -76,6 +90,14 @@ void SMSQueue::TakeNextEntry() {
     SMSHeldEntry_ = mGetSMSFifo();
     if (SMSHeldEntry_ == kNoSMS)
         SMSHeldEntry_.clear();
+    if (SMSHeldEntry_.empty())
+        EndHeld(Fate::kDropped); // what says nothing
+}
+
+void SMSQueue::EndHeld(Fate fate) {
+    SMSHeldEntry_.clear();
+    if (const MessageId id = std::exchange(held_id_, 0))
+        parts_.messages.Ended(id, fate);
 }
 
 void SMSQueue::HandedOver() {
@@ -85,6 +107,7 @@ void SMSQueue::HandedOver() {
 
 void SMSQueue::NotTaken(const Text& answer) {
     last_result_ = answer;
+    parts_.messages.Attempted(held_id_, answer);
     ++totals_.Refused;
     Log(u"发送到 Tarnex失败");
     Log(u"系统返回:" + answer);
@@ -104,6 +127,7 @@ void SMSQueue::mSMSSendChkTimer_Timer() {
         return;
     }
     last_result_ = answer;
+    parts_.messages.Attempted(held_id_, answer);
     if (answer == u"SendOK")
         Sent();
     else if (answer == u"SendFail" || answer == u"SendLost")
@@ -132,14 +156,14 @@ void SMSQueue::NotSent(const Text& answer) {
 void SMSQueue::CountSendError(bool succeeded) {
     if (succeeded) {
         SendErrorCount_ = 0;
-        SMSHeldEntry_.clear();
+        EndHeld(Fate::kSent);
         return;
     }
     ++SendErrorCount_;
     Log(u"发送错误次数:" + ToText(SendErrorCount_));
     if (SendErrorCount_ == kSendErrorLimit) {
         SendErrorCount_ = 0;
-        SMSHeldEntry_.clear();
+        EndHeld(Fate::kGivenUp);
         ++totals_.GivenUp;
         Log(u"已达到最大发送错误次数，算了吧");
     }

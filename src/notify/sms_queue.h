@@ -3,6 +3,7 @@
 #include "device/sms_modem.h"
 #include "events/notification_plan.h"
 #include "logging/debug_lists.h"
+#include "notify/message_observer.h"
 #include "notify/unit_state.h"
 #include "platform/ring_fifo.h"
 #include "platform/timer.h"
@@ -31,6 +32,7 @@ class SMSQueue {
         UnitState& unit;
         SMSSender& sender;
         DebugLists& lists;
+        MessageObserver& messages;
         std::function<bool()> may_send; // false: entries wait
         // Starts the whole service over with the unit; calls Reset().
         std::function<void()> reset_unit_state;
@@ -53,7 +55,7 @@ class SMSQueue {
     // What starting over with the unit does: empties the queue, and stops both timers until the
     // unit is ready.
     void Reset();
-    void QueueSMS(const Text& entry);
+    void QueueSMS(const Text& entry, const MessageOrigin& origin = {});
     // Takes the oldest entry out, or returns kNoSMS.
     Text mGetSMSFifo();
     // Queues a fixed text for the first number, to try the way out.
@@ -84,11 +86,17 @@ class SMSQueue {
     void Sent();
     void NotSent(const Text& answer);
     void CountSendError(bool succeeded);
+    void EndHeld(Fate fate);
     void Log(const Text& line) { parts_.lists.mList4Additem(line); }
 
     Parts parts_;
-    RingFifo<kSMSFifoSize + 1> SMSFifo_;
+    struct Waiting {
+        Text entry;
+        MessageId id = 0;
+    };
+    RingFifo<kSMSFifoSize + 1, Waiting> SMSFifo_;
     Text SMSHeldEntry_;
+    MessageId held_id_ = 0;  // of the held entry; 0 when there is none
     int SendErrorCount_ = 0; // of the held entry
     Text last_result_;
     Counts totals_;

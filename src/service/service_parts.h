@@ -1,5 +1,6 @@
 #pragma once
 
+#include "history/message_ledger.h"
 #include "mail/mail_sender.h"
 #include "platform/service_controller.h"
 #include "platform/status_sink.h"
@@ -53,6 +54,7 @@ struct ServiceParts {
     MyIniFile ini{world.settings_store, world.code_page};
     Settings settings{};
     UnitState unit{};
+    MessageLedger messages{};
     LogWriter log{world.clock, world.log_table, notices};
     TarnexCore core{{.clock = world.clock,
                      .ports = world.serial_ports,
@@ -61,11 +63,12 @@ struct ServiceParts {
                      .lists = lists,
                      .notices = notices,
                      .hardware_lost = [this] { connection.SetToResearch(); }}};
-    MailSender mail{world.clock, world.tcp, ini, world.code_page, notices};
+    MailSender mail{world.clock, world.tcp, ini, world.code_page, notices, messages};
     SMSQueue queue{{.clock = world.clock,
                     .unit = unit,
                     .sender = core.sms,
                     .lists = lists,
+                    .messages = messages,
                     .may_send = [this] { return window.mChkSMSSendEnable.Checked(); },
                     .reset_unit_state = hooks.reset_unit_state}};
     SMSMsgCodec codec{world.clock, ini};
@@ -74,7 +77,8 @@ struct ServiceParts {
                            .queue = queue,
                            .mail = mail,
                            .log = log,
-                           .lists = lists}};
+                           .lists = lists,
+                           .messages = messages}};
     ControlLink link{{.clock = world.clock,
                       .sockets = world.sockets,
                       .code_page = world.code_page,

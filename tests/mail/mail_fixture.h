@@ -1,5 +1,6 @@
 #pragma once
 
+#include "history/message_ledger.h"
 #include "service/mail_window.h"
 #include "tests/world.h"
 
@@ -11,6 +12,12 @@ struct MailFixture : WorldTest, FormObserver {
         tcp.Serve("smtp.example", 25, sink);
         Set(u"smtp.example");
         form.Observe(this);
+    }
+
+    // Everything that was queued has a fate, or waits; at most one for the server's word.
+    ~MailFixture() override {
+        const MailStatus status = mail.Status();
+        EXPECT_LE(messages.Waiting().size() - status.queued - status.in_flight, 1u);
     }
 
     // Settings with that server; user and password are there, used only when auth is "1".
@@ -50,7 +57,8 @@ struct MailFixture : WorldTest, FormObserver {
     void FormChanged() override {}
 
     MailSink sink;
-    MailSender mail{clock, tcp, ini, code_page, notices};
+    MessageLedger messages;
+    MailSender mail{clock, tcp, ini, code_page, notices, messages};
     MailWindow form{mail, clock};
     std::vector<Text> statuses; // every text of StatusTxt
 };

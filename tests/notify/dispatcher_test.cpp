@@ -37,6 +37,7 @@ TEST_F(DispatcherTest, WhatIsHeldBackIsLoggedAndCounted) {
     EXPECT_TRUE(QueuedSMS().empty() && mails.empty());
     EXPECT_EQ(table.Rows.size(), 2u);
     EXPECT_EQ(dispatcher.Totals(), (Dispatcher::Counts{.Events = 2, .HeldByQuiet = 1}));
+    EXPECT_EQ(messages.Count(Fate::kHeldBack), 2u); // for each number
 }
 
 TEST_F(DispatcherTest, ARepetitionQueuesTheWholeSetAgain) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "history/message_ledger.h"
 #include "notify/dispatcher.h"
 #include "tests/world.h"
 
@@ -38,13 +39,20 @@ struct NotifyRig : WorldTest, EmailFifo {
         settings.SendCount = 1;
         settings.SwitchCheck42 = true;
     }
-    void dSetEmailFifo(const Text& text) override { mails.push_back(text); }
+    // Everything that was queued has a fate, or waits.
+    ~NotifyRig() override {
+        EXPECT_EQ(messages.Waiting().size(), queue.Length() + !queue.HeldEntry().empty());
+        EXPECT_EQ(messages.Count(Fate::kSent), queue.Totals().Sent);
+        EXPECT_EQ(messages.Count(Fate::kGivenUp), queue.Totals().GivenUp);
+    }
+    void dSetEmailFifo(const Text& text, const MessageOrigin&) override { mails.push_back(text); }
 
     // Takes everything out of the SMS queue.
     Texts QueuedSMS() {
         Texts entries;
-        for (Text entry; (entry = queue.mGetSMSFifo()) != kNoSMS;)
-            entries.push_back(entry);
+        for (const auto& [id, message] : messages.Waiting())
+            entries.push_back(message.number + message.text);
+        queue.Reset();
         return entries;
     }
 
@@ -54,10 +62,12 @@ struct NotifyRig : WorldTest, EmailFifo {
     Texts mails;
     int resets = 0;
     bool may_send = true;
+    MessageLedger messages;
     SMSQueue queue{{.clock = clock,
                     .unit = state,
                     .sender = modem,
                     .lists = lists,
+                    .messages = messages,
                     .may_send = [this] { return may_send; },
                     .reset_unit_state =
                         [this] {
@@ -69,7 +79,8 @@ struct NotifyRig : WorldTest, EmailFifo {
                            .queue = queue,
                            .mail = *this,
                            .log = log,
-                           .lists = lists}};
+                           .lists = lists,
+                           .messages = messages}};
 };
 
 } // namespace tarnex
