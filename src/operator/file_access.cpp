@@ -1,8 +1,9 @@
 #include "operator/file_access.h"
 
+#include "platform/file_path.h"
+
 #include <algorithm>
 #include <cerrno>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <span>
@@ -61,18 +62,18 @@ const Remedy& RemedyOf(std::error_code why, std::span<const Remedy> table, const
 
 std::error_code ReadingProblem(const std::string& path) {
     std::error_code problem;
-    const fs::file_status status = fs::status(path, problem);
+    const fs::file_status status = fs::status(ToPath(path), problem);
     if (!fs::exists(status))
         return problem ? problem : std::make_error_code(std::errc::no_such_file_or_directory);
     if (!fs::is_regular_file(status))
         return std::make_error_code(std::errc::is_a_directory);
     errno = 0;
-    const std::ifstream file(path);
+    const std::ifstream file(ToPath(path));
     return file ? std::error_code() : std::error_code(errno, std::generic_category());
 }
 
 std::string ReadWholeFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(ToPath(path), std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 

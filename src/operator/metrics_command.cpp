@@ -1,9 +1,9 @@
 #include "operator/commands.h"
 #include "operator/status_reading.h"
 #include "operator/text_output.h"
+#include "platform/file_path.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <ostream>
 #include <sstream>
 
@@ -149,7 +149,7 @@ ExitStatus ShowMetrics(OperatorWorld& world, const std::string& output) {
     const auto acting = world.owners.ActFor(output, "");
     // A new file would take the place of what that is for everybody.
     std::error_code error;
-    const fs::file_status there = fs::symlink_status(output, error);
+    const fs::file_status there = fs::symlink_status(ToPath(output), error);
     if (fs::exists(there) && !fs::is_regular_file(there))
         throw Failure(kExitCannotCreate, output + " is no ordinary file, and stays as it is; leave "
                                                   "--output out for standard output");

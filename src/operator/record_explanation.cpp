@@ -3,10 +3,10 @@
 #include "mail/server_address.h"
 #include "operator/moment.h"
 #include "platform/calendar_text.h"
+#include "platform/file_path.h"
 #include "settings/load_settings.h"
 
 #include <algorithm>
-#include <filesystem>
 
 namespace tarnex {
 
@@ -111,7 +111,7 @@ class Explainer {
         const std::string path = ToUtf8(settings_.LogPath);
         way.reasons = {"a row goes to " + path};
         std::error_code error;
-        if (!std::filesystem::exists(path, error) && !error)
+        if (!std::filesystem::exists(ToPath(path), error) && !error)
             way.reasons.push_back("but that file is not there, so the row is lost");
         return way;
     }

@@ -3,9 +3,9 @@
 #include "operator/setting_catalog.h"
 #include "operator/suggestion.h"
 #include "platform/calendar_text.h"
+#include "platform/file_path.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <set>
 
 namespace tarnex {
@@ -165,7 +165,7 @@ class Checker {
             Warn("mail-password"_setting, "is not used, since mail-login is off");
         namespace fs = std::filesystem;
         std::error_code unknown;
-        const fs::perms rights = fs::status(file_.Path(), unknown).permissions();
+        const fs::perms rights = fs::status(ToPath(file_.Path()), unknown).permissions();
         if (!unknown && !Empty("mail-password"_setting) &&
             (rights & fs::perms::others_read) != fs::perms())
             Warn("mail-password"_setting,
@@ -179,7 +179,7 @@ class Checker {
         std::error_code error;
         if (path.empty())
             Warn("log-database"_setting, "is empty, so no log is kept");
-        else if (!std::filesystem::exists(path, error) && !error)
+        else if (!std::filesystem::exists(ToPath(path), error) && !error)
             Warn("log-database"_setting, "names " + path +
                                              ", which is not there, so rows are lost; make "
                                              "it with: tarnexctl log create");

@@ -5,10 +5,10 @@
 #include "operator/settings_file.h"
 #include "operator/setup_questions.h"
 #include "operator/text_output.h"
+#include "platform/file_path.h"
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
 #include <iomanip>
 #include <ostream>
 
@@ -29,7 +29,7 @@ std::string ReadData(const OperatorWorld& world, const std::string& path) {
 
 bool Exists(const std::string& path) {
     std::error_code error;
-    return fs::exists(path, error);
+    return fs::exists(ToPath(path), error);
 }
 
 void RefuseToOverwrite(const std::string& path) {
@@ -85,13 +85,13 @@ void MakeFolders(const OperatorWorld& world, const fs::path& folder) {
     if (!folder.empty())
         fs::create_directories(folder, error);
     if (error)
-        throw CannotWrite(world.words, "folder " + folder.string(), error);
+        throw CannotWrite(world.words, "folder " + FromPath(folder), error);
 }
 
 void KeepOld(const OperatorWorld& world, const std::string& path) {
     std::error_code error;
     const std::string old = path + ".old";
-    fs::copy_file(path, old, fs::copy_options::overwrite_existing, error);
+    fs::copy_file(ToPath(path), ToPath(old), fs::copy_options::overwrite_existing, error);
     if (error)
         throw CannotWrite(world.words, "copy " + old, error);
 }
@@ -109,7 +109,7 @@ bool StillTheSample(const OperatorWorld& world, const std::string& sample_path) 
 void WriteSettings(const OperatorWorld& world, const std::string& content, bool replace) {
     const std::string& path = world.settings_path;
     const auto acting = world.owners.ActFor(path, "");
-    MakeFolders(world, fs::path(path).parent_path());
+    MakeFolders(world, ToPath(path).parent_path());
     if (replace && Exists(path))
         KeepOld(world, path);
     bool stands_there = false;
@@ -133,7 +133,7 @@ void MakeLog(const OperatorWorld& world, const std::string& path, const std::str
             world.err << "tarnexctl: warning: " << Printable(problem) << '\n';
         return;
     }
-    MakeFolders(world, fs::path(path).parent_path());
+    MakeFolders(world, ToPath(path).parent_path());
     const std::string problem = world.logs.Create(path, schema);
     if (!problem.empty())
         throw Failure(kExitCannotCreate, problem);
@@ -166,7 +166,7 @@ ExitStatus Setup(OperatorWorld& world, const SetupOptions& options) {
     const std::string schema = ReadData(world, world.data_folder + "/log-schema.sql");
     const std::string log_path =
         options.log_path.empty()
-            ? (fs::absolute(path).parent_path().parent_path() / "log.db").string()
+            ? FromPath(fs::absolute(ToPath(path)).parent_path().parent_path() / "log.db")
             : options.log_path;
     if (const std::string wrong = Objection("log-database"_setting, FromUtf8(log_path));
         !wrong.empty())

@@ -2,8 +2,7 @@
 
 #include "operator/file_access.h"
 #include "operator/text_output.h"
-
-#include <filesystem>
+#include "platform/file_path.h"
 
 namespace tarnex {
 
@@ -18,7 +17,7 @@ constexpr int kDeepest = 16;
 
 Json Parse(const std::string& path) {
     std::error_code error;
-    const bool too_long = std::filesystem::file_size(path, error) > kLongest;
+    const bool too_long = std::filesystem::file_size(ToPath(path), error) > kLongest;
     bool too_deep = false;
     Json json;
     if (!too_long)

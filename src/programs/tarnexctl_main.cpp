@@ -14,9 +14,9 @@
 #include "adapters/system/terminal.h"
 #include "adapters/system/this_system.h"
 #include "operator/command_line.h"
+#include "platform/file_path.h"
 #include "settings/load_settings.h"
 
-#include <filesystem>
 #include <iostream>
 #include <thread>
 
@@ -24,8 +24,8 @@ namespace {
 
 // Beside the folder of the program, wherever that was installed.
 std::string DataFolder() {
-    const std::filesystem::path program = tarnex::ThisProgram();
-    return (program.parent_path().parent_path() / "share/tarnexcomm").string();
+    const std::filesystem::path program = tarnex::ToPath(tarnex::ThisProgram());
+    return tarnex::FromPath(program.parent_path().parent_path() / "share/tarnexcomm");
 }
 
 std::unique_ptr<tarnex::CodePage> MakeCodePage(const std::string& name) {

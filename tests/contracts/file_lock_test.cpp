@@ -21,7 +21,7 @@ TEST(InstanceLock, HasOneHolderUntilThatIsGone) {
 
 TEST(InstanceLock, AnUnusableFileKeepsNobodyFromRunningButIsTold) {
     const TempFolder folder;
-    std::filesystem::create_directory(folder.Path("folder"));
+    std::filesystem::create_directory(ToPath(folder.Path("folder")));
     for (const auto& [name, problem] : {std::pair{"no/such/folder", "no such file or folder"},
                                         std::pair{"folder", "it is a folder"}}) {
         std::string told;
@@ -33,7 +33,7 @@ TEST(InstanceLock, AnUnusableFileKeepsNobodyFromRunningButIsTold) {
 }
 
 TEST(Process, IsKnownByNumberAndProgram) {
-    const std::string name = std::filesystem::path(ThisProgram()).stem().string();
+    const std::string name = ToPath(ThisProgram()).stem().string();
     EXPECT_TRUE(ProcessRuns(ThisProcess(), name));
     EXPECT_FALSE(ProcessRuns(ThisProcess(), "another"));
     EXPECT_FALSE(ProcessRuns(0, name));

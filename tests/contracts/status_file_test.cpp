@@ -2,8 +2,6 @@
 #include "adapters/system/status_file.h"
 #include "tests/temp_folder.h"
 
-#include <filesystem>
-
 #include <gtest/gtest.h>
 
 namespace tarnex {
@@ -23,15 +21,15 @@ TEST(StatusFile, IsReplacedWhole) {
     EXPECT_EQ(FileContent(path), "second");
     EXPECT_EQ(reader.file->ReadLine(), "a longer first text");
     file.Remove();
-    EXPECT_TRUE(fs::is_empty(folder.Path()));
+    EXPECT_TRUE(fs::is_empty(ToPath(folder.Path())));
 }
 
 TEST(StatusFile, SaysWhatStandsInTheWay) {
     const TempFolder folder;
-    fs::create_directory(folder / "status.json"); // cannot be renamed over
+    fs::create_directory(ToPath(folder / "status.json")); // cannot be renamed over
     StatusFile file(folder / "status.json");
     EXPECT_NE(file.Replace("x").find("status.json cannot be written ("), std::string::npos);
-    EXPECT_FALSE(fs::exists(folder / "status.json.new"));
+    EXPECT_FALSE(fs::exists(ToPath(folder / "status.json.new")));
     EXPECT_FALSE(StatusFile(folder / "none/status.json").Possible());
 }
 

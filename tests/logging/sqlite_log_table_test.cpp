@@ -99,14 +99,14 @@ TEST_F(SqliteLogTableTest, ColumnsAreFoundByPositionUnderAnyName) {
 TEST_F(SqliteLogTableTest, WhatCannotBeUsedIsSaidInPlainWords) {
     Has(table.Append(Row(u"")), "No log database is open");
     Has(Open(), path + " is missing: make it with \"tarnexctl log create\"");
-    EXPECT_FALSE(std::filesystem::exists(path));
+    EXPECT_FALSE(std::filesystem::exists(ToPath(path)));
 
     WriteFile(path, "");
     Has(Open(), "no table \"Log\"");
     WriteFile(path, std::string(5000, '\xA5'));
     Has(Open(), "not an SQLite database");
     Has(table.Open(FromUtf8(folder.Path())), "is a folder");
-    std::filesystem::remove(path);
+    std::filesystem::remove(ToPath(path));
     OtherProgram(path).Run("CREATE TABLE Log (n, a, b, c)");
     Has(Open(), "with 4 columns instead of 13");
     Has(table.Append(Row(u"")), "No log database is open");
@@ -159,7 +159,7 @@ TEST_F(SqliteLogTableTest, OpeningAgainFollowsTheFile) {
     EXPECT_EQ(Messages(), "a|b");
 
     for (const char* part : {"", "-wal", "-shm"})
-        std::filesystem::rename(path + part, folder / ("old.db" + std::string(part)));
+        std::filesystem::rename(ToPath(path + part), ToPath(folder / "old.db" + part));
     EXPECT_EQ(Open(), "");
     Has(table.Append(Row(u"c")), "was moved or deleted");
     MakeDatabase();

@@ -1,8 +1,6 @@
 #include "adapters/sqlite/sqlite_log_table.h"
 #include "tests/operator/operator_fixture.h"
 
-#include <filesystem>
-
 #include <nlohmann/json.hpp>
 
 namespace tarnex {
@@ -34,7 +32,7 @@ TEST_F(LogCommands, CreateMakesWhatTheServiceUsesAndOverwritesNothing) {
     Append(u"first");
     Fails(73, {"log", "create"}, "is there already");
     EXPECT_NE(Output({"log", "tail", "--once"}).find("first"), std::string::npos);
-    EXPECT_FALSE(fs::exists(path + ".new"));
+    EXPECT_FALSE(fs::exists(ToPath(path + ".new")));
 }
 
 TEST_F(LogCommands, SayWhatStandsInTheWay) {
@@ -43,7 +41,7 @@ TEST_F(LogCommands, SayWhatStandsInTheWay) {
     Fails(66, {"log", "create", "--schema", folder / "none.sql"}, "--schema");
     Fails(73, {"log", "create", "--schema", folder / "bad.sql"}, "2 columns instead of 13");
     Fails(66, {"log", "tail", "--once"}, "tarnexctl log create");
-    EXPECT_FALSE(fs::exists(path));
+    EXPECT_FALSE(fs::exists(ToPath(path)));
     Run({"settings", "unset", "log-database"});
     Fails(65, {"log", "tail"}, "");
 }
@@ -58,7 +56,7 @@ TEST_F(LogCommands, TailShowsTheLastRowsAndThenNewOnes) {
             Append(u"new\x1b[31m\u202e"s + u'\0' + u"end");
         if (pauses_left == 2) { // rotated: the next file begins at its own first row
             for (const char* part : {"", "-wal", "-shm"})
-                fs::rename(path + part, path + ".old" + part);
+                fs::rename(ToPath(path + part), ToPath(path + ".old" + part));
             EXPECT_EQ(logs.Create(path, FileContent(TARNEX_PACKAGING "/log-schema.sql")), "");
             Append(u"after the rotation");
         }

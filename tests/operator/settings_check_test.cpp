@@ -74,7 +74,7 @@ TEST_F(SettingsCheck, NamesEveryDangerAndNothingElse) {
         {1, {"log-database"}, {"Text1(37)=/nowhere/log.db"}},
         {1, {"bind-address"}, {";BindAddress=0.0.0.0"}},
         {1, {"code-page"}, {";CodePage=latin1"}},
-        {1, {"code-page"}, {"Text1(32)=机房"}}, // not in GBK
+        {1, {"code-page"}, {"Text1(32)=机房", "Text1(37)=/"}}, // not in GBK
         {1, {"link-events-way"}, {"AlarmLabel(7)=both"}},
         // One telephone needs each text once.
         {0, {}, {"Check1(43)=1"}},

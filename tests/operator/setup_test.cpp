@@ -4,7 +4,6 @@
 #include "tests/operator/operator_fixture.h"
 
 #include <deque>
-#include <filesystem>
 
 #include <sys/stat.h>
 
@@ -68,7 +67,8 @@ TEST_F(Setup, AsksUntilItHasWhatIsNeeded) {
         EXPECT_EQ(Setting(name), value) << name;
     EXPECT_EQ(Run({"settings", "check"}), 0) << out.str();
     EXPECT_EQ(SqliteLogTable().Open(FromUtf8(folder / "base/log.db")), "");
-    EXPECT_EQ(fs::status(world.settings_path).permissions() & fs::perms::others_all, fs::perms());
+    EXPECT_EQ(fs::status(ToPath(world.settings_path)).permissions() & fs::perms::others_all,
+              fs::perms());
 }
 
 TEST_F(Setup, TakesEveryAnswerAsAFlag) {
@@ -85,7 +85,7 @@ TEST_F(Setup, TakesEveryAnswerAsAFlag) {
     EXPECT_EQ(Setting("com1-device"), "/dev/serial/by-id/usb-1");
     EXPECT_EQ(Setting("sms-to-number-2"), "1");
     EXPECT_EQ(Setting("mail-password"), "geheim");
-    EXPECT_TRUE(fs::exists(folder / "other/log.db"));
+    EXPECT_TRUE(fs::exists(ToPath(folder / "other/log.db")));
 }
 
 TEST_F(Setup, WritesNothingWithoutEveryGoodAnswer) {
@@ -100,11 +100,11 @@ TEST_F(Setup, WritesNothingWithoutEveryGoodAnswer) {
     Fails(64, {"setup"}, "nothing was written");
     AnswerWith({"search", "110", "110", "110", "mail", "a@b", "c@d", "u", "\xC3\xA4"}); // ä
     Fails(65, {"setup"}, "mail-password cannot hold this");
-    EXPECT_FALSE(fs::exists(folder / "base"));
+    EXPECT_FALSE(fs::exists(ToPath(folder / "base")));
 }
 
 TEST_F(Setup, TakesThePlaceOfAnUntouchedSampleAndOfOtherFilesWhenForced) {
-    fs::create_directories(folder / "base/system");
+    fs::create_directories(ToPath(folder / "base/system"));
     const std::string untouched = FileContent(TARNEX_PACKAGING "/Tarnex.ini.sample") + "[X]\n";
     WriteFile(world.settings_path, untouched);
     EXPECT_EQ(Run(Flags()), 0) << err.str();

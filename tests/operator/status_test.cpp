@@ -1,7 +1,6 @@
 #include "service/service_status.h"
 #include "tests/operator/operator_fixture.h"
 
-#include <filesystem>
 #include <regex>
 #include <set>
 

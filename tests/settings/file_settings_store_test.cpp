@@ -15,7 +15,7 @@ struct FileSettingsStoreTest : testing::Test {
         return store.Update([](const std::string& content) { return content + "x"; });
     }
     std::error_code Refusal() { return AppendX() ? std::error_code() : store.Problem(); }
-    long Files() const { return std::distance(fs::directory_iterator(folder.Path()), {}); }
+    long Files() const { return std::distance(fs::directory_iterator(ToPath(folder.Path())), {}); }
 
     TempFolder folder;
     const std::string path = folder / "Tarnex.ini";
@@ -29,11 +29,11 @@ struct FileSettingsStoreTest : testing::Test {
 
 TEST_F(FileSettingsStoreTest, WhatCannotBeReadCountsAsUnknownAndNotAsEmpty) {
     EXPECT_EQ(store.Read().problem, std::errc::no_such_file_or_directory);
-    fs::create_directory(path);
+    fs::create_directory(ToPath(path));
     EXPECT_FALSE(store.Stamp());
     EXPECT_EQ(store.Read().problem, std::errc::is_a_directory);
     EXPECT_EQ(Refusal(), std::errc::is_a_directory);
-    fs::remove(path);
+    fs::remove(ToPath(path));
     const std::string most(1 << 20, 'a');
     WriteFile(path, most);
     EXPECT_EQ(store.Read().content, most);

@@ -3,9 +3,9 @@
 #include "adapters/sqlite/sqlite_handles.h"
 #include "adapters/sqlite/sqlite_log_table.h"
 #include "adapters/system/replace_file.h"
+#include "platform/file_path.h"
 
 #include <algorithm>
-#include <filesystem>
 
 namespace tarnex {
 
@@ -110,7 +110,7 @@ class SqliteLogReader : public LogReader {
 
 std::string SqliteLogFiles::Create(const std::string& path, const std::string& schema) {
     std::error_code error;
-    if (std::filesystem::exists(path, error))
+    if (std::filesystem::exists(ToPath(path), error))
         return path + " is there already and stays as it is";
     const std::string draft = path + ".new";
     RemoveFile(draft);

@@ -1,8 +1,8 @@
 #include "adapters/sqlite/sqlite_log_table.h"
 
 #include "adapters/sqlite/sqlite_handles.h"
+#include "platform/file_path.h"
 
-#include <filesystem>
 #include <vector>
 
 namespace tarnex {
@@ -140,7 +140,7 @@ SqliteLogTable::~SqliteLogTable() = default;
 std::string SqliteLogTable::Open(const Text& path) {
     const std::string file = ToUtf8(path);
     std::error_code error;
-    const auto status = std::filesystem::status(std::u8string(file.begin(), file.end()), error);
+    const auto status = std::filesystem::status(ToPath(file), error);
     // Of the file in use the next row finds out whether it can still be used.
     const bool in_use = connection_ && connection_->Path() == file;
     if (status.type() == std::filesystem::file_type::not_found)
