@@ -3,6 +3,7 @@
 #include "adapters/system/system_code_page.h"
 #include "logging/debug_lists.h"
 #include "logging/log_writer.h"
+#include "logging/main_job_notices.h"
 #include "settings/my_ini_file.h"
 #include "simulator/simulated_clock.h"
 #include "simulator/simulated_mail_server.h"
@@ -56,7 +57,8 @@ struct World {
     SystemCodePage code_page{"GBK"};
     MyIniFile ini{store, code_page};
     std::vector<std::string> said; // to the operator
-    OperatorNotices notices{[this](const std::string& line) { said.push_back(line); }};
+    OperatorNotices notices{[this](NoticeLevel, const std::string& line) { said.push_back(line); }};
+    MainJobNotices main_job{clock, notices};
     DebugWindow window;
     DebugLists& lists = window.lists;
     LogWriter log{clock, table, notices};

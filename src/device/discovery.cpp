@@ -66,11 +66,16 @@ Task<int> Discovery::Scan(int first, int last) {
 Task<bool> Discovery::Try(int number) {
     parts_.trace.DebugAdd(u"正在查询com:", ToText(number));
     const LineSettings settings;
-    TellOperator(number, parts_.port.Open(number, settings));
+    const PortStatus status = parts_.port.Open(number, settings);
+    TellOperator(number, status);
     parts_.init();
     const Text reply = co_await HelloTarnex();
     parts_.sender.AnswerWaitTime = CommandSender::kCommandWait;
-    co_return reply == kOk || reply == u"INIT";
+    const bool found = reply == kOk || reply == u"INIT";
+    if (parts_.main_job)
+        parts_.main_job->PortTried({.number = number, .device = parts_.ports.DeviceName(number)},
+                                   status, found);
+    co_return found;
 }
 
 void Discovery::TellOperator(int number, PortStatus status) {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "device/command_sender.h"
-#include "logging/operator_notices.h"
+#include "logging/main_job_notices.h"
 #include "settings/my_ini_file.h"
 
 namespace tarnex {
@@ -17,6 +17,7 @@ class Discovery {
         SerialPorts& ports;
         const MyIniFile& ini;
         OperatorNotices& notices;
+        MainJobNotices* main_job;   // nullptr: it is not watched
         std::function<void()> init; // resets the device link
     };
     // The parts must outlive the discovery.

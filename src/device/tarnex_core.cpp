@@ -37,6 +37,7 @@ TarnexCore::TarnexCore(TarnexCoreParts parts)
                                                             .ports = parts.ports,
                                                             .ini = parts.ini,
                                                             .notices = parts.notices,
+                                                            .main_job = parts.main_job,
                                                             .init = [this] { Init(); }}),
       hardware_lost_(std::move(parts.hardware_lost)) {
     for (Timer* timer : {&answer.ComTimer, &reader.ComBadTimer, &reader.TarnexLostTimer,

@@ -16,6 +16,7 @@ struct TarnexCoreParts {
     // The hardware behind the open port went away. Never called during a scan, which only fails
     // the port at hand, and not during an update, which then ends in failure.
     std::function<void()> hardware_lost;
+    MainJobNotices* main_job = nullptr; // nullptr: it is not watched
 };
 
 // The line to the unit: the open port, what is read off it and what is sent over it.

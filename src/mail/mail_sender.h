@@ -40,11 +40,13 @@ class MailDisplay {
 // server does not take is queued again behind the others and tried again without limit.
 class MailSender : public EmailFifo {
   public:
+    static constexpr std::size_t kRoom = 400; // texts that wait
+
     // Everything handed in must outlive it. It works from now on.
     MailSender(Clock& clock, TcpClients& tcp, const MyIniFile& ini, const CodePage& code_page,
                OperatorNotices& notices, MessageObserver& messages);
 
-    // The text becomes the body and the end of the subject. At most 400 texts wait.
+    // The text becomes the body and the end of the subject. At most kRoom texts wait.
     void dSetEmailFifo(const Text& text, const MessageOrigin& origin = {}) override;
     // Sends this mail now, instead of what is being sent. No observer hears of it: it was never
     // queued.
@@ -98,7 +100,7 @@ class MailSender : public EmailFifo {
     TimerList timers_;
     bool loaded_ = false;
 
-    RingFifo<401, Waiting> fifo_;
+    RingFifo<kRoom + 1, Waiting> fifo_;
     int BusyTicks_ = -1;        // ticks since the last accepted reply; -1: no mail in flight
     bool ReadyForNext_ = true;  // the timer may take the next text
     Waiting CurrentMail_;       // the text in flight

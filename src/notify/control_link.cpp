@@ -153,6 +153,7 @@ void ControlLink::TakeGreeting(int index, const Endpoint& from, TextView name) {
     link.LostCount = 0;
     link.LastSign = parts_.clock.Now();
     DispatchLinkEvent(index, kGreetedEvent);
+    parts_.main_job.LinkGreeted(index);
     if (parts_.unit.UnitReady) {
         Send(index, u"tx--Ready");
         Send(index, u"txVersion" + parts_.unit.UnitVersion);
@@ -231,6 +232,7 @@ void ControlLink::ConnectServiceLost_Timer() {
             Bind(i);
             DispatchLinkEvent(i, kLostEvent);
             link.LinkState = Link::State::N;
+            parts_.main_job.LinkLost(i, link.LinkName);
         }
     }
 }

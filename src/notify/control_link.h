@@ -1,7 +1,7 @@
 #pragma once
 
 #include "logging/debug_lists.h"
-#include "logging/operator_notices.h"
+#include "logging/main_job_notices.h"
 #include "notify/dispatcher.h"
 #include "notify/unit_state.h"
 #include "platform/code_page.h"
@@ -32,6 +32,7 @@ class ControlLink {
         Dispatcher& dispatcher;
         DebugLists& lists;
         OperatorNotices& notices;
+        MainJobNotices& main_job;
     };
     struct Link {
         enum class State {

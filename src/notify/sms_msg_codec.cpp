@@ -71,4 +71,9 @@ Text SMSMsgCodec::DecodeSMSCommand(TextView sender, TextView text) const {
     return CommandAnswer(numbers, sender, text, clock_.Calendar());
 }
 
+bool SMSMsgCodec::IsCommand(TextView text) const {
+    const AlarmNumbers everybody;
+    return !StartsWith(CommandAnswer(everybody, u"", text, clock_.Calendar()), kBadCommandAnswer);
+}
+
 } // namespace tarnex

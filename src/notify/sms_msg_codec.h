@@ -29,6 +29,9 @@ class SMSMsgCodec {
     // See CommandAnswer(). The two numbers are those that the settings file holds now.
     Text DecodeSMSCommand(TextView sender, TextView text) const;
 
+    // Whether it would be a command from somebody who may command.
+    bool IsCommand(TextView text) const;
+
   private:
     Clock& clock_;
     const MyIniFile& settings_file_;

@@ -127,7 +127,8 @@ class DryRun {
         }
         system_.clock.RunFor(kRunOut);
         EndDay();
-        const std::set<std::string> said(system_.said.begin(), system_.said.end());
+        const std::set<std::string> said(system_.needs_somebody.begin(),
+                                         system_.needs_somebody.end());
         result_.said.assign(said.begin(), said.end());
         return std::move(result_);
     }

@@ -97,6 +97,11 @@ class MetricsText {
         }
         Head("troubles", "gauge", "How many things need an operator's attention.");
         Value("troubles", "", status.at("troubles").size());
+        Head("trouble", "gauge", "1 for each of these.");
+        for (const Json& trouble : status.at("troubles"))
+            Value("trouble",
+                  Label("topic", trouble.at("topic")) + "," + Label("level", trouble.at("level")),
+                  true);
     }
 
     void Unit(const Json& unit) {

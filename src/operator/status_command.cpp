@@ -183,7 +183,7 @@ class StatusPage {
     void Troubles() {
         std::string label = "Attention";
         for (const Json& trouble : s_.at("troubles")) {
-            Row(label, Or(trouble, ""), Colour::kBad);
+            Row(label, Or(trouble.at("text"), ""), Colour::kBad);
             label.clear();
         }
     }

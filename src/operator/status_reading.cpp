@@ -8,7 +8,7 @@ namespace tarnex {
 
 namespace {
 
-constexpr int kFormat = 1;
+constexpr int kFormat = 2;
 
 // What the service writes has some 10 KiB and is nested 4 deep. A deeper one would be printed by as
 // many calls inside each other.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "operator/operator_world.h"
+#include "platform/calendar_text.h"
 
 #include <string>
 #include <string_view>
@@ -43,7 +44,5 @@ class TextTable {
 std::string Joined(const std::vector<std::string>& texts, const std::string& separator = "; ");
 // "1 mail", "2 mails"
 std::string Counted(long long number, const std::string& noun);
-// "35 s", "12 min", "3 h 5 min", "2 d 4 h"
-std::string AgeText(long long seconds);
 
 } // namespace tarnex

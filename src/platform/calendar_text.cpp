@@ -53,4 +53,20 @@ Text FormattedHourMinute(TextView text) {
         {.hour = int(LeadingNumber(parts[0])), .minute = int(LeadingNumber(parts[1]))});
 }
 
+std::string AgeText(long long seconds) {
+    seconds = std::max(seconds, 0LL);
+    const auto pair = [](long long big, const char* big_unit, long long small,
+                         const char* small_unit) {
+        const std::string text = std::to_string(big) + " " + big_unit;
+        return small == 0 ? text : text + " " + std::to_string(small) + " " + small_unit;
+    };
+    if (seconds < 60)
+        return std::to_string(seconds) + " s";
+    if (seconds < 3600)
+        return std::to_string(seconds / 60) + " min";
+    if (seconds < 86400)
+        return pair(seconds / 3600, "h", seconds / 60 % 60, "min");
+    return pair(seconds / 86400, "d", seconds / 3600 % 24, "h");
+}
+
 } // namespace tarnex

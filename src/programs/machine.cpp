@@ -1,6 +1,7 @@
 #include "programs/machine.h"
 
 #include "adapters/system/environment.h"
+#include "adapters/system/notice_prefix.h"
 #include "adapters/system/terminal.h"
 #include "adapters/system/this_system.h"
 
@@ -37,17 +38,19 @@ Machine::Machine(const char* program_name)
 }
 
 // Plain C output: the standard streams would cost a tenth of the service's idle memory.
-void Machine::Say(const std::string& line) const {
-    std::fputs((std::string(program) + ": " + line + "\n").c_str(), stderr);
+void Machine::Say(NoticeLevel level, const std::string& line) const {
+    const std::string whole = NoticePrefix(level) + program + ": " + line + "\n";
+    std::fputs(whole.c_str(), stderr);
 }
 
 ExitStatus Machine::TakeSettings() {
     const auto pause = [] { std::this_thread::sleep_for(kSecondLook); };
     const SettingsReading reading = ReadAtStart(store, code_page, pause);
     if (reading.Unreadable()) {
-        Say(Unreadable(store.Name(), reading.problem) + ". " +
-            ReadingAdvice(reading.problem,
-                          "Run this as " + words.who_may + ", who must be able to read the file."));
+        Say(NoticeLevel::kError,
+            Unreadable(store.Name(), reading.problem) + ". " +
+                ReadingAdvice(reading.problem, "Run this as " + words.who_may +
+                                                   ", who must be able to read the file."));
         return StatusFor(reading.problem);
     }
     const std::string named = ReadSettings(IniDocument(reading.content, code_page)).start.code_page;

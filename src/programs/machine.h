@@ -7,6 +7,7 @@
 #include "adapters/system/serial_ports.h"
 #include "adapters/system/system_code_page.h"
 #include "platform/exit_status.h"
+#include "platform/notice_level.h"
 #include "settings/load_settings.h"
 
 namespace tarnex {
@@ -23,7 +24,8 @@ struct Machine {
     ExitStatus TakeSettings();
 
     // A line for the operator, on standard error, with the program's name in front.
-    void Say(const std::string& line) const;
+    void Say(const std::string& line) const { Say(NoticeLevel::kWarning, line); }
+    void Say(NoticeLevel level, const std::string& line) const;
 
     const char* program;
     const SystemWords words;

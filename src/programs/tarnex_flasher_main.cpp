@@ -161,7 +161,8 @@ class LineProgram {
          .code_page = machine_.code_page,
          .instance_lock = machine_.lock,
          .words = machine_.words,
-         .notice = [this](const std::string& line) { terminal_.Output().complain(line); },
+         .notice = [this](NoticeLevel,
+                          const std::string& line) { terminal_.Output().complain(line); },
          .end_process = [] {}},
         terminal_.Output()};
     std::optional<int> status_;

@@ -53,7 +53,8 @@ int Run(const std::vector<std::string>& arguments) {
                         .instance_lock = machine.lock,
                         .words = machine.words,
                         .view = view.get(),
-                        .notice = say,
+                        .notice = [&machine](NoticeLevel level,
+                                             const std::string& line) { machine.Say(level, line); },
                         .echo = Echo,
                         .take_start_settings = [&]() -> std::optional<StartSettings> {
                             exit_status = machine.TakeSettings();

@@ -13,6 +13,7 @@ int RunToolWindow(const char* program, const std::string& advice, const MakeTool
         return status;
     AsioLoop& loop = machine.loop;
     const auto say = [&machine](const std::string& line) { machine.Say(line); };
+    const auto tell = [&say](NoticeLevel, const std::string& line) { say(line); };
     ToolForm* shown = nullptr;
     const auto lost = [&say, &shown](const std::string& why) {
         say(why);
@@ -31,7 +32,7 @@ int RunToolWindow(const char* program, const std::string& advice, const MakeTool
                                                  .code_page = machine.code_page,
                                                  .instance_lock = machine.lock,
                                                  .words = machine.words,
-                                                 .notice = say,
+                                                 .notice = tell,
                                                  .end_process = [&loop] { loop.Stop(); }},
                                                 *view);
     shown = tool.get();

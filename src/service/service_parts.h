@@ -50,6 +50,7 @@ struct ServiceParts {
 
     MainWindow window{world.echo, hooks.window_shown};
     OperatorNotices notices{world.notice};
+    MainJobNotices main_job{world.clock, notices};
     DebugLists lists{&window};
     MyIniFile ini{world.settings_store, world.code_page};
     Settings settings{};
@@ -62,7 +63,8 @@ struct ServiceParts {
                      .ini = ini,
                      .lists = lists,
                      .notices = notices,
-                     .hardware_lost = [this] { connection.SetToResearch(); }}};
+                     .hardware_lost = [this] { connection.SetToResearch(UnitLoss::kDeviceGone); },
+                     .main_job = &main_job}};
     MailSender mail{world.clock, world.tcp, ini, world.code_page, notices, messages};
     SMSQueue queue{{.clock = world.clock,
                     .unit = unit,
@@ -70,7 +72,11 @@ struct ServiceParts {
                     .lists = lists,
                     .messages = messages,
                     .may_send = [this] { return window.mChkSMSSendEnable.Checked(); },
-                    .reset_unit_state = hooks.reset_unit_state}};
+                    .reset_unit_state =
+                        [this] {
+                            main_job.Lost(UnitLoss::kForgotSms);
+                            hooks.reset_unit_state();
+                        }}};
     SMSMsgCodec codec{world.clock, ini};
     Dispatcher dispatcher{{.clock = world.clock,
                            .settings = settings,
@@ -86,19 +92,22 @@ struct ServiceParts {
                       .unit = unit,
                       .dispatcher = dispatcher,
                       .lists = lists,
-                      .notices = notices}};
-    SupervisionCycle cycle{{.clock = world.clock,
-                            .core = core,
-                            .ini = ini,
-                            .settings = settings,
-                            .unit = unit,
-                            .lists = lists,
-                            .log = log,
-                            .link = link,
-                            .codec = codec,
-                            .queue = queue,
-                            .take_number_switches = hooks.take_number_switches,
-                            .set_to_research = [this] { connection.SetToResearch(); }}};
+                      .notices = notices,
+                      .main_job = main_job}};
+    SupervisionCycle cycle{
+        {.clock = world.clock,
+         .core = core,
+         .ini = ini,
+         .settings = settings,
+         .unit = unit,
+         .lists = lists,
+         .log = log,
+         .main_job = main_job,
+         .link = link,
+         .codec = codec,
+         .queue = queue,
+         .take_number_switches = hooks.take_number_switches,
+         .set_to_research = [this](UnitLoss why) { connection.SetToResearch(why); }}};
     ConnectionSupervision connection{{.clock = world.clock,
                                       .core = core,
                                       .ini = ini,
@@ -106,6 +115,7 @@ struct ServiceParts {
                                       .unit = unit,
                                       .lists = lists,
                                       .link = link,
+                                      .main_job = main_job,
                                       .mCheckTimer = cycle.mCheckTimer,
                                       .reset_unit_state = hooks.reset_unit_state}};
 

@@ -6,7 +6,7 @@ namespace tarnex {
 
 namespace {
 
-constexpr int kFormat = 1;
+constexpr int kFormat = 2;
 
 class StatusWriter {
   public:
@@ -25,8 +25,13 @@ class StatusWriter {
         Mail(state.mail);
         Events(state);
         json_.BeginArray("troubles");
-        for (const std::string& trouble : state.troubles)
-            json_.String("", trouble);
+        for (const Trouble& trouble : state.troubles) {
+            json_.BeginObject();
+            json_.String("topic", trouble.topic);
+            json_.String("level", trouble.level == NoticeLevel::kError ? "error" : "warning");
+            json_.String("text", trouble.text);
+            json_.End();
+        }
         json_.End();
         json_.End();
         return json_.Written();

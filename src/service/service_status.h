@@ -64,7 +64,7 @@ struct ServiceStatus {
         Dispatcher::Counts events;
         Text log_path; // "" for none
         unsigned long lost_rows = 0;
-        std::vector<std::string> troubles; // what an operator must act on, a line each
+        std::vector<Trouble> troubles; // what an operator must act on, a line each
         friend bool operator==(const State&, const State&) = default;
     };
 
@@ -83,7 +83,7 @@ struct StatusFrame {
     std::chrono::system_clock::time_point wall_now;
 };
 
-// The status as JSON, format 1. Times are whole seconds since 1970, UTC.
+// The status as JSON, format 2. Times are whole seconds since 1970, UTC.
 std::string StatusText(const ServiceStatus& status, const StatusFrame& frame);
 
 } // namespace tarnex

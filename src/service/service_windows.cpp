@@ -30,7 +30,7 @@ ServiceWindows::ServiceWindows(ServiceParts& parts, Actions actions)
                     .set_to_research =
                         [this] {
                             leave_warned_ = false;
-                            parts_.connection.SetToResearch();
+                            parts_.connection.SetToResearch(UnitLoss::kOther);
                         }}),
       Timer1_(parts.world.clock, kStatusPeriod,
               [this] { window_.mTxtStatus.SetValue(parts_.unit.UnitReady ? u"True" : u"False"); }) {

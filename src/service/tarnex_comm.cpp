@@ -23,12 +23,15 @@ TarnexComm::TarnexComm(World world)
       windows_(parts_, {.stop_all_timers = [this] { StopAllTimers(); },
                         .debug_decided = [this] { reset_in_doubt_ = false; },
                         .leave = [this] { Form_Unload(); }}),
-      status_(parts_),
-      AutoReloadSettingsTimer_(parts_.world.clock, kReloadPeriod, [this] { LoadSettings(); }) {
+      status_(parts_), AutoReloadSettingsTimer_(parts_.world.clock, kReloadPeriod, [this] {
+          LoadSettings();
+          LookAtMainJob();
+      }) {
     for (Timer* timer : {&parts_.link.HandShake, &parts_.link.ConnectServiceLost,
                          &parts_.cycle.mCheckTimer, &parts_.queue.mSMSSendTimer,
                          &parts_.queue.mSMSSendChkTimer, &parts_.connection.mAutoConnect})
         stoppable_.Add(*timer);
+    FollowSms();
     for (const TimerList* form : {&parts_.mail.Timers(), &parts_.core.timers})
         for (Timer* timer : form->All())
             stoppable_.Add(*timer);
@@ -98,7 +101,9 @@ void TarnexComm::ResetUnitState() {
     LoadSettings();
     reset_in_doubt_ = doubt_;
     parts_.link.Reset();
+    const unsigned long dropped = parts_.queue.Totals().DroppedByReset;
     parts_.queue.Reset();
+    parts_.main_job.BegunAnew(parts_.queue.Totals().DroppedByReset - dropped);
     parts_.cycle.Reset();
     parts_.connection.mAutoConnect.Reset(kFirstSearch);
     TakeSearchAndDebug();
@@ -156,7 +161,7 @@ void TarnexComm::LookAgain() {
                               WhyNotRead(parts_.world.settings_store, parts_.ini), "");
         return;
     }
-    parts_.world.notice(WhyServiceEnds(parts_.world.settings_store, loaded));
+    parts_.world.notice(NoticeLevel::kError, WhyServiceEnds(parts_.world.settings_store, loaded));
     if (loaded.enabled)
         parts_.link.Close();
     EndProcess();
@@ -177,6 +182,29 @@ void TarnexComm::TellOfRestart(const StartSettings& now) {
                               "The settings in " + parts_.world.settings_store.Name() +
                                   " are those again that this service was started with.");
     restart_reason_ = std::move(reason);
+}
+
+void TarnexComm::FollowSms() {
+    parts_.messages.OnFate([this](MessageId, const LedgerEntry& message, Fate fate) {
+        if (message.way != MessageWay::kSMS)
+            return;
+        if (fate == Fate::kSent)
+            parts_.main_job.SmsSent();
+        else if (fate == Fate::kGivenUp)
+            parts_.main_job.SmsGivenUp(message.number, message.results);
+    });
+}
+
+void TarnexComm::LookAtMainJob() {
+    const MailStatus mail = parts_.mail.Status();
+    parts_.main_job.Look(
+        {.searching = !parts_.settings.AutoSearchOff,
+         .numbers = {parts_.ini.GetIniStr("alarm-number-1"_setting),
+                     parts_.ini.GetIniStr("alarm-number-2"_setting)},
+         .sms = {.waiting = parts_.queue.Length(),
+                 .room = kSMSFifoSize,
+                 .pushed_out = parts_.queue.Totals().PushedOut},
+         .mail = {.waiting = mail.queued, .room = MailSender::kRoom, .pushed_out = mail.dropped}});
 }
 
 void TarnexComm::Form_Unload() {

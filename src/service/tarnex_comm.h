@@ -45,6 +45,9 @@ class TarnexComm {
     void TellOfRestart(const StartSettings& now);
     // What a reset takes from the settings for the time until the next one.
     void TakeSearchAndDebug();
+    void FollowSms();
+    // Shows the main job's watch what nobody tells it.
+    void LookAtMainJob();
     void EndProcess();
 
     ServiceParts parts_;

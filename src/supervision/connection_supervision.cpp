@@ -52,6 +52,7 @@ Task<> ConnectionSupervision::Greet(const UnitGuard& guard) {
     if (reply == u"INIT") {
         parts_.lists.ShowUnit(u"硬件状态:启动中");
         parts_.link.SendToMonitors(u"txBooting");
+        parts_.main_job.StartingUp();
         parts_.mCheckTimer.Disable();
     } else {
         parts_.core.discovery.ConnectClose();
@@ -74,6 +75,7 @@ Task<> ConnectionSupervision::Search() {
         parts_.ini.WriteIniStr("last-port"_setting, number);
     } else {
         parts_.lists.mList1Additem(u"没找到 Tarnex");
+        parts_.main_job.NotFound();
     }
     TryAgain();
 }
@@ -83,7 +85,8 @@ void ConnectionSupervision::TryAgain() {
     mAutoConnect.Enable();
 }
 
-void ConnectionSupervision::SetToResearch() {
+void ConnectionSupervision::SetToResearch(UnitLoss why) {
+    parts_.main_job.Lost(why);
     parts_.mCheckTimer.Disable();
     parts_.unit.UnitReady = false;
     parts_.unit.UnitOnline = false;

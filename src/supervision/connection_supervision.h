@@ -1,6 +1,7 @@
 #pragma once
 
 #include "device/tarnex_core.h"
+#include "logging/main_job_notices.h"
 #include "notify/control_link.h"
 #include "notify/unit_state.h"
 #include "settings/settings.h"
@@ -25,6 +26,7 @@ class ConnectionSupervision {
         UnitState& unit;
         DebugLists& lists;
         ControlLink& link;
+        MainJobNotices& main_job;
         Timer& mCheckTimer;
         std::function<void()> reset_unit_state; // ResetUnitState of the service
     };
@@ -32,7 +34,7 @@ class ConnectionSupervision {
     explicit ConnectionSupervision(Parts parts);
 
     // Drops a unit that was lost and starts the search again. Never waits.
-    void SetToResearch();
+    void SetToResearch(UnitLoss why);
 
     // 5 s; the first tick of a search comes 15 s after ResetUnitState.
     Timer mAutoConnect;

@@ -135,9 +135,10 @@ void SupervisionCycle::PassStateWord() {
     if (word == kNoData)
         return;
     if (word == u"SYSOk" || word == u"GSMOk") { // the unit has restarted
-        parts_.set_to_research();
+        parts_.set_to_research(UnitLoss::kRestarted);
         return;
     }
+    parts_.main_job.Said(word);
     for (const StateCode& row : kStateCodes)
         if (word == row.word) {
             word = row.code;
@@ -161,9 +162,13 @@ void SupervisionCycle::TakeReceivedSMS() {
     parts_.lists.mList2Additem(u"");
     const Text answer = parts_.codec.DecodeSMSCommand(sender, text);
     parts_.lists.mList1Additem(u"确认消息:" + answer);
-    if (!StartsWith(answer, u"ETel"))
+    if (!StartsWith(answer, u"ETel")) {
         AnswerCommand(answer);
-    else if ((Contains(text, u"费") && parts_.settings.ForwardFeeSMS) || Contains(text, u"额"))
+        return;
+    }
+    if (parts_.codec.IsCommand(text))
+        parts_.main_job.CommandRefused(sender);
+    if ((Contains(text, u"费") && parts_.settings.ForwardFeeSMS) || Contains(text, u"额"))
         ForwardFee(sender, text);
 }
 
@@ -195,8 +200,12 @@ Task<bool> SupervisionCycle::WriteSettings(const UnitGuard& guard) {
         if (record_counts && wanted == parts_.ini.GetIniStr(kDeviceRecord, row.setting.record))
             continue;
         const Text reply = co_await row.write(parts_.core.commands, wanted);
-        if (guard.Lost() || reply != kOk)
+        if (guard.Lost())
             co_return false;
+        if (reply != kOk) {
+            parts_.main_job.SettingRefused(row.setting.name, reply);
+            co_return false;
+        }
         parts_.ini.WriteIniStr(kDeviceRecord, row.setting.record, wanted);
         parts_.unit.UnitInitFlags[step] = u'1';
     }
@@ -222,6 +231,7 @@ void SupervisionCycle::DeclareReady() {
     parts_.queue.mSMSSendTimer.Enable();
     parts_.lists.mList1Additem(u"Tarnex就绪");
     parts_.unit.UnitReady = true;
+    parts_.main_job.Ready();
     parts_.lists.ShowUnit(u"硬件状态:就绪");
     parts_.link.SendToMonitors(u"tx--Ready");
     parts_.unit.UnitOnline = true;
@@ -236,11 +246,12 @@ Task<> SupervisionCycle::ReadSignal(const UnitGuard& guard) {
     if (parts_.unit.UnitSignalValue != -1) {
         parts_.unit.UnitSignalLevel = SignalLevel(parts_.unit.UnitSignalValue);
         parts_.lists.ShowSignal(parts_.unit.UnitSignalValue);
+        parts_.main_job.Signal(parts_.unit.UnitSignalValue);
         co_return;
     }
     parts_.unit.UnitSignalLevel = u"1";
     parts_.lists.mList1Additem(u"开始丢失拉");
-    parts_.set_to_research();
+    parts_.set_to_research(UnitLoss::kSilent);
 }
 
 void SupervisionCycle::JudgeReading(std::int16_t reading) {

@@ -2,6 +2,7 @@
 
 #include "device/tarnex_core.h"
 #include "logging/log_writer.h"
+#include "logging/main_job_notices.h"
 #include "notify/control_link.h"
 #include "notify/sms_msg_codec.h"
 #include "notify/sms_queue.h"
@@ -22,11 +23,12 @@ class SupervisionCycle {
         UnitState& unit;
         DebugLists& lists;
         LogWriter& log;
+        MainJobNotices& main_job;
         ControlLink& link;
         SMSMsgCodec& codec;
         SMSQueue& queue;
         std::function<void()> take_number_switches; // whom notifications go to, from the file
-        std::function<void()> set_to_research;
+        std::function<void(UnitLoss why)> set_to_research;
     };
     // The parts must outlive the cycle.
     explicit SupervisionCycle(Parts parts);

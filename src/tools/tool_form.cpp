@@ -55,8 +55,9 @@ ToolForm::ToolForm(std::string name, Text caption, const ToolWorld& world)
 bool ToolForm::OnlyCopy() {
     const bool only = world_.instance_lock.Acquire();
     if (!only) {
-        world_.notice("another program of TarnexComm runs on this machine, perhaps the service (" +
-                      world_.words.stop_service + ")");
+        world_.notice(NoticeLevel::kWarning,
+                      "another program of TarnexComm runs on this machine, perhaps the service (" +
+                          world_.words.stop_service + ")");
         EndProcess();
     }
     return only;

@@ -40,7 +40,8 @@ struct ControlLinkTest : NotifyRig {
                       .unit = state,
                       .dispatcher = dispatcher,
                       .lists = lists,
-                      .notices = notices}};
+                      .notices = notices,
+                      .main_job = main_job}};
     Monitor first{clock, network, code_page, Silent(1, u"")};
     Monitor third{clock, network, code_page, Silent(3, u"监控")};
 };

@@ -30,6 +30,8 @@ class Simulation : public OperatorTest {
     Simulation() {
         for (const char* setting : {"sms-to-number-1", "sms-to-number-2"})
             Run({"settings", "set", setting, "on"});
+        for (const char* number : {"alarm-number-1", "alarm-number-2"})
+            Run({"settings", "set", number, "13900000001"});
         Run({"settings", "set", "mail-from", "a@b.example"});
         Run({"settings", "set", "mail-to", "c@d.example"});
     }

@@ -48,7 +48,7 @@ TEST_F(StatusCommands, ShowsEveryPart) {
     status.state.sms.attempt = 3;
     status.state.mail.failing = true;
     status.state.mail.last_problem = "no answer";
-    status.state.troubles = {"The disk is full."};
+    status.state.troubles = {{.topic = "disk", .text = "The disk is full."}};
     Put();
     const std::string text = Output({"status"});
     for (const char* part :
@@ -92,8 +92,8 @@ TEST_F(StatusCommands, RefusesOtherFiles) {
     WriteFile(world.status_path, nested(15) + std::string((1 << 20) - nested(15).size(), ' '));
     EXPECT_EQ(Run({"status", "--json"}), 0);
     for (const std::string& content :
-         {std::string(), std::string("no json"), std::string("[]"), std::string("{\"format\": 2}"),
-          std::string("{\"format\": 1, \"pid\": 4711, \"written_at\": \"now\"}"), nested(16),
+         {std::string(), std::string("no json"), std::string("[]"), std::string("{\"format\": 1}"),
+          std::string("{\"format\": 2, \"pid\": 4711, \"written_at\": \"now\"}"), nested(16),
           nested(200'000), whole.append((1 << 20) + 1 - whole.size(), ' ')}) {
         WriteFile(world.status_path, content);
         Fails(65, {"status"}, "status.json");

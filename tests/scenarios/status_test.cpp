@@ -90,7 +90,9 @@ TEST_F(StatusText, NeverHarmsTheService) {
     EXPECT_EQ(std::ranges::count(said, sink.Problem), 1);
     sink.Problem.clear();
     unit.Boot();
-    clock.RunFor(20s);
+    ASSERT_TRUE(clock.RunUntil([this] { return !State().UnitReady; }, 20s));
+    ASSERT_TRUE(RunUntilReady(1min));
+    clock.RunFor(1s);
     EXPECT_EQ(std::ranges::count(said, "The status file can be written again."), 1);
     EXPECT_TRUE(Now()["troubles"].empty()) << Now()["troubles"];
 }

@@ -44,7 +44,7 @@ struct ToolTest : WorldTest {
                     .code_page = code_page,
                     .instance_lock = lock,
                     .words = words,
-                    .notice = [](const std::string&) {},
+                    .notice = [](NoticeLevel, const std::string&) {},
                     .end_process = [this] { ended = clock.Now(); }};
 };
 

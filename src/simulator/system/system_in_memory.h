@@ -36,7 +36,12 @@ struct SystemInMemory {
             .instance_lock = lock,
             .words = words,
             .view = view,
-            .notice = [this](const std::string& line) { said.push_back(line); },
+            .notice =
+                [this](NoticeLevel level, const std::string& line) {
+                    said.push_back(line);
+                    if (level <= NoticeLevel::kWarning)
+                        needs_somebody.push_back(line);
+                },
             .echo = [this](const std::string& list, const Text&) { echoed.push_back(list); },
             .take_start_settings = [this]() -> std::optional<StartSettings> {
                 const SettingsReading reading = store.Read();
@@ -63,11 +68,12 @@ struct SystemInMemory {
     const CodePage& code_page;
     SimulatedServiceController controller;
     SimulatedInstanceLock lock;
-    const SystemWords words{};        // no system's
-    View* view = nullptr;             // or one, before the service starts; it outlives it
-    std::vector<std::string> said;    // to the operator
-    std::vector<std::string> echoed;  // the lists of lines that stand on no screen
-    std::optional<Duration> ended_at; // when the process ended
+    const SystemWords words{};               // no system's
+    View* view = nullptr;                    // or one, before the service starts; it outlives it
+    std::vector<std::string> said;           // to the operator
+    std::vector<std::string> needs_somebody; // of that, what asks for action
+    std::vector<std::string> echoed;         // the lists of lines that stand on no screen
+    std::optional<Duration> ended_at;        // when the process ended
     std::optional<TarnexComm> service;
 };
 

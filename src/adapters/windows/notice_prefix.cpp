@@ -1,0 +1,9 @@
+#include "adapters/system/notice_prefix.h"
+
+namespace tarnex {
+
+std::string NoticePrefix(NoticeLevel) {
+    return "";
+}
+
+} // namespace tarnex

@@ -1,0 +1,286 @@
+#include "logging/main_job_notices.h"
+
+#include "platform/calendar_text.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tarnex {
+
+namespace {
+
+constexpr Duration kLongNotReady = 5min;
+constexpr int kWeakBelow = 5; // signal quality
+constexpr Duration kLongWeak = 10min;
+constexpr Duration kWordsCome = 1min; // after the unit is ready it has told what is wrong with it
+constexpr Duration kRefusedTold = 1h;
+// Of a queue: nearly full from here on, and until it is down to that.
+constexpr int kFullPercent = 80;
+constexpr int kRoomPercent = 50;
+constexpr std::size_t kDigitsShown = 4;
+
+// The words of the table are indexed by their enumeration.
+constexpr const char* kLossWords[] = {
+    "the service began anew with it",
+    "its device went away; look whether its cable or its adapter was pulled",
+    "it does not answer any more; look at its power and its cable",
+    "it has restarted by itself; look at its power supply if that happens again",
+    "it does not know the SMS any more that it was given",
+};
+constexpr const char* kPortWords[] = {
+    "no answer",      "not there", "may not be opened",      "held by another program",
+    "no serial line", "no answer", "its hardware went away",
+};
+
+std::string Since(Duration then, Duration now) {
+    return AgeText(std::chrono::floor<std::chrono::seconds>(now - then).count());
+}
+
+std::string Com(int number) {
+    return "COM" + std::to_string(number);
+}
+
+std::string Counted(unsigned long number, const char* noun) {
+    return std::to_string(number) + " " + noun;
+}
+
+} // namespace
+
+std::string Masked(TextView number) {
+    const std::size_t shown = std::min(kDigitsShown, number.size() / 2);
+    return std::string(number.size() - shown, '*') +
+           ToUtf8(EscapeControls(number.substr(number.size() - shown)));
+}
+
+// ---- the unit
+
+void MainJobNotices::PortTried(const Port& port, PortStatus status, bool found) {
+    tried_[port.number] = {port.device, status};
+    if (found)
+        port_ = port;
+}
+
+void MainJobNotices::NotFound() {
+    why_not_ready_ = "it was not found (" + PortsTried() + ")";
+}
+
+void MainJobNotices::SettingRefused(std::string_view setting, TextView answer) {
+    why_not_ready_ = "it does not take the setting " + std::string(setting) + " (it answers \"" +
+                     ToUtf8(EscapeControls(answer)) + "\")";
+}
+
+void MainJobNotices::Ready() {
+    if (ready_)
+        return;
+    ready_ = true;
+    ready_since_ = clock_.Now();
+    notices_.Report("unit", "",
+                    "The unit is ready again" + Place() + ", after " +
+                        Since(not_ready_since_, clock_.Now()) + ".");
+}
+
+void MainJobNotices::BegunAnew(unsigned long dropped) {
+    begun_anew_ = clock_.Now();
+    const std::string why = kLossWords[std::size_t(std::exchange(loss_, UnitLoss::kOther))];
+    if (std::exchange(ready_, false)) {
+        not_ready_since_ = clock_.Now();
+        why_not_ready_ = why;
+    } else if (dropped == 0) {
+        return; // nothing that worked is lost
+    }
+    notices_.Report("unit",
+                    "The unit was lost" + Place() + ": " + why + ". " +
+                        (dropped == 0 ? ""
+                                      : Counted(dropped, "SMS") + " that waited " +
+                                            (dropped == 1 ? "was" : "were") + " dropped. ") +
+                        "No SMS leaves until it is ready again.",
+                    "", NoticeLevel::kError);
+}
+
+void MainJobNotices::Said(TextView word) {
+    if (word == u"NoCard")
+        Tell(card_,
+             "The unit reports that it has no SIM card, so no SMS leaves: put a card in, or look "
+             "how it sits and whether it asks for a PIN, and switch the unit off and on.",
+             NoticeLevel::kError);
+    else if (word == u"ACLost")
+        Tell(mains_,
+             "The unit has lost its mains power and lives on its battery: look at the supply "
+             "before the battery is empty.",
+             NoticeLevel::kWarning);
+    else if (word == u"ACOk" && mains_.told)
+        notices_.Report(mains_.topic, "",
+                        "The unit has mains power again, after " +
+                            Since(*mains_.told, clock_.Now()) + ".");
+}
+
+void MainJobNotices::Tell(Condition& condition, const std::string& trouble, NoticeLevel level) {
+    condition.told = clock_.Now();
+    notices_.Report(condition.topic, trouble, "", level);
+}
+
+void MainJobNotices::EndOld(const Condition& condition, const std::string& over) {
+    if (condition.told && *condition.told < begun_anew_)
+        notices_.Report(condition.topic, "", over);
+}
+
+void MainJobNotices::Signal(int value) {
+    if (value >= kWeakBelow) {
+        weak_since_.reset();
+        notices_.Report("signal", "", "The signal of the unit is strong enough again.");
+    } else if (!weak_since_) {
+        weak_since_ = clock_.Now();
+    } else if (clock_.Now() - *weak_since_ >= kLongWeak) {
+        notices_.Report(
+            "signal",
+            "The signal of the unit has been below 5 (of 31) for 10 minutes, so SMS may "
+            "fail: look at its antenna, or put it elsewhere.",
+            "");
+    }
+    if (ready_ && clock_.Now() - ready_since_ >= kWordsCome) {
+        EndOld(card_, "The unit reports no lack of a SIM card any more.");
+        EndOld(mains_, "The unit reports no loss of mains power any more.");
+    }
+}
+
+std::string MainJobNotices::Place() const {
+    return port_ ? " at " + Com(port_->number) + " (" + port_->device + ")" : "";
+}
+
+// Ports of one answer stand together, those without a device as ranges: "COM2 to COM20 not there".
+std::string MainJobNotices::PortsTried() const {
+    std::string text;
+    for (auto port = tried_.begin(); port != tried_.end();) {
+        const auto& [device, status] = port->second;
+        text += (text.empty() ? "" : "; ") + Com(port->first);
+        const int first = port->first;
+        int last = first;
+        ++port;
+        if (status == PortStatus::kAbsent) {
+            for (; port != tried_.end() && port->second.second == status; ++port)
+                last = port->first;
+            text += last == first ? "" : " to " + Com(last);
+        } else {
+            text += " (" + device + ")";
+        }
+        text += std::string(" ") + kPortWords[std::size_t(status)];
+    }
+    return text;
+}
+
+// ---- messages
+
+void MainJobNotices::SmsGivenUp(TextView recipient, const std::vector<Text>& attempts) {
+    ++given_up_;
+    std::string answers;
+    for (const Text& attempt : attempts)
+        answers += (answers.empty() ? "" : ", ") + ToUtf8(EscapeControls(attempt));
+    const Text& number = numbers_[recipient == u"2"];
+    notices_.Report("sms",
+                    "An SMS to number " + ToUtf8(recipient) + " (" + Masked(number) +
+                        ") was given up after " + std::to_string(attempts.size()) + " attempts (" +
+                        answers + "); " + std::to_string(given_up_) +
+                        " since one was sent last. Look at the credit of the card, the signal, "
+                        "the number and the service centre.",
+                    "", NoticeLevel::kError);
+}
+
+void MainJobNotices::SmsSent() {
+    notices_.Report("sms", "",
+                    "SMS leave again; " + std::to_string(given_up_) + " given up meanwhile.");
+    given_up_ = 0;
+    card_.told.reset();
+    notices_.Report(card_.topic, "", "The unit sends SMS, so it has a SIM card again.");
+}
+
+void MainJobNotices::CommandRefused(TextView sender) {
+    refused_ = clock_.Now();
+    notices_.Report("sms command",
+                    "An SMS command from " + (sender.empty() ? "nobody" : Masked(sender)) +
+                        " was refused, since that is neither of the alarm numbers: if you know "
+                        "the sender, see \"tarnexctl settings list alarm-number\".",
+                    "");
+}
+
+// ---- the links
+
+void MainJobNotices::LinkLost(int link, TextView program) {
+    links_lost_[link] = clock_.Now();
+    const std::string number = std::to_string(link);
+    notices_.Report("link " + number,
+                    "The monitoring program \"" + ToUtf8(EscapeControls(program)) + "\" on link " +
+                        number +
+                        " is lost: nothing was heard of it for 40 seconds. What it watches is "
+                        "watched by nobody; start it again.",
+                    "");
+}
+
+void MainJobNotices::LinkGreeted(int link) {
+    if (const auto lost = links_lost_.find(link); lost != links_lost_.end())
+        notices_.Report("link " + std::to_string(link), "",
+                        "A monitoring program has greeted link " + std::to_string(link) +
+                            " again, after " + Since(lost->second, clock_.Now()) + ".");
+}
+
+// ---- every few seconds
+
+void MainJobNotices::Look(const State& state) {
+    numbers_ = state.numbers;
+    LookAtUnit(state);
+    LookAtQueue("SMS", state.sms, sms_pushed_out_);
+    LookAtQueue("mail", state.mail, mails_pushed_out_);
+    LookAtNumbers();
+    if (refused_ && clock_.Now() - *refused_ >= kRefusedTold)
+        notices_.Report("sms command", "", "No SMS command was refused for an hour.");
+}
+
+void MainJobNotices::LookAtUnit(const State& state) {
+    if (ready_)
+        return;
+    if (!state.searching) {
+        not_ready_since_ = clock_.Now();
+        notices_.Report("unit", "", "The settings switch the unit off: it is not searched for.");
+    } else if (clock_.Now() - not_ready_since_ >= kLongNotReady) {
+        notices_.Report(
+            "unit",
+            "The unit has not been ready for 5 minutes, so no SMS leaves: " + why_not_ready_ +
+                ". \"tarnexctl doctor\" looks at each port and says what to do.",
+            "", NoticeLevel::kError);
+    }
+}
+
+void MainJobNotices::LookAtQueue(const std::string& name, const Queue& queue,
+                                 unsigned long& pushed_out) {
+    const std::string topic = name + " queue";
+    const bool lost = std::exchange(pushed_out, queue.pushed_out) != queue.pushed_out;
+    if (lost)
+        notices_.Report(topic,
+                        "The " + topic +
+                            " is full, and its oldest entries are lost: find out why "
+                            "they do not leave, or which program sends so many.",
+                        "", NoticeLevel::kError);
+    else if (queue.waiting * 100 >= queue.room * kFullPercent && !notices_.Troubled(topic))
+        notices_.Report(topic,
+                        "The " + topic +
+                            " is nearly full, and then loses its oldest entries: find "
+                            "out why they do not leave, or which program sends so many.",
+                        "");
+    else if (queue.waiting * 100 <= queue.room * kRoomPercent)
+        notices_.Report(topic, "", "The " + topic + " has room again.");
+}
+
+void MainJobNotices::LookAtNumbers() {
+    const auto placeholder = [](const Text& number) {
+        return !number.empty() && number.find_first_not_of(u'0') == Text::npos;
+    };
+    const bool not_set_up = std::ranges::any_of(numbers_, placeholder);
+    notices_.Report("set-up",
+                    not_set_up
+                        ? "The service is not set up yet: an alarm telephone number is still "
+                          "the place-holder of the sample, so nobody gets that SMS. Set it "
+                          "up: tarnexctl setup"
+                        : "",
+                    "The alarm telephone numbers are set up now.");
+}
+
+} // namespace tarnex
