@@ -88,7 +88,7 @@ inline constexpr Setting kRows[] = {
     {"Running", u"Check", u"Check1(13)", "run-allowed", kOnOff, kReload, "permission to run",
      "the service may run", "THE SERVICE ENDS", In<&LoadedSettings::allowed>},
     {"Running", u"Debug", u"DebugMode", "debug-mode", kDebug, kReset, "whether the service tells all it does",
-     "every line, datagram and decision is shown or goes to the journal", "only what needs attention goes to the journal"},
+     "every line, datagram and decision is shown or goes to the system's log", "only what needs attention goes to the system's log"},
 
     {"Unit", u"Check", u"Check1(7)", "unit-link", kOnUnlessZero, kReload, "work with the unit",
      "the unit is searched for and SMS are sent", "the unit is not searched for; no notification by SMS", Not<&Settings::AutoSearchOff>},
