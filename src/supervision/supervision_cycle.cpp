@@ -258,12 +258,8 @@ void SupervisionCycle::JudgeReading(std::int16_t reading) {
     if (reading >= 0) {
         failed_readings_ = 0;
         parts_.unit.UnitSignalValue = reading;
-    } else {
-        failed_readings_ = reading == kUnitGone ? kFailedReadings : failed_readings_ + 1;
-    }
-    if (failed_readings_ >= kFailedReadings) {
-        failed_readings_ = 0;
-        parts_.unit.UnitSignalValue = -1;
+    } else if (reading == kUnitGone || ++failed_readings_ == kFailedReadings) {
+        parts_.unit.UnitSignalValue = -1; // the unit is lost, and the count begins anew with Reset
     }
 }
 

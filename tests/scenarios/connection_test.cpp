@@ -59,8 +59,9 @@ TEST_F(Connection, AStartingUnitIsGreetedUntilItIsUp) {
     EXPECT_EQ(Setting(u"TarnexComm", u"TelNo1"), u"");
     monitor.ForgetMessages();
     unit.Faults.Instead["Hello,tarnex"] = "ERROR";
-    clock.RunTo(30200ms); // refused at 25 s: the port is closed, and searched again
+    clock.RunTo(31s); // refused at 25 s: the port is closed, and searched again
     EXPECT_TRUE(monitor.Received(u"tx-NoConn"));
+    EXPECT_EQ(Setting(u"Text", u"Text1(33)"), u"*"); // not found
     unit.Faults.Instead.clear();
     ASSERT_TRUE(RunUntilReady(3min)); // its own "InitGsmOk" may drop it once more
 }
@@ -72,16 +73,19 @@ TEST_F(Connection, AUnitThatFallsSilentIsLostAndFoundAgain) {
     Window().mList1.Clear();
     monitor.ForgetMessages();
     unit.Faults.Silent = true;
+    clock.RunFor(78s); // since 59 s the signal is -1, which is read four times
+    unit.Faults.Silent = false;
+    clock.RunFor(5s); // one report, a second after the silence
+    unit.Faults.Silent = true;
     const Duration silent = clock.Now();
     ASSERT_TRUE(RunUntilReceived(u"txNexLost", 10min));
-    // The last report came a second before the silence; 60 s later the signal is -1, and the fifth
-    // reading of that is the loss.
-    EXPECT_EQ(clock.Now() - silent, 84s);
+    // 60 s after the report the signal is -1 again, and the fifth reading of that is the loss.
+    EXPECT_EQ(clock.Now() - silent, 81s);
     EXPECT_FALSE(State().UnitConnected);
     EXPECT_EQ(Window().mLblTarnexStatus.Caption(), u"硬件状态:丢失");
     EXPECT_EQ(Window().mText1.Value() + u" " + Window().mText4.Value() + u" " +
                   Window().mTxtTarnexCSQ.Value(),
-              u"1 20 20"); // losses, ticks, signal
+              u"1 36 20"); // losses, ticks, signal
     const Duration lost = clock.Now();
     unit.Faults.Silent = false;
     const long greetings = unit.Count("Hello,tarnex");
