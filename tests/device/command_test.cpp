@@ -162,8 +162,9 @@ TEST_F(CommandTest, SignalQueryReturnsWhatWasKnownBefore) {
     clock.RunFor(61019ms);                   // 60 s after the last report, to the millisecond
     EXPECT_EQ(Within(1ms, core.commands.RDCSQ()), u"21");
     EXPECT_EQ(Within(0ms, core.commands.RDCSQ()), u"-1");
-    core.Init(); // does not forget the loss
+    core.Init(); // does not forget the loss, but the port
     EXPECT_EQ(Within(0ms, core.commands.RDCSQ()), u"-1");
+    EXPECT_EQ(core.discovery.ConnectStatus(), 0);
 }
 
 TEST_F(CommandTest, RawCommandsWaitForAnEmptyOutputBufferButNotForEver) {

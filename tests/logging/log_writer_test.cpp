@@ -29,7 +29,7 @@ TEST_F(LogWriterTest, EveryKindOfRowHasItsColumns) {
 }
 
 TEST_F(LogWriterTest, AnIndexOutOfRangeLosesTheRow) {
-    EventRecord last = ParsedRecord(u"0900900");
+    EventRecord last = ParsedRecord(u"0909900");
     EXPECT_TRUE(log.WriteLog(u"", last));
     EXPECT_FALSE(log.WriteLog(u"", ParsedRecord(u"0910900")));
     last.AutoNo = 10;
@@ -70,13 +70,14 @@ TEST_F(LogWriterTest, WithoutAPathThereIsNoLogAndOneNotice) {
     LogWriter unconfigured(clock, table, notices);
     table.Problem = "missing";
     unconfigured.Open(u"/wrong");
+    EXPECT_FALSE(unconfigured.WriteResponseLog(u"a"));
     unconfigured.Open(u"");
     table.Problem = "";
     EXPECT_TRUE(notices.Troubles().empty());
     said.clear();
     EXPECT_FALSE(unconfigured.WriteResponseLog(u"a"));
     EXPECT_FALSE(unconfigured.WriteResponseLog(u"b"));
-    EXPECT_EQ(unconfigured.LostRows(), 2u);
+    EXPECT_EQ(unconfigured.LostRows(), 3u);
     EXPECT_EQ(said.size(), 1u);
     unconfigured.Open(u"/log.db");
     unconfigured.Open(u"");

@@ -42,8 +42,8 @@ TEST_F(SMSQueueTest, ARefusedEntryIsTriedFourTimes) {
     EXPECT_EQ(queue.HeldEntry(), u"1x");
     EXPECT_EQ(queue.Attempt(), 4);
     clock.RunTo(27s);
-    EXPECT_EQ(queue.Totals().GivenUp, 1u);
-    EXPECT_EQ(queue.Totals().Refused, 4u);
+    EXPECT_EQ(queue.Totals(), (SMSQueue::Counts{.Refused = 4, .GivenUp = 1}));
+    EXPECT_EQ(queue.HeldEntry(), u"");
     const auto& log = window.lines[List::kSMSLog];
     EXPECT_EQ(Texts(log.end() - 4, log.end()),
               (Texts{u"发送到 Tarnex失败", u"系统返回:Failed", u"发送错误次数:4",
