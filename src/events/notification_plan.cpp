@@ -115,18 +115,14 @@ std::vector<Text> CutIntoPieces(TextView text) {
 }
 
 QuietTime QuietTimeAt(const Settings& settings, const CalendarTime& now) {
+    using enum QuietTime::State;
     const auto day = std::size_t(now.weekday);
+    if (!settings.QuietTimeOn || !settings.QuietDay[day])
+        return {.state = settings.QuietTimeOn ? kOtherDay : kOff, .from = {}, .to = {}};
     QuietTime quiet{.from = FormattedHourMinute(settings.QuietTimes[2 * day]),
                     .to = FormattedHourMinute(settings.QuietTimes[2 * day + 1])};
     const Text time = HourMinuteText(now);
-    if (!settings.QuietTimeOn)
-        quiet.state = QuietTime::State::kOff;
-    else if (!settings.QuietDay[day])
-        quiet.state = QuietTime::State::kOtherDay;
-    else if (quiet.from <= time && time <= quiet.to)
-        quiet.state = QuietTime::State::kQuiet;
-    else
-        quiet.state = QuietTime::State::kOutside;
+    quiet.state = quiet.from <= time && time <= quiet.to ? kQuiet : kOutside;
     return quiet;
 }
 

@@ -36,7 +36,8 @@ struct QuietTime {
         kQuiet,    // no SMS may go out
     };
     State state = State::kOff;
-    Text from, to; // this weekday's bounds, "hh:mm" where the settings hold a time
+    // This weekday's bounds, if it is on: "hh:mm" where the settings hold a time.
+    Text from, to;
 };
 
 // What becomes of one event.

@@ -142,7 +142,11 @@ bool LogWriter::Lose() {
 
 // A database that cannot be opened is the reason why its rows fail, so it is what is told.
 void LogWriter::ReportTrouble(const std::string& recovery) {
-    notices_.Report("log", open_problem_.empty() ? row_problem_ : open_problem_,
+    const std::string& trouble = open_problem_.empty() ? row_problem_ : open_problem_;
+    if (trouble.empty() && !trouble_told_)
+        return; // as with nearly every row: the words below are not put together in vain
+    trouble_told_ = !trouble.empty();
+    notices_.Report("log", trouble,
                     recovery + "; rows lost since the start: " + std::to_string(lost_rows_) + ".");
 }
 

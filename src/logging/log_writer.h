@@ -44,6 +44,7 @@ class LogWriter {
     bool in_use_ = false;      // one was opened, and rows go there
     std::string open_problem_; // of the last opening
     std::string row_problem_;  // of the last row
+    bool trouble_told_ = false;
     unsigned long lost_rows_ = 0;
 };
 

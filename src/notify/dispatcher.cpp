@@ -1,7 +1,5 @@
 #include "notify/dispatcher.h"
 
-#include "events/notification_plan.h"
-
 namespace tarnex {
 
 namespace {
@@ -27,16 +25,12 @@ TextView ReasonOf(HeldBack reason) {
 void Dispatcher::DispatchEvent(TextView record) {
     const NotificationPlan plan =
         Plan(ParsedRecord(record), parts_.settings, parts_.clock.Calendar());
-    parts_.lists.mList1Additem(u"");
-    ListEvent(record, plan.event);
+    ListPlan(record, plan);
     ++totals_.Events;
     totals_.HeldByQuiet += plan.HeldByQuietTime();
     const MessageOrigin origin{.record = Text(record)};
-    if (plan.mail) {
+    if (plan.mail)
         parts_.mail.dSetEmailFifo(*plan.mail, origin);
-        parts_.lists.mList1Additem(u"Email:" + plan.text);
-    }
-    parts_.lists.mList1Additem(u"Log:" + plan.text);
     parts_.log.WriteLog(plan.text, plan.event); // a lost row is counted there
     for (int rep = 0; rep < plan.repetitions; ++rep)
         for (const Text& piece : plan.pieces)
@@ -57,9 +51,12 @@ void Dispatcher::TellHeldBack(const NotificationPlan& plan, const MessageOrigin&
                                          ReasonOf(number.held_back.front()));
 }
 
-void Dispatcher::ListEvent(TextView record, const EventRecord& e) {
+// The words are put together only where somebody reads them.
+void Dispatcher::ListPlan(TextView record, const NotificationPlan& plan) {
     if (!parts_.lists.DebugOn)
         return;
+    const EventRecord& e = plan.event;
+    parts_.lists.mList1Additem(u"");
     parts_.lists.mList1Additem(u"解码:" + Text(record));
     const auto state_no = LeadingInt16(e.StatusNo).value_or(0);
     const auto list = [this](TextView label, TextView value, std::optional<TextView> name = {}) {
@@ -73,11 +70,15 @@ void Dispatcher::ListEvent(TextView record, const EventRecord& e) {
     list(u"EmailableNo:", e.EmailableNo);
     list(u"MachineName:", e.MachineName);
     list(u"Memo:", e.Memo);
+    if (plan.mail)
+        list(u"Email:", plan.text);
+    list(u"Log:", plan.text);
 }
 
 void Dispatcher::QueueSMS(const Text& entry, const MessageOrigin& origin) {
     parts_.queue.QueueSMS(entry, origin);
-    parts_.lists.mList1Additem(u"SMS" + entry.substr(0, 1) + u":" + entry.substr(1));
+    if (parts_.lists.DebugOn)
+        parts_.lists.mList1Additem(u"SMS" + entry.substr(0, 1) + u":" + entry.substr(1));
 }
 
 } // namespace tarnex

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "events/notification_plan.h"
 #include "logging/debug_lists.h"
 #include "logging/log_writer.h"
 #include "notify/sms_queue.h"
@@ -41,8 +42,8 @@ class Dispatcher {
     const Counts& Totals() const { return totals_; }
 
   private:
-    // Lists a record and the fields of the event that it was parsed to.
-    void ListEvent(TextView record, const EventRecord& event);
+    // Lists a record, the fields of its event, and where its text goes.
+    void ListPlan(TextView record, const NotificationPlan& plan);
     void QueueSMS(const Text& entry, const MessageOrigin& origin);
     void TellHeldBack(const NotificationPlan& plan, const MessageOrigin& origin);
 
