@@ -70,11 +70,9 @@ def make_base(base, packages):
         skip("debootstrap is not installed")
     half_made = base.with_suffix(".new")
     shutil.rmtree(half_made, ignore_errors=True)
-    result = subprocess.run(
-        ["debootstrap", "--variant=minbase", "--include=" + ",".join(packages), release, half_made, own_mirror(release)],
-        env=os.environ | ENVIRONMENT,
-        **PRINTED,
-    )
+    command = ["debootstrap", "--variant=minbase", "--include=" + ",".join(packages)]
+    command += [release, half_made, own_mirror(release)]
+    result = subprocess.run(command, env=os.environ | ENVIRONMENT, **PRINTED)
     if "Couldn't find these debs" in result.stdout:
         raise AssertionError(result.stdout)
     if result.returncode != 0:
@@ -131,12 +129,7 @@ class CleanRoot:
 
     def run(self, *arguments):
         """Runs a program; gives what it prints. A failure is an error that shows it."""
-        result = subprocess.run(
-            self.command(*arguments),
-            env=ENVIRONMENT,
-            timeout=LIMIT,
-            **PRINTED,
-        )
+        result = subprocess.run(self.command(*arguments), env=ENVIRONMENT, timeout=LIMIT, **PRINTED)
         if result.returncode != 0:
             raise AssertionError(f"{arguments} ended with {result.returncode}:\n{result.stdout}")
         return result.stdout
@@ -195,9 +188,7 @@ class RunningSystem(CleanRoot):
         self.cgroup = tree / os.path.basename(self.own)
         self.cgroup.mkdir()
         boot = [*NAMESPACES, "--fork", "--kill-child", "sh", "-c", BOOT, "boot", self.path, self.console]
-        self.machine = subprocess.Popen(
-            ["sh", "-c", OWN_CGROUP, "own-cgroup", self.cgroup, *boot], **PRINTED
-        )
+        self.machine = subprocess.Popen(["sh", "-c", OWN_CGROUP, "own-cgroup", self.cgroup, *boot], **PRINTED)
         self.wait_for(self.is_up, "the system is up")
 
     def is_up(self):
@@ -223,14 +214,9 @@ class RunningSystem(CleanRoot):
 
         It sees the system's files and network but is none of its processes: it outlives the system.
         """
+        command = [*self.enter("--mount", "--net"), *arguments]
         with open(log, "w") as output:
-            self.programs.append(
-                subprocess.Popen(
-                    [*self.enter("--mount", "--net"), *arguments],
-                    env=ENVIRONMENT,
-                    **(PRINTED | {"stdout": output}),
-                )
-            )
+            self.programs.append(subprocess.Popen(command, env=ENVIRONMENT, **(PRINTED | {"stdout": output})))
 
     def switch_off(self):
         power_off = signal.SIGRTMIN + 4

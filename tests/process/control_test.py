@@ -2,6 +2,7 @@
 
 import json
 import os
+import re
 import signal
 import subprocess
 import unittest
@@ -29,15 +30,9 @@ class ControlSite(Site):
 
     def run(self, *arguments, before=(), stdout=subprocess.PIPE):
         """tarnexctl, started by the program before."""
-        return subprocess.run(
-            [*before, *harness.command("tarnexctl", arguments)],
-            env=self.environment(),
-            stdin=subprocess.DEVNULL,
-            stdout=stdout,
-            stderr=subprocess.PIPE,
-            encoding="utf-8",
-            timeout=harness.LIMIT,
-        )
+        command = [*before, *harness.command("tarnexctl", arguments)]
+        streams = {"stdin": subprocess.DEVNULL, "stdout": stdout, "stderr": subprocess.PIPE, "encoding": "utf-8"}
+        return subprocess.run(command, env=self.environment(), timeout=harness.LIMIT, **streams)
 
     def ctl(self, *arguments):
         """What tarnexctl prints when all is well."""
@@ -84,13 +79,8 @@ class Control(unittest.TestCase):
         self.assertEqual((len(why["pieces"]), why["sms_in_all"]), (2, 4))
         monitor.send("txSendSMS" + ALARM)
         watch.wait_for("sent 4, given up 0")
-        told = [
-            f"SMS to number {sms['recipient']} ({sms['number']}): {piece}"
-            for piece in why["pieces"]
-            for sms in why["sms"]
-            if sms["taken"]
-        ]
-        sent = [line[line.index("SMS to number") :] for line in unit.said("SMS to number")]
+        told = [(str(sms["recipient"]), piece) for piece in why["pieces"] for sms in why["sms"] if sms["taken"]]
+        sent = [re.search(r"SMS to number (\d) \(\d+\): (.*)", line).groups() for line in unit.said("SMS to number")]
         self.assertEqual(sent, told)
         self.assertIn("  " + why["text"], tail.wait_for(why["text"]))
         row = json.loads(site.ctl("log", "tail", "--once", "--json").splitlines()[-1])

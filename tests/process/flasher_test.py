@@ -1,6 +1,5 @@
 """The firmware update on the command line, over a real serial line."""
 
-import contextlib
 import os
 import pty
 import signal
@@ -82,18 +81,6 @@ class FlasherTest(unittest.TestCase):
         self.assertEqual(flasher.wait(), 75)
         flasher.wait_for("Another program of TarnexComm runs on this machine")
         self.assertEqual(unit.said("RESET"), [])
-
-    def test_a_large_file_costs_no_memory(self):
-        line = record(0, bytes(range(16)))
-        content = line * (25_000_000 // len(line))
-        flasher = self.start("--check-only", "--file", self.file(content + "\n" + "A" * 1_000_000))
-        highest = 0
-        with contextlib.suppress(TypeError, FileNotFoundError):  # it has just ended
-            while flasher.runs():
-                highest = max(highest, flasher.resident_kib())
-        self.assertEqual(flasher.wait(), 65)
-        flasher.wait_for("more odd lines")
-        self.assertLess(highest, 80_000)  # 60,000 of it without a file
 
     def test_says_what_is_wrong_with_its_arguments(self):
         for arguments, said in (

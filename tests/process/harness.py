@@ -145,9 +145,6 @@ class Program:
         fields = self.proc("stat").rsplit(")", 1)[1].split()
         return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
 
-    def resident_kib(self):
-        return int(re.search(r"VmRSS:\s*(\d+)", self.proc("status"))[1])
-
 
 class Monitor:
     """The other end of the first control link. It keeps the link alive by itself."""

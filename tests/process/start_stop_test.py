@@ -56,6 +56,12 @@ class StartStop(unittest.TestCase):
         site.monitor().greet()
         self.assertEqual(service.stop(), 0)
 
+    def test_an_address_of_another_machine_is_told_in_one_line(self):
+        service = Site(self, **{"BindAddress": "192.0.2.1"}).start("tarnexcomm")
+        line = service.wait_for("correct BindAddress in section [ControlLink]")
+        self.assertIn("7840, 7841, 7842, 7843, 7844 (not an address of this machine)", line)
+        self.assertEqual((service.stop(), service.lines), (0, [line]))
+
     def ends_with(self, status, said, user=None, make=lambda settings: None):
         """All programs say that of their settings and end by themselves. make: the file, if any."""
         site = Site(self)

@@ -1,8 +1,8 @@
 """The service with its unit on a real serial line."""
 
-import contextlib
 import fcntl
 import os
+import resource
 import sqlite3
 import tty
 import unittest
@@ -14,56 +14,15 @@ ALARM = "txSendSMS1031010srv{[b^k^]}98%"
 ALARM_TEXT = '设备1"98%"的CPU负荷异常(srv)。回复：1901重启设备，1902关闭设备。'
 
 
-class FakeUnit:
-    """A serial line at whose other end stands this test, down to the byte."""
-
-    ANSWERS = {
-        b"Hello,tarnex": b"Hello,sever",
-        b"ChkVer": b"FAKE VERSION 1",
-        b"RDSerial": b"Serial(7)",
-        b"RDCSQ": b"TXCSQ(20,0)",
-    }
-
-    def __init__(self, test):
-        self.written = 0
-        self._own, self.programs_end = os.openpty()
-        test.addCleanup(os.close, self._own)
-        test.addCleanup(os.close, self.programs_end)
-        self.path = os.ttyname(self.programs_end)
-        tty.setraw(self.programs_end)
-        os.set_blocking(self._own, False)
-        self._received = b""
-        self._answered = 0
-
-    def commands(self):
-        """All that came so far, without the ends of the lines."""
-        with contextlib.suppress(BlockingIOError):
-            self._received += os.read(self._own, 4096)
-        return [line.removeprefix(b"~TX:") for line in self._received.split(b"\r\n")[:-1]]
-
-    def greetings(self):
-        return self.commands().count(b"Hello,tarnex")
-
-    def _write(self, data):
-        with contextlib.suppress(BlockingIOError):
-            self.written += os.write(self._own, data)
-
-    def flood_until(self, condition, what):
-        """Without a line end."""
-        wait_until(lambda: self._write(b"\xb2TX:\x00#~\xff?" * 100) or condition(), what)
-
-    def answer_until(self, condition, what):
-        """Among rubbish."""
-        wait_until(lambda: self._answer() or condition(), what)
-
-    def _answer(self):
-        for command in self.commands()[self._answered :]:
-            self._write(b"\x00\x01\x1b[2J\x7f\xff\r\n~TX:\x81\x81(\r\n\r\n")
-            self._write(b"TX:" + self.ANSWERS.get(command, b"OK") + b"\r\n")
-            self._answered += 1
-
-
 class Unit(unittest.TestCase):
+    def line(self):
+        """Both ends of a serial line, the second for a program."""
+        ends = os.openpty()
+        for end in ends:
+            self.addCleanup(os.close, end)
+        tty.setraw(ends[1])
+        return ends
+
     def test_the_main_job_while_others_use_log_and_settings(self):
         site = Site(self)
         unit = site.unit()
@@ -90,6 +49,12 @@ class Unit(unittest.TestCase):
         monitor.send(ALARM)
         unit.wait_for(f"SMS to number 1 ({FIRST_NUMBER}): {ALARM_TEXT}")
         self.assertEqual(len(reader.execute("SELECT * FROM Log").fetchall()), 2)
+
+        # What a full disk is to programs: files do not grow.
+        usual = resource.prlimit(service.pid, resource.RLIMIT_FSIZE, (100, resource.RLIM_INFINITY))
+        monitor.send(ALARM)
+        service.wait_for("look for a full disk, a used-up quota or a failing disk")
+        resource.prlimit(service.pid, resource.RLIMIT_FSIZE, usual)
         rows = [("门卫", '设备1"门卫"的通讯正常。'), (None, "of another program"), ("98%", ALARM_TEXT)]
         self.assertEqual(site.rows("Detail, Message"), rows)
 
@@ -124,39 +89,23 @@ class Unit(unittest.TestCase):
         unit.wait_for("Hello,tarnex", seen + 1)
         self.assertEqual(service.lines, [])
 
-    def test_noise_on_the_line(self):
-        line = FakeUnit(self)
-        site = Site(self, **{"COM3": line.path})
-        service = site.service()
-        monitor = site.monitor()
-        monitor.greet()
-        line.flood_until(lambda: line.greetings() == 2, "two greetings")
-        written, memory, cpu = line.written, service.resident_kib(), service.cpu_seconds()
-        line.flood_until(lambda: line.greetings() == 3, "a third one")
-        self.assertGreater(line.written - written, 100_000)
-        # What is freed is given back a little later; what is kept only becomes more.
-        line.flood_until(lambda: service.resident_kib() - memory < 400, "as little memory")
-        self.assertLess(service.cpu_seconds() - cpu, 2)
-        line.answer_until(lambda: READY in monitor.received, "a unit in use")
-        self.assertEqual((service.stop(), service.lines), (0, []))
-
     def test_debug_mode_and_ports_that_an_operator_must_free(self):
-        forbidden, held = FakeUnit(self), FakeUnit(self)
-        os.chmod(forbidden.path, 0)
-        os.chmod(held.path, 0o666)
-        fcntl.flock(held.programs_end, fcntl.LOCK_EX)
-        site = Site(self, **{"COM3": forbidden.path, "COM20": held.path, "DebugMode": "On"})
+        (unit, port), (_, held_port) = self.line(), self.line()
+        forbidden, held = os.ttyname(port), os.ttyname(held_port)
+        os.chmod(forbidden, 0)
+        os.chmod(held, 0o666)
+        fcntl.flock(held_port, fcntl.LOCK_EX)
+        site = Site(self, **{"COM3": forbidden, "COM20": held, "DebugMode": "On"})
         service = site.service(user=site.give_away())
-        monitor = site.monitor()
-        monitor.greet()
+        site.monitor().greet()
         first, second = (service.wait_for("tarnexcomm: COM", times) for times in (1, 2))
-        self.assertIn(f"COM3 ({forbidden.path}) may not be opened. Add the user", first)
-        self.assertIn(f"COM20 ({held.path}) is held by another program. End that", second)
-        os.chmod(forbidden.path, 0o666)
-        service.wait_for(f"COM3 ({forbidden.path}) can be opened now.")
+        self.assertIn(f"COM3 ({forbidden}) may not be opened. Add the user", first)
+        self.assertIn(f"COM20 ({held}) is held by another program. End that", second)
+        os.chmod(forbidden, 0o666)
+        service.wait_for(f"COM3 ({forbidden}) can be opened now.")
         service.wait_for("List2: Send:~TX:Hello,tarnex\\r\\n")
-        found = "mList1: 在 com3 找到 Tarnex"
-        forbidden.answer_until(lambda: service.said(found), found)
+        os.write(unit, b"\x00\x01\x1b[2J\x7f\xff\r\n~TX:\x81\x81(\r\n\r\nTX:Hello,sever\r\n")
+        service.wait_for("mList1: 在 com3 找到 Tarnex")
         service.wait_for("List2: Get :\\x00\\x01\\x1B[2J\\x7F")
         self.assertEqual(service.stop(), 0)
         for line in service.lines:
