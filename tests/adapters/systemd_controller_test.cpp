@@ -1,23 +1,18 @@
 #include "adapters/linux/systemd_controller.h"
-#include "adapters/linux/unique_fd.h"
-#include "simulator/simulated_clock.h"
 #include "tests/adapters/run_until.h"
 #include "tests/temp_folder.h"
 
-#include <algorithm>
 #include <csignal>
 
 #include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 namespace tarnex {
 namespace {
 
 constexpr const char* kUnit = "tarnexcomm.service";
 
-// Installing with the real systemd, and the end of the machine: see tests/process/systemd_test.py.
+// Installing with the real systemd, readiness, the watchdog, and the end of the machine: see
+// tests/process/systemd_test.py.
 struct Systemd : testing::Test {
     TempFolder folder;
     AsioLoop loop;
@@ -93,42 +88,6 @@ TEST_F(Systemd, SignalsAreTheServiceEventsAndAHangingSystemctlDelaysNoStop) {
     RunUntil(
         loop, [] { return false; }, 30ms);
     EXPECT_EQ(told, expected);
-}
-
-TEST_F(Systemd, ReadinessAndTheWatchdogGoToTheSocketOfTheServiceManager) {
-    const std::string name = "@tarnex-test-" + std::to_string(getpid()); // no file
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::copy(name.begin() + 1, name.end(), address.sun_path + 1);
-    const UniqueFd manager(socket(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK, 0));
-    ASSERT_EQ(bind(manager.Get(), reinterpret_cast<sockaddr*>(&address),
-                   static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + name.size())),
-              0);
-    const auto receive = [&] {
-        char text[100];
-        const ssize_t size = recv(manager.Get(), text, sizeof text, 0);
-        return std::string(text, static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
-    };
-    for (const std::string& wanted : {std::string(), std::string(200, 'x'), name}) {
-        setenv("NOTIFY_SOCKET", wanted.c_str(), 1);
-        SystemdController(loop, loop, With("true")).ReportReady();
-        EXPECT_EQ(receive(), wanted == name ? "READY=1" : "");
-    }
-    setenv("WATCHDOG_USEC", "60000000", 1);
-    for (const pid_t watched : {getpid(), getppid()}) {
-        setenv("WATCHDOG_PID", std::to_string(watched).c_str(), 1);
-        SimulatedClock clock;
-        SystemdController fed(clock, loop, With("true"));
-        fed.StartService(0, {.start = [] {}, .stop = {}, .pause = {}, .resume = {}});
-        for (int i = 0; i < 3; ++i) {
-            clock.RunFor(29999ms); // half of its time, less a moment
-            EXPECT_EQ(receive(), "");
-            clock.RunFor(1ms);
-            EXPECT_EQ(receive(), watched == getpid() ? "WATCHDOG=1" : "");
-        }
-    }
-    for (const char* variable : {"NOTIFY_SOCKET", "WATCHDOG_USEC", "WATCHDOG_PID"})
-        unsetenv(variable);
 }
 
 } // namespace

@@ -51,11 +51,5 @@ TEST(SystemCodePage, HalfACharacterAtTheEndIsNotWhole) {
     EXPECT_EQ(utf8.WholeLength("A\xAE\xFF"), 3u);
 }
 
-TEST(SystemCodePage, KnowsTwoNames) {
-    for (const auto& [name, known] :
-         {std::pair("GBK", true), {"UTF-8", true}, {"utf8", false}, {"", false}})
-        EXPECT_EQ(SystemCodePage::Supported(name), known) << name;
-}
-
 } // namespace
 } // namespace tarnex

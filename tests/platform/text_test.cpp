@@ -1,6 +1,5 @@
 #include "platform/calendar_text.h"
 #include "platform/error_words.h"
-#include "platform/json_writer.h"
 #include "platform/text.h"
 
 #include <cerrno>
@@ -64,32 +63,6 @@ TEST(TimeOfDay, OnlyTimesAreFormatted) {
     for (const TextView text : {u"", u"7", u"24:00", u"7:60", u"7:05:60", u"7:05:10:1", u"-1:05",
                                 u"7:", u":05", u"007:05", u"a7:05"})
         EXPECT_EQ(FormattedHourMinute(text), text);
-}
-
-TEST(JsonWriter, WritesEveryKindOfValue) {
-    JsonWriter json;
-    json.BeginObject();
-    json.String("text", "a \"b\" \\ \n\x1f\x7f\u202e 短信");
-    json.Number("number", -12);
-    json.BeginArray("list");
-    json.Bool("", true);
-    json.Null("");
-    json.BeginObject();
-    json.End();
-    json.End();
-    json.BeginArray("empty");
-    json.End();
-    json.End();
-    EXPECT_EQ(json.Written(), "{\n"
-                              "  \"text\": \"a \\\"b\\\" \\\\ \\n\\u001f\\u007f\\u202e 短信\",\n"
-                              "  \"number\": -12,\n"
-                              "  \"list\": [\n"
-                              "    true,\n"
-                              "    null,\n"
-                              "    {}\n"
-                              "  ],\n"
-                              "  \"empty\": []\n"
-                              "}\n");
 }
 
 } // namespace

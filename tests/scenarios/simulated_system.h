@@ -7,27 +7,11 @@
 
 namespace tarnex {
 
-inline constexpr const char* kTestSettings = R"([Check]
-Check1(8)=1
-Check1(9)=1
-Check1(10)=1
-Check1(11)=1
-Check1(12)=1
-Check1(13)=1
-Check1(42)=1
-Check1(44)=1
-Check1(45)=0
-Check1(57)=1
-[Combo]
-Combo1(5)=3
-Combo1(6)=1x
-[Text]
-Text1(32)=TX-7
-Text1(34)=13900000001
-Text1(35)=13900000002
-Text1(36)=+8613800100500
-Text1(37)=log.db
-)";
+inline constexpr const char* kTestSettings =
+    "[Check]\nCheck1(8)=1\nCheck1(9)=1\nCheck1(10)=1\nCheck1(11)=1\nCheck1(12)=1\nCheck1(13)=1\n"
+    "Check1(42)=1\nCheck1(44)=1\nCheck1(45)=0\nCheck1(57)=1\n[Combo]\nCombo1(5)=3\nCombo1(6)=1x\n"
+    "[Text]\nText1(32)=TX-7\nText1(34)=13900000001\nText1(35)=13900000002\n"
+    "Text1(36)=+8613800100500\nText1(37)=log.db\n";
 
 inline const SystemCodePage kGbk("GBK");
 
