@@ -1,3 +1,4 @@
+#include "history/message_ledger.h"
 #include "service/core_window.h"
 #include "service/mail_window.h"
 #include "service/main_window.h"
@@ -143,7 +144,8 @@ using WindowLayouts = ToolTest;
 TEST_F(WindowLayouts, AreInOrderAndNoButtonMovesWhenMoreIsShown) {
     ToolLink link(world, [] {});
     UnitState state;
-    MailSender mail(clock, tcp, ini, code_page, notices);
+    MessageLedger messages;
+    MailSender mail(clock, tcp, ini, code_page, notices, messages);
     MainWindow main;
     MailWindow mails(mail, clock);
     CoreWindow core({.core = link.core, .files = files, .unit = state, .set_to_research = [] {}});
