@@ -65,8 +65,7 @@ class Checker {
             Warn("code-page"_setting,
                  "is " + file_.EncodingName() +
                      ", but the file holds texts that are none, so these come out as "
-                     "other characters; convert the file with iconv, or set the other "
-                     "code page");
+                     "other characters; convert the file, or set the other code page");
     }
 
     void Gates() {

@@ -58,8 +58,9 @@ void SettingsFile::Set(const Setting& setting, TextView value) {
         !IsAscii() && (value == u"UTF-8" ? !IsChineseUtf8() : value == u"GBK" && IsUtf8());
     if (setting.name == "code-page"_setting.name && unreadable)
         throw Failure(kExitData, "code-page cannot be " + ToUtf8(value) + ": " + path_ +
-                                     " holds texts that are none. Convert the file first, with "
-                                     "iconv, and change the line CodePage by hand");
+                                     " holds texts that are none. Convert the file first, with " +
+                                     world_.words.text_converter +
+                                     ", and change the line CodePage by hand");
     const auto acting = world_.owners.ActFor(path_, "");
     MyIniFile file(*store_, *code_page_);
     file.WriteIniStr(setting.section, setting.key, value);

@@ -127,7 +127,7 @@ std::optional<PortAnswer> ParsePort(const std::string& answer, const SerialPaths
         if (EqualIgnoringCase(FromUtf8(answer), u"COM" + ToText(number)) ||
             answer == std::to_string(number) || answer == defaults[std::size_t(number) - 1])
             return PortAnswer{.number = number, .device = ""};
-    if (answer.starts_with('/') && Objection("com1-device"_setting, FromUtf8(answer)).empty())
+    if (Objection("com1-device"_setting, FromUtf8(answer)).empty())
         return PortAnswer{.number = 1, .device = answer};
     return std::nullopt;
 }

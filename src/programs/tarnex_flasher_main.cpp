@@ -2,6 +2,7 @@
 
 #include "adapters/system/arguments.h"
 #include "adapters/system/end_requests.h"
+#include "adapters/system/serial_names.h"
 #include "adapters/system/terminal.h"
 #include "adapters/system/this_system.h"
 #include "operator/arguments.h"
@@ -36,7 +37,7 @@ int PortNumber(std::string_view text) {
 // "", or what is wrong with the words. One serial line is all that an update needs, so that a
 // device that is given by its path takes the place of a port.
 std::string ReadPort(const std::string& words, Options& options) {
-    if (words.find('/') != words.npos) {
+    if (IsDevicePath(words)) {
         options.port = {.number = kSerialPorts, .name = words};
         options.device = words;
         return "";

@@ -22,4 +22,8 @@ SerialPaths SerialDevicePaths(const SerialPaths& configured) {
     return paths;
 }
 
+bool IsDevicePath(std::string_view words) {
+    return words.find('/') != words.npos;
+}
+
 } // namespace tarnex

@@ -12,6 +12,7 @@ SystemWords WordsOfThisSystem() {
                                   "folder than that user",
             .data_folder = "/var/lib/tarnexcomm",
             .runtime_folder = "/run/tarnexcomm",
+            .text_converter = "iconv",
             .serial_device = "/dev/ttyUSB0",
             .log_file = "/srv/tarnex/log.db",
             .metrics_file = "/var/lib/prometheus/node-exporter/tarnexcomm.prom"};

@@ -9,4 +9,7 @@ namespace tarnex {
 // COM20 USB modems; on Windows the port has its own name.
 SerialPaths SerialDevicePaths(const SerialPaths& configured);
 
+// Whether the words of an operator are the path of a device, and not the number or name of a port.
+bool IsDevicePath(std::string_view words);
+
 } // namespace tarnex

@@ -10,4 +10,8 @@ SerialPaths SerialDevicePaths(const SerialPaths& configured) {
     return paths;
 }
 
+bool IsDevicePath(std::string_view words) {
+    return words.starts_with("\\\\");
+}
+
 } // namespace tarnex

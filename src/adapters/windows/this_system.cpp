@@ -14,6 +14,7 @@ SystemWords WordsOfThisSystem() {
             .how_to_become_them = " (in a command prompt that is run as administrator)",
             .data_folder = folder,
             .runtime_folder = folder,
+            .text_converter = "an editor",
             .serial_device = "COM3",
             .log_file = "D:\\Tarnex\\log.db",
             .metrics_file =
