@@ -10,11 +10,11 @@
 namespace tarnex {
 
 // Something that an operator must act on.
-struct Trouble {
+struct NoticedTrouble {
     std::string topic; // what it is about, in lower case; there is one trouble a topic
     NoticeLevel level = NoticeLevel::kWarning;
     std::string text; // in plain words, UTF-8
-    friend bool operator==(const Trouble&, const Trouble&) = default;
+    friend bool operator==(const NoticedTrouble&, const NoticedTrouble&) = default;
 };
 
 // What an operator must act on, said in plain words: once, and again only when it changes.
@@ -28,7 +28,7 @@ class OperatorNotices {
     // said once as recovered, and only after trouble.
     void Report(const std::string& topic, const std::string& trouble, const std::string& recovered,
                 NoticeLevel level = NoticeLevel::kWarning) {
-        Trouble& last = last_[topic];
+        NoticedTrouble& last = last_[topic];
         if (trouble == last.text)
             return;
         last = {.topic = topic, .level = level, .text = trouble};
@@ -40,8 +40,8 @@ class OperatorNotices {
         return found != last_.end() && !found->second.text.empty();
     }
     // What is wrong now, in the order of the topics' names.
-    std::vector<Trouble> Troubles() const {
-        std::vector<Trouble> troubles;
+    std::vector<NoticedTrouble> Troubles() const {
+        std::vector<NoticedTrouble> troubles;
         for (const auto& [topic, trouble] : last_)
             if (!trouble.text.empty())
                 troubles.push_back(trouble);
@@ -50,7 +50,7 @@ class OperatorNotices {
 
   private:
     Sink sink_;
-    std::map<std::string, Trouble> last_;
+    std::map<std::string, NoticedTrouble> last_;
 };
 
 } // namespace tarnex

@@ -25,7 +25,7 @@ class StatusWriter {
         Mail(state.mail);
         Events(state);
         json_.BeginArray("troubles");
-        for (const Trouble& trouble : state.troubles) {
+        for (const NoticedTrouble& trouble : state.troubles) {
             json_.BeginObject();
             json_.String("topic", trouble.topic);
             json_.String("level", trouble.level == NoticeLevel::kError ? "error" : "warning");

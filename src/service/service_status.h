@@ -64,7 +64,7 @@ struct ServiceStatus {
         Dispatcher::Counts events;
         Text log_path; // "" for none
         unsigned long lost_rows = 0;
-        std::vector<Trouble> troubles; // what an operator must act on, a line each
+        std::vector<NoticedTrouble> troubles; // what an operator must act on, a line each
         friend bool operator==(const State&, const State&) = default;
     };
 
