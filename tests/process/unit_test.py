@@ -66,7 +66,7 @@ class Unit(unittest.TestCase):
         self.assertEqual(service.stop(), 0)
         monitor.wait_for(b"tx-SMSEnd")
         self.assertEqual(site.without_own_settings(), site.settings_text({"Text1(34)": "13900000009"}))
-        self.assertEqual(len(service.lines), 2, service.lines)
+        self.assertEqual(len(service.lines), 3, service.lines)
 
     def test_an_adapter_pulled_while_a_command_waits_and_put_back(self):
         site = Site(self)
