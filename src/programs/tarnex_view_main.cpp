@@ -5,11 +5,7 @@
 #include "adapters/fltk/screen.h"
 #include "adapters/fltk/style.h"
 #include "platform/exit_status.h"
-#include "service/core_window.h"
-#include "service/mail_window.h"
-#include "service/main_window.h"
-#include "tools/firmware_flasher.h"
-#include "tools/ocx_debug.h"
+#include "programs/form_layouts.h"
 
 #include <csignal>
 #include <cstdio>
@@ -23,22 +19,6 @@ namespace tarnex {
 namespace {
 
 constexpr int kSocket = 3;
-
-struct NamedLayout {
-    std::string_view form;
-    Layout (*layout)();
-};
-constexpr NamedLayout kLayouts[] = {
-    {"TarnexComm", MainLayout},         {"MailSender", MailLayout},  {"TarnexCore", CoreLayout},
-    {"FirmwareFlasher", FlasherLayout}, {"OCXDebug", ConsoleLayout},
-};
-
-Layout LayoutOf(const Form& form) {
-    for (const NamedLayout& entry : kLayouts)
-        if (entry.form == form.Name())
-            return entry.layout();
-    return {}; // of another version, which is not talked to
-}
 
 void Tell(ViewRecord record, std::string_view text) {
     WireWriter packet(record);

@@ -190,7 +190,8 @@ void BoxWindow::SetStyle(const Style& style) {
     Text title(std::size_t(GetWindowTextLengthW(title_)) + 1, u'\0');
     title.resize(std::size_t(
         GetWindowTextW(title_, reinterpret_cast<wchar_t*>(title.data()), int(title.size()))));
-    title_width_ = style.Metrics().text_width(title) + 1; // for what leans over its place
+    const int lean = 1; // of the last letter over its place
+    title_width_ = title.empty() ? 0 : style.Metrics().text_width(title) + lean;
     text_height_ = style.TextHeight();
 }
 
