@@ -1,11 +1,10 @@
 #include "programs/machine.h"
 
 #include "adapters/system/environment.h"
-#include "adapters/system/notice_prefix.h"
+#include "adapters/system/operator_output.h"
 #include "adapters/system/terminal.h"
 #include "adapters/system/this_system.h"
 
-#include <cstdio>
 #include <thread>
 
 namespace tarnex {
@@ -37,10 +36,8 @@ Machine::Machine(const char* program_name)
     lock.SetNotice([this](const std::string& line) { Say(line); });
 }
 
-// Plain C output: the standard streams would cost a tenth of the service's idle memory.
 void Machine::Say(NoticeLevel level, const std::string& line) const {
-    const std::string whole = NoticePrefix(level) + program + ": " + line + "\n";
-    std::fputs(whole.c_str(), stderr);
+    TellOperator(level, std::string(program) + ": " + line);
 }
 
 ExitStatus Machine::TakeSettings() {

@@ -23,7 +23,7 @@ struct Machine {
     // not go on with the defaults, which may name somebody else's devices. The operator is told.
     ExitStatus TakeSettings();
 
-    // A line for the operator, on standard error, with the program's name in front.
+    // A line for the operator, with the program's name in front.
     void Say(const std::string& line) const { Say(NoticeLevel::kWarning, line); }
     void Say(NoticeLevel level, const std::string& line) const;
 

@@ -56,4 +56,6 @@ void EndRequests::OnGone(std::function<void()> handler) {
     state_->signals.On(SIGHUP, std::move(handler));
 }
 
+void EndRequests::OnSystemEnd(std::function<void()>) {}
+
 } // namespace tarnex

@@ -177,8 +177,11 @@ void SystemdController::LogEvent(EventType type, int number, std::string_view te
     syslog(Priority(type), "event %d: %.*s", number, static_cast<int>(text.size()), text.data());
 }
 
-std::unique_ptr<ServiceController> MakeServiceController(AsioLoop& loop) {
+std::unique_ptr<ServiceController> MakeServiceController(AsioLoop& loop, SetupFailed) {
     return std::make_unique<SystemdController>(loop, loop);
 }
+
+// systemd sees the end of the process, and its status.
+void ReportEndOfService(int) {}
 
 } // namespace tarnex

@@ -18,4 +18,7 @@ SystemWords WordsOfThisSystem() {
             .metrics_file = "/var/lib/prometheus/node-exporter/tarnexcomm.prom"};
 }
 
+// The package and the service manager have made them.
+void MakeFoldersOfThisSystem() {}
+
 } // namespace tarnex

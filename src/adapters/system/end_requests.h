@@ -21,6 +21,9 @@ class EndRequests {
     // Whoever watched it is gone: the terminal has hung up, its window is closed, the user has
     // logged off.
     void OnGone(std::function<void()> handler);
+    // The user's session or the whole machine ends; without a handler OnGone's is called. On Linux
+    // never: there it is the service manager that knows.
+    void OnSystemEnd(std::function<void()> handler);
 
   private:
     struct State;

@@ -6,4 +6,8 @@ namespace tarnex {
 
 SystemWords WordsOfThisSystem();
 
+// Makes the folders of those words where nobody else does: on Windows, for administrators, the
+// service and whoever runs this. Where a folder cannot be made, its users meet that later.
+void MakeFoldersOfThisSystem();
+
 } // namespace tarnex

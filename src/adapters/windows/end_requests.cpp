@@ -1,6 +1,7 @@
 #include "adapters/system/end_requests.h"
 
 #include "adapters/asio/asio_loop.h"
+#include "adapters/windows/session_end.h"
 #include "adapters/windows/windows_headers.h"
 
 #include <mutex>
@@ -13,8 +14,8 @@ constexpr DWORD kTimeToEnd = 30'000; // ms; the system ends the process earlier
 
 // Windows tells a function without an object, in a thread of its own.
 std::mutex g_mutex;
-AsioLoop* g_loop = nullptr;                // nullptr: nobody has asked. Guarded by g_mutex.
-std::function<void()> g_on_end, g_on_gone; // called from the loop
+AsioLoop* g_loop = nullptr; // nullptr: nobody has asked. Guarded by g_mutex.
+std::function<void()> g_on_end, g_on_gone, g_on_system_end; // called from the loop
 
 bool PostToLoop(std::function<void()>& handler) {
     const std::lock_guard lock(g_mutex);
@@ -38,9 +39,16 @@ BOOL WINAPI TakeRequest(DWORD request) {
 
 } // namespace
 
-struct EndRequests::State {};
+struct EndRequests::State {
+    SessionEnd session_end;
+};
 
-EndRequests::EndRequests(AsioLoop& loop) {
+EndRequests::EndRequests(AsioLoop& loop)
+    : state_(new State{.session_end{loop, [] {
+                                        if (const auto& handler =
+                                                g_on_system_end ? g_on_system_end : g_on_gone)
+                                            handler();
+                                    }}}) {
     const std::lock_guard lock(g_mutex);
     g_loop = &loop;
     SetConsoleCtrlHandler(TakeRequest, TRUE);
@@ -50,7 +58,7 @@ EndRequests::~EndRequests() {
     SetConsoleCtrlHandler(TakeRequest, FALSE);
     const std::lock_guard lock(g_mutex);
     g_loop = nullptr;
-    g_on_end = g_on_gone = nullptr;
+    g_on_end = g_on_gone = g_on_system_end = nullptr;
 }
 
 void EndRequests::OnEnd(const std::function<void()>& handler) {
@@ -61,6 +69,11 @@ void EndRequests::OnEnd(const std::function<void()>& handler) {
 void EndRequests::OnGone(std::function<void()> handler) {
     const std::lock_guard lock(g_mutex);
     g_on_gone = std::move(handler);
+}
+
+void EndRequests::OnSystemEnd(std::function<void()> handler) {
+    const std::lock_guard lock(g_mutex);
+    g_on_system_end = std::move(handler);
 }
 
 } // namespace tarnex

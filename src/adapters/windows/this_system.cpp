@@ -1,6 +1,9 @@
 #include "adapters/system/this_system.h"
 
 #include "adapters/system/environment.h"
+#include "adapters/windows/nt_service.h"
+#include "adapters/windows/private_access.h"
+#include "adapters/windows/windows_text.h"
 
 namespace tarnex {
 
@@ -19,6 +22,15 @@ SystemWords WordsOfThisSystem() {
             .log_file = "D:\\Tarnex\\log.db",
             .metrics_file =
                 "C:\\Program Files\\windows_exporter\\textfile_inputs\\tarnexcomm.prom"};
+}
+
+// One that somebody else has made before the service came must not stay his.
+void MakeFoldersOfThisSystem() {
+    const std::wstring folder = ToWide(WordsOfThisSystem().data_folder);
+    PrivateAccess access;
+    if (!CreateDirectoryW(folder.c_str(), access.Get()) && RunsAsService())
+        SetFileSecurityW(folder.c_str(), DACL_SECURITY_INFORMATION,
+                         access.Get()->lpSecurityDescriptor);
 }
 
 } // namespace tarnex

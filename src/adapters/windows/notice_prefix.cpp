@@ -1,9 +1,0 @@
-#include "adapters/system/notice_prefix.h"
-
-namespace tarnex {
-
-std::string NoticePrefix(NoticeLevel) {
-    return "";
-}
-
-} // namespace tarnex

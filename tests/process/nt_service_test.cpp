@@ -1,0 +1,117 @@
+#include "adapters/windows/nt_service.h"
+#include "adapters/windows/windows_headers.h"
+#include "adapters/windows/windows_text.h"
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+
+#include <gtest/gtest.h>
+
+// The real program as a service of the Windows that it runs on, whose settings it gets.
+namespace tarnex {
+namespace {
+
+constexpr DWORD kPatience = 20'000; // ms
+
+struct CloseService {
+    void operator()(SC_HANDLE handle) const { CloseServiceHandle(handle); }
+};
+using ServiceHandle = std::unique_ptr<SC_HANDLE__, CloseService>;
+
+// The test stands beside the folder of the programs.
+std::wstring Program() {
+    wchar_t path[MAX_PATH]{};
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    return (std::filesystem::path(path).parent_path().parent_path() / L"bin" / L"tarnexcomm.exe")
+        .wstring();
+}
+
+DWORD ExitOf(const wchar_t* argument) {
+    std::wstring line = L"\"" + Program() + L"\" " + argument;
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    DWORD status = ~0U;
+    if (CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                       &process) &&
+        WaitForSingleObject(process.hProcess, kPatience) == WAIT_OBJECT_0)
+        GetExitCodeProcess(process.hProcess, &status);
+    return status;
+}
+
+ServiceHandle OpenInstalled() {
+    const ServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
+    return ServiceHandle(OpenServiceW(manager.get(), kServiceName, SERVICE_ALL_ACCESS));
+}
+
+// The state once it is what is awaited, or after the time.
+SERVICE_STATUS Await(const ServiceHandle& service, DWORD state, DWORD exit_status = 0) {
+    SERVICE_STATUS status{};
+    for (DWORD waited = 0; waited < kPatience; waited += 10) {
+        QueryServiceStatus(service.get(), &status);
+        if (status.dwCurrentState == state && status.dwServiceSpecificExitCode == exit_status)
+            break;
+        Sleep(10);
+    }
+    return status;
+}
+
+bool Start(const ServiceHandle& service) {
+    return StartServiceW(service.get(), 0, nullptr);
+}
+
+DWORD StateAfter(const ServiceHandle& service, DWORD control, DWORD state) {
+    SERVICE_STATUS status{};
+    EXPECT_TRUE(ControlService(service.get(), control, &status)) << GetLastError();
+    return Await(service, state).dwCurrentState;
+}
+
+std::wstring Registered(const wchar_t* key, const wchar_t* name) {
+    wchar_t text[MAX_PATH]{};
+    DWORD size = sizeof text;
+    RegGetValueW(HKEY_LOCAL_MACHINE,
+                 (L"SYSTEM\\CurrentControlSet\\Services\\" + std::wstring(key)).c_str(), name,
+                 RRF_RT_ANY | RRF_NOEXPAND, nullptr, text, &size);
+    return text;
+}
+
+TEST(NtService, LivesUnderTheServiceManager) {
+    const std::wstring settings = L"C:\\windows\\system\\Tarnex.ini";
+    CreateDirectoryW(L"C:\\windows\\system", nullptr); // Windows has it, Wine does not
+    std::ofstream(settings.c_str()) << "[Service]\nEnable=Enable\n[Check]\nCheck1(13)=1\n";
+    ASSERT_EQ(ExitOf(L"/i"), 0u);
+    ASSERT_EQ(ExitOf(L"/i"), 0u); // brings it up to date
+    ServiceHandle service = OpenInstalled();
+    ASSERT_TRUE(service);
+    EXPECT_EQ(Registered(L"TarnexComm", L"ImagePath"), L"\"" + Program() + L"\"");
+    EXPECT_EQ(Registered(L"TarnexComm\\Parameters", L"TimerInterval"), L"300");
+    EXPECT_EQ(Registered(L"EventLog\\Application\\TarnexComm", L"EventMessageFile"), Program());
+
+    EXPECT_TRUE(Start(service));
+    EXPECT_EQ(Await(service, SERVICE_RUNNING).dwCurrentState, DWORD(SERVICE_RUNNING));
+    for (const auto& [control, state] : {std::pair(SERVICE_CONTROL_PAUSE, SERVICE_PAUSED),
+                                         std::pair(SERVICE_CONTROL_CONTINUE, SERVICE_RUNNING),
+                                         std::pair(SERVICE_CONTROL_STOP, SERVICE_STOPPED)})
+        EXPECT_EQ(StateAfter(service, control, state), DWORD(state));
+    EXPECT_EQ(Await(service, SERVICE_STOPPED).dwWin32ExitCode, DWORD(NO_ERROR));
+
+    // A start that fails says how.
+    DeleteFileW(settings.c_str());
+    CreateDirectoryW(settings.c_str(), nullptr);
+    EXPECT_TRUE(Start(service));
+    const SERVICE_STATUS failed = Await(service, SERVICE_STOPPED, kExitNoInput);
+    EXPECT_EQ(failed.dwServiceSpecificExitCode, DWORD(kExitNoInput));
+    RemoveDirectoryW(settings.c_str());
+
+    // It is taken away while it runs.
+    EXPECT_TRUE(Start(service));
+    EXPECT_EQ(Await(service, SERVICE_RUNNING).dwCurrentState, DWORD(SERVICE_RUNNING));
+    service.reset();
+    EXPECT_EQ(ExitOf(L"/u"), 0u);
+    EXPECT_FALSE(OpenInstalled());
+    EXPECT_EQ(ExitOf(L"/u"), DWORD(kExitUnavailable));
+}
+
+} // namespace
+} // namespace tarnex
