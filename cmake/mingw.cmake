@@ -7,6 +7,7 @@ set(machine x86_64-w64-mingw32)
 set(CMAKE_CXX_COMPILER ${machine}-g++-posix)
 set(CMAKE_C_COMPILER ${machine}-gcc-posix)
 set(CMAKE_RC_COMPILER ${machine}-windres)
+set(CMAKE_MESSAGE_COMPILER ${machine}-windmc)
 
 # Nothing of this machine is for that system; windows_libraries.cmake has what it takes all the same.
 set(CMAKE_FIND_ROOT_PATH /usr/${machine})

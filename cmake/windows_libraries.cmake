@@ -28,7 +28,7 @@ if(NOT EXISTS ${sqlite}/sqlite3.c)
     execute_process(COMMAND ${CMAKE_CURRENT_LIST_DIR}/sqlite-amalgamation ${sqlite}
         COMMAND_ERROR_IS_FATAL ANY)
 endif()
-enable_language(C)
+enable_language(C RC)
 add_library(tarnex_sqlite STATIC ${sqlite}/sqlite3.c)
 target_include_directories(tarnex_sqlite SYSTEM PUBLIC ${sqlite})
 target_compile_options(tarnex_sqlite PRIVATE -O2)
