@@ -315,6 +315,11 @@ std::optional<LRESULT> Win32Window::Take(UINT message, WPARAM w, LPARAM l) {
         SetSize(ClientSize());
         Arrange();
         return 0;
+    case WM_SYSCOMMAND: // Alt alone, or with a letter that the system has not seen: there is no
+                        // menu
+        if ((w & 0xFFF0) == SC_KEYMENU && l == 0)
+            return 0;
+        return std::nullopt;
     case WM_ACTIVATE:
         if (LOWORD(w) == WA_INACTIVE && IsChild(window_, GetFocus()))
             focus_ = GetFocus();
