@@ -79,7 +79,10 @@ std::wstring Registered(const wchar_t* key, const wchar_t* name) {
 TEST(NtService, LivesUnderTheServiceManager) {
     const std::wstring settings = L"C:\\windows\\system\\Tarnex.ini";
     CreateDirectoryW(L"C:\\windows\\system", nullptr); // Windows has it, Wine does not
-    std::ofstream(settings.c_str()) << "[Service]\nEnable=Enable\n[Check]\nCheck1(13)=1\n";
+    const auto write_settings = [&settings] {
+        std::ofstream(settings.c_str()) << "[Service]\nEnable=Enable\n[Check]\nCheck1(13)=1\n";
+    };
+    write_settings();
     ASSERT_EQ(ExitOf(L"/i"), 0u);
     ASSERT_EQ(ExitOf(L"/i"), 0u); // brings it up to date
     ServiceHandle service = OpenInstalled();
@@ -103,6 +106,7 @@ TEST(NtService, LivesUnderTheServiceManager) {
     const SERVICE_STATUS failed = Await(service, SERVICE_STOPPED, kExitNoInput);
     EXPECT_EQ(failed.dwServiceSpecificExitCode, DWORD(kExitNoInput));
     RemoveDirectoryW(settings.c_str());
+    write_settings();
 
     // It is taken away while it runs.
     EXPECT_TRUE(Start(service));
