@@ -1,7 +1,7 @@
 #include "programs/tcp_listener.h"
 
+#include "adapters/asio/asio_error_words.h"
 #include "adapters/asio/loop_core.h"
-#include "platform/error_words.h"
 
 #include <array>
 #include <deque>
@@ -16,6 +16,14 @@ namespace tarnex {
 namespace {
 
 using asio::ip::tcp;
+
+// The port at once after the end of a predecessor; on Windows that takes nothing, and the option of
+// that name would let others share it.
+#ifdef SO_EXCLUSIVEADDRUSE
+using OwnAddress = asio::detail::socket_option::boolean<SOL_SOCKET, SO_EXCLUSIVEADDRUSE>;
+#else
+using OwnAddress = tcp::acceptor::reuse_address;
+#endif
 
 constexpr std::size_t kLongestRead = 4096; // bytes
 
@@ -114,13 +122,13 @@ class TcpListener::Server : public std::enable_shared_from_this<Server> {
         asio::error_code error;
         acceptor_.open(tcp::v4(), error);
         if (!error)
-            acceptor_.set_option(tcp::acceptor::reuse_address(true), error);
+            acceptor_.set_option(OwnAddress(true), error);
         if (!error)
             acceptor_.bind({asio::ip::address_v4::loopback(), port}, error);
         if (!error)
             acceptor_.listen(tcp::acceptor::max_listen_connections, error);
         if (error)
-            return WordsFor(error).english;
+            return SocketErrorWords(error).english;
         Accept();
         return "";
     }

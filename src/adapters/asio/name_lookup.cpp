@@ -11,13 +11,30 @@ namespace {
 
 using asio::ip::tcp;
 
+// The system has words in the language of its user, and Windows has them in its code page.
+std::string WhyNotFound(int error) {
+    static constexpr std::pair<int, const char*> kReasons[] = {
+        {EAI_NONAME, "no such host"},
+#ifdef EAI_NODATA
+        {EAI_NODATA, "the host has no address"},
+#endif
+        {EAI_AGAIN, "no name server answers"},
+        {EAI_FAIL, "the name server fails"},
+        {EAI_MEMORY, "out of memory"},
+    };
+    for (const auto& [known, reason] : kReasons)
+        if (error == known)
+            return reason;
+    return "error " + std::to_string(error) + " of the name look-up";
+}
+
 HostAddresses LookUp(const std::string& host, const std::string& port) {
     addrinfo hints{};
     hints.ai_socktype = SOCK_STREAM;
     hints.ai_flags = AI_NUMERICSERV;
     addrinfo* list = nullptr;
     if (const int error = getaddrinfo(host.c_str(), port.c_str(), &hints, &list); error != 0)
-        return {.endpoints = {}, .why_not = gai_strerror(error)};
+        return {.endpoints = {}, .why_not = WhyNotFound(error)};
 
     HostAddresses found;
     for (const addrinfo* entry = list; entry; entry = entry->ai_next) {
