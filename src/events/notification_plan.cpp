@@ -169,6 +169,22 @@ Text MailLine(const Text& text, const CalendarTime& now) {
 
 } // namespace
 
+Text Words(HeldBack reason, char16_t recipient) {
+    switch (reason) {
+    case HeldBack::kFlag:
+        return u"the SMS flag of the record is not 1";
+    case HeldBack::kQuietTime:
+        return u"it is quiet time";
+    case HeldBack::kNoUnit:
+        return u"unit-link is off";
+    case HeldBack::kSendCount:
+        return u"send-count is 0";
+    case HeldBack::kNumberOff:
+        return u"sms-to-number-" + Text(1, recipient) + u" is off";
+    }
+    return u"";
+}
+
 std::size_t NotificationPlan::SMSCount() const {
     return std::size_t(repetitions) * SMSEachTime(*this);
 }

@@ -25,6 +25,8 @@ enum class HeldBack {
     kSendCount, // it would be queued zero times
     kNumberOff, // notifications do not go to this number
 };
+// In words, by the names of the settings; recipient: u'1' or u'2'.
+Text Words(HeldBack reason, char16_t recipient);
 
 // The weekly quiet time at one moment. Both bounds are quiet. The times compare as texts, so a
 // window over midnight never holds.

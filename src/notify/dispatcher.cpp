@@ -2,26 +2,6 @@
 
 namespace tarnex {
 
-namespace {
-
-TextView ReasonOf(HeldBack reason) {
-    switch (reason) {
-    case HeldBack::kFlag:
-        return u"not for SMS";
-    case HeldBack::kQuietTime:
-        return u"quiet time";
-    case HeldBack::kNoUnit:
-        return u"unit-link is off";
-    case HeldBack::kSendCount:
-        return u"send-count is 0";
-    case HeldBack::kNumberOff:
-        return u"the number is off";
-    }
-    return u"";
-}
-
-} // namespace
-
 void Dispatcher::DispatchEvent(TextView record) {
     const NotificationPlan plan =
         Plan(ParsedRecord(record), parts_.settings, parts_.clock.Calendar());
@@ -48,7 +28,7 @@ void Dispatcher::TellHeldBack(const NotificationPlan& plan, const MessageOrigin&
                                           .number = TextView(&number.recipient, 1),
                                           .text = piece,
                                           .origin = origin},
-                                         ReasonOf(number.held_back.front()));
+                                         Words(number.held_back.front(), number.recipient));
 }
 
 // The words are put together only where somebody reads them.

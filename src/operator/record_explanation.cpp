@@ -12,22 +12,6 @@ namespace tarnex {
 
 namespace {
 
-std::string Words(HeldBack reason, char16_t recipient) {
-    switch (reason) {
-    case HeldBack::kFlag:
-        return "the SMS flag of the record is not 1";
-    case HeldBack::kQuietTime:
-        return "it is quiet time";
-    case HeldBack::kNoUnit:
-        return "unit-link is off";
-    case HeldBack::kSendCount:
-        return "send-count is 0";
-    case HeldBack::kNumberOff:
-        return std::string("sms-to-number-") + char(recipient) + " is off";
-    }
-    return "";
-}
-
 class Explainer {
   public:
     Explainer(const SettingsFile& file, const CalendarTime& at)
@@ -127,7 +111,7 @@ class Explainer {
 std::vector<std::string> HeldBackWords(const NotificationPlan::Number& number) {
     std::vector<std::string> words;
     for (const HeldBack reason : number.held_back)
-        words.push_back(Words(reason, number.recipient));
+        words.push_back(ToUtf8(Words(reason, number.recipient)));
     return words;
 }
 
