@@ -13,8 +13,6 @@ constexpr Duration kFirstCheck = 10s;
 constexpr int kFailedReadings = 5; // as many in a row mean that the unit is lost
 constexpr std::int16_t kUnitGone = -2;
 
-constexpr TextView kAllStepsDone = u"11111111111";
-
 // The words that have a code of their own; others are passed on as they are.
 struct StateCode {
     TextView word;
@@ -64,18 +62,23 @@ static_assert(CoversTheTable(), "each setting kept in the unit needs its command
 
 // What is read from the unit once its settings are written.
 struct IdentityStep {
-    TextView due_at;  // the state of UnitInitFlags in which it is read
-    std::size_t flag; // index into UnitInitFlags
     Task<Text> (*read)(CommandSet& unit);
     Text UnitState::*value;
     TextView code; // under which the monitoring programs are told
 };
 // clang-format off
 constexpr IdentityStep kIdentitySteps[] = {
-    {u"11111111100",  9, [](Unit& u) { return u.ChkVer(); },   &UnitState::UnitVersion, u"txVersion"},
-    {u"11111111110", 10, [](Unit& u) { return u.RDSerial(); }, &UnitState::UnitSerial,  u"tx-Serial"},
+    {[](Unit& u) { return u.ChkVer(); },   &UnitState::UnitVersion, u"txVersion"},
+    {[](Unit& u) { return u.RDSerial(); }, &UnitState::UnitSerial,  u"tx-Serial"},
 };
 // clang-format on
+constexpr std::size_t kSteps = std::size(kUnitSettings) + std::size(kIdentitySteps);
+static_assert(kNoUnitInitFlags.size() == kSteps, "each start-up step has its flag");
+
+// The flags when that many steps are done, in their order.
+Text FlagsAfter(std::size_t steps) {
+    return Text(steps, u'1') + Text(kSteps - steps, u'0');
+}
 
 // The upper bound of each signal level but the last.
 constexpr std::int16_t kLevelBounds[] = {4, 10, 14, 19};
@@ -124,7 +127,7 @@ Task<> SupervisionCycle::RunSteps(const UnitGuard& guard) {
     co_await ReadIdentity(guard);
     if (guard.Lost())
         co_return;
-    if (parts_.unit.UnitInitFlags == kAllStepsDone)
+    if (parts_.unit.UnitInitFlags == FlagsAfter(kSteps))
         DeclareReady();
     parts_.lists.Count(Total::kTicks);
     co_await ReadSignal(guard);
@@ -213,8 +216,10 @@ Task<bool> SupervisionCycle::WriteSettings(const UnitGuard& guard) {
 }
 
 Task<> SupervisionCycle::ReadIdentity(const UnitGuard& guard) {
-    for (const IdentityStep& step : kIdentitySteps) {
-        if (parts_.unit.UnitInitFlags != step.due_at)
+    for (std::size_t i = 0; i < std::size(kIdentitySteps); ++i) {
+        const IdentityStep& step = kIdentitySteps[i];
+        const std::size_t flag = std::size(kUnitSettings) + i;
+        if (parts_.unit.UnitInitFlags != FlagsAfter(flag))
             continue;
         const Text reply = co_await step.read(parts_.core.commands);
         if (guard.Lost())
@@ -223,7 +228,7 @@ Task<> SupervisionCycle::ReadIdentity(const UnitGuard& guard) {
             continue;
         parts_.unit.*step.value = reply;
         parts_.link.SendToMonitors(Text(step.code) + reply);
-        parts_.unit.UnitInitFlags[step.flag] = u'1';
+        parts_.unit.UnitInitFlags[flag] = u'1';
     }
 }
 
