@@ -114,7 +114,8 @@ class MetricsText {
                   Label("version", unit.at("version")) + "," + Label("serial", unit.at("serial")),
               true);
         const auto steps = unit.at("steps").get<std::string>();
-        Head("unit_steps_done", "gauge", "Start-up steps done with the unit, of 11.");
+        Head("unit_steps_done", "gauge",
+             "Start-up steps done with the unit, of " + std::to_string(steps.size()) + ".");
         Value("unit_steps_done", "", std::ranges::count(steps, '1'));
     }
 

@@ -182,7 +182,8 @@ std::string AllowedValues(const Setting& setting) {
         return std::to_string(setting.values.lowest) + " to " +
                std::to_string(setting.values.highest);
     case kPhone:
-        return "3 to 20 digits, \"+\" in front allowed";
+        return std::to_string(kShortestPhone) + " to " + std::to_string(kLongestPhone) +
+               " digits, \"+\" in front allowed";
     case kTime:
         return "a time of day as hh:mm";
     case kChoice:
@@ -197,7 +198,7 @@ std::string AllowedValues(const Setting& setting) {
         return "an IPv4 address such as 127.0.0.1";
     case kText:
     case kPassword:
-        return "a text of 1 to 128 characters";
+        return "a text of 1 to " + std::to_string(kLongestValue) + " characters";
     case kRecord:
         return "written by the service";
     }

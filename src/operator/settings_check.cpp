@@ -230,15 +230,18 @@ class Checker {
 // Sections that other programs keep keys of their own in; only slips of the keyboard are told
 // there.
 constexpr TextView kSharedSections[] = {u"Check", u"Text", u"Combo", u"Alarm"};
-// Sections of the service alone. What stands in any further one is somebody else's.
-constexpr TextView kOwnSections[] = {u"Service",     u"Debug",    u"SerialPorts",
-                                     u"ControlLink", u"Encoding", u"TarnexComm"};
-
 // The debug console's, with some keys of the same names.
 constexpr TextView kConsoleSection = u"TarnexDebug";
 
-bool Among(std::span<const TextView> sections, TextView section) {
-    return std::ranges::any_of(sections, [&](TextView s) { return EqualIgnoringCase(s, section); });
+bool IsShared(TextView section) {
+    return std::ranges::any_of(kSharedSections,
+                               [&](TextView s) { return EqualIgnoringCase(s, section); });
+}
+
+// The service has settings there. What stands in any other section is somebody else's.
+bool HasSettings(TextView section) {
+    return std::ranges::any_of(
+        kSettings, [&](const Setting& s) { return EqualIgnoringCase(s.section, section); });
 }
 
 Text LowerCase(TextView text) {
@@ -284,12 +287,12 @@ std::string Problem(const IniDocument::KeyLine& line) {
     if (const Setting* elsewhere = SameKeyElsewhere(line.key))
         return "has no effect there: the key belongs into section [" + ToUtf8(elsewhere->section) +
                "]";
-    if (Among(kSharedSections, line.section)) {
+    if (IsShared(line.section)) {
         const std::string closest =
             IsControlName(line.key) ? "" : ClosestKey(line.section, line.key);
         return closest.empty() ? "" : "is unknown" + DidYouMean(closest);
     }
-    if (Among(kOwnSections, line.section))
+    if (HasSettings(line.section))
         return "is unknown" + DidYouMean(ClosestKey(line.section, line.key));
     return "";
 }
