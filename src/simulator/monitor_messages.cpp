@@ -71,9 +71,7 @@ std::string DescribeStates(TextView payload) {
 
 // "1301": machine 1, service 30, action 1.
 std::string DescribeCommand(TextView payload) {
-    const bool digits =
-        std::ranges::all_of(payload, [](char16_t c) { return c >= '0' && c <= '9'; });
-    if (payload.size() != 4 || !digits)
+    if (payload.size() != 4 || !std::ranges::all_of(payload, IsDigit))
         return ": not a command";
     const int service = int(LeadingNumber(payload.substr(1, 2)));
     const std::string_view name = MeaningOf(EventServices(), service);
