@@ -40,12 +40,11 @@ int Run(std::string_view version) {
         Tell(ViewRecord::kTrouble, "tarnex-view belongs to another version of the program");
         return kExitUnavailable;
     }
-    std::string trouble;
     const auto lost = [] {
         Tell(ViewRecord::kTrouble, "the display is gone");
         std::_Exit(kExitUnavailable);
     };
-    if (!OpenScreen(lost, trouble)) {
+    if (const std::string trouble = OpenScreen(lost); !trouble.empty()) {
         Tell(ViewRecord::kTrouble, trouble);
         return kExitUnavailable;
     }

@@ -36,18 +36,16 @@ int EndWithScreen(Display*) {
 
 } // namespace
 
-bool OpenScreen(std::function<void()> lost, std::string& trouble) {
+std::string OpenScreen(std::function<void()> lost) {
     UseUtf8();
     Display* const display = XOpenDisplay(nullptr);
-    if (!display) {
-        trouble = std::string("the display \"") + XDisplayName(nullptr) + "\" does not let us in";
-        return false;
-    }
+    if (!display)
+        return std::string("the display \"") + XDisplayName(nullptr) + "\" does not let us in";
     screen_lost = std::move(lost);
     XSetErrorHandler(IgnoreError);
     XSetIOErrorHandler(EndWithScreen);
     fl_open_display(display);
-    return true;
+    return "";
 }
 
 double ScreenScale() {

@@ -5,10 +5,10 @@
 
 namespace tarnex {
 
-// Connects FLTK to the X server, which may wait for as long as the server does not read. False,
-// and in trouble why, when there is none that lets us in. lost is called when the connection
-// breaks, in the middle of whatever FLTK does: it must end the process.
-bool OpenScreen(std::function<void()> lost, std::string& trouble);
+// Connects FLTK to the X server, which may wait for as long as the server does not read. "", or the
+// trouble when there is none that lets us in. lost is called when the connection breaks, in the
+// middle of whatever FLTK does: it must end the process.
+std::string OpenScreen(std::function<void()> lost);
 
 // 1 at 96 dpi, from the resource Xft.dpi that desktops set.
 double ScreenScale();
