@@ -3,6 +3,7 @@
 #include "adapters/sqlite/sqlite_handles.h"
 #include "adapters/sqlite/sqlite_log_table.h"
 #include "adapters/system/replace_file.h"
+#include "adapters/system/this_system.h"
 #include "platform/file_path.h"
 
 #include <algorithm>
@@ -16,13 +17,21 @@ constexpr int kPatienceMs = 2000; // for another program's lock
 // clang-format off
 constexpr Explanation kExplanations[] = {
     {SQLITE_BUSY,     "is locked by another program: end what keeps it locked"},
-    {SQLITE_READONLY, "needs files beside it that only its users may make: run this as root or as the user of the service"},
-    {SQLITE_CANTOPEN, "cannot be opened: run this as root or as the user of the service"},
+    {SQLITE_READONLY, "needs files beside it that only its users may make: run this as {who}"},
+    {SQLITE_CANTOPEN, "cannot be opened: run this as {who}"},
     {SQLITE_NOTADB,   "is not an SQLite database: name another file"},
     {SQLITE_ERROR,    "has no table \"Log\": name another file, or make one with \"tarnexctl log create\""},
     {SQLITE_CORRUPT,  "is damaged: move it away and make a new one with \"tarnexctl log create\""},
 };
 // clang-format on
+
+// With who may do it in the place of "{who}".
+std::string ForThisSystem(std::string words) {
+    constexpr std::string_view kPlace = "{who}";
+    if (const std::size_t at = words.find(kPlace); at != std::string::npos)
+        words.replace(at, kPlace.size(), WordsOfThisSystem().who_may);
+    return words;
+}
 
 Database OpenDatabase(const std::string& path, int flags) {
     sqlite3* database = nullptr;
@@ -35,8 +44,9 @@ Database OpenDatabase(const std::string& path, int flags) {
 std::string Build(const std::string& path, const std::string& schema) {
     const Database database = OpenDatabase(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
     if (sqlite3_errcode(database.get()) == SQLITE_CANTOPEN)
-        return "its folder is missing or may not be written to. Make the folder, or run this as "
-               "root or as the user of the service";
+        return ForThisSystem(
+            "its folder is missing or may not be written to. Make the folder, or run "
+            "this as {who}");
     const int result = sqlite3_exec(database.get(), schema.c_str(), nullptr, nullptr, nullptr);
     return result == SQLITE_OK ? "" : sqlite3_errmsg(database.get());
 }
@@ -58,7 +68,8 @@ class SqliteLogReader : public LogReader {
         if (code == SQLITE_OK || code == SQLITE_DONE)
             return "";
         const char* const known = FindExplanation(kExplanations, code);
-        return known ? known : std::string("cannot be read: ") + sqlite3_errmsg(database_.get());
+        return known ? ForThisSystem(known)
+                     : std::string("cannot be read: ") + sqlite3_errmsg(database_.get());
     }
 
     bool LockedOut() const override { return sqlite3_errcode(database_.get()) == SQLITE_BUSY; }
