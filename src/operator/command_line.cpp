@@ -23,11 +23,13 @@ class CommandLine {
         app_.add_option("--status-file", world_.status_path, "the status file of the service")
             ->type_name("FILE")
             ->capture_default_str();
-        app_.footer("\"tarnexctl COMMAND --help\" shows the options and examples of a command.\n"
-                    "\n"
-                    "Exit status: 0 done; settings check: 1 warnings, 2 errors; 64 wrong usage,\n"
-                    "65 impossible value, 66 missing file, 69 the service does not run, 73 a file\n"
-                    "cannot be written, 74 input or output failed, 77 no rights.");
+        app_.footer(
+            "\"tarnexctl COMMAND --help\" shows the options and examples of a command.\n"
+            "\n"
+            "Exit status: 0 done; settings check, doctor: 1 warnings, 2 errors; test: 1 the\n"
+            "alarm did not arrive; status --check: 1 warning, 2 critical, 3 unknown; 64 wrong\n"
+            "usage, 65 impossible value, 66 missing file, 69 the service does not run, 73 a file\n"
+            "cannot be written, 74 input or output failed, 77 no rights.");
         app_.require_subcommand(1);
         app_.fallthrough();
         AddSettings();
@@ -70,6 +72,7 @@ class CommandLine {
     std::optional<std::string> value_;
     bool json_ = false;
     StatusOptions status_;
+    int seconds_ = 300;
     std::string output_;
     WhyOptions why_;
     SimulateOptions simulate_;
@@ -129,11 +132,30 @@ void CommandLine::AddStatus() {
     CLI::App* status =
         Command(app_, "status", "show what the service is doing; exit status 69 if it does not run",
                 "  tarnexctl status\n"
+                "  tarnexctl status --check\n"
                 "  tarnexctl status --watch\n"
                 "  tarnexctl status --json | jq .unit.state",
                 [this] { return ShowStatus(world_, status_); });
     status->add_flag("--watch", status_.watch, "again and again, until Ctrl-C");
+    status->add_flag("--long", status_.long_form, "everything, also what is as it should be");
+    status->add_flag("--check", status_.check,
+                     "one line for monitoring: OK, WARNING, CRITICAL or UNKNOWN; exit status 0 to "
+                     "3");
     status->add_flag("--json", status_.json, "as JSON");
+
+    Command(app_, "doctor", "look at everything once and say what to do; exit status 0, 1 or 2",
+            "  " + world_.words.with_all_rights + "tarnexctl doctor",
+            [this] { return Examine(world_); });
+
+    CLI::App* test = Command(
+        app_, "test", "raise one harmless alarm and follow it to its end; exit status 0 or 1",
+        "  tarnexctl test\n"
+        "  tarnexctl test --for 600",
+        [this] { return TryAlarm(world_, seconds_); });
+    test->add_option("--for", seconds_, "follow it for so many seconds at most")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(1, 86'400).description(""))
+        ->capture_default_str();
 
     CLI::App* metrics = Command(app_, "metrics", "the state as Prometheus text",
                                 "  tarnexctl metrics\n"

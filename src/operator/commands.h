@@ -25,10 +25,18 @@ ExitStatus SettingsCheck(OperatorWorld& world, bool json);
 struct StatusOptions {
     bool watch = false;
     bool json = false;
+    bool long_form = false;
+    bool check = false; // one line and the exit status of a monitoring plugin
 };
 ExitStatus ShowStatus(OperatorWorld& world, const StatusOptions& options);
 // output: the file to be replaced; "" for standard output.
 ExitStatus ShowMetrics(OperatorWorld& world, const std::string& output);
+
+// Looks at everything once: kExitWarnings or kExitErrors when there is something to do.
+ExitStatus Examine(OperatorWorld& world);
+// Raises one harmless alarm and follows it for so long at most: kExitFailed when it does not
+// arrive.
+ExitStatus TryAlarm(OperatorWorld& world, int seconds);
 
 struct WhyOptions {
     std::string record;

@@ -54,6 +54,29 @@ std::optional<CalendarTime> ParseMoment(const std::string& text) {
                         .weekday = int(weekday.c_encoding())};
 }
 
+std::chrono::minutes OffsetFromUtc(const OperatorWorld& world) {
+    using namespace std::chrono;
+    const CalendarTime local = world.calendar();
+    const auto as_utc = sys_days(year(local.year) / local.month / local.day) + hours(local.hour) +
+                        minutes(local.minute) + seconds(local.second);
+    return round<minutes>(as_utc - floor<seconds>(world.now()));
+}
+
+std::string IsoTime(long long seconds, std::chrono::minutes offset) {
+    using namespace std::chrono;
+    const sys_seconds local = sys_seconds(std::chrono::seconds(seconds)) + offset;
+    const sys_days day = floor<days>(local);
+    const year_month_day date(day);
+    const hh_mm_ss time(local - day);
+    const hh_mm_ss zone(abs(offset));
+    const auto two = [](auto number) { return ToUtf8(ToText(static_cast<long long>(number), 2)); };
+    return ToUtf8(ToText(int(date.year()), 4)) + "-" + two(unsigned(date.month())) + "-" +
+           two(unsigned(date.day())) + "T" + two(time.hours().count()) + ":" +
+           two(time.minutes().count()) + ":" + two(time.seconds().count()) +
+           (offset < 0min ? "-" : "+") + two(zone.hours().count()) + ":" +
+           two(zone.minutes().count());
+}
+
 std::string MomentText(const CalendarTime& time) {
     return std::string(WeekdayName(time.weekday)).substr(0, 3) + " " + ToUtf8(DateText(time)) +
            " " + ToUtf8(HourMinuteText(time));

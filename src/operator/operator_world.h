@@ -2,9 +2,12 @@
 
 #include "platform/clock.h"
 #include "platform/code_page.h"
+#include "platform/datagram_socket.h"
 #include "platform/exit_status.h"
 #include "platform/file_owners.h"
 #include "platform/log_files.h"
+#include "platform/machine_look.h"
+#include "platform/result.h"
 #include "platform/serial_port.h"
 #include "platform/settings_store.h"
 #include "platform/system_words.h"
@@ -37,17 +40,24 @@ struct OperatorWorld {
 
     std::string settings_path;
     std::string status_path;
+    std::string lock_path;    // of the service
     std::string data_folder;  // of the sample settings and the schema that were installed
     SerialPaths serial_paths; // the devices where the settings name none
 
     FileOwners& owners;
     LogFiles& logs;
+    MachineLook& machine;
     std::function<std::unique_ptr<SettingsStore>(const std::string& path)> open_settings;
     // nullptr for a name that the system does not know; it knows "GBK" and "UTF-8".
     std::function<std::unique_ptr<CodePage>(const std::string& name)> make_code_page;
     // Puts a new file with that content, readable by everybody, in the place of path in one step
     // for readers. "" when done, else what the system says stands in the way.
     std::function<std::string(const std::string& path, std::string_view content)> replace_file;
+
+    // What a server says first; the trouble where it says nothing.
+    std::function<Result<std::string>(const std::string& host, std::uint16_t port)> greeting_of;
+    // One datagram; "", or what stands in the way.
+    std::function<std::string(const Endpoint& to, std::string_view bytes)> send_datagram;
 
     std::function<std::chrono::system_clock::time_point()> now;
     std::function<CalendarTime()> calendar; // local

@@ -1,5 +1,7 @@
 #include "operator/commands.h"
+#include "operator/moment.h"
 #include "operator/status_reading.h"
+#include "operator/status_summary.h"
 #include "operator/text_output.h"
 #include "settings/setting_table.h"
 
@@ -193,24 +195,37 @@ class StatusPage {
     TextTable table_;
 };
 
+// The moments of the status file, which are seconds since 1970.
+Json WithIsoTimes(Json json, std::chrono::minutes offset) {
+    for (auto& [name, value] : json.items()) {
+        if (value.is_structured())
+            value = WithIsoTimes(value, offset);
+        else if (value.is_number() && (name.ends_with("_at") || name == "state_since"))
+            value = IsoTime(value.get<long long>(), offset);
+    }
+    return json;
+}
+
 // What is no longer true stands apart, so that nobody takes it for the present state.
-Json AsJson(const StatusReading& state) {
+Json AsJson(const StatusReading& state, std::chrono::minutes offset) {
     Json json{{"running", state.running}};
     if (state.status.is_null())
         return json;
     json["seconds_since_change"] = state.SecondsSince(state.status.at("written_at"));
     if (state.running)
-        json.update(state.status);
+        json.update(WithIsoTimes(state.status, offset));
     else
-        json["last_status"] = state.status;
+        json["last_status"] = WithIsoTimes(state.status, offset);
     return json;
 }
 
 void Show(const OperatorWorld& world, const StatusReading& state, const StatusOptions& options) {
     if (options.json)
-        world.out << JsonText(AsJson(state), options.watch ? -1 : 2);
-    else if (state.running)
+        world.out << JsonText(AsJson(state, OffsetFromUtc(world)), options.watch ? -1 : 2);
+    else if (state.running && options.long_form)
         StatusPage(state).Print(world);
+    else if (state.running)
+        PrintSummary(world, state);
     else if (options.watch)
         world.out << state.absence << '\n';
 }
@@ -234,9 +249,25 @@ ExitStatus Watch(const OperatorWorld& world, const StatusOptions& options) {
     return kExitDone;
 }
 
+// Prints its line whatever happens: that is all that a plugin's caller sees.
+ExitStatus ShowCheck(const OperatorWorld& world) {
+    PluginResult result;
+    try {
+        result = CheckLine(ReadStatusFile(world));
+    } catch (const Failure& failure) {
+        result = UnknownLine(failure.what());
+    } catch (const Json::exception&) {
+        result = UnknownLine(world.status_path + " lacks something: restart the service");
+    }
+    world.out << result.line << '\n';
+    return static_cast<ExitStatus>(result.status);
+}
+
 } // namespace
 
 ExitStatus ShowStatus(OperatorWorld& world, const StatusOptions& options) {
+    if (options.check)
+        return ShowCheck(world);
     try {
         if (options.watch)
             return Watch(world, options);

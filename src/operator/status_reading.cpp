@@ -1,5 +1,6 @@
 #include "operator/status_reading.h"
 
+#include "operator/absence.h"
 #include "operator/file_access.h"
 #include "operator/text_output.h"
 #include "platform/file_path.h"
@@ -46,25 +47,20 @@ Json Parse(const std::string& path) {
 } // namespace
 
 StatusReading ReadStatusFile(const OperatorWorld& world) {
-    const std::string advice = "start it with \"" + world.words.start_service + "\"";
     StatusReading state;
     state.now = std::chrono::floor<std::chrono::seconds>(world.now().time_since_epoch()).count();
     const std::error_code problem = ReadingProblem(world.status_path);
     if (problem == std::errc::no_such_file_or_directory) {
-        state.absence = "the service does not run, or has no runtime folder (there is no " +
-                        world.status_path + "): " + advice;
+        state.absence = WhyAbsent(world, Json());
         return state;
     }
     if (problem)
         throw CannotRead(world.words, "status file " + world.status_path, problem, "");
     state.status = Parse(world.status_path);
     const long process = state.status.at("pid").get<long>();
-    state.running = world.is_service(process);
+    state.running = world.is_service(process) && state.status.at("ended_at").is_null();
     if (!state.running)
-        state.absence = "the service does not run: process " + std::to_string(process) +
-                        " has gone, and its last word is " +
-                        AgeText(state.SecondsSince(state.status.at("written_at"))) + " old; " +
-                        advice;
+        state.absence = WhyAbsent(world, state.status);
     return state;
 }
 

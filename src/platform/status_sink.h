@@ -11,8 +11,6 @@ class StatusSink {
     // Puts text in place of the last one, in one step for readers. "" when that is done, else what
     // stands in the way, in words for an operator; readers have the last text then, or none.
     virtual std::string Replace(const std::string& text) = 0;
-    // The service ends: takes the text away.
-    virtual void Remove() = 0;
 };
 
 } // namespace tarnex

@@ -1,5 +1,7 @@
 // tarnexctl, the operator's command: hands the world to the command line.
 
+#include "adapters/asio/asio_datagram.h"
+#include "adapters/asio/first_words.h"
 #include "adapters/sqlite/sqlite_log_files.h"
 #include "adapters/system/arguments.h"
 #include "adapters/system/environment.h"
@@ -11,6 +13,7 @@
 #include "adapters/system/serial_names.h"
 #include "adapters/system/status_file.h"
 #include "adapters/system/system_code_page.h"
+#include "adapters/system/system_machine_look.h"
 #include "adapters/system/terminal.h"
 #include "adapters/system/this_system.h"
 #include "operator/command_line.h"
@@ -33,6 +36,18 @@ std::unique_ptr<tarnex::CodePage> MakeCodePage(const std::string& name) {
     return SystemCodePage::Supported(name) ? std::make_unique<SystemCodePage>(name) : nullptr;
 }
 
+std::string LockPath(const tarnex::SystemWords& words) {
+    const std::string path = tarnex::Environment("TARNEXCOMM_LOCK");
+    return path.empty() ? words.runtime_folder + "/lock" : path;
+}
+
+tarnex::Result<std::string> GreetingOf(const std::string& host, std::uint16_t port) {
+    tarnex::FirstWords words = tarnex::HearFirstWords(host, port, std::chrono::seconds(10));
+    if (!words.trouble.empty())
+        return tarnex::Trouble{words.trouble};
+    return words.heard;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -40,6 +55,7 @@ int main(int argc, char** argv) {
     OccupyStandardStreams();
     SystemFileOwners owners;
     SqliteLogFiles logs;
+    SystemMachineLook machine;
     const SystemWords words = WordsOfThisSystem();
     OperatorWorld world{
         .out = std::cout,
@@ -50,14 +66,18 @@ int main(int argc, char** argv) {
         .ask = nullptr,
         .settings_path = SettingsPath(Environment("WINDIR"), words),
         .status_path = StatusFilePath(),
+        .lock_path = LockPath(words),
         .data_folder = DataFolder(),
         .serial_paths = SerialDevicePaths({}),
         .owners = owners,
         .logs = logs,
+        .machine = machine,
         .open_settings =
             [](const std::string& path) { return std::make_unique<FileSettingsStore>(path); },
         .make_code_page = MakeCodePage,
         .replace_file = ReplaceFile,
+        .greeting_of = GreetingOf,
+        .send_datagram = SendDatagram,
         .now = std::chrono::system_clock::now,
         .calendar = LocalTime,
         .pause =

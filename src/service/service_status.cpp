@@ -44,6 +44,10 @@ class StatusWriter {
         json_.Number("pid", frame_.process_id);
         Time("started_at", Duration::zero());
         Time("written_at", frame_.now);
+        if (frame_.ended)
+            Time("ended_at", frame_.now);
+        else
+            json_.Null("ended_at");
         json_.String("settings_file", frame_.settings_file);
         json_.Bool("debug_mode", state.debug);
     }
@@ -55,7 +59,7 @@ class StatusWriter {
         NumberUnless(unit.port == 0, "port", unit.port);
         StringOrNull("device", unit.device);
         NumberUnless(unit.signal < 0, "signal", unit.signal);
-        String("signal_level", unit.level);
+        NumberUnless(unit.signal < 0, "signal_level", LeadingInt16(unit.level).value_or(0));
         StringOrNull("version", ToUtf8(unit.version));
         StringOrNull("serial", ToUtf8(unit.serial));
         String("steps", unit.steps);
@@ -91,7 +95,7 @@ class StatusWriter {
             json_.Null("held");
         } else {
             json_.BeginObject("held");
-            String("to_number", sms.held.substr(0, 1));
+            json_.Number("to_number", LeadingInt16(sms.held.substr(0, 1)).value_or(0));
             String("text", sms.held.substr(1));
             json_.Number("attempt", sms.attempt);
             json_.Number("attempts_allowed", kSendErrorLimit);

@@ -78,9 +78,10 @@ std::string_view PhaseWord(UnitPhase phase);
 // What the status text tells besides the state itself.
 struct StatusFrame {
     long process_id = 0;
-    std::string settings_file;
+    std::string settings_file{};
     Duration now{};
     std::chrono::system_clock::time_point wall_now;
+    bool ended = false; // in order: this is the last text of the service
 };
 
 // The status as JSON, format 2. Times are whole seconds since 1970, UTC.

@@ -21,7 +21,7 @@ void StatusReport::Stop() {
     started_ = false;
     parts_.world.clock.BeforeSleep(nullptr);
     parts_.world.clock.Cancel(call_);
-    parts_.world.status->Remove();
+    Write(Collect(), true);
 }
 
 void StatusReport::Look() {
@@ -42,14 +42,15 @@ void StatusReport::Look() {
     }
 }
 
-void StatusReport::Write(const ServiceStatus& status) {
+void StatusReport::Write(const ServiceStatus& status, bool ended) {
     next_write_ = parts_.world.clock.Now() + kShortestPause;
     written_ = status;
     const std::string problem = parts_.world.status->Replace(
         StatusText(status, {.process_id = parts_.world.process_id,
                             .settings_file = parts_.world.settings_store.Name(),
                             .now = parts_.world.clock.Now(),
-                            .wall_now = parts_.world.clock.WallNow()}));
+                            .wall_now = parts_.world.clock.WallNow(),
+                            .ended = ended}));
     parts_.notices.Report("status file", problem, "The status file can be written again.");
 }
 

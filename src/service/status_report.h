@@ -18,13 +18,14 @@ class StatusReport {
 
     // From now on the text is there.
     void Start();
-    // Takes the text away. Harmless before Start() and a second time.
+    // The last text: it says that the service has ended, and stays. Harmless before Start() and a
+    // second time.
     void Stop();
 
   private:
     void Look();
     bool Due() const { return parts_.world.clock.Now() >= next_write_; }
-    void Write(const ServiceStatus& status);
+    void Write(const ServiceStatus& status, bool ended = false);
     ServiceStatus Collect() const;
     ServiceStatus::Unit CollectUnit() const;
     UnitPhase Phase() const;

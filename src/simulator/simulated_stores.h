@@ -162,7 +162,6 @@ class SimulatedStatusSink : public StatusSink {
             Text = text;
         return Problem;
     }
-    void Remove() override { Text.clear(); }
 
     std::string Problem; // not "": every write fails with it
     std::string Text;    // "" when there is none

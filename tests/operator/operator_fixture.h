@@ -18,6 +18,21 @@
 
 namespace tarnex {
 
+// A machine whose devices a test names.
+struct FakeMachine : MachineLook {
+    PortLook Port(const std::string& device) override {
+        const auto found = devices.find(device);
+        return found == devices.end() ? PortLook{.device = device} : found->second;
+    }
+    std::vector<std::string> Ports() override { return ports; }
+    std::string LockHolder(const std::string&) override { return lock_holder; }
+    std::string ClockTrouble() override { return ""; }
+
+    std::map<std::string, PortLook> devices;
+    std::vector<std::string> ports;
+    std::string lock_holder;
+};
+
 // tarnexctl on files of the test's own, with nobody at the terminal.
 class OperatorTest : public testing::Test {
   protected:
@@ -60,6 +75,9 @@ class OperatorTest : public testing::Test {
     SystemFileOwners owners;
     const SystemWords words = WordsOfThisSystem();
     SqliteLogFiles logs;
+    FakeMachine machine;
+    Result<std::string> mail_greeting{"220 ready\r\n"};
+    std::vector<std::string> datagrams; // sent to the service
     OperatorWorld world{
         .out = out,
         .err = err,
@@ -69,10 +87,12 @@ class OperatorTest : public testing::Test {
         .ask = nullptr,
         .settings_path = settings,
         .status_path = folder / "status.json",
+        .lock_path = folder / "lock",
         .data_folder = TARNEX_PACKAGING,
         .serial_paths = SerialDevicePaths({}),
         .owners = owners,
         .logs = logs,
+        .machine = machine,
         .open_settings =
             [](const std::string& path) { return std::make_unique<FileSettingsStore>(path); },
         .make_code_page = [](const std::string& name) -> std::unique_ptr<CodePage> {
@@ -81,6 +101,12 @@ class OperatorTest : public testing::Test {
             return std::make_unique<SystemCodePage>(name);
         },
         .replace_file = ReplaceFile,
+        .greeting_of = [this](const std::string&, std::uint16_t) { return mail_greeting; },
+        .send_datagram =
+            [this](const Endpoint&, std::string_view bytes) {
+                datagrams.emplace_back(bytes);
+                return std::string();
+            },
         .now = [this] { return now; },
         .calendar = [this] { return calendar; },
         .pause =

@@ -1,3 +1,4 @@
+#include "operator/text_output.h"
 #include "service/service_status.h"
 #include "tests/operator/operator_fixture.h"
 
@@ -49,7 +50,7 @@ TEST_F(StatusCommands, ShowsEveryPart) {
     status.state.mail.last_problem = "no answer";
     status.state.troubles = {{.topic = "disk", .text = "The disk is full."}};
     Put();
-    const std::string text = Output({"status"});
+    const std::string text = Output({"status", "--long"});
     for (const char* part :
          {"running for 3 h, process 4711", "last change 5 s ago", "ready\n", "for 2 h 50 min",
           "port COM5, /dev/ttyUSB0", "signal 17, level 4 of 5", "serial number 7\"8",
@@ -66,7 +67,7 @@ TEST_F(StatusCommands, ShowsEveryPart) {
     status.state.links[0].sent_to = false;
     status.state.links[1].listening = false;
     Put();
-    Output({"status"});
+    Output({"status", "--long"});
     for (const char* part :
          {"\x1b[0m", "8 of 11 start-up steps done; missing: sms-centre, version, serial\n",
           "but not sent to", "1  port 7841  the port is not open"})
@@ -75,11 +76,80 @@ TEST_F(StatusCommands, ShowsEveryPart) {
 
 TEST_F(StatusCommands, TellsAServiceThatDoesNotRun) {
     service_process = 1;
-    Fails(69, {"status"}, "process 4711 has gone, and its last word is 5 s old");
+    Fails(69, {"status"},
+          "process 4711 has gone without an orderly end (a signal, a "
+          "crash or a loss of power), and its last word is 5 s old");
+    Run({"settings", "set", "run-allowed", "off"});
+    Fails(69, {"status"}, "tarnexctl settings set run-allowed on");
+    machine.lock_holder = "process 812 (tarnex-console)";
+    Fails(69, {"status"}, "process 812 (tarnex-console) holds its lock");
     EXPECT_EQ(Run({"status", "--json"}), 69);
     EXPECT_EQ(json::parse(out.str())["running"], false);
     EXPECT_FALSE(json::parse(out.str()).contains("unit")); // which was ready
     EXPECT_NE(Output({"metrics"}).find("\ntarnexcomm_up 0\n"), std::string::npos);
+}
+
+TEST_F(StatusCommands, IsShortOnATerminalAndOneLineForMonitoring) {
+    status.state.links[0].name = u"监控";
+    Put();
+    std::istringstream lines(Output({"status"}));
+    int count = 0;
+    for (std::string line; std::getline(lines, line); ++count)
+        EXPECT_LE(DisplayWidth(line), 80u) << line;
+    EXPECT_EQ(count, 8);
+    EXPECT_TRUE(Says("Unit       ready for 2 h 50 min at COM5 (/dev/ttyUSB0), signal 17 (4 of 5)"));
+    EXPECT_TRUE(Says("Links      0 监控 (12 s)"));
+
+    const auto checked = [this](int exit_status) {
+        Put();
+        EXPECT_EQ(Run({"status", "--check"}), exit_status) << out.str();
+        return out.str();
+    };
+    EXPECT_EQ(checked(0).substr(0, 62),
+              "OK: unit ready, signal 17 | signal=17;5:;;0;31 sms_queued=0;15");
+    status.state.troubles = {{.topic = "log", .text = "A row | is lost."}};
+    EXPECT_TRUE(checked(1).starts_with("WARNING: unit ready, signal 17; A row / is lost. | "));
+    status.state.troubles[0].level = NoticeLevel::kError;
+    EXPECT_TRUE(checked(2).starts_with("CRITICAL: "));
+    service_process = 1;
+    EXPECT_TRUE(checked(2).starts_with("CRITICAL: the service does not run"));
+    WriteFile(world.status_path, "{}");
+    EXPECT_EQ(Run({"status", "--check"}), 3);
+    EXPECT_TRUE(out.str().starts_with("UNKNOWN: "));
+}
+
+// What a value lacks of what a schema says; the words of JSON Schema that ours uses.
+void ExpectFits(const json& value, const json& schema, const std::string& where) {
+    const json types = schema["type"].is_array() ? schema["type"] : json::array({schema["type"]});
+    const std::string type = value.is_number_integer() ? "integer" : value.type_name();
+    ASSERT_NE(std::ranges::count(types, json(type)), 0) << where << " is " << type;
+    if (schema.value("format", "") == "date-time" && value.is_string()) {
+        const std::regex time(R"(\d{4}(-\d\d){2}T\d\d(:\d\d){2}[+-]\d\d:\d\d)");
+        EXPECT_TRUE(std::regex_match(value.get<std::string>(), time)) << where << value;
+    }
+    if (schema.contains("enum")) {
+        EXPECT_NE(std::ranges::count(schema["enum"], value), 0) << where << value;
+    }
+    for (const auto& item : value.is_array() ? value : json::array())
+        ExpectFits(item, schema["items"], where + "[]");
+    if (!value.is_object())
+        return;
+    for (const auto& name : schema["required"])
+        EXPECT_TRUE(value.contains(name)) << where << name;
+    for (const auto& [name, part] : value.items()) {
+        ASSERT_TRUE(schema["properties"].contains(name)) << where << '.' << name;
+        ExpectFits(part, schema["properties"][name], where + "." + name);
+    }
+}
+
+TEST_F(StatusCommands, TheJsonIsAsTheSchemaSays) {
+    calendar.hour = 16; // eight hours ahead
+    status.state.sms.held = u"2x";
+    status.state.troubles = {{.topic = "log", .text = "A row is lost."}};
+    Put();
+    const json whole = json::parse(Output({"status", "--json"}));
+    ExpectFits(whole, json::parse(FileContent(TARNEX_PACKAGING "/status-schema.json")), "");
+    EXPECT_EQ(whole["written_at"], "2024-05-06T15:59:55+08:00");
 }
 
 TEST_F(StatusCommands, RefusesOtherFiles) {

@@ -64,7 +64,7 @@ class Control(unittest.TestCase):
 
         unit = site.unit("--sms-seconds", "1")
         service = site.service()
-        watch = site.start("tarnexctl", "status", "--watch")
+        watch = site.start("tarnexctl", "status", "--watch", "--long")
         tail = site.start("tarnexctl", "log", "tail")
         monitor = site.monitor()
         monitor.greet("门卫")

@@ -26,8 +26,4 @@ std::string StatusFile::Replace(const std::string& text) {
                                  "service write access to its folder, and free space there.";
 }
 
-void StatusFile::Remove() {
-    RemoveFile(path_);
-}
-
 } // namespace tarnex

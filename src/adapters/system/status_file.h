@@ -17,7 +17,6 @@ class StatusFile : public StatusSink {
     // The folder is there and may be written to.
     bool Possible() const;
     std::string Replace(const std::string& text) override;
-    void Remove() override;
 
   private:
     std::string path_;

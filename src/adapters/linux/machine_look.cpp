@@ -1,0 +1,176 @@
+#include "adapters/system/system_machine_look.h"
+
+#include <charconv>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include <grp.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <sys/timex.h>
+#include <unistd.h>
+
+namespace tarnex {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kServiceUser = "tarnexcomm";
+constexpr int kMostGroups = 64;
+
+std::string FirstLine(const fs::path& path) {
+    std::ifstream file(path);
+    std::string line;
+    std::getline(file, line);
+    return line;
+}
+
+// The numbers of the processes that this user can see.
+std::vector<std::string> Processes() {
+    std::vector<std::string> processes;
+    std::error_code ignored;
+    for (const auto& entry : fs::directory_iterator("/proc", ignored))
+        if (const std::string name = entry.path().filename(); std::isdigit(name[0]))
+            processes.push_back(name);
+    return processes;
+}
+
+std::string NameOf(const std::string& process) {
+    return FirstLine("/proc/" + process + "/comm");
+}
+
+std::string Described(const std::string& process) {
+    return "process " + process + " (" + NameOf(process) + ")";
+}
+
+bool HasOpen(const std::string& process, const std::string& device) {
+    std::error_code ignored;
+    for (const auto& entry : fs::directory_iterator("/proc/" + process + "/fd", ignored))
+        if (fs::read_symlink(entry.path(), ignored) == device)
+            return true;
+    return false;
+}
+
+// What the hardware calls itself; the device of the port stands somewhere below it.
+std::string Hardware(const std::string& device) {
+    std::error_code none;
+    fs::path folder =
+        fs::canonical("/sys/class/tty/" + fs::path(device).filename().string() + "/device", none);
+    for (; !none && folder.has_relative_path() && folder != "/sys"; folder = folder.parent_path()) {
+        if (!fs::exists(folder / "product", none))
+            continue;
+        const std::string maker = FirstLine(folder / "manufacturer");
+        const std::string serial = FirstLine(folder / "serial");
+        return (maker.empty() ? "" : maker + " ") + FirstLine(folder / "product") +
+               (serial.empty() ? "" : ", serial number " + serial);
+    }
+    return fs::path(device).filename().string().starts_with("ttyS") ? "a port of the board" : "";
+}
+
+// Why the user of the service may not open it; "" also where there is no such user.
+std::string ForbiddenTo(const char* user, const struct stat& device) {
+    const passwd* const account = getpwnam(user);
+    if (!account || account->pw_uid == 0)
+        return "";
+    gid_t groups[kMostGroups];
+    int count = kMostGroups;
+    getgrouplist(user, account->pw_gid, groups, &count);
+    bool member = false;
+    for (int i = 0; i < count && i < kMostGroups; ++i)
+        member = member || groups[i] == device.st_gid;
+    const mode_t needed = device.st_uid == account->pw_uid ? S_IRUSR | S_IWUSR
+                          : member                         ? S_IRGRP | S_IWGRP
+                                                           : S_IROTH | S_IWOTH;
+    if ((device.st_mode & needed) == needed)
+        return "";
+    const group* const owner = getgrgid(device.st_gid);
+    return std::string("it is for the group ") + (owner ? owner->gr_name : "of another") +
+           ", and the user " + user + (member ? " may not write to it" : " is not in that");
+}
+
+// Whether the device database tells modem managers to leave it alone.
+bool LeftAlone(const struct stat& device) {
+    std::ifstream properties("/run/udev/data/c" + std::to_string(major(device.st_rdev)) + ":" +
+                             std::to_string(minor(device.st_rdev)));
+    for (std::string line; std::getline(properties, line);)
+        if (line == "E:ID_MM_PORT_IGNORE=1" || line == "E:ID_MM_DEVICE_IGNORE=1")
+            return true;
+    return false;
+}
+
+bool ModemManagerRuns() {
+    for (const std::string& process : Processes())
+        if (NameOf(process) == "ModemManager")
+            return true;
+    return false;
+}
+
+} // namespace
+
+PortLook SystemMachineLook::Port(const std::string& device) {
+    struct stat state;
+    if (stat(device.c_str(), &state) != 0 || !S_ISCHR(state.st_mode))
+        return {.there = false, .device = device};
+    std::error_code ignored;
+    PortLook look{.there = true, .device = fs::canonical(device, ignored).string()};
+    look.what = Hardware(look.device);
+    look.forbidden = ForbiddenTo(kServiceUser, state);
+    for (const std::string& process : Processes())
+        if (look.held_by.empty() && HasOpen(process, look.device))
+            look.held_by = Described(process);
+    look.probed = fs::path(look.device).filename().string().starts_with("ttyUSB") ||
+                  fs::path(look.device).filename().string().starts_with("ttyACM");
+    look.probed = look.probed && !LeftAlone(state) && ModemManagerRuns();
+    return look;
+}
+
+std::vector<std::string> SystemMachineLook::Ports() {
+    std::vector<std::string> ports;
+    std::error_code ignored;
+    const auto add = [&](const fs::path& path) {
+        for (const std::string& port : ports)
+            if (fs::equivalent(port, path, ignored))
+                return;
+        ports.push_back(path.string());
+    };
+    for (const auto& entry : fs::directory_iterator("/dev/serial/by-id", ignored))
+        add(entry.path());
+    for (const auto& entry : fs::directory_iterator("/sys/class/tty", ignored)) {
+        const std::string name = entry.path().filename();
+        const bool adapter = name.starts_with("ttyUSB") || name.starts_with("ttyACM");
+        const std::string type = FirstLine(entry.path() / "type"); // of a chip; 0: there is none
+        if (adapter || (name.starts_with("ttyS") && !type.empty() && type != "0"))
+            add("/dev/" + name);
+    }
+    return ports;
+}
+
+// "1: FLOCK  ADVISORY  WRITE 4711 08:02:131 0 EOF", device numbers in hexadecimal
+std::string SystemMachineLook::LockHolder(const std::string& path) {
+    struct stat file;
+    if (stat(path.c_str(), &file) != 0)
+        return "";
+    std::ifstream locks("/proc/locks");
+    for (std::string line; std::getline(locks, line);) {
+        std::istringstream words(line);
+        std::string number, kind, mode, access, process, where;
+        words >> number >> kind >> mode >> access >> process >> where;
+        const std::size_t colon = where.rfind(':');
+        if (kind == "FLOCK" && colon != std::string::npos &&
+            where.substr(colon + 1) == std::to_string(file.st_ino))
+            return Described(process);
+    }
+    return "";
+}
+
+std::string SystemMachineLook::ClockTrouble() {
+    timex state{};
+    return adjtimex(&state) == TIME_ERROR ? "it is not kept by a time server, so quiet times and "
+                                            "the log may be wrong: timedatectl set-ntp true"
+                                          : "";
+}
+
+} // namespace tarnex

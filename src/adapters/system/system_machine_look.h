@@ -1,0 +1,16 @@
+#pragma once
+
+#include "platform/machine_look.h"
+
+namespace tarnex {
+
+// This machine. Where the user may not look at other users' programs, nobody holds anything.
+class SystemMachineLook : public MachineLook {
+  public:
+    PortLook Port(const std::string& device) override;
+    std::vector<std::string> Ports() override;
+    std::string LockHolder(const std::string& path) override;
+    std::string ClockTrouble() override;
+};
+
+} // namespace tarnex

@@ -1,0 +1,214 @@
+#include "mail/server_address.h"
+#include "operator/commands.h"
+#include "operator/settings_check.h"
+#include "operator/status_reading.h"
+#include "operator/text_output.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <ostream>
+
+namespace tarnex {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kSmtpReady = "220";
+
+// Goes through everything once, a row each.
+class Doctor {
+  public:
+    explicit Doctor(OperatorWorld& world) : world_(world) {}
+
+    ExitStatus Run() {
+        const std::optional<SettingsFile> settings = Settings();
+        const std::optional<StatusReading> state = Service();
+        if (settings)
+            Ports(*settings, state);
+        if (state && state->running)
+            Running(state->status);
+        if (settings) {
+            Log(*settings);
+            History();
+            MailServer(*settings);
+        }
+        const std::string clock = world_.machine.ClockTrouble();
+        clock.empty() ? Good("clock", "as far as the machine tells") : Poor("clock", clock);
+        Good("version", TARNEX_VERSION);
+        table_.Print(world_);
+        return bad_ > 0 ? kExitErrors : poor_ > 0 ? kExitWarnings : kExitDone;
+    }
+
+  private:
+    void Good(const std::string& what, const std::string& text) {
+        table_.Add({{"ok", Colour::kGood}, what, text});
+    }
+    void Poor(const std::string& what, const std::string& text) {
+        ++poor_;
+        table_.Add({{"look", Colour::kWarning}, what, text});
+    }
+    void Bad(const std::string& what, const std::string& text) {
+        ++bad_;
+        table_.Add({{"BAD", Colour::kBad}, what, text});
+    }
+
+    std::optional<SettingsFile> Settings() {
+        try {
+            SettingsFile file(world_);
+            const std::vector<Finding> findings = CheckSettings(file);
+            for (const Finding& finding : findings)
+                finding.level == Finding::Level::kError
+                    ? Bad("settings", finding.name + " " + finding.text)
+                    : Poor("settings", finding.name + " " + finding.text);
+            if (findings.empty())
+                Good("settings", file.Path());
+            return file;
+        } catch (const Failure& failure) {
+            Bad("settings", failure.what());
+            return std::nullopt;
+        }
+    }
+
+    std::optional<StatusReading> Service() {
+        try {
+            StatusReading state = ReadStatusFile(world_);
+            if (state.running)
+                Good("service",
+                     "runs for " + AgeText(state.SecondsSince(state.status.at("started_at"))));
+            else
+                Bad("service", state.absence);
+            return state;
+        } catch (const Failure& failure) {
+            Bad("service", failure.what());
+        } catch (const Json::exception&) {
+            Bad("service", world_.status_path + " lacks something: restart the service");
+        }
+        return std::nullopt;
+    }
+
+    // The configured ones and those that are there; of the other defaults there is nothing to tell.
+    void Ports(const SettingsFile& settings, const std::optional<StatusReading>& state) {
+        std::map<std::string, std::string> numbers; // of devices without links
+        std::size_t there = 0;
+        const long holder = state && state->running ? state->status.at("pid").get<long>() : 0;
+        for (int number = 1; number <= kSerialPorts; ++number) {
+            const std::string& own = settings.AtStart().device_paths[std::size_t(number) - 1];
+            const std::string device =
+                own.empty() ? world_.serial_paths[std::size_t(number) - 1] : own;
+            const PortLook look = world_.machine.Port(device);
+            const std::string name = "COM" + std::to_string(number);
+            if (!look.there && own.empty())
+                continue;
+            there += look.there;
+            Port(name, device, look, holder, numbers);
+        }
+        if (there > 0)
+            return;
+        const std::vector<std::string> others = world_.machine.Ports();
+        Bad("ports", "none of the ports is there: " +
+                         (others.empty() ? "plug the adapter of the unit in"
+                                         : "there are " + Joined(others, ", ") +
+                                               "; name the one of the unit: tarnexctl settings "
+                                               "set com1-device " +
+                                               others.front()));
+    }
+
+    void Port(const std::string& name, const std::string& device, const PortLook& look, long holder,
+              std::map<std::string, std::string>& numbers) {
+        const std::string what = device + (look.what.empty() ? "" : " (" + look.what + ")");
+        const auto [same, first] = numbers.emplace(look.device, name);
+        const bool held_by_service =
+            holder != 0 && look.held_by.starts_with("process " + std::to_string(holder) + " ");
+        if (!look.there)
+            Poor(name, device + " is not there" + Instead());
+        else if (!first)
+            Poor(name, what + " is also " + same->second +
+                           ", so each is tried for the same device: name it once");
+        else if (!look.forbidden.empty())
+            Bad(name, what + " may not be opened by the service: " + look.forbidden);
+        else if (!look.held_by.empty() && !held_by_service)
+            Bad(name, what + " is held by " + look.held_by + ": end that program");
+        else if (look.probed)
+            Poor(name, what + " is probed by a modem manager, which disturbs the unit: " +
+                           "give the port a name that it leaves alone (docs/operating.md)");
+        else
+            Good(name, what + (held_by_service ? ", open" : ""));
+    }
+
+    std::string Instead() {
+        const std::vector<std::string> others = world_.machine.Ports();
+        return others.empty() ? ", nor any other port" : "; there are " + Joined(others, ", ");
+    }
+
+    void Running(const Json& status) {
+        const Json& unit = status.at("unit");
+        const std::string state = unit.at("state");
+        state == "ready" ? Good("unit", "ready, " +
+                                            (unit.at("version").is_null()
+                                                 ? "version not read"
+                                                 : unit.at("version").get<std::string>()) +
+                                            ", signal " + unit.at("signal").dump())
+                         : Bad("unit", "is " + state + ", so no SMS leaves");
+        for (const Json& trouble : status.at("troubles"))
+            trouble.at("level") == "error" ? Bad(trouble.at("topic"), trouble.at("text"))
+                                           : Poor(trouble.at("topic"), trouble.at("text"));
+        std::vector<std::string> closed;
+        for (const Json& link : status.at("links"))
+            if (!link.at("listening").get<bool>())
+                closed.push_back(link.at("port").dump());
+        closed.empty() ? Good("link ports", "open")
+                       : Bad("link ports", "not open: " + Joined(closed, ", "));
+    }
+
+    void Log(const SettingsFile& settings) {
+        const std::string path = ToUtf8(settings.Value("log-database"_setting));
+        if (path.empty())
+            return; // the settings' row says it
+        const auto acting = world_.owners.ActFor(path, settings.Path());
+        const OpenedLog log = world_.logs.Open(path);
+        log.reader ? Good("log", path) : Bad("log", path + " " + log.problem);
+    }
+
+    void History() {
+        std::error_code unknown;
+        const fs::path path =
+            fs::path(world_.settings_path).parent_path().parent_path() / "history.db";
+        if (!fs::exists(path, unknown))
+            Good("history", "none yet");
+        else if (fs::file_size(path, unknown) == 0 && !unknown)
+            Poor("history", path.string() + " is empty");
+        else
+            Good("history", path.string());
+    }
+
+    void MailServer(const SettingsFile& settings) {
+        const auto address = ParseServerAddress(settings.Value("mail-server"_setting));
+        if (!address)
+            return Good("mail", "no server is set");
+        const std::string name = ToUtf8(address->host) + ":" + std::to_string(address->port);
+        Result<std::string> heard = world_.greeting_of(ToUtf8(address->host), address->port);
+        if (!heard)
+            Bad("mail", "server " + name + ": " + heard.TroubleText() +
+                            "; look at its name, its port and the network");
+        else if (!(*heard).starts_with(kSmtpReady))
+            Bad("mail",
+                "server " + name + " does not greet as a mail server: " + Shortened(*heard, 60));
+        else
+            Good("mail", "server " + name + " greets");
+    }
+
+    OperatorWorld& world_;
+    TextTable table_;
+    int poor_ = 0;
+    int bad_ = 0;
+};
+
+} // namespace
+
+ExitStatus Examine(OperatorWorld& world) {
+    return Doctor(world).Run();
+}
+
+} // namespace tarnex

@@ -1,0 +1,181 @@
+#include "events/notification_plan.h"
+#include "notify/control_link.h"
+#include "operator/commands.h"
+#include "operator/record_explanation.h"
+#include "operator/settings_file.h"
+#include "operator/status_reading.h"
+#include "operator/text_output.h"
+#include "simulator/monitor_messages.h"
+
+#include <ostream>
+
+namespace tarnex {
+
+namespace {
+
+constexpr Duration kPause = 1s;
+constexpr int kWholeMachine = 90; // of the services
+constexpr int kNormal = 2;        // of the states: nobody is alarmed by it
+constexpr const char* kEveryAddress = "0.0.0.0";
+
+long long Number(const Json& part, const char* name) {
+    return part.at(name).get<long long>();
+}
+
+// What the service has done by now with all its messages.
+struct Progress {
+    explicit Progress(const Json& status)
+        : events(Number(status.at("events"), "dispatched")), sms(status.at("sms")),
+          mail(status.at("mail")), lost_rows(Number(status.at("log"), "lost_rows")),
+          unit(status.at("unit").at("state")) {}
+
+    long long Sent() const { return Number(sms, "sent"); }
+    long long NotSent() const {
+        return Number(sms, "given_up") + Number(sms, "dropped_by_full_queue") +
+               Number(sms, "dropped_by_reset");
+    }
+    long long Waiting() const { return Number(sms, "queued") + !sms.at("held").is_null(); }
+    long long MailsWaiting() const {
+        return Number(mail, "queued") + mail.at("in_flight").get<bool>();
+    }
+    long long MailsSent() const { return Number(mail, "sent"); }
+
+    long long events;
+    Json sms;
+    Json mail;
+    long long lost_rows;
+    std::string unit;
+};
+
+// One alarm and its way out. The queues are in order, so what waited before is done first.
+class Trial {
+  public:
+    Trial(OperatorWorld& world, Duration limit)
+        : world_(world), limit_(limit), settings_(world), before_(Now()) {}
+
+    ExitStatus Run() {
+        if (before_.unit != "ready")
+            Say("the unit is " + before_.unit + ", so SMS wait until it is ready");
+        const RecordExplanation plan = Send();
+        for (const auto& sms : plan.sms)
+            if (!sms.taken)
+                Say("no SMS to number " + std::to_string(sms.recipient) + ": " +
+                    Joined(sms.reasons));
+        if (!plan.mail.taken)
+            Say("no mail: " + Joined(plan.mail.reasons));
+        sms_ = (long long)plan.plan.SMSCount();
+        mails_ = plan.mail.taken;
+        Follow();
+        return Judge();
+    }
+
+  private:
+    Progress Now() {
+        const StatusReading state = ReadStatusFile(world_);
+        if (!state.running)
+            throw Failure(kExitFailed, state.absence);
+        return Progress(state.status);
+    }
+
+    void Say(const std::string& what) {
+        const auto passed = std::chrono::floor<std::chrono::seconds>(waited_).count();
+        const std::string time = std::to_string(passed) + " s";
+        world_.out << std::string(time.size() < 6 ? 6 - time.size() : 0, ' ') << time << "  "
+                   << Printable(what) << std::endl;
+    }
+
+    RecordExplanation Send() {
+        const bool mail = !Trim(settings_.Value("mail-server"_setting)).empty();
+        const MonitorEvent event{.service = kWholeMachine,
+                                 .state = kNormal,
+                                 .by_mail = mail,
+                                 .memo = u"TarnexComm test"};
+        std::string address = settings_.AtStart().bind_address;
+        if (address == kEveryAddress)
+            address = "127.0.0.1";
+        const std::string trouble =
+            world_.send_datagram({address, ControlLink::kFirstPort},
+                                 settings_.Encoding().Encode(MakeEventMessage(event)));
+        if (!trouble.empty())
+            throw Failure(kExitFailed, "the alarm cannot be given to the service at " + address +
+                                           ": " + trouble);
+        return Explain(settings_, MakeEventRecord(event), world_.calendar());
+    }
+
+    bool Wait() {
+        waited_ += kPause;
+        return waited_ <= limit_ && world_.pause(kPause);
+    }
+
+    void Follow() {
+        Progress last = before_;
+        do {
+            const Progress now = Now();
+            if (now.events > before_.events && last.events == before_.events)
+                Say("the service has taken the alarm" +
+                    std::string(now.lost_rows > before_.lost_rows ? "; its row in the log is lost"
+                                                                  : " and logged it"));
+            const long long ahead = std::max(0LL, SmsDone(now) - before_.Waiting());
+            if (ahead > sms_done_)
+                Say(std::to_string(std::min(ahead, sms_)) + " of " + Counted(sms_, "SMS") +
+                    (now.NotSent() > last.NotSent() ? " done, but one was not sent: "
+                                                      "given up or dropped"
+                                                    : " sent"));
+            sms_done_ = std::max(sms_done_, ahead);
+            if (now.MailsSent() - before_.MailsSent() > before_.MailsWaiting() && mails_ > 0 &&
+                !mail_done_) {
+                mail_done_ = true;
+                Say("the mail server has taken the mail");
+            }
+            if (now.mail.at("failing") == true && last.mail.at("failing") == false)
+                Say("mail fails: " + now.mail.at("last_problem").get<std::string>());
+            last = now;
+            end_ = now;
+        } while (!Done() && Wait());
+    }
+
+    long long SmsDone(const Progress& now) const {
+        return now.Sent() - before_.Sent() + now.NotSent() - before_.NotSent();
+    }
+    bool Done() const {
+        return end_->events > before_.events && sms_done_ >= sms_ && (mail_done_ || mails_ == 0);
+    }
+
+    ExitStatus Judge() {
+        const Progress& end = *end_;
+        std::vector<std::string> wrong;
+        if (end.events == before_.events)
+            wrong.push_back("the service has not taken the alarm");
+        if (end.lost_rows > before_.lost_rows)
+            wrong.push_back("a row of the log is lost: see \"tarnexctl status\"");
+        if (sms_ == 0 && mails_ == 0)
+            wrong.push_back("the settings let neither SMS nor mail out");
+        if (end.NotSent() > before_.NotSent())
+            wrong.push_back("an SMS was given up or dropped");
+        else if (sms_done_ < sms_)
+            wrong.push_back("the SMS have not left, the unit is " + end.unit);
+        if (mails_ > 0 && !mail_done_)
+            wrong.push_back("the mail has not left");
+        Say(wrong.empty() ? "all is well" : "not well: " + Joined(wrong));
+        return wrong.empty() ? kExitDone : kExitFailed;
+    }
+
+    OperatorWorld& world_;
+    const Duration limit_;
+    Duration waited_{};
+    SettingsFile settings_;
+    Progress before_;
+    std::optional<Progress> end_;
+    long long sms_ = 0;
+    long long mails_ = 0;
+    long long sms_done_ = 0;
+    bool mail_done_ = false;
+};
+
+} // namespace
+
+ExitStatus TryAlarm(OperatorWorld& world, int seconds) {
+    return Trial(world, std::chrono::seconds(seconds)).Run();
+}
+
+} // namespace tarnex

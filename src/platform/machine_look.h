@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tarnex {
+
+// A device that may be a serial port, as far as the machine tells; "" is "nothing", or "not known
+// here".
+struct PortLook {
+    bool there = false;
+    std::string device{};    // without links
+    std::string what{};      // sits there: "FTDI FT232R, serial number A10KZ4RT"
+    std::string held_by{};   // the program that has it open: "process 812 (minicom)"
+    std::string forbidden{}; // why the service may not open it
+    bool probed = false;     // a modem manager runs that sends it commands
+};
+
+// What a command for the operator asks the machine. Nothing here changes anything, and no port is
+// opened.
+class MachineLook {
+  public:
+    virtual ~MachineLook() = default;
+
+    virtual PortLook Port(const std::string& device) = 0;
+    // The serial ports that are there, by the names that stay.
+    virtual std::vector<std::string> Ports() = 0;
+    // Who has a lock on the file, as held_by.
+    virtual std::string LockHolder(const std::string& path) = 0;
+    // What is wrong with the clock.
+    virtual std::string ClockTrouble() = 0;
+};
+
+} // namespace tarnex
