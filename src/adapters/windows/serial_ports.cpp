@@ -29,9 +29,7 @@ bool SetUp(HANDLE device, const LineSettings& settings) {
         return false;
     line.BaudRate = static_cast<DWORD>(settings.baud);
     line.ByteSize = static_cast<BYTE>(settings.data_bits);
-    line.Parity = settings.parity == 'E'   ? EVENPARITY
-                  : settings.parity == 'O' ? ODDPARITY
-                                           : NOPARITY;
+    line.Parity = NOPARITY;
     line.StopBits = settings.stop_bits == 2 ? TWOSTOPBITS : ONESTOPBIT;
     line.fBinary = TRUE;
     line.fParity = FALSE;
@@ -42,6 +40,10 @@ bool SetUp(HANDLE device, const LineSettings& settings) {
     COMMTIMEOUTS timeouts{}; // a read ends with what there is as soon as there is something
     timeouts.ReadIntervalTimeout = 1;
     if (!SetCommState(device, &line) || !SetCommTimeouts(device, &timeouts))
+        return false;
+    // By itself: Wine's lines that carry no parity take it as a change only.
+    line.Parity = settings.parity == 'E' ? EVENPARITY : ODDPARITY;
+    if (settings.parity != 'N' && !SetCommState(device, &line))
         return false;
     PurgeComm(device, PURGE_RXABORT | PURGE_RXCLEAR | PURGE_TXABORT | PURGE_TXCLEAR);
     return true;
