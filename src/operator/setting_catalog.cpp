@@ -3,6 +3,7 @@
 #include "mail/server_address.h"
 #include "operator/suggestion.h"
 #include "platform/calendar_text.h"
+#include "platform/file_path.h"
 #include "settings/ini_document.h"
 
 #include <algorithm>
@@ -82,7 +83,7 @@ bool Fits(const Setting& setting, TextView value) {
     case kChoice:
         return IsChoice(setting, value);
     case kPath:
-        return value.starts_with(u'/');
+        return ToPath(ToUtf8(value)).is_absolute();
     case kServer:
         return ParseServerAddress(value).has_value() && value.find(u' ') == TextView::npos;
     case kMailAddress:
@@ -189,7 +190,7 @@ std::string AllowedValues(const Setting& setting) {
     case kChoice:
         return Alternatives(Choices(setting));
     case kPath:
-        return "a path that begins with \"/\"";
+        return "an absolute path";
     case kServer:
         return "a host, or host:port with a port from 1 to 65535";
     case kMailAddress:

@@ -165,12 +165,13 @@ class Checker {
         namespace fs = std::filesystem;
         std::error_code unknown;
         const fs::perms rights = fs::status(ToPath(file_.Path()), unknown).permissions();
-        if (!unknown && !Empty("mail-password"_setting) &&
+        const std::string& close_file = file_.Words().close_file;
+        if (!unknown && !close_file.empty() && !Empty("mail-password"_setting) &&
             (rights & fs::perms::others_read) != fs::perms())
             Warn("mail-password"_setting,
                  "can be read by every user of this machine; take that right "
-                 "away: chmod o-r " +
-                     file_.Path());
+                 "away: " +
+                     close_file + file_.Path());
     }
 
     void Log() {

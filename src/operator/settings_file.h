@@ -20,6 +20,7 @@ class SettingsFile {
     SettingsFile(const OperatorWorld& world, const std::string& path);
 
     const std::string& Path() const { return path_; }
+    const SystemWords& Words() const { return world_.words; }
     const std::string& Content() const { return content_; }
     const IniDocument& Document() const { return document_; }
     const StartSettings& AtStart() const { return start_; }

@@ -19,6 +19,9 @@ struct SystemWords {
     std::string how_to_become_them;
     std::string data_folder;    // of the settings and the log, where nothing else is said
     std::string runtime_folder; // of the lock and the status file, where nothing else is said
+    // A command in front of a file's path that lets no stranger read it; "" where the folder says
+    // so.
+    std::string close_file;
     // Brings a text file from one code page to another: a command, or what else does it.
     std::string text_converter;
     // Examples of what an operator may give.

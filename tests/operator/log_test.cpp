@@ -46,6 +46,7 @@ TEST_F(LogCommands, SayWhatStandsInTheWay) {
     Fails(65, {"log", "tail"}, "");
 }
 
+#ifndef _WIN32 // where nobody can move a file that is open
 TEST_F(LogCommands, TailShowsTheLastRowsAndThenNewOnes) {
     Run({"log", "create"});
     for (const char16_t* message : {u"before", u"消息"})
@@ -70,6 +71,7 @@ TEST_F(LogCommands, TailShowsTheLastRowsAndThenNewOnes) {
     EXPECT_EQ(row["by_mail"], nullptr);
     EXPECT_EQ(row["detail"], "7");
 }
+#endif
 
 } // namespace
 } // namespace tarnex

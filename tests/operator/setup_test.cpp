@@ -67,13 +67,15 @@ TEST_F(Setup, AsksUntilItHasWhatIsNeeded) {
         EXPECT_EQ(Setting(name), value) << name;
     EXPECT_EQ(Run({"settings", "check"}), 0) << out.str();
     EXPECT_EQ(SqliteLogTable().Open(FromUtf8(folder / "base/log.db")), "");
+#ifndef _WIN32 // where the folder says who may read its files
     EXPECT_EQ(fs::status(ToPath(world.settings_path)).permissions() & fs::perms::others_all,
               fs::perms());
+#endif
 }
 
 TEST_F(Setup, TakesEveryAnswerAsAFlag) {
     WriteFile(folder / "password", "geheim\nmore\n");
-    EXPECT_EQ(Run(Flags({{"--port", "/dev/serial/by-id/usb-1"},
+    EXPECT_EQ(Run(Flags({{"--port", folder / "usb-1"},
                          {"--mail-server", "mail"},
                          {"--mail-from", "a@b"},
                          {"--mail-to", "c@d"},
@@ -82,7 +84,7 @@ TEST_F(Setup, TakesEveryAnswerAsAFlag) {
                          {"--log-database", folder / "other/log.db"}})),
               0)
         << err.str();
-    EXPECT_EQ(Setting("com1-device"), "/dev/serial/by-id/usb-1");
+    EXPECT_EQ(Setting("com1-device"), folder / "usb-1");
     EXPECT_EQ(Setting("sms-to-number-2"), "1");
     EXPECT_EQ(Setting("mail-password"), "geheim");
     EXPECT_TRUE(fs::exists(ToPath(folder / "other/log.db")));

@@ -12,6 +12,7 @@ SystemWords WordsOfThisSystem() {
                                   "folder than that user",
             .data_folder = "/var/lib/tarnexcomm",
             .runtime_folder = "/run/tarnexcomm",
+            .close_file = "chmod o-r ",
             .text_converter = "iconv",
             .serial_device = "/dev/ttyUSB0",
             .log_file = "/srv/tarnex/log.db",

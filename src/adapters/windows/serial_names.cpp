@@ -11,7 +11,7 @@ SerialPaths SerialDevicePaths(const SerialPaths& configured) {
 }
 
 bool IsDevicePath(std::string_view words) {
-    return words.starts_with("\\\\");
+    return words.find_first_of("\\/") != words.npos;
 }
 
 } // namespace tarnex

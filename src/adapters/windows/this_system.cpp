@@ -17,8 +17,9 @@ SystemWords WordsOfThisSystem() {
             .how_to_become_them = " (in a command prompt that is run as administrator)",
             .data_folder = folder,
             .runtime_folder = folder,
+            .close_file = "",
             .text_converter = "an editor",
-            .serial_device = "COM3",
+            .serial_device = "\\\\.\\COM25",
             .log_file = "D:\\Tarnex\\log.db",
             .metrics_file =
                 "C:\\Program Files\\windows_exporter\\textfile_inputs\\tarnexcomm.prom"};
