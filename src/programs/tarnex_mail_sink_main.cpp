@@ -3,6 +3,7 @@
 #include "adapters/system/arguments.h"
 #include "adapters/system/end_requests.h"
 #include "adapters/system/system_code_page.h"
+#include "adapters/system/terminal.h"
 #include "operator/arguments.h"
 #include "programs/program_output.h"
 #include "programs/tcp_listener.h"
@@ -154,7 +155,7 @@ std::optional<ExitStatus> ReadOptions(std::vector<std::string> arguments, Option
              "answer \"550 refused\" at one step of the dialogue: greeting, helo, auth, user,\n"
              "password, mail, rcpt, data, content or quit; may be given several times",
              [&](Value name) { return ReadStep(name, options.refuse); });
-    app.footer("The program ends on the signals TERM and INT.\n"
+    app.footer("Ctrl-C ends the program.\n"
                "Exit status: 0 done, 1 the port cannot be had, 64 wrong usage.");
     return ReadArguments(app, std::move(arguments), std::cout, std::cerr);
 }
@@ -163,6 +164,7 @@ std::optional<ExitStatus> ReadOptions(std::vector<std::string> arguments, Option
 } // namespace tarnex
 
 int main(int argc, char** argv) {
+    tarnex::OccupyStandardStreams();
     tarnex::Options options;
     if (const auto status = tarnex::ReadOptions(tarnex::ProgramArguments(argc, argv), options))
         return *status;

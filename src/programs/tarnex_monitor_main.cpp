@@ -133,6 +133,7 @@ int CarryOut(const MonitorArguments& arguments) {
 } // namespace tarnex
 
 int main(int argc, char** argv) {
+    tarnex::OccupyStandardStreams();
     tarnex::MonitorArguments arguments;
     if (const auto status =
             tarnex::ReadMonitorArguments(tarnex::ProgramArguments(argc, argv), arguments))

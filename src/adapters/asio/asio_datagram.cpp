@@ -249,7 +249,7 @@ std::string SendDatagram(const Endpoint& to, std::string_view bytes) {
     }
     if (error == asio::error::connection_refused || error == asio::error::connection_reset)
         return "nobody listens there";
-    return error && error != asio::error::message_size ? error.message() : "";
+    return error && error != asio::error::message_size ? SocketErrorWords(error).english : "";
 }
 
 } // namespace tarnex
