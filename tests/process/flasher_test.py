@@ -6,7 +6,7 @@ import signal
 import unittest
 
 import harness
-from harness import Site
+from harness import Site, linux_only, there
 
 END = ":00000001FF\n"
 
@@ -45,7 +45,7 @@ class FlasherTest(unittest.TestCase):
         unit.tell("loader write:100 silent")
         flasher = self.update(content)
         self.assertEqual(flasher.wait(), 76)
-        flasher.wait_for(f"Greeting the unit on COM3 ({self.site.path('unit')}) ...")
+        flasher.wait_for(f"Greeting the unit on COM3 ({there(self.site.path('unit'))}) ...")
         flasher.wait_for("Bring it back: tarnex-flasher --port COM3 --file ")
         again = self.update(content, self.site.path("unit"))
         self.assertEqual(again.wait(), 0)
@@ -53,6 +53,7 @@ class FlasherTest(unittest.TestCase):
         unit.tell("show")
         unit.wait_for("version           TARNEX-SIM 2.0")
 
+    @linux_only  # Wine takes a terminal only when all streams are one
     def test_shows_a_bar_on_a_terminal(self):
         self.site.unit()
         own, theirs = pty.openpty()
@@ -69,10 +70,11 @@ class FlasherTest(unittest.TestCase):
         self.site.unit()
         flasher = self.update(program("x", 0xFF00))
         flasher.wait_for("  0 %")
-        flasher.send_signal(signal.SIGHUP)  # nobody watches any more: the unit comes first
+        if not harness.windows:
+            flasher.send_signal(signal.SIGHUP)  # nobody watches any more: the unit comes first
         flasher.send_signal(signal.SIGINT)
         flasher.wait_for("Press Ctrl-C again")
-        self.assertEqual(flasher.stop(signal.SIGTERM), 130)
+        self.assertEqual(flasher.stop(), 130)
 
     def test_leaves_the_unit_to_a_service_that_runs(self):
         unit = self.site.unit()

@@ -2,6 +2,10 @@
 
 A test file ends in `harness.run(TheTests)` and is started as: FILE FOLDER_OF_THE_PROGRAMS [TEST...]
 
+With TARNEX_WINDOWS=FOLDER in the environment the programs of that folder run in the place of those
+that there are for Windows too. The test itself runs inside tests/under-wine then: in a Windows and a
+network of its own, which hold one site. `@linux_only` marks what that system does not have.
+
 Every program that a test starts ends with the test, however the test ends. What the programs have
 said is shown then.
 """
@@ -26,6 +30,11 @@ LIMIT = 90  # seconds until an awaited event counts as missing; no test depends 
 READY = b"tx--Ready"
 FIRST_NUMBER = "13900000001"
 NOBODY = 65534  # a user without rights
+windows = os.environ.get("TARNEX_WINDOWS")  # the folder of the programs for Windows, or None
+END = signal.SIGINT if windows else signal.SIGTERM  # asks a program to end
+START_SERVICE = "net start TarnexComm" if windows else "systemctl start tarnexcomm"
+OUTPUT_ENDS = "\0\n"
+linux_only = unittest.skipIf(windows, "for Linux only")
 
 # Every setting that goes into the unit, and what lets an SMS leave.
 SETTINGS = {
@@ -55,21 +64,31 @@ def wait_until(condition, what):
     return result
 
 
+def there(path):
+    """How the programs that are tested are told a path, and tell it."""
+    return "Z:" + str(path).replace("/", "\\") if windows else str(path)
+
+
 def command(name, arguments=(), user=None):
     """The command line of one of the programs, or of another by its path.
 
-    Everything that a test starts is started by this: what another system's programs are called, and
-    what runs them here, belongs into it.
+    Everything that a test starts is started by this: it knows what the programs are called on the
+    other system, and what runs them.
     """
     # The kernel ends it with this process, were that to be killed.
     runner = ["setpriv", "--pdeathsig", "KILL"]
     if user is not None:
         runner += [f"--reuid={user}", f"--regid={user}", "--clear-groups"]
-    return [*runner, os.path.join(programs, name), *arguments]
+    if not windows or name == "tarnex-sim":
+        return [*runner, os.path.join(programs, name), *arguments]
+    arguments = [there(each) if isinstance(each, pathlib.Path) else each for each in arguments]
+    return [*runner, "wine", os.path.join(windows, name + ".exe"), *arguments]
 
 
 def own_address():
     """An address of this machine that no other test is likely to use."""
+    if windows:
+        return "127.0.0.1"  # of a network of its own; others Wine does not tell apart
     return "127.%d.%d.%d" % (random.randint(100, 250), random.randint(0, 255), random.randint(1, 254))
 
 
@@ -80,26 +99,31 @@ class Program:
         self.name = os.path.basename(name)
         self.lines = []
         self._news = threading.Condition()
-        usual = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE, "stderr": subprocess.STDOUT}
+        reading, self._output = os.pipe()
+        usual = {"stdin": subprocess.PIPE, "stdout": self._output, "stderr": subprocess.STDOUT}
         self._process = subprocess.Popen(
             command(name, arguments, user), encoding="utf-8", errors="replace", **(usual | options)
         )
         self.pid = self._process.pid
-        self._reader = threading.Thread(target=self._read)
+        self._reader = threading.Thread(target=self._read, args=[reading])
         self._reader.start()
         test.addCleanup(self._clean_up)
 
-    def _read(self):
-        for line in self._process.stdout or ():
-            with self._news:
-                self.lines.append(line.rstrip("\n"))
-                self._news.notify_all()
+    def _read(self, reading):
+        with open(reading, encoding="utf-8", errors="replace") as output:
+            for line in output:
+                said = line.removesuffix(OUTPUT_ENDS)
+                with self._news:
+                    self.lines += [said.rstrip("\n")] if said else []
+                    self._news.notify_all()
+                if line.endswith(OUTPUT_ENDS):
+                    return
 
     def _clean_up(self):
         self.stop(signal.SIGKILL)
-        for end in (self._process.stdin, self._process.stdout):
-            if end:
-                end.close()
+        os.close(self._output)
+        if self._process.stdin:
+            self._process.stdin.close()
         print(f"--- {self.name} {self.pid} ended with {self._process.returncode}; it had said:")
         print("\n".join(self.lines[-60:]), flush=True)
 
@@ -123,7 +147,7 @@ class Program:
     def send_signal(self, number):
         self._process.send_signal(number)
 
-    def stop(self, number=signal.SIGTERM):
+    def stop(self, number=END):
         """Ends it by a signal, if it runs; its exit status."""
         self.send_signal(number)
         return self.wait()
@@ -131,6 +155,9 @@ class Program:
     def wait(self):
         """Its exit status, once it has ended and all that it has said was read."""
         status = self._process.wait(LIMIT)
+        # Wine's own programs keep the pipe of whichever has started them.
+        if self._reader.is_alive():
+            os.write(self._output, OUTPUT_ENDS.encode())
         self._reader.join()
         return status
 
@@ -212,17 +239,20 @@ class Site:
     def __init__(self, test, log=True, **changes):
         self._test = test
         self.desktop = {}  # what a desktop adds to the environment
-        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="tarnex-test-"))
-        test.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+        if windows:  # where Windows itself stands
+            self.folder = pathlib.Path(os.environ["WINEPREFIX"], "drive_c/windows")
+        else:
+            self.folder = pathlib.Path(tempfile.mkdtemp(prefix="tarnex-test-"))
+            test.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
         self.folder.chmod(0o755)
-        self.path("system").mkdir()
+        self.path("system").mkdir(exist_ok=bool(windows))
         self.address = own_address()
         self.settings = self.path("system/Tarnex.ini")
         self.log = self.path("log.db")
         if log:
             with contextlib.closing(sqlite3.connect(self.log)) as database:
                 database.executescript(SCHEMA.read_text(encoding="utf-8"))
-        self._settings = {"Text1(37)": self.log, **changes}
+        self._settings = {"Text1(37)": there(self.log), **changes}
         self.write_settings()
 
     def path(self, name):
@@ -240,7 +270,7 @@ class Site:
 
     def settings_text(self, changes=()):
         """The whole file as it was made, comments included, with other values for some keys."""
-        ports = {f"COM{n}": self.path("unit" if n == 3 else "no-port") for n in range(1, 21)}
+        ports = {f"COM{n}": there(self.path("unit" if n == 3 else "no-port")) for n in range(1, 21)}
         own = {"SerialPorts": ports, "ControlLink": {"BindAddress": self.address}}
         values = self._settings | dict(changes)
         lines = []
@@ -265,7 +295,9 @@ class Site:
             file.truncate()
 
     def read_settings(self):
-        return self.settings.read_bytes().decode("gbk")
+        while True:
+            with contextlib.suppress(*[FileNotFoundError] * bool(windows)):  # Wine replaces it in two steps
+                return self.settings.read_bytes().decode("gbk")
 
     def setting(self, key):
         """The value in the file, or None."""
@@ -288,7 +320,7 @@ class Site:
         environment = dict(
             os.environ,
             WINDIR=str(self.folder),
-            TARNEXCOMM_LOCK=str(self.path("lock")),
+            TARNEXCOMM_LOCK=there(self.path("lock")),
             # Freed memory is given back soon, so that a growth shows.
             ASAN_OPTIONS="quarantine_size_mb=1:allocator_release_to_os_interval_ms=100",
         )

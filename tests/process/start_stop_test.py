@@ -6,7 +6,7 @@ import signal
 import unittest
 
 import harness
-from harness import NOBODY, Site
+from harness import NOBODY, Site, linux_only
 
 
 class StartStop(unittest.TestCase):
@@ -22,6 +22,7 @@ class StartStop(unittest.TestCase):
         self.assertEqual((first.stop(), first.lines), (0, []))
         monitor.wait_for(b"tx-SMSEnd")
 
+    @linux_only
     def test_its_end_takes_a_left_over_copy_along_and_nobody_else(self):
         others = [Site(self).service(), Site(self).unit()]
         for other in others:
@@ -32,6 +33,7 @@ class StartStop(unittest.TestCase):
         self.assertEqual(others[0].wait(), -signal.SIGKILL)
         self.assertTrue(others[1].runs())
 
+    @linux_only
     def test_what_the_program_of_the_windows_says_is_told_escaped_and_once(self):
         site = Site(self, DebugMode="On")
         site.desktop = {"DISPLAY": ":0"}
@@ -78,7 +80,7 @@ class StartStop(unittest.TestCase):
             # Without settings the links stand at 127.0.0.1 for a moment, where another may be.
             # Nor may that user make a lock there.
             (line,) = program.said("settings file")
-            self.assertIn(str(site.settings), line)
+            self.assertIn("system/Tarnex.ini", line)
             self.assertIn(said, line)
         self.assertEqual(list(site.path("system").iterdir()), before)
 
@@ -86,6 +88,8 @@ class StartStop(unittest.TestCase):
         self.ends_with(0, "is missing")
         self.ends_with(66, "cannot be read (it is no", make=lambda file: file.mkdir())
         self.ends_with(66, "(it is longer than 1 MiB)", make=lambda file: file.write_bytes(b";\n" * (1 << 20)))
+        if harness.windows:
+            return
         reader = NOBODY if os.geteuid() == 0 else None
         self.ends_with(77, "(permission denied)", reader, lambda file: file.touch(0o000))
 
