@@ -79,7 +79,7 @@ def command(name, arguments=(), user=None):
     runner = ["setpriv", "--pdeathsig", "KILL"]
     if user is not None:
         runner += [f"--reuid={user}", f"--regid={user}", "--clear-groups"]
-    if not windows or name == "tarnex-sim":
+    if not windows or name == "tarnex-sim" or os.path.isabs(name):
         return [*runner, os.path.join(programs, name), *arguments]
     arguments = [there(each) if isinstance(each, pathlib.Path) else each for each in arguments]
     return [*runner, "wine", os.path.join(windows, name + ".exe"), *arguments]

