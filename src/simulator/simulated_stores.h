@@ -2,6 +2,7 @@
 
 #include "platform/line_files.h"
 #include "platform/log_table.h"
+#include "platform/message_history.h"
 #include "platform/service_controller.h"
 #include "platform/settings_store.h"
 #include "platform/status_sink.h"
@@ -113,6 +114,56 @@ class SimulatedLogTable : public LogTable {
 
   private:
     bool open_ = false;
+};
+
+// A history in memory.
+class SimulatedHistory : public MessageHistory {
+  public:
+    Result<std::vector<HistoryRow>> Rows(const HistoryQuery& query) override {
+        if (!Problem.empty())
+            return Trouble{Problem};
+        std::vector<HistoryRow> rows;
+        for (const auto& [id, row] : Stored) {
+            const bool message = row.kind == "SMS" || row.kind == "mail";
+            const bool not_sent = !row.fate.empty() && row.fate != "sent" &&
+                                  row.fate != "held back" && row.again_as == 0;
+            if ((!query.no_signal || row.kind != "signal") && id > query.after &&
+                row.at >= query.since && (query.id == 0 || id == query.id) &&
+                (!query.waiting || (message && row.fate.empty())) && (!query.not_sent || not_sent))
+                rows.push_back(row);
+        }
+        if (query.last > 0 && rows.size() > std::size_t(query.last))
+            rows.erase(rows.begin(), rows.end() - query.last);
+        return rows;
+    }
+    std::string Store(const std::vector<HistoryChange>& changes) override {
+        if (Problem.empty())
+            for (const HistoryChange& change : changes)
+                std::visit([this](const auto& each) { Apply(each); }, change);
+        return Problem;
+    }
+    void KeepTo(int megabytes) override { Megabytes = megabytes; }
+
+    std::string Problem; // not "": every call fails with it
+    std::map<std::int64_t, HistoryRow> Stored;
+    int Megabytes = 0;
+
+  private:
+    void Apply(const HistoryRow& row) {
+        Stored.emplace(row.id, row);
+        if (const auto lost = Stored.find(row.again_of); lost != Stored.end())
+            lost->second.again_as = row.id;
+    }
+    void Apply(const HistoryAttempt& attempt) {
+        if (const auto row = Stored.find(attempt.id); row != Stored.end())
+            row->second.attempts += attempt.text;
+    }
+    void Apply(const HistoryEnd& end) {
+        if (const auto row = Stored.find(end.id); row != Stored.end()) {
+            row->second.fate = end.fate;
+            row->second.ended = end.at;
+        }
+    }
 };
 
 // A service manager that a test plays.
