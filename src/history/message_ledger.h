@@ -1,6 +1,6 @@
 #pragma once
 
-#include "notify/message_observer.h"
+#include "history/history_writer.h"
 
 #include <array>
 #include <functional>
@@ -19,16 +19,29 @@ struct LedgerEntry {
     bool attempt_open = false;   // one is under way: it may have been sent
 };
 
-// Knows of every message what became of it: what was queued is what waits and what has a fate.
+// Knows of every message what became of it, and puts it into the history: what was queued is what
+// waits and what has a fate.
 class MessageLedger : public MessageObserver {
   public:
+    // To whom a message goes: a telephone number or an address.
+    using RecipientOf = std::function<Text(MessageWay way, TextView number)>;
     using FateListener = std::function<void(MessageId, const LedgerEntry&, Fate)>;
 
+    // The writer must outlive the ledger.
+    MessageLedger(HistoryWriter& writer, RecipientOf recipient_of)
+        : writer_(writer), recipient_of_(std::move(recipient_of)) {}
+
+    // The messages to come are named from there on.
+    void CountFrom(MessageId last) { last_ = last; }
     MessageId Queued(const NewMessage& message) override;
     void HeldBack(const NewMessage& message, TextView reason) override;
     void Attempting(MessageId id) override;
     void Attempted(MessageId id, TextView result) override;
     void Ended(MessageId id, Fate fate) override;
+    // Of everything that waits.
+    void EndAll(Fate fate);
+    // A row that is no message.
+    void Note(const std::string& kind, const std::string& text);
 
     // Is told of every fate but kHeldBack from now on, from within the queues.
     void OnFate(FateListener listener) { listeners_.push_back(std::move(listener)); }
@@ -39,6 +52,10 @@ class MessageLedger : public MessageObserver {
     const std::map<MessageId, LedgerEntry>& Waiting() const { return waiting_; }
 
   private:
+    HistoryRow NewRow(const NewMessage& message);
+
+    HistoryWriter& writer_;
+    RecipientOf recipient_of_;
     std::map<MessageId, LedgerEntry> waiting_;
     MessageId last_ = 0;
     unsigned long messages_ = 0;

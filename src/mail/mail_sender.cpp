@@ -151,7 +151,6 @@ void MailSender::SendOut() {
     EndHandedOver(Fate::kSent);
     LoadMailSettings();
     queued_mail_ = true;
-    messages_.Attempting(CurrentMail_.id);
     StartDialogue({.server = settings_.SmtpServer,
                    .from = settings_.MailFrom,
                    .to = settings_.MailTo,
@@ -215,6 +214,8 @@ void MailSender::TakeStep(const SmtpRule& rule) {
         BusyTicks_ = 0;
     if (rule.done)
         ReadyForNext_ = true;
+    if (SendStep_ == SmtpStep::kRcptTo && queued_mail_)
+        messages_.Attempting(CurrentMail_.id); // the content comes next
     if (SendStep_ == SmtpStep::kData)
         HandedOver();
     if (SendStep_ == SmtpStep::kContent)

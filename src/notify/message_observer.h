@@ -26,6 +26,7 @@ inline constexpr std::size_t kFates = 6;
 struct MessageOrigin {
     Text record;            // the event's; empty: no event
     MessageId again_of = 0; // the message that is sent again by this one; 0: a new one
+    int maybe_sent = 0;     // how often that one, and those before it, may have been sent
 };
 
 struct NewMessage {

@@ -87,6 +87,8 @@ Task<> SMSQueue::mSMSSendTimer_Timer() {
 }
 
 void SMSQueue::TakeNextEntry() {
+    if (parts_.before_next)
+        parts_.before_next();
     SMSHeldEntry_ = mGetSMSFifo();
     if (SMSHeldEntry_ == kNoSMS)
         SMSHeldEntry_.clear();

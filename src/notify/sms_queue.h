@@ -36,6 +36,9 @@ class SMSQueue {
         std::function<bool()> may_send; // false: entries wait
         // Starts the whole service over with the unit; calls Reset().
         std::function<void()> reset_unit_state;
+        // Called before the next entry is taken, with the unit ready; it may queue some. May be
+        // empty.
+        std::function<void()> before_next{};
     };
     // Since the start of the program.
     struct Counts {

@@ -2,10 +2,12 @@
 
 #include "adapters/asio/asio_datagram.h"
 #include "adapters/asio/asio_tcp_client.h"
+#include "adapters/sqlite/sqlite_history.h"
 #include "adapters/sqlite/sqlite_log_table.h"
 #include "adapters/system/arguments.h"
 #include "adapters/system/operator_output.h"
 #include "adapters/system/process.h"
+#include "adapters/system/request_socket.h"
 #include "adapters/system/screen_view.h"
 #include "adapters/system/service_manager.h"
 #include "adapters/system/status_file.h"
@@ -31,6 +33,7 @@ int Run(const std::vector<std::string>& arguments) {
     int exit_status = kExitDone;
     AsioTcpClients tcp(loop);
     SqliteLogTable log;
+    SqliteHistory history(HistoryPath());
     const auto say = [&machine](const std::string& line) { machine.Say(line); };
     const auto controller =
         MakeServiceController(loop, [&](ExitStatus failed, const std::string& why) {
@@ -49,6 +52,7 @@ int Run(const std::vector<std::string>& arguments) {
          .sockets = sockets,
          .tcp = tcp,
          .log_table = log,
+         .history = history,
          .settings_store = machine.store,
          .files = machine.files,
          .code_page = machine.code_page,
@@ -71,6 +75,12 @@ int Run(const std::vector<std::string>& arguments) {
          .status = status.Possible() ? &status : nullptr,
          .process_id = ThisProcess()});
     service.Form_Load(Joined(arguments));
+    RequestSocket requests(loop,
+                           [&service](const std::string& text) { return service.Answer(text); });
+    if (status.Possible() && !service.Ended())
+        if (const std::string problem = requests.Listen(RequestSocketPath()); !problem.empty())
+            machine.Say(NoticeLevel::kWarning,
+                        "tarnexctl resend will not work: " + RequestSocketPath() + ": " + problem);
     loop.Run();
     return exit_status;
 }

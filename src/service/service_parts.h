@@ -1,11 +1,12 @@
 #pragma once
 
-#include "history/message_ledger.h"
+#include "history/send_again.h"
 #include "mail/mail_sender.h"
 #include "platform/service_controller.h"
 #include "platform/status_sink.h"
 #include "service/main_window.h"
 #include "settings/load_settings.h"
+#include "settings/setting_table.h"
 #include "supervision/connection_supervision.h"
 #include "supervision/supervision_cycle.h"
 #include "ui/view.h"
@@ -19,6 +20,7 @@ struct ServiceWorld {
     DatagramSockets& sockets;
     TcpClients& tcp;
     LogTable& log_table;
+    MessageHistory& history;
     SettingsStore& settings_store;
     LineFiles& files;
     const CodePage& code_page;
@@ -55,7 +57,12 @@ struct ServiceParts {
     MyIniFile ini{world.settings_store, world.code_page};
     Settings settings{};
     UnitState unit{};
-    MessageLedger messages{};
+    HistoryWriter history{world.clock, world.history, notices};
+    MessageLedger messages{history, [this](MessageWay way, TextView number) {
+                               return ini.GetIniStr(way == MessageWay::kMail ? "mail-to"_setting
+                                                    : number == u"1" ? "alarm-number-1"_setting
+                                                                     : "alarm-number-2"_setting);
+                           }};
     LogWriter log{world.clock, world.log_table, notices};
     TarnexCore core{{.clock = world.clock,
                      .ports = world.serial_ports,
@@ -76,7 +83,16 @@ struct ServiceParts {
                         [this] {
                             main_job.Lost(UnitLoss::kForgotSms);
                             hooks.reset_unit_state();
-                        }}};
+                        },
+                    .before_next = [this] { again.FillQueue(); }}};
+    SendAgain again{{.ledger = messages,
+                     .writer = history,
+                     .history = world.history,
+                     .settings = settings,
+                     .unit = unit,
+                     .queue = queue,
+                     .mail = mail,
+                     .say = world.notice}};
     SMSMsgCodec codec{world.clock, ini};
     Dispatcher dispatcher{{.clock = world.clock,
                            .settings = settings,

@@ -9,23 +9,19 @@ constexpr Duration kShortestPause = 1s; // between two texts
 } // namespace
 
 void StatusReport::Start() {
-    if (!parts_.world.status)
-        return;
-    started_ = true;
-    parts_.world.clock.BeforeSleep([this] { Look(); });
+    started_ = parts_.world.status != nullptr;
 }
 
 void StatusReport::Stop() {
     if (!started_)
         return;
     started_ = false;
-    parts_.world.clock.BeforeSleep(nullptr);
     parts_.world.clock.Cancel(call_);
     Write(Collect(), true);
 }
 
 void StatusReport::Look() {
-    if (call_pending_)
+    if (!started_ || call_pending_)
         return;
     const ServiceStatus status = Collect();
     const bool changed = !written_ || status.state != written_->state;

@@ -5,9 +5,8 @@
 
 namespace tarnex {
 
-// Keeps the status text up to date in its sink, for other programs. Looks for changes
-// whenever the loop is about to sleep or too busy to, so that no part has to tell of its own, and
-// never wakes the loop while nothing changes.
+// Keeps the status text up to date in its sink, for other programs. It looks for changes, so that
+// no part has to tell of its own, and never wakes the loop while nothing changes.
 class StatusReport {
   public:
     // The parts must outlive the report. Without a sink in their world nobody wants to know.
@@ -21,9 +20,10 @@ class StatusReport {
     // The last text: it says that the service has ended, and stays. Harmless before Start() and a
     // second time.
     void Stop();
+    // To be called whenever the loop is about to sleep or too busy to.
+    void Look();
 
   private:
-    void Look();
     bool Due() const { return parts_.world.clock.Now() >= next_write_; }
     void Write(const ServiceStatus& status, bool ended = false);
     ServiceStatus Collect() const;

@@ -11,6 +11,7 @@ constexpr Duration kReloadPeriod = 10s;
 constexpr Duration kSecondLook = 100ms;
 constexpr Duration kFirstSearch = 15s;
 constexpr int kAcceptPauseAndContinue = 2;
+constexpr int kHistorySize = 50; // MB
 constexpr int kPausedEvent = 109;
 constexpr int kContinuedEvent = 110;
 
@@ -23,7 +24,9 @@ TarnexComm::TarnexComm(World world)
       windows_(parts_, {.stop_all_timers = [this] { StopAllTimers(); },
                         .debug_decided = [this] { reset_in_doubt_ = false; },
                         .leave = [this] { Form_Unload(); }}),
-      status_(parts_), AutoReloadSettingsTimer_(parts_.world.clock, kReloadPeriod, [this] {
+      status_(parts_),
+      unit_history_(parts_.world.clock, parts_.unit, parts_.settings, parts_.messages),
+      AutoReloadSettingsTimer_(parts_.world.clock, kReloadPeriod, [this] {
           LoadSettings();
           LookAtMainJob();
       }) {
@@ -59,7 +62,12 @@ void TarnexComm::Form_Load(const std::string& command_line) {
     AutoReloadSettingsTimer_.Enable();
     parts_.link.Open();
     ResetUnitState();
+    parts_.again.Start();
     status_.Start();
+    parts_.world.clock.BeforeSleep([this] {
+        status_.Look();
+        unit_history_.Look();
+    });
     parts_.world.controller.ReportReady();
 }
 
@@ -171,6 +179,7 @@ void TarnexComm::Apply(const Settings& settings) {
     parts_.settings = settings;
     parts_.link.HandShake.Enable();
     parts_.log.Open(parts_.settings.LogPath);
+    parts_.world.history.KeepTo(settings.HistorySize > 0 ? settings.HistorySize : kHistorySize);
 }
 
 void TarnexComm::TellOfRestart(const StartSettings& now) {
@@ -226,7 +235,9 @@ void TarnexComm::EndProcess() {
     StopAllTimers();
     AutoReloadSettingsTimer_.Stop();
     windows_.StopDisplay();
+    parts_.world.clock.BeforeSleep(nullptr);
     status_.Stop();
+    parts_.again.Stop();
     // From the loop, since a handler that waits half-way may stand on the stack now.
     end_ = parts_.world.clock.CallAfter(0ms, [this] {
         stoppable_.CancelHandlers();

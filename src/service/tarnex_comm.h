@@ -2,6 +2,7 @@
 
 #include "service/service_windows.h"
 #include "service/status_report.h"
+#include "service/unit_history.h"
 #include "settings/load_settings.h"
 
 namespace tarnex {
@@ -25,8 +26,15 @@ class TarnexComm {
     // Lists whether a monitoring program is connected.
     void ShowLinkCheck() { windows_.ShowLinkCheck(); }
 
+    // To a request of another program, as SendAgain's.
+    std::string Answer(const std::string& request) { return parts_.again.Answer(request); }
+    // Its process ends, or is not needed.
+    bool Ended() const { return ended_; }
+
     MainWindow& Window() { return parts_.window; }
     const UnitState& Unit() const { return parts_.unit; }
+    // For those who look at it from outside.
+    const ServiceParts& Parts() const { return parts_; }
 
   private:
     void Install();
@@ -53,6 +61,7 @@ class TarnexComm {
     ServiceParts parts_;
     ServiceWindows windows_;
     StatusReport status_;
+    UnitHistory unit_history_;
     StartSettings start_settings_;
     Timer AutoReloadSettingsTimer_;
     TimerList stoppable_; // what the button "Stop" stops

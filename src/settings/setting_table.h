@@ -16,6 +16,7 @@ inline constexpr SettingValues kEnable{
     .kind = kSwitch, .on = u"Enable", .off = u"Disable", .on_unless_off = true};
 inline constexpr SettingValues kDebug{.kind = kSwitch, .on = u"On", .off = u"Off"};
 inline constexpr SettingValues kSendCount{.kind = kNumber, .highest = 20};
+inline constexpr SettingValues kMegabytes{.kind = kNumber, .lowest = 1, .highest = 10000};
 inline constexpr SettingValues kAnyText{.kind = kText};
 inline constexpr SettingValues kTelephone{.kind = kPhone};
 inline constexpr SettingValues kTimeOfDay{.kind = kTime};
@@ -197,6 +198,11 @@ inline constexpr Setting kRows[] = {
 
     {"Log", u"Text", u"Text1(37)", "log-database", kFile, kReload, "log database, an SQLite file",
      "rows go to {}", "no log", In<&Settings::LogPath>},
+
+    {"History", u"Queue", u"SendAgain", "send-again", kDebug, kReload, "send again what was lost",
+     "what waited when the unit was lost or the service ended, within the last hour, is sent again", "WHAT WAITS WHEN THE UNIT IS LOST OR THE SERVICE ENDS IS NEVER SENT", In<&Settings::SendAgain>},
+    {"History", u"Queue", u"HistorySize", "history-size", kMegabytes, kReload, "size of the history of all messages, at most (MB)",
+     "the oldest rows go when it takes more than {} MB", "the oldest rows go when it takes more than 50 MB", In<&Settings::HistorySize>},
 
     {"Start", u"SerialPorts", u"COM1", "com1-device", kFile, kStart, "device behind port number 1",
      "the unit is searched for at {}", "the unit is searched for at {}", At<&StartSettings::device_paths, 0>},

@@ -19,6 +19,8 @@ struct Settings {
     bool AutoSearchOff = false;        // the device link is switched off
     bool SwitchCheck42 = false;        // notifications go to the first number
     bool SwitchCheck43 = false;        // notifications go to the second number
+    bool SendAgain = false;            // what a new start has dropped is queued again
+    std::int16_t HistorySize = 0;      // of the history, at most; MB; 0: the usual size
     bool QuietTimeOn = false;          // the weekly SMS quiet time is in force
     std::array<bool, 7> QuietDay{};    // 0 Sunday to 6 Saturday
     std::array<Text, 14> QuietTimes{}; // start (2d) and end (2d + 1) of weekday d

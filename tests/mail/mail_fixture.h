@@ -57,7 +57,9 @@ struct MailFixture : WorldTest, FormObserver {
     void FormChanged() override {}
 
     MailSink sink;
-    MessageLedger messages;
+    SimulatedHistory history;
+    HistoryWriter writer{clock, history, notices};
+    MessageLedger messages{writer, [](MessageWay, TextView number) { return Text(number); }};
     MailSender mail{clock, tcp, ini, code_page, notices, messages};
     MailWindow form{mail, clock};
     std::vector<Text> statuses; // every text of StatusTxt

@@ -62,7 +62,9 @@ struct NotifyRig : WorldTest, EmailFifo {
     Texts mails;
     int resets = 0;
     bool may_send = true;
-    MessageLedger messages;
+    SimulatedHistory history;
+    HistoryWriter writer{clock, history, notices};
+    MessageLedger messages{writer, [](MessageWay, TextView number) { return Text(number); }};
     SMSQueue queue{{.clock = clock,
                     .unit = state,
                     .sender = modem,

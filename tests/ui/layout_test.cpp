@@ -144,7 +144,9 @@ using WindowLayouts = ToolTest;
 TEST_F(WindowLayouts, AreInOrderAndNoButtonMovesWhenMoreIsShown) {
     ToolLink link(world, [] {});
     UnitState state;
-    MessageLedger messages;
+    SimulatedHistory history;
+    HistoryWriter writer(clock, history, notices);
+    MessageLedger messages(writer, [](MessageWay, TextView) { return Text(); });
     MailSender mail(clock, tcp, ini, code_page, notices, messages);
     MainWindow main;
     MailWindow mails(mail, clock);

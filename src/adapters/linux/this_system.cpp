@@ -1,5 +1,7 @@
 #include "adapters/system/this_system.h"
 
+#include "adapters/system/environment.h"
+
 namespace tarnex {
 
 SystemWords WordsOfThisSystem() {
@@ -21,5 +23,10 @@ SystemWords WordsOfThisSystem() {
 
 // The package and the service manager have made them.
 void MakeFoldersOfThisSystem() {}
+
+std::string HistoryPath() {
+    const std::string folder = Environment("WINDIR");
+    return (folder.empty() ? WordsOfThisSystem().data_folder : folder) + "/history.db";
+}
 
 } // namespace tarnex

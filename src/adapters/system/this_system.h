@@ -10,4 +10,7 @@ SystemWords WordsOfThisSystem();
 // service and whoever runs this. Where a folder cannot be made, its users meet that later.
 void MakeFoldersOfThisSystem();
 
+// Where the history of the service is: beside the log, where nothing else is said.
+std::string HistoryPath();
+
 } // namespace tarnex

@@ -34,4 +34,8 @@ void MakeFoldersOfThisSystem() {
                          access.Get()->lpSecurityDescriptor);
 }
 
+std::string HistoryPath() {
+    return WordsOfThisSystem().data_folder + "\\history.db";
+}
+
 } // namespace tarnex

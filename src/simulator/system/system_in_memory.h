@@ -29,6 +29,7 @@ struct SystemInMemory {
             .sockets = network,
             .tcp = tcp,
             .log_table = *log_table,
+            .history = history,
             .settings_store = store,
             .files = files,
             .code_page = code_page,
@@ -61,6 +62,7 @@ struct SystemInMemory {
     SimulatedNetwork network{clock};
     SimulatedTcpNetwork tcp{clock};
     SimulatedLogTable log;
+    SimulatedHistory history;
     LogTable* log_table = &log;   // or another one, before the service starts
     StatusSink* status = nullptr; // where the service tells of its state; before it starts
     SimulatedSettingsStore store;

@@ -1,0 +1,221 @@
+#include "history/send_again.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace tarnex {
+
+namespace {
+
+constexpr std::int64_t kNotOlder = std::chrono::milliseconds(1h).count();
+constexpr std::size_t kMostSMS = 2 * kSMSFifoSize; // that wait for room or the unit; the newest
+constexpr int kMostRows = 600;                     // that a start looks through
+constexpr const char* kHowToSee = "tarnexctl history --unsent";
+
+// "3 SMS and 1 mail"; "" for none.
+std::string Messages(long sms, long mails) {
+    const std::string mail_part =
+        mails == 0 ? "" : std::to_string(mails) + (mails == 1 ? " mail" : " mails");
+    if (sms == 0)
+        return mail_part;
+    return std::to_string(sms) + " SMS" + (mails == 0 ? "" : " and " + mail_part);
+}
+
+bool AttemptOpen(const HistoryRow& row) {
+    return !row.attempts.empty() && row.attempts.back() != '\n';
+}
+
+} // namespace
+
+SendAgain::SendAgain(Parts parts) : parts_(std::move(parts)) {
+    parts_.ledger.OnFate([this](MessageId id, const LedgerEntry& entry, Fate fate) {
+        // Mails that are dropped were dropped by hand.
+        if (entry.way == MessageWay::kSMS && parts_.settings.SendAgain)
+            OnFate(id, entry, fate);
+    });
+}
+
+void SendAgain::OnFate(MessageId id, const LedgerEntry& entry, Fate fate) {
+    Lost message{.id = id,
+                 .way = entry.way,
+                 .number = entry.number,
+                 .text = entry.text,
+                 .origin = {.record = entry.origin.record,
+                            .again_of = id,
+                            .maybe_sent = entry.origin.maybe_sent + entry.attempt_open},
+                 .at = parts_.writer.Now()};
+    const bool none_taken =
+        std::ranges::all_of(entry.results, [](const Text& result) { return result == kFailed; });
+    if (fate == Fate::kSent) {
+        not_taken_.clear();
+    } else if (fate == Fate::kGivenUp && none_taken) {
+        losses_ = parts_.unit.Losses();
+        not_taken_.push_back(std::move(message));
+    } else if (fate == Fate::kDropped) {
+        TakeNotTaken();
+        Take(std::move(message));
+    }
+}
+
+void SendAgain::TakeNotTaken() {
+    if (losses_ == parts_.unit.Losses())
+        return;
+    for (Lost& message : not_taken_)
+        Take(std::move(message));
+    not_taken_.clear();
+}
+
+SendAgain::Lost SendAgain::LostOf(const HistoryRow& row) {
+    const auto id = MessageId(row.id);
+    return {.id = id,
+            .way = row.kind == "mail" ? MessageWay::kMail : MessageWay::kSMS,
+            .number = FromUtf8(row.number),
+            .text = FromUtf8(row.text),
+            .origin = {.record = FromUtf8(row.record),
+                       .again_of = id,
+                       .maybe_sent = int(row.maybe_sent) + AttemptOpen(row)},
+            .at = row.ended};
+}
+
+void SendAgain::Take(Lost message) {
+    if (message.origin.maybe_sent > 1)
+        return;
+    if (message.way == MessageWay::kMail) {
+        Queue(message);
+        return;
+    }
+    if (sms_.size() == kMostSMS)
+        sms_.pop_front();
+    sms_.push_back(std::move(message));
+}
+
+void SendAgain::Queue(const Lost& message) {
+    if (message.way == MessageWay::kMail)
+        parts_.mail.dSetEmailFifo(message.text, message.origin);
+    else
+        parts_.queue.QueueSMS(message.number + message.text, message.origin);
+}
+
+void SendAgain::FillQueue() {
+    TakeNotTaken();
+    if (!parts_.settings.SendAgain)
+        sms_.clear();
+    while (!sms_.empty() && parts_.queue.Length() < kSMSFifoSize) {
+        const Lost message = std::move(sms_.front());
+        sms_.pop_front();
+        if (parts_.writer.Now() - message.at <= kNotOlder)
+            Queue(message);
+    }
+}
+
+std::vector<HistoryRow> SendAgain::Read(const HistoryQuery& query) {
+    auto rows = parts_.history.Rows(query);
+    return rows ? std::move(*rows) : std::vector<HistoryRow>();
+}
+
+void SendAgain::Start() {
+    started_ = true;
+    auto newest = parts_.history.Rows({.last = 1});
+    if (!newest) // the ids in use are not known: the time is none of them
+        parts_.ledger.CountFrom(MessageId(parts_.writer.Now()));
+    else if (!(*newest).empty())
+        parts_.ledger.CountFrom(MessageId((*newest).back().id));
+    CloseLeftOver();
+    if (parts_.settings.SendAgain)
+        TakeRecent();
+}
+
+void SendAgain::CloseLeftOver() {
+    const std::vector<HistoryRow> rows = Read({.waiting = true});
+    if (rows.empty())
+        return;
+    const std::int64_t last_sign = Read({.last = 1}).back().at; // of the service that ended
+    for (const HistoryRow& row : rows)
+        parts_.writer.Put(HistoryEnd{
+            .id = row.id, .fate = FateWord(Fate::kLost), .at = std::max(last_sign, row.at)});
+    parts_.writer.Flush();
+    const auto sms = std::ranges::count(rows, "SMS", &HistoryRow::kind);
+    parts_.say(
+        NoticeLevel::kWarning,
+        Messages(sms, long(rows.size()) - sms) +
+            " that waited when the service ended were not sent" +
+            (parts_.settings.SendAgain ? ", and are sent again if that was within an hour" : "") +
+            ": " + kHowToSee);
+}
+
+void SendAgain::TakeRecent() {
+    for (const HistoryRow& row : Read({.not_sent = true, .last = kMostRows})) {
+        const bool lost = row.fate == FateWord(Fate::kLost) ||
+                          (row.fate == FateWord(Fate::kDropped) && row.kind == "SMS");
+        if (lost && parts_.writer.Now() - row.ended <= kNotOlder)
+            Take(LostOf(row));
+    }
+}
+
+void SendAgain::Stop() {
+    if (!std::exchange(started_, false))
+        return;
+    const auto& waiting = parts_.ledger.Waiting();
+    const auto sms = std::ranges::count_if(
+        waiting, [](const auto& each) { return each.second.way == MessageWay::kSMS; });
+    if (!waiting.empty())
+        parts_.say(
+            NoticeLevel::kWarning,
+            Messages(sms, long(waiting.size()) - sms) + " wait and are not sent: the service ends" +
+                (parts_.settings.SendAgain ? ". A start within an hour sends them again" : "") +
+                ": " + kHowToSee);
+    parts_.ledger.EndAll(Fate::kLost);
+    parts_.writer.Flush();
+}
+
+std::string SendAgain::QueueNamed(std::int64_t id) {
+    const std::vector<HistoryRow> rows = Read({.id = id});
+    if (rows.empty() || (rows[0].kind != "SMS" && rows[0].kind != "mail"))
+        return "is no message of the history";
+    if (rows[0].fate.empty())
+        return "waits to be sent";
+    if (rows[0].again_as != 0)
+        return "was sent again as " + std::to_string(rows[0].again_as);
+    if (rows[0].kind == "SMS" && parts_.queue.Length() >= kSMSFifoSize)
+        return "stays as it is: the queue is full";
+    Lost message = LostOf(rows[0]);
+    std::erase_if(sms_, [id](const Lost& lost) { return std::int64_t(lost.id) == id; });
+    message.origin.maybe_sent = 0; // somebody has decided it
+    Queue(message);
+    parts_.writer.Flush();
+    return "";
+}
+
+std::string SendAgain::Answer(std::string_view request) {
+    constexpr std::string_view kResend = "resend";
+    if (!request.starts_with(kResend))
+        return "the service does not know this request\n";
+    std::vector<std::int64_t> ids;
+    const char* at = request.data() + kResend.size();
+    const char* const end = request.data() + request.size();
+    while (at != end) {
+        std::int64_t id = 0;
+        const auto read = std::from_chars(at + 1, end, id); // behind a blank
+        if (read.ec != std::errc())
+            return "the service does not know this request\n";
+        ids.push_back(id);
+        at = read.ptr;
+    }
+    return Resend(ids);
+}
+
+std::string SendAgain::Resend(const std::vector<std::int64_t>& ids) {
+    parts_.writer.Flush();
+    std::vector<std::int64_t> wanted = ids;
+    if (wanted.empty())
+        for (const HistoryRow& row : Read({.not_sent = true, .last = kMostRows}))
+            wanted.push_back(row.id);
+    std::string answer;
+    for (const std::int64_t id : wanted) {
+        const std::string why_not = QueueNamed(id);
+        answer += std::to_string(id) + " " + (why_not.empty() ? "is queued again" : why_not) + "\n";
+    }
+    return answer.empty() ? "nothing is left that was not sent\n" : answer;
+}
+
+} // namespace tarnex

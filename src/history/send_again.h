@@ -1,0 +1,72 @@
+#pragma once
+
+#include "history/message_ledger.h"
+#include "notify/dispatcher.h"
+#include "notify/unit_state.h"
+
+#include <deque>
+
+namespace tarnex {
+
+// Sends messages again that no attempt was left to: those that a new start with the unit dropped,
+// or that were lost with the end of the service, within an hour and where the settings want it; and
+// those that an operator names. A message that may have been sent is sent again once at most.
+//
+// An SMS that is given up, since the unit takes none, counts as dropped if the unit turns out to be
+// lost before another SMS is sent.
+class SendAgain {
+  public:
+    struct Parts {
+        MessageLedger& ledger;
+        HistoryWriter& writer;
+        MessageHistory& history;
+        const Settings& settings;
+        const UnitState& unit;
+        SMSQueue& queue;
+        EmailFifo& mail;
+        OperatorNotices::Sink say;
+    };
+    // The parts must outlive it.
+    explicit SendAgain(Parts parts);
+
+    // The service begins, with its settings loaded: what waited when it ended without a word is
+    // lost, and an operator is told.
+    void Start();
+    // The service ends: so is what waits now. Harmless before Start() and a second time.
+    void Stop();
+    // The SMS queue looks for its next entry: fills it as far as it has room.
+    void FillQueue();
+    // For an operator: "resend 12 13" queues messages again by their ids, "resend" all that were
+    // not sent. The answer, a line each.
+    std::string Answer(std::string_view request);
+
+  private:
+    struct Lost {
+        MessageId id;
+        MessageWay way;
+        Text number;
+        Text text;
+        MessageOrigin origin; // of the message that sends it again
+        std::int64_t at;
+    };
+    void OnFate(MessageId id, const LedgerEntry& entry, Fate fate);
+    static Lost LostOf(const HistoryRow& row);
+    void Take(Lost message);
+    void TakeNotTaken();
+    void Queue(const Lost& message);
+    std::vector<HistoryRow> Read(const HistoryQuery& query);
+    void CloseLeftOver();
+    void TakeRecent();
+    std::string Resend(const std::vector<std::int64_t>& ids);
+    // "", or why it is not queued again.
+    std::string QueueNamed(std::int64_t id);
+
+    Parts parts_;
+    bool started_ = false;
+    std::deque<Lost> sms_; // oldest first
+    // Given up, and no SMS was sent since.
+    std::deque<Lost> not_taken_;
+    unsigned losses_ = 0; // of the unit, when they were given up
+};
+
+} // namespace tarnex

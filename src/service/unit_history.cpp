@@ -1,0 +1,31 @@
+#include "service/unit_history.h"
+
+namespace tarnex {
+
+namespace {
+
+constexpr Duration kSignalPeriod = 10min;
+
+const char* StateOf(const UnitState& unit, const Settings& settings) {
+    if (unit.UnitReady)
+        return "ready";
+    if (unit.UnitConnected)
+        return "found";
+    return settings.AutoSearchOff ? "off" : "searching";
+}
+
+} // namespace
+
+void UnitHistory::Look() {
+    const char* const state = StateOf(unit_, settings_);
+    if (std::string_view(state) != state_) {
+        state_ = state;
+        ledger_.Note("unit", state);
+    }
+    if (unit_.UnitReady && unit_.UnitSignalValue > 0 && clock_.Now() >= next_signal_) {
+        next_signal_ = clock_.Now() + kSignalPeriod;
+        ledger_.Note("signal", std::to_string(unit_.UnitSignalValue));
+    }
+}
+
+} // namespace tarnex

@@ -1,0 +1,123 @@
+#include "tests/scenarios/system_fixture.h"
+
+namespace tarnex {
+namespace {
+
+// What waits when something ends it, with SendAgain on.
+struct Fates : SystemTest {
+    Fates() {
+        Set(u"Queue", u"SendAgain", u"On");
+        Set(u"Check", u"Check1(43)", u"0");
+    }
+    void Alarm(int number, bool by_mail = false) {
+        monitor.SendEvent(
+            {.service = 3, .state = 1, .by_mail = by_mail, .memo = u"nr" + ToText(number) + u"."});
+    }
+    // How often the alarm of that number left.
+    long Times(int number) const {
+        return std::ranges::count_if(unit.Sent(), [&](const SentSms& sms) {
+            return Contains(sms.text, u"nr" + ToText(number) + u".");
+        });
+    }
+    long Said(std::string_view what) const {
+        return std::ranges::count_if(
+            said, [&](const std::string& line) { return line.find(what) != line.npos; });
+    }
+    std::size_t Rows(std::string_view fate) const {
+        return std::size_t(std::ranges::count_if(
+            history.Stored, [&](const auto& row) { return row.second.fate == fate; }));
+    }
+    // As kill -9 does it.
+    void Kill() {
+        service.reset();
+        StartService();
+        monitor.Start();
+    }
+    // Every alarm leaves, and no more than one of each loss twice.
+    void ExpectAllSent(int alarms, int losses) {
+        clock.RunFor(15min);
+        int twice = 0;
+        for (int i = 0; i < alarms; ++i) {
+            EXPECT_GE(Times(i), 1) << i;
+            EXPECT_LE(Times(i), 2) << i;
+            twice += Times(i) == 2;
+        }
+        EXPECT_LE(twice, losses);
+        EXPECT_TRUE(service->Parts().messages.Waiting().empty());
+    }
+};
+
+TEST_F(Fates, APulledAdapterAndASilentUnitLoseNothing) {
+    StartToReady();
+    for (int i = 0; i < 5; ++i)
+        Alarm(i);
+    clock.RunFor(9s); // one is under way
+    ports.Unplug(3);
+    clock.RunFor(2min);
+    ports.Plug(3, unit);
+    ExpectAllSent(5, 1);
+    unit.Faults.Silent = true;
+    for (int i = 5; i < 10; ++i)
+        Alarm(i);
+    clock.RunFor(150s);
+    unit.Faults.Silent = false;
+    ExpectAllSent(10, 2);
+}
+
+TEST_F(Fates, SixKillsLoseNothingAndAreTold) {
+    StartToReady();
+    for (int i = 0; i < 30; ++i) {
+        Alarm(i);
+        clock.RunFor(i % 2 ? 20s : 7s);
+        if (i % 5 == 4)
+            Kill();
+    }
+    EXPECT_GE(Said(" SMS that waited when the service ended were not sent, and are sent again"), 2);
+    ExpectAllSent(30, 6);
+}
+
+TEST_F(Fates, WithoutTheSettingOrAfterAnHourALossIsFinal) {
+    Set(u"Queue", u"SendAgain", u"Off");
+    StartToReady();
+    Alarm(0);
+    clock.RunFor(0ms);
+    service->Form_Unload();
+    EXPECT_EQ(Said("1 SMS wait and are not sent: the service ends: tarnexctl history --unsent"), 1);
+    service.reset();
+    Set(u"Queue", u"SendAgain", u"On");
+    clock.RunFor(61min);
+    Kill();
+    clock.RunFor(10min);
+    EXPECT_EQ(Times(0), 0);
+    EXPECT_EQ(Rows("lost"), 1u);
+    const auto id = std::ranges::find(history.Stored, "lost", [](const auto& row) {
+                        return row.second.fate;
+                    })->first;
+    const std::string name = std::to_string(id);
+    const std::string answer = service->Answer("resend " + name + " " + name + " 999");
+    EXPECT_EQ(answer, name + " is queued again\n" + name + " was sent again as " +
+                          std::to_string(history.Stored.rbegin()->first) +
+                          "\n999 is no message of the history\n");
+    clock.RunFor(1min);
+    EXPECT_EQ(Times(0), 1);
+}
+
+TEST_F(Fates, AHistoryThatFailsCostsNoMessage) {
+    history.Problem = "The history is full.";
+    StartToReady();
+    Alarm(0);
+    clock.RunFor(5s);
+    ports.Unplug(3);
+    clock.RunFor(1s);
+    ports.Plug(3, unit);
+    history.Problem.clear();
+    Alarm(1);
+    ExpectAllSent(2, 1);
+    EXPECT_EQ(Said("The history is full. SMS and mails are sent all the same"), 1);
+    EXPECT_EQ(Said("The history works again."), 1);
+    EXPECT_EQ(Rows("sent"), 2u);
+    EXPECT_EQ(Rows("dropped"), 1u);
+}
+
+} // namespace
+} // namespace tarnex
