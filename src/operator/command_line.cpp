@@ -36,6 +36,7 @@ class CommandLine {
         AddStatus();
         AddDryRuns();
         AddLog();
+        AddHistory();
         AddSetup();
     }
 
@@ -60,6 +61,7 @@ class CommandLine {
     void AddStatus();
     void AddDryRuns();
     void AddLog();
+    void AddHistory();
     void AddSetup();
 
     OperatorWorld& world_;
@@ -79,6 +81,9 @@ class CommandLine {
     std::string path_;
     std::string schema_;
     TailOptions tail_;
+    HistoryOptions history_;
+    std::vector<std::int64_t> ids_;
+    bool not_sent_ = false;
     SetupOptions setup_;
 };
 
@@ -195,6 +200,30 @@ void CommandLine::AddDryRuns() {
     simulate->add_option("--start", simulate_.start, "the first day (today)")
         ->type_name("YYYY-MM-DD");
     simulate->add_flag("--json", simulate_.json, "as JSON");
+}
+
+void CommandLine::AddHistory() {
+    CLI::App* history =
+        Command(app_, "history", "what became of each SMS and mail, and when the unit was there",
+                "  tarnexctl history --unsent\n"
+                "  tarnexctl history --since 2h --follow\n"
+                "  tarnexctl history --since 2024-05-06 --json | jq -r .fate",
+                [this] { return ShowHistory(world_, history_); });
+    history->add_flag("--unsent", history_.not_sent, "only what was not sent, nor sent again");
+    history->add_option("--since", history_.since, "from that moment on, or no older than that")
+        ->type_name("TIME");
+    history->add_option("--lines", history_.lines, "no more than the last so many")
+        ->type_name("N")
+        ->check(CLI::Range(1, 1'000'000));
+    history->add_flag("--follow", history_.follow, "then new rows, until Ctrl-C");
+    history->add_flag("--json", history_.json, "everything, one JSON object a line");
+
+    CLI::App* resend = Command(app_, "resend", "have messages sent again by the running service",
+                               "  tarnexctl resend 1041 1042\n"
+                               "  tarnexctl resend --unsent",
+                               [this] { return Resend(world_, ids_, not_sent_); });
+    resend->add_option("ID", ids_, "messages, by their ids in the history")->type_name("");
+    resend->add_flag("--unsent", not_sent_, "all that were not sent, nor sent again");
 }
 
 void CommandLine::AddLog() {

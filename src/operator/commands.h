@@ -63,6 +63,17 @@ struct TailOptions {
 };
 ExitStatus LogTail(OperatorWorld& world, const TailOptions& options);
 
+struct HistoryOptions {
+    bool not_sent = false; // only what was not sent
+    std::string since;     // a moment, or an age such as "2h"; "" for all
+    int lines = 0;         // the last so many; 0: the usual number, or all that since means
+    bool follow = false;
+    bool json = false;
+};
+ExitStatus ShowHistory(OperatorWorld& world, const HistoryOptions& options);
+// not_sent: all that were not sent, instead of ids.
+ExitStatus Resend(OperatorWorld& world, const std::vector<std::int64_t>& ids, bool not_sent);
+
 struct SetupOptions {
     std::map<std::string, std::string> answers; // by question; of a secret one a file
     std::string log_path;                       // "" for log.db above the folder of the settings

@@ -7,6 +7,7 @@
 #include "platform/file_owners.h"
 #include "platform/log_files.h"
 #include "platform/machine_look.h"
+#include "platform/message_history.h"
 #include "platform/result.h"
 #include "platform/serial_port.h"
 #include "platform/settings_store.h"
@@ -40,7 +41,8 @@ struct OperatorWorld {
 
     std::string settings_path;
     std::string status_path;
-    std::string lock_path;    // of the service
+    std::string lock_path; // of the service
+    std::string history_path{};
     std::string data_folder;  // of the sample settings and the schema that were installed
     SerialPaths serial_paths; // the devices where the settings name none
 
@@ -48,6 +50,10 @@ struct OperatorWorld {
     LogFiles& logs;
     MachineLook& machine;
     std::function<std::unique_ptr<SettingsStore>(const std::string& path)> open_settings;
+    // The trouble follows the name of the file.
+    std::function<Result<std::unique_ptr<HistoryReader>>(const std::string& path)> open_history{};
+    // Its answer to a request.
+    std::function<Result<std::string>(const std::string& request)> ask_service{};
     // nullptr for a name that the system does not know; it knows "GBK" and "UTF-8".
     std::function<std::unique_ptr<CodePage>(const std::string& name)> make_code_page;
     // Puts a new file with that content, readable by everybody, in the place of path in one step
@@ -61,6 +67,7 @@ struct OperatorWorld {
 
     std::function<std::chrono::system_clock::time_point()> now;
     std::function<CalendarTime()> calendar; // local
+    std::function<CalendarTime(std::chrono::system_clock::time_point)> local_time{};
     // Waits; false when the command is to end instead.
     std::function<bool(Duration)> pause;
     // Whether the process lives and is the service.

@@ -2,6 +2,7 @@
 
 #include "adapters/asio/asio_datagram.h"
 #include "adapters/asio/first_words.h"
+#include "adapters/sqlite/sqlite_history.h"
 #include "adapters/sqlite/sqlite_log_files.h"
 #include "adapters/system/arguments.h"
 #include "adapters/system/environment.h"
@@ -10,6 +11,7 @@
 #include "adapters/system/local_time.h"
 #include "adapters/system/process.h"
 #include "adapters/system/replace_file.h"
+#include "adapters/system/request_socket.h"
 #include "adapters/system/serial_names.h"
 #include "adapters/system/status_file.h"
 #include "adapters/system/system_code_page.h"
@@ -67,6 +69,7 @@ int main(int argc, char** argv) {
         .settings_path = SettingsPath(Environment("WINDIR"), words),
         .status_path = StatusFilePath(),
         .lock_path = LockPath(words),
+        .history_path = HistoryPath(),
         .data_folder = DataFolder(),
         .serial_paths = SerialDevicePaths({}),
         .owners = owners,
@@ -74,12 +77,16 @@ int main(int argc, char** argv) {
         .machine = machine,
         .open_settings =
             [](const std::string& path) { return std::make_unique<FileSettingsStore>(path); },
+        .open_history = OpenSqliteHistory,
+        .ask_service =
+            [](const std::string& request) { return AskService(RequestSocketPath(), request); },
         .make_code_page = MakeCodePage,
         .replace_file = ReplaceFile,
         .greeting_of = GreetingOf,
         .send_datagram = SendDatagram,
         .now = std::chrono::system_clock::now,
         .calendar = LocalTime,
+        .local_time = LocalTimeAt,
         .pause =
             [](Duration duration) {
                 std::this_thread::sleep_for(duration);

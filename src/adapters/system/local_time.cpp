@@ -5,12 +5,16 @@
 namespace tarnex {
 
 CalendarTime LocalTime() {
-    const std::time_t now = std::time(nullptr);
+    return LocalTimeAt(std::chrono::system_clock::now());
+}
+
+CalendarTime LocalTimeAt(std::chrono::system_clock::time_point time) {
+    const std::time_t then = std::chrono::system_clock::to_time_t(time);
     std::tm local{};
 #ifdef _WIN32
-    localtime_s(&local, &now);
+    localtime_s(&local, &then);
 #else
-    localtime_r(&now, &local);
+    localtime_r(&then, &local);
 #endif
     return {.year = local.tm_year + 1900,
             .month = local.tm_mon + 1,

@@ -1,0 +1,211 @@
+#include "operator/commands.h"
+#include "operator/file_access.h"
+#include "operator/json_output.h"
+#include "operator/moment.h"
+#include "operator/text_output.h"
+
+#include <ostream>
+#include <sstream>
+
+namespace tarnex {
+
+namespace {
+
+constexpr Duration kPollPeriod = 1s;
+constexpr int kUsualRows = 20;
+
+using std::chrono::system_clock;
+
+system_clock::time_point TimeOf(std::int64_t ms) {
+    return system_clock::time_point(std::chrono::milliseconds(ms));
+}
+
+std::int64_t MsOf(system_clock::time_point time) {
+    return std::chrono::floor<std::chrono::milliseconds>(time.time_since_epoch()).count();
+}
+
+std::chrono::sys_seconds AsIfUtc(const CalendarTime& time) {
+    const std::chrono::year_month_day day(std::chrono::year(time.year),
+                                          std::chrono::month(unsigned(time.month)),
+                                          std::chrono::day(unsigned(time.day)));
+    return std::chrono::sys_days(day) + std::chrono::hours(time.hour) +
+           std::chrono::minutes(time.minute) + std::chrono::seconds(time.second);
+}
+
+std::string TwoDigits(int number) {
+    return (number < 10 ? "0" : "") + std::to_string(number);
+}
+
+std::string DateAndTime(const CalendarTime& time, const char* between) {
+    return std::to_string(time.year) + "-" + TwoDigits(time.month) + "-" + TwoDigits(time.day) +
+           between + TwoDigits(time.hour) + ":" + TwoDigits(time.minute) + ":" +
+           TwoDigits(time.second);
+}
+
+// ISO 8601 with the offset of the machine's time zone.
+Json IsoTime(const OperatorWorld& world, std::int64_t ms) {
+    if (ms == 0)
+        return {};
+    const CalendarTime local = world.local_time(TimeOf(ms));
+    const auto minutes = std::chrono::round<std::chrono::minutes>(
+                             AsIfUtc(local).time_since_epoch() - std::chrono::milliseconds(ms))
+                             .count();
+    return DateAndTime(local, "T") + (minutes < 0 ? "-" : "+") +
+           TwoDigits(int(std::abs(minutes) / 60)) + ":" + TwoDigits(int(std::abs(minutes) % 60));
+}
+
+// "2024-05-06", "2024-05-06 22:30", "90min", "2h" or "3d" as the time that it means.
+std::int64_t SinceOf(const OperatorWorld& world, const std::string& text) {
+    if (text.empty())
+        return 0;
+    if (const auto moment = ParseMoment(text)) {
+        const auto guess = AsIfUtc(*moment);
+        return MsOf(guess - (AsIfUtc(world.local_time(guess)) - guess));
+    }
+    std::istringstream age(text);
+    long long number = 0;
+    std::string unit;
+    if (age >> number >> unit && number >= 0 && number < 100'000 && age.eof())
+        for (const auto& [name, length] :
+             {std::pair("min", Duration(1min)), {"h", Duration(1h)}, {"d", Duration(24h)}})
+            if (unit == name)
+                return MsOf(world.now() - number * length);
+    throw Failure(kExitData,
+                  "--since: \"" + text +
+                      "\" is no time such as 2024-05-06, \"2024-05-06 22:30\", 90min, 2h or 3d");
+}
+
+std::string Padded(const std::string& text, std::size_t width) {
+    const std::size_t used = DisplayWidth(text);
+    return text + std::string(used < width ? width - used : 0, ' ') + "  ";
+}
+
+bool IsMessage(const HistoryRow& row) {
+    return row.kind == "SMS" || row.kind == "mail";
+}
+
+// It is not known whether the last attempt succeeded.
+bool AttemptOpen(const HistoryRow& row) {
+    return !row.attempts.empty() && row.attempts.back() != '\n';
+}
+
+std::string FateText(const HistoryRow& row) {
+    if (!IsMessage(row))
+        return "";
+    if (row.fate.empty())
+        return "waits";
+    if (row.again_as != 0)
+        return "again " + std::to_string(row.again_as);
+    return row.fate + (AttemptOpen(row) ? "?" : "");
+}
+
+// Fixed widths: the rows to come are not known.
+std::string LineOf(const OperatorWorld& world, const HistoryRow& row) {
+    return Padded(std::to_string(row.id), 6) +
+           Padded(DateAndTime(world.local_time(TimeOf(row.at)), " "), 19) + Padded(row.kind, 4) +
+           Padded(Printable(row.recipient), 14) + Padded(FateText(row), 11) +
+           Printable(row.text + (row.reason.empty() ? "" : " (" + row.reason + ")")) + '\n';
+}
+
+Json AttemptsOf(const OperatorWorld& world, const HistoryRow& row) {
+    Json attempts = Json::array();
+    std::istringstream lines(row.attempts);
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t blank = line.find(' ');
+        const std::string result = blank == line.npos ? "" : line.substr(blank + 1);
+        attempts.push_back({{"at", IsoTime(world, std::strtoll(line.c_str(), nullptr, 10))},
+                            {"result", result.empty() ? Json() : Json(result)}});
+    }
+    return attempts;
+}
+
+std::string JsonOf(const OperatorWorld& world, const HistoryRow& row) {
+    const auto id_or_null = [](std::int64_t id) { return id == 0 ? Json() : Json(id); };
+    const auto text_or_null = [](const std::string& text) {
+        return text.empty() ? Json() : Json(text);
+    };
+    Json json{{"id", row.id}, {"at", IsoTime(world, row.at)}, {"kind", row.kind}};
+    if (row.kind == "signal") {
+        json["signal"] = std::strtol(row.text.c_str(), nullptr, 10);
+    } else if (row.kind == "unit") {
+        json["state"] = row.text;
+    } else {
+        json["recipient"] = row.recipient;
+        json["text"] = row.text;
+        json["record"] = text_or_null(row.record);
+        json["fate"] = row.fate.empty() ? "waits" : row.fate;
+        json["reason"] = text_or_null(row.reason);
+        json["ended_at"] = IsoTime(world, row.ended);
+        json["attempts"] = AttemptsOf(world, row);
+        json["again_of"] = id_or_null(row.again_of);
+        json["again_as"] = id_or_null(row.again_as);
+        json["maybe_sent"] = row.maybe_sent + AttemptOpen(row);
+    }
+    return JsonText(json, -1);
+}
+
+// Shows rows, and remembers what it has shown.
+class HistoryOutput {
+  public:
+    HistoryOutput(const OperatorWorld& world, HistoryReader& reader, bool json)
+        : world_(world), reader_(reader), json_(json) {}
+
+    void Show(HistoryQuery query) {
+        query.after = last_id_;
+        auto rows = reader_.Rows(query);
+        if (!rows)
+            throw Failure(kExitIo, "the history " + world_.history_path + " " + rows.TroubleText());
+        for (const HistoryRow& row : *rows) {
+            world_.out << (json_ ? JsonOf(world_, row) : LineOf(world_, row));
+            last_id_ = row.id;
+        }
+        world_.out.flush();
+    }
+
+  private:
+    const OperatorWorld& world_;
+    HistoryReader& reader_;
+    const bool json_;
+    std::int64_t last_id_ = 0;
+};
+
+} // namespace
+
+ExitStatus ShowHistory(OperatorWorld& world, const HistoryOptions& options) {
+    const std::int64_t since = SinceOf(world, options.since);
+    const std::string& path = world.history_path;
+    if (const std::error_code problem = ReadingProblem(path))
+        throw CannotRead(world.words, "history " + path, problem,
+                         "the service makes it with its first message");
+    // Reading makes files beside it.
+    const auto acting = world.owners.ActFor(path, "");
+    auto reader = world.open_history(path);
+    if (!reader)
+        throw Failure(kExitIo, "the history " + path + " " + reader.TroubleText());
+    HistoryOutput output(world, **reader, options.json);
+    HistoryQuery query{.since = since, .not_sent = options.not_sent, .no_signal = !options.json};
+    query.last = options.lines > 0                 ? options.lines
+                 : since == 0 && !options.not_sent ? kUsualRows
+                                                   : 0;
+    output.Show(query);
+    query.last = 0;
+    while (options.follow && world.out && world.pause(kPollPeriod))
+        output.Show(query);
+    return kExitDone;
+}
+
+ExitStatus Resend(OperatorWorld& world, const std::vector<std::int64_t>& ids, bool not_sent) {
+    if (ids.empty() != not_sent)
+        throw Failure(kExitUsage, "name messages by the ids that \"tarnexctl history\" shows, or "
+                                  "all that were not sent by --unsent");
+    std::string request = "resend";
+    for (const std::int64_t id : ids)
+        request += " " + std::to_string(id);
+    auto answer = world.ask_service(request);
+    if (!answer)
+        throw Failure(kExitUnavailable, answer.TroubleText());
+    world.out << *answer << std::flush;
+    return kExitDone;
+}
+
+} // namespace tarnex
