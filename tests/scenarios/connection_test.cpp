@@ -96,6 +96,9 @@ TEST_F(Connection, AUnitThatFallsSilentIsLostAndFoundAgain) {
     EXPECT_EQ(Window().mList1.Lines(),
               (std::vector<Text>{u"开始丢失拉", u"Tarnex硬件丢失,重新开始寻找!", u"开始寻找 Tarnex",
                                  u"在 com3 找到 Tarnex", u"Tarnex就绪"}));
+    monitor.ForgetMessages();
+    unit.Faults.Silent = true;
+    EXPECT_TRUE(RunUntilReceived(u"txNexLost", 10min)); // counted anew
 }
 
 TEST_F(Connection, AWordOfARestartedUnitOrFullBuffersBeginTheSearchAnew) {
