@@ -18,6 +18,7 @@ constexpr Duration kRefusedTold = 1h;
 constexpr int kFullPercent = 80;
 constexpr int kRoomPercent = 50;
 constexpr std::size_t kDigitsShown = 4;
+constexpr std::size_t kNameShown = 64; // characters
 
 // The words of the table are indexed by their enumeration.
 constexpr const char* kLossWords[] = {
@@ -50,6 +51,10 @@ std::string Masked(TextView number) {
     const std::size_t shown = std::min(kDigitsShown, number.size() / 2);
     return std::string(number.size() - shown, '*') +
            ToUtf8(EscapeControls(number.substr(number.size() - shown)));
+}
+
+Text ShortName(TextView name) {
+    return Text(name.substr(0, kNameShown)) + (name.size() > kNameShown ? u"…" : u"");
 }
 
 // ---- the unit
@@ -208,8 +213,8 @@ void MainJobNotices::LinkLost(int link, TextView program) {
     links_lost_[link] = clock_.Now();
     const std::string number = std::to_string(link);
     notices_.Report("link " + number,
-                    "The monitoring program \"" + ToUtf8(EscapeControls(program)) + "\" on link " +
-                        number +
+                    "The monitoring program \"" + ToUtf8(EscapeControls(ShortName(program))) +
+                        "\" on link " + number +
                         " is lost: nothing was heard of it for 40 seconds. What it watches is "
                         "watched by nobody; start it again.",
                     "");

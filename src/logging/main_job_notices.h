@@ -19,6 +19,10 @@ enum class UnitLoss {
     kForgotSms,  // it does not know the SMS any more that it was given
 };
 
+// A name as a monitoring program gives it, as much of it as an operator needs: whoever can send a
+// datagram chooses up to 64 KB, which would fill the system's log and the status file.
+Text ShortName(TextView name);
+
 // Tells the operator what keeps alarms from getting out. The parts of the service tell it what
 // happens to them, and it decides what of that needs somebody, and when. Telephone numbers are
 // masked. Nothing here waits: what holds for long enough is noticed when the next fact comes.

@@ -70,7 +70,7 @@ ServiceStatus StatusReport::Collect() const {
         status.state.links[i] = {.listening = parts_.link.Listening(i),
                                  .connected = link.LinkState == ControlLink::Link::State::C,
                                  .sent_to = parts_.link.MaySendTo(i),
-                                 .name = link.LinkName,
+                                 .name = ShortName(link.LinkName),
                                  .peer = link.Peer};
         status.traffic[i] = {.last_sign = link.LastSign,
                              .received = link.Received,

@@ -68,10 +68,13 @@ TEST_F(Notices, WhatTheUnitReports) {
 
 TEST_F(Notices, WhoIsGoneAndWhoMayNotCommand) {
     StartToReady();
+    monitor.Send(u"txHelloNx" + Text(60000, u'W'));
+    clock.RunFor(1s);
     monitor.Stop();
     clock.RunFor(1min);
-    ExpectSaid(true, "The monitoring program \"WebMon\" on link 0 is lost: nothing was heard of it "
-                     "for 40 seconds. What it watches is watched by nobody; start it again.");
+    ExpectSaid(true, "The monitoring program \"" + std::string(64, 'W') +
+                         "…\" on link 0 is lost: nothing was heard of it for 40 seconds. "
+                         "What it watches is watched by nobody; start it again.");
     EXPECT_EQ(monitor.Start(), "");
     clock.RunFor(1s);
     EXPECT_EQ(needs_somebody.size(), 1U);

@@ -45,11 +45,12 @@ TEST_F(StatusText, FollowsLinksAndNotifications) {
     StartToReady();
     unit.Outcome = SmsOutcome::kFailed;
     monitor.SendEvent({.service = 3, .state = 1, .by_mail = false, .memo = u"98%"});
+    monitor.Send(u"txHelloNx" + Text(60000, u'W'));
     clock.RunFor(20s);
     const json now = Now();
     const json link = now["links"][0];
     EXPECT_TRUE(link["connected"] && link["sent_to"] && link["listening"]);
-    EXPECT_EQ(link["name"], "WebMon");
+    EXPECT_EQ(link["name"], std::string(64, 'W') + "…");
     EXPECT_FALSE(now["links"][1]["connected"]);
     EXPECT_EQ(now["links"][1]["last_heartbeat_at"], nullptr);
     EXPECT_EQ(now["sms"]["held"]["to_number"], 1);
@@ -58,7 +59,7 @@ TEST_F(StatusText, FollowsLinksAndNotifications) {
     EXPECT_EQ(now["sms"]["held"]["attempt"], 2);
     EXPECT_EQ(now["sms"]["last_result"], "SendFail");
     EXPECT_EQ(now["sms"]["attempts_failed"], 1);
-    EXPECT_EQ(now["events"]["dispatched"], 2); // the greeting is one
+    EXPECT_EQ(now["events"]["dispatched"], 3); // the greetings are two
     EXPECT_EQ(now["started_at"], 1714982400);  // 2024-05-06 08:00:00
     clock.RunFor(10min);
     const auto seconds = std::chrono::floor<std::chrono::seconds>(clock.Now()).count();
