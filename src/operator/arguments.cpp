@@ -67,8 +67,11 @@ std::string Trouble(const CLI::App& app, const CLI::ParseError& error) {
     if (unknown.empty() && command.get_require_subcommand_min() > 0 &&
         error.get_name() == "RequiredError")
         return "the command is missing";
+    const std::string what = OneLine(error.what());
+    if (error.get_name() == "ArgumentMismatch" && what.ends_with(" missing"))
+        return what.substr(0, what.find(':')) + " needs a value";
     if (unknown.empty())
-        return OneLine(error.what());
+        return what;
     const std::string& word = unknown.front();
     if (word.starts_with('-'))
         return "there is no option " + word + DidYouMean(Closest(word, OptionsOf(command)));

@@ -89,6 +89,7 @@ class FlasherTest(unittest.TestCase):
             (["--port", "COM21", "--file", "x"], "is neither COM1 to COM20 nor the path"),
             (["--file", "x"], "--port is missing"),  # and the unit was never found
             (["--check-only"], "--file names no file"),
+            (["--port"], "--port needs a value"),
             (["x"], '"x" is one word too many'),
         ):
             flasher = self.start(*arguments)
