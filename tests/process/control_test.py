@@ -136,5 +136,36 @@ class Control(unittest.TestCase):
         self.fails(73, "cannot be made", of_root.run("log", "create"))
         self.assertFalse(of_root.path("made.db").exists())
 
+    @linux_only
+    def test_what_a_kill_leaves_is_sent_and_sent_again_on_request(self):
+        site = ControlSite(self)
+        site.set_up()
+        site.ctl("settings", "set", "sms-to-number-2", "off")
+
+        def messages():
+            lines = site.ctl("history", "--since", "1d", "--json").splitlines()
+            return [row for row in map(json.loads, lines) if row.get("fate") not in (None, "held back")]
+
+        unit = site.unit("--sms-seconds", "1")
+        service = site.service()
+        monitor = site.monitor()
+        monitor.greet()
+        for number in range(3):
+            monitor.send(f"txSendSMS1031010srv{{[b^k^]}}nr{number}.")
+        harness.wait_until(lambda: site.path("history.db").exists() and len(messages()) == 3, "three SMS")
+        service.stop(signal.SIGKILL)
+
+        service = site.service()
+        service.wait_for("3 SMS that waited when the service ended were not sent, and are sent again")
+        for number in range(3):
+            unit.wait_for(f"nr{number}.")
+        fates = ["lost"] * 3 + ["sent"] * 3
+        harness.wait_until(lambda: [row["fate"] for row in messages()] == fates, "the fates of all")
+        sent = str(messages()[3]["id"])
+        self.assertEqual(site.ctl("resend", sent), f"{sent} is queued again\n")
+        unit.wait_for("nr0.", 2)
+        self.assertEqual(service.stop(), 0)
+        self.fails(69, "it does not run", site.run("resend", "--unsent"))
+
 
 harness.run(Control)
