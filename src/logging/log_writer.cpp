@@ -10,20 +10,7 @@ constexpr const char* kNotConfigured =
     "No log database is configured, so log rows are lost: set Text1(37) in section [Text] of the "
     "settings file to the path of an SQLite file that was made with \"tarnexctl log create\".";
 
-enum Column {
-    kDate = 1,
-    kTime,
-    kDirection,
-    kSource,
-    kMessage,
-    kEventName,
-    kState,
-    kAction,
-    kBySMS,
-    kByEmail,
-    kMachineName,
-    kMemoOrTarget,
-};
+using namespace log_column;
 
 Text YesOrNo(const Text& flag) {
     return flag == u"1" ? u"Yes" : u"No";

@@ -4,6 +4,7 @@
 #include "operator/settings_file.h"
 #include "operator/text_output.h"
 
+#include <array>
 #include <ostream>
 
 namespace tarnex {
@@ -12,10 +13,11 @@ namespace {
 
 constexpr Duration kPollPeriod = 1s;
 
-enum Column { kNumber, kDate, kTime, kDirection, kSource, kMessage, kBySms = 9, kByMail };
-constexpr const char* kColumnNames[] = {"number",  "date",    "time",  "direction", "source",
-                                        "message", "event",   "state", "action",    "by_sms",
-                                        "by_mail", "machine", "detail"};
+using namespace log_column;
+constexpr std::array<const char*, log_column::kCount> kColumnNames = {
+    "number", "date",   "time",   "direction", "source",  "message", "event",
+    "state",  "action", "by_sms", "by_mail",   "machine", "detail"};
+static_assert(kColumnNames.back());
 
 std::string PathOf(const OperatorWorld& world, const std::string& path) {
     if (!path.empty())
@@ -48,8 +50,8 @@ std::string Padded(const std::string& text, std::size_t width) {
 }
 
 std::string Ways(const StoredLogRow& row) {
-    const bool sms = Field(row, kBySms) == "Yes";
-    const bool mail = Field(row, kByMail) == "Yes";
+    const bool sms = Field(row, kBySMS) == "Yes";
+    const bool mail = Field(row, kByEmail) == "Yes";
     return sms && mail ? "SMS+mail" : sms ? "SMS" : mail ? "mail" : "";
 }
 

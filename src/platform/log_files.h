@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/log_table.h"
+
 #include <array>
 #include <cstdint>
 #include <memory>
@@ -9,10 +11,10 @@
 
 namespace tarnex {
 
-// A row of the table "Log" as text by position, 0 to 12; nothing for NULL.
+// A row of the table "Log" as text by position; nothing for NULL.
 struct StoredLogRow {
     std::int64_t id = 0; // grows from row to row
-    std::array<std::optional<std::string>, 13> columns;
+    std::array<std::optional<std::string>, log_column::kCount> columns;
 };
 
 // Reads an open log database that others write at the same time.

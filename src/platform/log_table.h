@@ -11,8 +11,27 @@ namespace tarnex {
 // One value of a row: not written (NULL), a text or a number.
 using LogValue = std::variant<std::monostate, Text, int>;
 
-// The 13 columns of the table "Log" by position. Position 0 is the row number: never written.
-using LogRow = std::array<LogValue, 13>;
+// The columns of the table "Log", which are known by position: a database may call them anything.
+namespace log_column {
+enum Column : std::size_t {
+    kNumber, // given by the database, never written
+    kDate,
+    kTime,
+    kDirection,
+    kSource,
+    kMessage,
+    kEventName,
+    kState,
+    kAction,
+    kBySMS,
+    kByEmail,
+    kMachineName,
+    kMemoOrTarget,
+    kCount,
+};
+} // namespace log_column
+
+using LogRow = std::array<LogValue, log_column::kCount>;
 
 // The log database's table "Log". No call holds the loop up for more than 100 ms.
 class LogTable {
