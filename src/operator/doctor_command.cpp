@@ -144,13 +144,13 @@ class Doctor {
 
     void Running(const Json& status) {
         const Json& unit = status.at("unit");
-        const std::string state = unit.at("state");
-        state == "ready" ? Good("unit", "ready, " +
-                                            (unit.at("version").is_null()
-                                                 ? "version not read"
-                                                 : unit.at("version").get<std::string>()) +
-                                            ", signal " + unit.at("signal").dump())
-                         : Bad("unit", "is " + state + ", so no SMS leaves");
+        UnitIs(UnitPhase::kReady, unit)
+            ? Good("unit",
+                   "ready, " +
+                       (unit.at("version").is_null() ? "version not read"
+                                                     : unit.at("version").get<std::string>()) +
+                       ", signal " + unit.at("signal").dump())
+            : Bad("unit", "is " + unit.at("state").get<std::string>() + ", so no SMS leaves");
         for (const Json& trouble : status.at("troubles"))
             trouble.at("level") == "error" ? Bad(trouble.at("topic"), trouble.at("text"))
                                            : Poor(trouble.at("topic"), trouble.at("text"));

@@ -56,7 +56,6 @@ constexpr Metric kLinkMetrics[] = {
     {"link_datagrams_sent_total",       "counter", "Datagrams sent.",                                                   "/datagrams_sent", ""},
     {"link_datagrams_dropped_total",    "counter", "Datagrams that the system had no room for.",                        "/datagrams_dropped", ""},
 };
-constexpr const char* kUnitStates[] = {"off", "searching", "greeting", "setting-up", "ready"};
 // clang-format on
 
 std::string Label(const std::string& name, const Json& value) {
@@ -106,7 +105,7 @@ class MetricsText {
 
     void Unit(const Json& unit) {
         Head("unit_state", "gauge", "1 for the state that the unit is in.");
-        for (const char* state : kUnitStates)
+        for (const char* state : kPhaseWords)
             Value("unit_state", Label("state", state), unit.at("state") == state);
         Head("unit_info", "gauge", "The unit.");
         Value("unit_info",

@@ -76,20 +76,20 @@ class StatusPage {
 
     void Unit() {
         struct Phase {
-            const char* word;
+            UnitPhase phase;
             const char* text;
             Colour colour;
         };
         constexpr Phase kPhases[] = {
-            {"off", "switched off by the settings", Colour::kWarning},
-            {"searching", "being searched for", Colour::kBad},
-            {"greeting", "found, its greeting is awaited", Colour::kWarning},
-            {"setting-up", "connected, its settings are being written", Colour::kWarning},
-            {"ready", "ready", Colour::kGood},
+            {UnitPhase::kOff, "switched off by the settings", Colour::kWarning},
+            {UnitPhase::kSearching, "being searched for", Colour::kBad},
+            {UnitPhase::kGreeting, "found, its greeting is awaited", Colour::kWarning},
+            {UnitPhase::kSettingUp, "connected, its settings are being written", Colour::kWarning},
+            {UnitPhase::kReady, "ready", Colour::kGood},
         };
         const Json& unit = s_.at("unit");
-        const auto phase = std::ranges::find_if(
-            kPhases, [&](const Phase& p) { return unit.at("state") == p.word; });
+        const auto phase =
+            std::ranges::find_if(kPhases, [&](const Phase& p) { return UnitIs(p.phase, unit); });
         Row("Unit", phase == std::end(kPhases) ? Or(unit.at("state"), "?") : phase->text,
             phase == std::end(kPhases) ? Colour::kNone : phase->colour);
         More("for " + Age(unit.at("state_since")) + "; began anew with it " +
@@ -102,7 +102,7 @@ class StatusPage {
         if (!unit.at("version").is_null())
             More("version " + Or(unit.at("version"), "") + ", serial number " +
                  Or(unit.at("serial"), "not read"));
-        Steps(unit.at("steps").get<std::string>(), unit.at("state") == "setting-up");
+        Steps(unit.at("steps").get<std::string>(), UnitIs(UnitPhase::kSettingUp, unit));
     }
 
     void Steps(const std::string& steps, bool setting_up) {

@@ -2,6 +2,7 @@
 
 #include "operator/json_output.h"
 #include "operator/operator_world.h"
+#include "service/service_status.h"
 
 namespace tarnex {
 
@@ -14,6 +15,11 @@ struct StatusReading {
 
     long long SecondsSince(const Json& time) const { return now - time.get<long long>(); }
 };
+
+// Whether that part of a status, "unit", tells of a unit in that phase.
+inline bool UnitIs(UnitPhase phase, const Json& unit) {
+    return unit.at("state") == PhaseWord(phase);
+}
 
 // Throws Failure for a file that cannot be read or is none of the service.
 StatusReading ReadStatusFile(const OperatorWorld& world);

@@ -66,17 +66,16 @@ class Summary {
     }
 
     void Unit(const Json& unit) {
-        const std::string state = Shown(unit.at("state"));
-        std::string text = state + " for " + Age(unit.at("state_since"));
+        std::string text = Shown(unit.at("state")) + " for " + Age(unit.at("state_since"));
         if (!unit.at("port").is_null())
             text += " at COM" + Shown(unit.at("port")) + " (" + Shown(unit.at("device")) + ")";
         if (!unit.at("signal").is_null())
             text += ", signal " + Shown(unit.at("signal")) + " (" + Shown(unit.at("signal_level")) +
                     " of 5)";
         Row("Unit", text,
-            state == "ready"       ? Colour::kGood
-            : state == "searching" ? Colour::kBad
-                                   : Colour::kWarning);
+            UnitIs(UnitPhase::kReady, unit)       ? Colour::kGood
+            : UnitIs(UnitPhase::kSearching, unit) ? Colour::kBad
+                                                  : Colour::kWarning);
     }
 
     std::string Links() const {
@@ -165,7 +164,7 @@ PluginResult CheckLine(const StatusReading& state) {
     if (!state.running)
         return Told(kCritical, state.absence, "");
     const Json& unit = state.status.at("unit");
-    PluginStatus status = unit.at("state") == "ready" ? kOK : kWarning;
+    PluginStatus status = UnitIs(UnitPhase::kReady, unit) ? kOK : kWarning;
     std::string text = "unit " + Shown(unit.at("state"));
     if (!unit.at("signal").is_null())
         text += ", signal " + Shown(unit.at("signal"));

@@ -54,7 +54,7 @@ class Trial {
         : world_(world), limit_(limit), settings_(world), before_(Now()) {}
 
     ExitStatus Run() {
-        if (before_.unit != "ready")
+        if (before_.unit != PhaseWord(UnitPhase::kReady))
             Say("the unit is " + before_.unit + ", so SMS wait until it is ready");
         const RecordExplanation plan = Send();
         for (const auto& sms : plan.sms)

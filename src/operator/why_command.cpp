@@ -38,10 +38,11 @@ std::string ServiceNow(const OperatorWorld& world) {
         const StatusReading state = ReadStatusFile(world);
         if (!state.running)
             return "it does not run";
-        const auto unit = state.status.at("unit").at("state").get<std::string>();
-        return unit == "ready"
+        const Json& unit = state.status.at("unit");
+        return UnitIs(UnitPhase::kReady, unit)
                    ? "it runs, and the unit is ready"
-                   : "it runs, but the unit is not ready (" + unit + "): SMS wait in the queue";
+                   : "it runs, but the unit is not ready (" + unit.at("state").get<std::string>() +
+                         "): SMS wait in the queue";
     } catch (const Failure&) {
         return "not known: its status file cannot be read";
     } catch (const Json::exception&) {

@@ -159,22 +159,6 @@ class StatusWriter {
 
 } // namespace
 
-std::string_view PhaseWord(UnitPhase phase) {
-    switch (phase) {
-    case UnitPhase::kOff:
-        return "off";
-    case UnitPhase::kSearching:
-        return "searching";
-    case UnitPhase::kGreeting:
-        return "greeting";
-    case UnitPhase::kSettingUp:
-        return "setting-up";
-    case UnitPhase::kReady:
-        return "ready";
-    }
-    return "";
-}
-
 std::string StatusText(const ServiceStatus& status, const StatusFrame& frame) {
     return StatusWriter(frame).Write(status);
 }

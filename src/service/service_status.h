@@ -15,6 +15,12 @@ enum class UnitPhase {
     kSettingUp, // connected: the settings are being written into it
     kReady,     // SMS can be sent
 };
+// Its words in the status text, in that order.
+inline constexpr const char* kPhaseWords[] = {"off", "searching", "greeting", "setting-up",
+                                              "ready"};
+constexpr const char* PhaseWord(UnitPhase phase) {
+    return kPhaseWords[static_cast<std::size_t>(phase)];
+}
 
 // What the status file tells: the state of the service at one moment. All times are the clock's.
 struct ServiceStatus {
@@ -71,9 +77,6 @@ struct ServiceStatus {
     State state;
     std::array<Traffic, ControlLink::kLinks> traffic;
 };
-
-// The word for a phase in the status text.
-std::string_view PhaseWord(UnitPhase phase);
 
 // What the status text tells besides the state itself.
 struct StatusFrame {
