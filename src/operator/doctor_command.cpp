@@ -167,6 +167,8 @@ class Doctor {
         if (path.empty())
             return; // the settings' row says it
         const auto acting = world_.owners.ActFor(path, settings.Path());
+        if (!acting)
+            return Bad("log", acting.TroubleText());
         const OpenedLog log = world_.logs.Open(path);
         log.reader ? Good("log", path) : Bad("log", path + " " + log.problem);
     }

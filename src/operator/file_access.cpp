@@ -60,6 +60,14 @@ const Remedy& RemedyOf(std::error_code why, std::span<const Remedy> table, const
 
 } // namespace
 
+std::unique_ptr<FileOwners::Acting> ActForOwner(const OperatorWorld& world, const std::string& path,
+                                                const std::string& named_in) {
+    auto acting = world.owners.ActFor(path, named_in);
+    if (!acting)
+        throw Failure(kExitNoRights, acting.TroubleText());
+    return std::move(*acting);
+}
+
 std::error_code ReadingProblem(const std::string& path) {
     std::error_code problem;
     const fs::file_status status = fs::status(ToPath(path), problem);

@@ -6,6 +6,10 @@
 
 namespace tarnex {
 
+// Acts for the owner of what leads to path, as FileOwners says, until that goes. Throws Failure.
+[[nodiscard]] std::unique_ptr<FileOwners::Acting>
+ActForOwner(const OperatorWorld& world, const std::string& path, const std::string& named_in = "");
+
 // Why the file at path cannot be read; nothing when it can.
 std::error_code ReadingProblem(const std::string& path);
 // The whole content of a file that can be read.

@@ -178,7 +178,7 @@ ExitStatus ShowHistory(OperatorWorld& world, const HistoryOptions& options) {
         throw CannotRead(world.words, "history " + path, problem,
                          "the service makes it with its first message");
     // Reading makes files beside it.
-    const auto acting = world.owners.ActFor(path, "");
+    const auto acting = ActForOwner(world, path);
     auto reader = world.open_history(path);
     if (!reader)
         throw Failure(kExitIo, "the history " + path + " " + reader.TroubleText());

@@ -136,7 +136,7 @@ ExitStatus LogCreate(OperatorWorld& world, const std::string& path, const std::s
     const std::string file = PathOf(world, path);
     const std::string sql =
         ReadSchema(world, schema.empty() ? world.data_folder + "/log-schema.sql" : schema);
-    const auto acting = world.owners.ActFor(file, NamedIn(world, path));
+    const auto acting = ActForOwner(world, file, NamedIn(world, path));
     const std::string problem = world.logs.Create(file, sql);
     if (!problem.empty())
         throw Failure(kExitCannotCreate, problem);
@@ -151,7 +151,7 @@ ExitStatus LogCreate(OperatorWorld& world, const std::string& path, const std::s
 ExitStatus LogTail(OperatorWorld& world, const TailOptions& options) {
     const std::string path = PathOf(world, options.path);
     // Reading makes files beside it.
-    const auto acting = world.owners.ActFor(path, NamedIn(world, options.path));
+    const auto acting = ActForOwner(world, path, NamedIn(world, options.path));
     Tail tail(world, path, options.json);
     tail.ShowLast(options.lines);
     while (!options.once && world.out && world.pause(kPollPeriod))

@@ -1,4 +1,5 @@
 #include "operator/commands.h"
+#include "operator/file_access.h"
 #include "operator/status_reading.h"
 #include "operator/text_output.h"
 #include "platform/file_path.h"
@@ -151,7 +152,7 @@ ExitStatus ShowMetrics(OperatorWorld& world, const std::string& output) {
         world.out << text;
         return kExitDone;
     }
-    const auto acting = world.owners.ActFor(output, "");
+    const auto acting = ActForOwner(world, output);
     // A new file would take the place of what that is for everybody.
     std::error_code error;
     const fs::file_status there = fs::symlink_status(ToPath(output), error);

@@ -61,14 +61,14 @@ void SettingsFile::Set(const Setting& setting, TextView value) {
                                      " holds texts that are none. Convert the file first, with " +
                                      world_.words.text_converter +
                                      ", and change the line CodePage by hand");
-    const auto acting = world_.owners.ActFor(path_, "");
+    const auto acting = ActForOwner(world_, path_);
     MyIniFile file(*store_, *code_page_);
     file.WriteIniStr(setting.section, setting.key, value);
     CheckWritten(!file.LastWriteFailed());
 }
 
 void SettingsFile::Unset(const Setting& setting) {
-    const auto acting = world_.owners.ActFor(path_, "");
+    const auto acting = ActForOwner(world_, path_);
     CheckWritten(store_->Update([&](const std::string& present) -> std::optional<std::string> {
         std::string content =
             IniDocument::Remove(present, *code_page_, setting.section, setting.key);

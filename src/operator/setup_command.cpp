@@ -108,7 +108,7 @@ bool StillTheSample(const OperatorWorld& world, const std::string& sample_path) 
 
 void WriteSettings(const OperatorWorld& world, const std::string& content, bool replace) {
     const std::string& path = world.settings_path;
-    const auto acting = world.owners.ActFor(path, "");
+    const auto acting = ActForOwner(world, path);
     MakeFolders(world, ToPath(path).parent_path());
     if (replace && Exists(path))
         KeepOld(world, path);
@@ -126,7 +126,7 @@ void WriteSettings(const OperatorWorld& world, const std::string& content, bool 
 }
 
 void MakeLog(const OperatorWorld& world, const std::string& path, const std::string& schema) {
-    const auto acting = world.owners.ActFor(path, "");
+    const auto acting = ActForOwner(world, path);
     if (Exists(path)) {
         world.out << "kept the log " << path << '\n';
         if (const std::string problem = world.logs.WritingProblem(path); !problem.empty())

@@ -131,6 +131,9 @@ class Control(unittest.TestCase):
             self.fails(77, "settings file", site.run("settings", "set", "link-1", "off"))
             self.assertEqual(of_root.read_settings(), before, name)
 
+        may_not = ["setpriv", "--bounding-set=-setuid,-setgid"]
+        self.fails(77, "root may not act as", site.run("settings", "set", "link-1", "off", before=may_not))
+
         of_root.edit_setting("Text1(37)", of_root.path("made.db"))
         os.chown(of_root.settings, NOBODY, NOBODY)
         self.fails(73, "cannot be made", of_root.run("log", "create"))

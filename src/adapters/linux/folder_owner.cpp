@@ -63,41 +63,42 @@ std::optional<Owner> FirstOwner(const std::string& path, bool file_counts) {
     return std::nullopt;
 }
 
-// Nothing changes while there is no owner to act for.
 class ActingForOwner : public FileOwners::Acting {
   public:
-    explicit ActingForOwner(const std::optional<Owner>& owner) {
-        if (!owner)
-            return;
-        group_ = getegid();
-        groups_.resize(std::size_t(getgroups(0, nullptr)));
-        acting_ = getgroups(int(groups_.size()), groups_.data()) >= 0 &&
-                  setgroups(0, nullptr) == 0 && setegid(owner->group) == 0 &&
-                  seteuid(owner->user) == 0;
-        if (!acting_)
-            throw std::system_error(errno, std::generic_category(),
-                                    "cannot act as the owner of " + owner->of);
-    }
+    ActingForOwner() = default;
     ActingForOwner(const ActingForOwner&) = delete;
     ActingForOwner& operator=(const ActingForOwner&) = delete;
+    // Goes back as far as it came.
     ~ActingForOwner() override {
-        if (!acting_)
-            return;
-        if (seteuid(kSuperuser) != 0 || setegid(group_) != 0 ||
-            setgroups(groups_.size(), groups_.data()) != 0)
+        if ((has_user_ && seteuid(kSuperuser) != 0) || (has_group_ && setegid(group_) != 0) ||
+            (has_groups_ && setgroups(groups_.size(), groups_.data()) != 0))
             std::abort();
     }
 
+    // False when that may not be, with the reason in errno.
+    bool Begin(const Owner& owner) {
+        group_ = getegid();
+        groups_.resize(std::size_t(getgroups(0, nullptr)));
+        if (getgroups(int(groups_.size()), groups_.data()) < 0)
+            return false;
+        has_groups_ = setgroups(0, nullptr) == 0;
+        has_group_ = has_groups_ && setegid(owner.group) == 0;
+        has_user_ = has_group_ && seteuid(owner.user) == 0;
+        return has_user_;
+    }
+
   private:
-    bool acting_ = false;
     gid_t group_ = 0; // before
     std::vector<gid_t> groups_;
+    bool has_groups_ = false; // the owner's: none
+    bool has_group_ = false;
+    bool has_user_ = false;
 };
 
 } // namespace
 
-std::unique_ptr<FileOwners::Acting> SystemFileOwners::ActFor(const std::string& path,
-                                                             const std::string& named_in) {
+Result<std::unique_ptr<FileOwners::Acting>> SystemFileOwners::ActFor(const std::string& path,
+                                                                     const std::string& named_in) {
     std::optional<Owner> owner;
     if (geteuid() == kSuperuser) {
         if (!named_in.empty())
@@ -105,7 +106,13 @@ std::unique_ptr<FileOwners::Acting> SystemFileOwners::ActFor(const std::string& 
         if (!owner)
             owner = FirstOwner(path, false);
     }
-    return std::make_unique<ActingForOwner>(owner);
+    auto acting = std::make_unique<ActingForOwner>();
+    if (owner && !acting->Begin(*owner)) {
+        const std::string why = std::generic_category().message(errno);
+        return Trouble{"root may not act as the owner of " + owner->of + " (" + why +
+                       "): run this as that owner, or where root may change its user and groups"};
+    }
+    return std::unique_ptr<Acting>(std::move(acting));
 }
 
 bool SystemFileOwners::BelongsToFolderOwner(const std::string& path) const {

@@ -7,7 +7,8 @@ namespace tarnex {
 // The users of this machine.
 class SystemFileOwners : public FileOwners {
   public:
-    std::unique_ptr<Acting> ActFor(const std::string& path, const std::string& named_in) override;
+    Result<std::unique_ptr<Acting>> ActFor(const std::string& path,
+                                           const std::string& named_in) override;
     bool BelongsToFolderOwner(const std::string& path) const override;
 };
 

@@ -3,8 +3,8 @@
 namespace tarnex {
 
 // Who may do what with a file comes with the folder that it is made in, whoever makes it.
-std::unique_ptr<FileOwners::Acting> SystemFileOwners::ActFor(const std::string&,
-                                                             const std::string&) {
+Result<std::unique_ptr<FileOwners::Acting>> SystemFileOwners::ActFor(const std::string&,
+                                                                     const std::string&) {
     return std::make_unique<Acting>();
 }
 
