@@ -169,8 +169,8 @@ class Doctor {
         const auto acting = world_.owners.ActFor(path, settings.Path());
         if (!acting)
             return Bad("log", acting.TroubleText());
-        const OpenedLog log = world_.logs.Open(path);
-        log.reader ? Good("log", path) : Bad("log", path + " " + log.problem);
+        const auto log = world_.logs.Open(path);
+        log ? Good("log", path) : Bad("log", path + " " + log.TroubleText());
     }
 
     void History() {

@@ -77,10 +77,10 @@ class Tail {
         if (const std::error_code problem = ReadingProblem(path_))
             throw CannotRead(world.words, "log database " + path_, problem,
                              "make it with \"tarnexctl log create\", or name another");
-        OpenedLog log = world.logs.Open(path_);
-        if (!log.reader)
-            throw Unreadable(log.problem);
-        reader_ = std::move(log.reader);
+        auto log = world.logs.Open(path_);
+        if (!log)
+            throw Unreadable(log.TroubleText());
+        reader_ = std::move(*log);
     }
 
     void ShowLast(int count) {
@@ -94,10 +94,10 @@ class Tail {
         ShowFurther();
         if (!reader_->Moved())
             return;
-        OpenedLog replacement = world_.logs.Open(path_);
-        if (!replacement.reader)
+        auto replacement = world_.logs.Open(path_);
+        if (!replacement)
             return; // not there yet
-        reader_ = std::move(replacement.reader);
+        reader_ = std::move(*replacement);
         last_id_ = 0;
         ShowFurther();
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/log_table.h"
+#include "platform/result.h"
 
 #include <array>
 #include <cstdint>
@@ -35,11 +36,6 @@ class LogReader {
     virtual bool Moved() const = 0;
 };
 
-struct OpenedLog {
-    std::unique_ptr<LogReader> reader; // nullptr when there is a problem
-    std::string problem;               // to follow the name of the file: "is damaged"
-};
-
 // Log databases as an operator deals with them.
 class LogFiles {
   public:
@@ -51,7 +47,8 @@ class LogFiles {
     virtual std::string Create(const std::string& path, const std::string& schema) = 0;
     // "" when the service could write to the file, run by this user; else the same.
     virtual std::string WritingProblem(const std::string& path) = 0;
-    virtual OpenedLog Open(const std::string& path) = 0;
+    // The trouble is to follow the name of the file: "is damaged".
+    virtual Result<std::unique_ptr<LogReader>> Open(const std::string& path) = 0;
 };
 
 } // namespace tarnex

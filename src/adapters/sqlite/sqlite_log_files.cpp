@@ -138,11 +138,11 @@ std::string SqliteLogFiles::WritingProblem(const std::string& path) {
     return SqliteLogTable().Open(FromUtf8(path));
 }
 
-OpenedLog SqliteLogFiles::Open(const std::string& path) {
+Result<std::unique_ptr<LogReader>> SqliteLogFiles::Open(const std::string& path) {
     auto reader = std::make_unique<SqliteLogReader>();
     if (std::string problem = reader->Open(path); !problem.empty())
-        return {.reader = nullptr, .problem = std::move(problem)};
-    return {.reader = std::move(reader), .problem = ""};
+        return Trouble{std::move(problem)};
+    return std::unique_ptr<LogReader>(std::move(reader));
 }
 
 } // namespace tarnex

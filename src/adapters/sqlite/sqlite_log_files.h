@@ -9,7 +9,7 @@ class SqliteLogFiles : public LogFiles {
   public:
     std::string Create(const std::string& path, const std::string& schema) override;
     std::string WritingProblem(const std::string& path) override;
-    OpenedLog Open(const std::string& path) override;
+    Result<std::unique_ptr<LogReader>> Open(const std::string& path) override;
 };
 
 } // namespace tarnex
