@@ -2,6 +2,8 @@
 
 #include "device/command_sender.h"
 
+#include <algorithm>
+
 namespace tarnex {
 
 namespace {
@@ -15,20 +17,21 @@ struct EventTest {
     Where where;
     UnitEvent event;
     TextView state_word;
+    TextView monitor_code; // as CodeOfState
 };
 
 // clang-format off
 constexpr EventTest kEventTests[] = {
-    {kSignalPrefix,      Where::kAnywhere, UnitEvent::kSignal,      u""},
-    {u"TX:SENDOK",       Where::kAnywhere, UnitEvent::kSendOK,      u""},
-    {u"TX:SENDFAIL",     Where::kAnywhere, UnitEvent::kSendFail,    u""},
-    {u"TX:NOSimCard",    Where::kAnywhere, UnitEvent::kState,       u"NoCard"},
-    {u"TX:InitSysOk",    Where::kAnywhere, UnitEvent::kState,       u"SYSOk"},
-    {u"TX:InitGsmOk",    Where::kAnywhere, UnitEvent::kState,       u"GSMOk"},
-    {u"TX:Alarm(AC)",    Where::kAnywhere, UnitEvent::kState,       u"ACLost"},  // mains lost
-    {u"TX:Alarm(CON)",   Where::kAnywhere, UnitEvent::kState,       u"CONLost"}, // connection alarm
-    {u"TX:Alarm(ACOK)",  Where::kAnywhere, UnitEvent::kState,       u"ACOk"},    // mains back
-    {u"TX:SMRCV(",       Where::kAtStart,  UnitEvent::kReceivedSMS, u""},
+    {kSignalPrefix,      Where::kAnywhere, UnitEvent::kSignal,      u"",        u""},
+    {u"TX:SENDOK",       Where::kAnywhere, UnitEvent::kSendOK,      u"",        u""},
+    {u"TX:SENDFAIL",     Where::kAnywhere, UnitEvent::kSendFail,    u"",        u""},
+    {u"TX:NOSimCard",    Where::kAnywhere, UnitEvent::kState,       u"NoCard",  u"tx-NoCard"},
+    {u"TX:InitSysOk",    Where::kAnywhere, UnitEvent::kState,       u"SYSOk",   u""},
+    {u"TX:InitGsmOk",    Where::kAnywhere, UnitEvent::kState,       u"GSMOk",   u""},
+    {u"TX:Alarm(AC)",    Where::kAnywhere, UnitEvent::kState,       u"ACLost",  u"tx-ACLost"}, // mains lost
+    {u"TX:Alarm(CON)",   Where::kAnywhere, UnitEvent::kState,       u"CONLost", u"txConLost"}, // connection alarm
+    {u"TX:Alarm(ACOK)",  Where::kAnywhere, UnitEvent::kState,       u"ACOk",    u"ACOk"},      // mains back; its code is bare
+    {u"TX:SMRCV(",       Where::kAtStart,  UnitEvent::kReceivedSMS, u"",        u""},
 };
 // clang-format on
 
@@ -39,6 +42,11 @@ ClassifiedLine ClassifyLine(TextView line) {
         if (test.where == Where::kAtStart ? StartsWith(line, test.text) : Contains(line, test.text))
             return {test.event, test.state_word};
     return {};
+}
+
+TextView CodeOfState(TextView state_word) {
+    const auto row = std::ranges::find(kEventTests, state_word, &EventTest::state_word);
+    return row == std::end(kEventTests) ? state_word : row->monitor_code;
 }
 
 std::optional<std::int16_t> SignalQuality(TextView line) {

@@ -26,6 +26,10 @@ struct ClassifiedLine {
 // SMS, which must begin the line.
 ClassifiedLine ClassifyLine(TextView line);
 
+// The code by which monitoring programs are told of a state word; "" of the words by which a unit
+// says that it has restarted.
+TextView CodeOfState(TextView state_word);
+
 // "TX:TXCSQ(23,0)" is 23: the first value of a signal line, rounded to a whole number; nothing when
 // the line is malformed or the value does not fit 16 bits.
 std::optional<std::int16_t> SignalQuality(TextView line);

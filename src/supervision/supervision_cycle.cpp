@@ -1,6 +1,7 @@
 #include "supervision/supervision_cycle.h"
 
 #include "device/command_sender.h"
+#include "device/unit_events.h"
 #include "platform/calendar_text.h"
 #include "settings/setting_table.h"
 
@@ -12,20 +13,6 @@ constexpr Duration kCheckPeriod = 5s;
 constexpr Duration kFirstCheck = 10s;
 constexpr int kFailedReadings = 5; // as many in a row mean that the unit is lost
 constexpr std::int16_t kUnitGone = -2;
-
-// The words that have a code of their own; others are passed on as they are.
-struct StateCode {
-    TextView word;
-    TextView code;
-};
-// clang-format off
-constexpr StateCode kStateCodes[] = {
-    {u"NoCard",  u"tx-NoCard"},
-    {u"ACLost",  u"tx-ACLost"},
-    {u"ACOK",    u"tx---ACOk"}, // the unit's word is "ACOk", which is passed on bare
-    {u"CONLost", u"txConLost"},
-};
-// clang-format on
 
 Text OnOff(const Text& value) {
     return value == u"1" ? u"On" : u"Off";
@@ -134,21 +121,17 @@ Task<> SupervisionCycle::RunSteps(const UnitGuard& guard) {
 }
 
 void SupervisionCycle::PassStateWord() {
-    Text word = parts_.core.GetComFifo();
+    const Text word = parts_.core.GetComFifo();
     if (word == kNoData)
         return;
-    if (word == u"SYSOk" || word == u"GSMOk") { // the unit has restarted
+    const Text code(CodeOfState(word));
+    if (code.empty()) { // the unit has restarted
         parts_.set_to_research(UnitLoss::kRestarted);
         return;
     }
     parts_.main_job.Said(word);
-    for (const StateCode& row : kStateCodes)
-        if (word == row.word) {
-            word = row.code;
-            break;
-        }
-    parts_.link.SendToMonitors(word);
-    parts_.lists.mList3Additem(word);
+    parts_.link.SendToMonitors(code);
+    parts_.lists.mList3Additem(code);
 }
 
 void SupervisionCycle::TakeReceivedSMS() {
