@@ -34,7 +34,7 @@ struct ControlLink::Reaction {
 const ControlLink::Reaction ControlLink::kReactions[] = {
     {u"txHeartSv", true,  &ControlLink::TakeHeartbeat},
     {u"txHelloNx", false, &ControlLink::TakeGreeting},
-    {u"txSendSMS", false, &ControlLink::TakeRequest},
+    {kRequestCode, false, &ControlLink::TakeRequest},
 };
 // clang-format on
 
@@ -164,7 +164,7 @@ void ControlLink::TakeGreeting(int index, const Endpoint& from, TextView name) {
 void ControlLink::TakeRequest(int, const Endpoint&, TextView record) {
     if (parts_.lists.DebugOn) {
         parts_.lists.mList1Additem(u"");
-        parts_.lists.mList1Additem(u"服务发出:txSendSMS" + Text(record));
+        parts_.lists.mList1Additem(u"服务发出:" + Text(kRequestCode) + Text(record));
     }
     parts_.dispatcher.DispatchEvent(record);
 }

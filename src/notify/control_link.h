@@ -22,6 +22,8 @@ class ControlLink {
   public:
     static constexpr int kLinks = 5;
     static constexpr std::uint16_t kFirstPort = 7840; // of link 0
+    // In front of an event record that is to be notified.
+    static constexpr TextView kRequestCode = u"txSendSMS";
 
     struct Parts {
         Clock& clock;

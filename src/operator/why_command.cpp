@@ -1,4 +1,5 @@
 #include "events/event_record.h"
+#include "notify/control_link.h"
 #include "operator/commands.h"
 #include "operator/moment.h"
 #include "operator/record_explanation.h"
@@ -11,12 +12,9 @@ namespace tarnex {
 
 namespace {
 
-// Monitoring programs send it in front of the record.
-constexpr std::string_view kRequestCode = "txSendSMS";
-
 std::string RecordOf(std::string text) {
-    if (text.starts_with(kRequestCode))
-        text.erase(0, kRequestCode.size());
+    if (const std::string code = ToUtf8(ControlLink::kRequestCode); text.starts_with(code))
+        text.erase(0, code.size());
     return text;
 }
 
