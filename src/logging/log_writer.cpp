@@ -1,14 +1,18 @@
 #include "logging/log_writer.h"
 
 #include "platform/calendar_text.h"
+#include "settings/setting_table.h"
 
 namespace tarnex {
 
 namespace {
 
-constexpr const char* kNotConfigured =
-    "No log database is configured, so log rows are lost: set Text1(37) in section [Text] of the "
-    "settings file to the path of an SQLite file that was made with \"tarnexctl log create\".";
+std::string NotConfigured() {
+    return "No log database is configured, so log rows are lost: set " +
+           PlaceOf("log-database"_setting) +
+           " of the settings file to the path of an SQLite file that was made with \"tarnexctl log "
+           "create\".";
+}
 
 using namespace log_column;
 
@@ -114,7 +118,7 @@ LogRow LogWriter::NewRow(TextView direction) const {
 }
 
 bool LogWriter::Store(const LogRow& row) {
-    row_problem_ = configured_ ? table_.Append(row) : kNotConfigured;
+    row_problem_ = configured_ ? table_.Append(row) : NotConfigured();
     const bool stored = row_problem_.empty();
     if (!stored)
         Lose();

@@ -231,8 +231,6 @@ class Checker {
 // Sections that other programs keep keys of their own in; only slips of the keyboard are told
 // there.
 constexpr TextView kSharedSections[] = {u"Check", u"Text", u"Combo", u"Alarm"};
-// The debug console's, with some keys of the same names.
-constexpr TextView kConsoleSection = u"TarnexDebug";
 
 bool IsShared(TextView section) {
     return std::ranges::any_of(kSharedSections,

@@ -1,5 +1,7 @@
 #include "service/settings_notices.h"
 
+#include "settings/setting_table.h"
+
 namespace tarnex {
 
 std::string WhyServiceEnds(const SettingsStore& store, const LoadedSettings& loaded) {
@@ -9,10 +11,11 @@ std::string WhyServiceEnds(const SettingsStore& store, const LoadedSettings& loa
                "writable for the user of this service; Tarnex.ini.sample is one to begin with.";
     const std::string settings = "The settings in " + store.Name();
     if (!loaded.enabled)
-        return settings + " switch the service off, so it ends. To run it, remove the line "
-                          "Enable=Disable from section [Service].";
-    return settings + " do not allow the service to run, so it ends. To run it, write the line "
-                      "Check1(13)=1 into section [Check].";
+        return settings + " switch the service off, so it ends. To run it, remove the line " +
+               LineOf("service-enabled"_setting, false) + " from " +
+               SectionOf("service-enabled"_setting) + ".";
+    return settings + " do not allow the service to run, so it ends. To run it, write the line " +
+           LineOf("run-allowed"_setting, true) + " into " + SectionOf("run-allowed"_setting) + ".";
 }
 
 std::string WhyNotRead(const SettingsStore& store, const MyIniFile& ini) {
@@ -35,9 +38,9 @@ std::string WhyRestart(const SettingsStore& store, const StartSettings& in_use,
         if (now.device_paths[i] != in_use.device_paths[i])
             name("COM" + std::to_string(i + 1));
     if (now.bind_address != in_use.bind_address)
-        name("BindAddress");
+        name(ToUtf8("bind-address"_setting.key));
     if (now.code_page != in_use.code_page)
-        name("CodePage");
+        name(ToUtf8("code-page"_setting.key));
     if (names.empty())
         return "";
     return "The settings in " + store.Name() +

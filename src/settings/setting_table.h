@@ -268,4 +268,19 @@ consteval const Setting& operator""_setting(const char* name, std::size_t length
     throw "there is no such setting";
 }
 
+// For people: "section [Check]", "Text1(37) in section [Text]", and a switch as its line in the
+// file, "Check1(13)=1".
+inline std::string SectionOf(const Setting& setting) {
+    return "section [" + ToUtf8(setting.section) + "]";
+}
+inline std::string PlaceOf(const Setting& setting) {
+    return ToUtf8(setting.key) + " in " + SectionOf(setting);
+}
+inline std::string LineOf(const Setting& setting, bool on) {
+    return ToUtf8(setting.key) + "=" + ToUtf8(on ? setting.values.on : setting.values.off);
+}
+
+// The debug console's section, with some keys of the same names.
+inline constexpr TextView kConsoleSection = u"TarnexDebug";
+
 } // namespace tarnex

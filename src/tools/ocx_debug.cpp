@@ -4,6 +4,7 @@
 #include "device/firmware_link.h"
 #include "device/flash_report.h"
 #include "platform/calendar_text.h"
+#include "settings/setting_table.h"
 
 #include <algorithm>
 
@@ -23,7 +24,6 @@ constexpr TextView kConnect = u"连接Tarnex";
 constexpr TextView kDisconnect = u"断开Tarnex";
 constexpr TextView kOpenDebug = u"打开OCXDebug";
 constexpr TextView kCloseDebug = u"关闭OCXDebug";
-constexpr TextView kSection = u"TarnexDebug";
 constexpr std::size_t kSerialDigits = 4;
 constexpr char kFirmwareFile[] = "Tarnex_20050626.hex"; // in the current folder
 
@@ -171,12 +171,12 @@ void OCXDebug::EnableButtons() {
 
 void OCXDebug::LoadBoxes() {
     for (const SavedBox& saved : kSavedBoxes)
-        (this->*saved.box).SetValue(link_.ini.GetIniStr(kSection, saved.key));
+        (this->*saved.box).SetValue(link_.ini.GetIniStr(kConsoleSection, saved.key));
 }
 
 void OCXDebug::SaveBoxes() {
     for (const SavedBox& saved : kSavedBoxes)
-        link_.ini.WriteIniStr(kSection, saved.key, (this->*saved.box).Value());
+        link_.ini.WriteIniStr(kConsoleSection, saved.key, (this->*saved.box).Value());
 }
 
 void OCXDebug::GetSMS() {
