@@ -49,28 +49,26 @@ std::unique_ptr<FormWindow> RemoteView::Attach(Form& form) {
     return std::make_unique<Window>(*this, form);
 }
 
-bool RemoteView::Start(std::string& trouble) {
+std::string RemoteView::Start() {
     const std::uint64_t run = ++run_;
     feed_.Forget();
     trouble_.clear();
     ready_ = false;
-    process_ =
-        ViewProcess::Start(host_.loop,
-                           {.arrived =
-                                [this, run](const std::string& packet) {
-                                    if (run == run_)
-                                        Arrived(packet);
-                                },
-                            .ended = [this, run](const std::string& how) { Ended(run, how); }},
-                           trouble);
+    auto started = ViewProcess::Start(
+        host_.loop, {.arrived =
+                         [this, run](const std::string& packet) {
+                             if (run == run_)
+                                 Arrived(packet);
+                         },
+                     .ended = [this, run](const std::string& how) { Ended(run, how); }});
+    process_ = started ? std::move(*started) : nullptr;
     owes_ = true;
     owes_since_ = host_.loop.Now();
-    return process_ != nullptr;
+    return started.TroubleText();
 }
 
 std::string RemoteView::Open() {
-    std::string trouble;
-    if (!Start(trouble))
+    if (std::string trouble = Start(); !trouble.empty())
         return trouble;
     while (process_ && !ready_)
         host_.loop.core().io.run_one();
@@ -78,8 +76,9 @@ std::string RemoteView::Open() {
 }
 
 void RemoteView::FormShown() {
-    std::string trouble;
-    if (!process_ && !Start(trouble))
+    if (process_)
+        return;
+    if (const std::string trouble = Start(); !trouble.empty())
         NoneIsShown(trouble);
 }
 

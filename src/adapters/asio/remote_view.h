@@ -28,8 +28,8 @@ class RemoteView : public SystemView {
   private:
     class Window;
 
-    // False, and in trouble why.
-    bool Start(std::string& trouble);
+    // "" when it runs, else the trouble.
+    std::string Start();
     void FormShown();
     void FormHidden();
     void Arrived(const std::string& packet);

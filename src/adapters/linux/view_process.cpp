@@ -129,17 +129,12 @@ void TarnexView::Ended() {
 
 } // namespace
 
-std::unique_ptr<ViewProcess> ViewProcess::Start(AsioLoop& loop, Handlers handlers,
-                                                std::string& trouble) {
-    if (Environment("DISPLAY").empty()) {
-        trouble = "there is no display (the environment variable DISPLAY is not set)";
-        return nullptr;
-    }
+Result<std::unique_ptr<ViewProcess>> ViewProcess::Start(AsioLoop& loop, Handlers handlers) {
+    if (Environment("DISPLAY").empty())
+        return Trouble{"there is no display (the environment variable DISPLAY is not set)"};
     int ends[2];
-    if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) {
-        trouble = std::string("no socket: ") + std::strerror(errno);
-        return nullptr;
-    }
+    if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0)
+        return Trouble{std::string("no socket: ") + std::strerror(errno)};
     UniqueFd ours(ends[0]);
     const UniqueFd its(ends[1]);
     // The system takes at least that size of everybody; it doubles it, and needs the room.
@@ -148,20 +143,18 @@ std::unique_ptr<ViewProcess> ViewProcess::Start(AsioLoop& loop, Handlers handler
         setsockopt(end, SOL_SOCKET, SO_SNDBUF, &room, sizeof room);
     const std::string path = FindProgram();
     pid_t pid = -1;
-    if (const int error = Spawn(path, its.Get(), pid); error != 0) {
-        trouble = "the program " + path + " cannot be started: " + std::strerror(error) +
-                  " (it comes with the package tarnexcomm-view)";
-        return nullptr;
-    }
+    if (const int error = Spawn(path, its.Get(), pid); error != 0)
+        return Trouble{"the program " + path + " cannot be started: " + std::strerror(error) +
+                       " (it comes with the package tarnexcomm-view)"};
     UniqueFd end(pidfd_open(pid, 0));
     if (!end) { // out of descriptors: its end would not be seen
-        trouble = std::string("no descriptor for the windows: ") + std::strerror(errno);
+        const std::string why = std::strerror(errno);
         kill(pid, SIGKILL);
         waitpid(pid, nullptr, 0);
-        return nullptr;
+        return Trouble{"no descriptor for the windows: " + why};
     }
-    return std::make_unique<TarnexView>(loop, std::move(handlers), std::move(ours), std::move(end),
-                                        pid);
+    return std::unique_ptr<ViewProcess>(std::make_unique<TarnexView>(
+        loop, std::move(handlers), std::move(ours), std::move(end), pid));
 }
 
 } // namespace tarnex

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/result.h"
+
 #include <functional>
 #include <memory>
 #include <string>
@@ -19,10 +21,9 @@ class ViewProcess {
         std::function<void(const std::string& how)> ended;
     };
 
-    // nullptr, and in trouble why, when there is no screen or it cannot be started. loop, from
-    // which the handlers are called, must outlive the process.
-    static std::unique_ptr<ViewProcess> Start(AsioLoop& loop, Handlers handlers,
-                                              std::string& trouble);
+    // Trouble when there is no screen or it cannot be started. loop, from which the handlers are
+    // called, must outlive the process.
+    static Result<std::unique_ptr<ViewProcess>> Start(AsioLoop& loop, Handlers handlers);
     // Kills it.
     virtual ~ViewProcess() = default;
 

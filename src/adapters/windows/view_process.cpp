@@ -222,25 +222,20 @@ class SecondProcess final : public ViewProcess {
 
 } // namespace
 
-std::unique_ptr<ViewProcess> ViewProcess::Start(AsioLoop& loop, Handlers handlers,
-                                                std::string& trouble) {
-    if (!DesktopIsSeen()) {
-        trouble = "there is no desktop (a service has none)";
-        return nullptr;
-    }
+Result<std::unique_ptr<ViewProcess>> ViewProcess::Start(AsioLoop& loop, Handlers handlers) {
+    if (!DesktopIsSeen())
+        return Trouble{"there is no desktop (a service has none)"};
     PipeEnds ends = MakePipe();
-    if (!ends.its) {
-        trouble = "no pipe: " + LastError().message();
-        return nullptr;
-    }
+    if (!ends.its)
+        return Trouble{"no pipe: " + LastError().message()};
     WindowsHandle process = StartThisProgram(ends.its.Get());
     if (!process) {
-        trouble = "the program " + ThisProgram() + " cannot be started: " + LastError().message();
-        return nullptr;
+        const std::string why = LastError().message();
+        return Trouble{"the program " + ThisProgram() + " cannot be started: " + why};
     }
     auto link = std::make_shared<Link>(loop, std::move(handlers));
     link->Begin(std::move(ends.ours), std::move(process));
-    return std::make_unique<SecondProcess>(std::move(link));
+    return std::unique_ptr<ViewProcess>(std::make_unique<SecondProcess>(std::move(link)));
 }
 
 } // namespace tarnex
