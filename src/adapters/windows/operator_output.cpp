@@ -27,13 +27,19 @@ EventType TypeOf(NoticeLevel level) {
     return EventType::kWarning;
 }
 
+// A standard error that is no console is buffered here: who reads it would wait until the end.
+void SayNow(const std::string& line) {
+    std::fputs(line.c_str(), stderr);
+    std::fflush(stderr);
+}
+
 } // namespace
 
 void TellOperator(NoticeLevel level, const std::string& line) {
     if (RunsAsService())
         WriteEventLog(TypeOf(level), kOperatorNotice, line);
     else
-        std::fputs((line + "\n").c_str(), stderr);
+        SayNow(line + "\n");
 }
 
 DebugLines::DebugLines(const std::string& settings_path) {
@@ -44,7 +50,7 @@ DebugLines::DebugLines(const std::string& settings_path) {
 // A line that cannot be written is lost: it is for people who watch.
 void DebugLines::Write(const std::string& line) {
     if (path_.empty()) {
-        std::fputs(line.c_str(), stderr);
+        SayNow(line);
         return;
     }
     const std::wstring path = ToWide(path_ + ".log");
