@@ -248,6 +248,8 @@ class Site:
         self.path("system").mkdir(exist_ok=bool(windows))
         self.address = own_address()
         self.settings = self.path("system/Tarnex.ini")
+        if self.settings.is_dir():  # of an earlier site
+            self.settings.rmdir()
         self.log = self.path("log.db")
         if log:
             with contextlib.closing(sqlite3.connect(self.log)) as database:
