@@ -16,7 +16,7 @@ namespace {
 
 enum State { kAbnormal = 1, kNormal = 2, kLost = 3 };
 
-struct Trouble {
+struct Disturbance {
     int service;
     State state;
     int action;
@@ -27,7 +27,7 @@ struct Trouble {
 };
 
 // clang-format off
-constexpr Trouble kTroubles[] = {
+constexpr Disturbance kDisturbances[] = {
     // service             state      action month shortest longest memo
     { 3 /* CPU */,         kAbnormal, 0,     24,    5,      90,    "9#%"},
     { 2 /* memory */,      kAbnormal, 0,     12,   15,     180,    "9#%"},
@@ -50,10 +50,10 @@ class Planner {
     explicit Planner(std::uint64_t seed) : random_(seed) {}
 
     std::vector<PlannedAlarm> Plan(int days) {
-        for (const Trouble& trouble : kTroubles)
+        for (const Disturbance& disturbance : kDisturbances)
             for (int minute = kFirstMinute; minute < days * kMinutesADay; ++minute)
-                if (Below(kMonth * kMinutesADay) < trouble.per_month)
-                    minute = Add(trouble, minute);
+                if (Below(kMonth * kMinutesADay) < disturbance.per_month)
+                    minute = Add(disturbance, minute);
         std::ranges::stable_sort(alarms_, {}, &PlannedAlarm::at);
         std::erase_if(alarms_, [days](const PlannedAlarm& a) { return a.at >= days * 24h; });
         return std::move(alarms_);
@@ -61,16 +61,16 @@ class Planner {
 
   private:
     // When it is over.
-    int Add(const Trouble& trouble, int minute) {
-        MonitorEvent event{.service = trouble.service,
-                           .state = trouble.state,
-                           .action = trouble.action,
+    int Add(const Disturbance& disturbance, int minute) {
+        MonitorEvent event{.service = disturbance.service,
+                           .state = disturbance.state,
+                           .action = disturbance.action,
                            .machine_name = u"server-1",
-                           .memo = Memo(trouble.memo)};
+                           .memo = Memo(disturbance.memo)};
         Put(minute, event);
-        if (trouble.longest == 0)
+        if (disturbance.longest == 0)
             return minute;
-        minute += trouble.shortest + Below(trouble.longest - trouble.shortest);
+        minute += disturbance.shortest + Below(disturbance.longest - disturbance.shortest);
         event.state = kNormal;
         event.action = 0;
         Put(minute, event);
