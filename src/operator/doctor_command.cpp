@@ -1,12 +1,12 @@
 #include "mail/server_address.h"
 #include "operator/commands.h"
+#include "operator/port_check.h"
 #include "operator/settings_check.h"
 #include "operator/status_reading.h"
 #include "operator/text_output.h"
 
 #include <algorithm>
 #include <filesystem>
-#include <map>
 #include <ostream>
 
 namespace tarnex {
@@ -88,23 +88,14 @@ class Doctor {
         return std::nullopt;
     }
 
-    // The configured ones and those that are there; of the other defaults there is nothing to tell.
     void Ports(const SettingsFile& settings, const std::optional<StatusReading>& state) {
-        std::map<std::string, std::string> numbers; // of devices without links
-        std::size_t there = 0;
-        const long holder = state && state->running ? state->status.at("pid").get<long>() : 0;
-        for (int number = 1; number <= kSerialPorts; ++number) {
-            const std::string& own = settings.AtStart().device_paths[std::size_t(number) - 1];
-            const std::string device =
-                own.empty() ? world_.serial_paths[std::size_t(number) - 1] : own;
-            const PortLook look = world_.machine.Port(device);
-            const std::string name = "COM" + std::to_string(number);
-            if (!look.there && own.empty())
-                continue;
-            there += look.there;
-            Port(name, device, look, holder, numbers);
-        }
-        if (there > 0)
+        const long service = state && state->running ? state->status.at("pid").get<long>() : 0;
+        const std::vector<PortState> ports = LookAtPorts(world_, settings, service);
+        for (const PortState& port : ports)
+            port.level == PortState::Level::kGood      ? Good(port.name, port.text)
+            : port.level == PortState::Level::kWarning ? Poor(port.name, port.text)
+                                                       : Bad(port.name, port.text);
+        if (std::ranges::any_of(ports, &PortState::there))
             return;
         const std::vector<std::string> others = world_.machine.Ports();
         Bad("ports", "none of the ports is there: " +
@@ -113,33 +104,6 @@ class Doctor {
                                                "; name the one of the unit: tarnexctl settings "
                                                "set com1-device " +
                                                others.front()));
-    }
-
-    void Port(const std::string& name, const std::string& device, const PortLook& look, long holder,
-              std::map<std::string, std::string>& numbers) {
-        const std::string what = device + (look.what.empty() ? "" : " (" + look.what + ")");
-        const auto [same, first] = numbers.emplace(look.device, name);
-        const bool held_by_service =
-            holder != 0 && look.held_by.starts_with("process " + std::to_string(holder) + " ");
-        if (!look.there)
-            Poor(name, device + " is not there" + Instead());
-        else if (!first)
-            Poor(name, what + " is also " + same->second +
-                           ", so each is tried for the same device: name it once");
-        else if (!look.forbidden.empty())
-            Bad(name, what + " may not be opened by the service: " + look.forbidden);
-        else if (!look.held_by.empty() && !held_by_service)
-            Bad(name, what + " is held by " + look.held_by + ": end that program");
-        else if (look.probed)
-            Poor(name, what + " is probed by a modem manager, which disturbs the unit: " +
-                           "give the port a name that it leaves alone (docs/operating.md)");
-        else
-            Good(name, what + (held_by_service ? ", open" : ""));
-    }
-
-    std::string Instead() {
-        const std::vector<std::string> others = world_.machine.Ports();
-        return others.empty() ? ", nor any other port" : "; there are " + Joined(others, ", ");
     }
 
     void Running(const Json& status) {

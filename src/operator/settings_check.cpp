@@ -1,5 +1,6 @@
 #include "operator/settings_check.h"
 
+#include "operator/port_check.h"
 #include "operator/setting_catalog.h"
 #include "operator/suggestion.h"
 #include "platform/calendar_text.h"
@@ -322,6 +323,16 @@ std::vector<Finding> CheckSettings(const SettingsFile& file) {
     std::vector<Finding> findings = Checker(file).Run();
     const std::vector<Finding> stray = StrayLines(file);
     findings.insert(findings.end(), stray.begin(), stray.end());
+    return findings;
+}
+
+std::vector<Finding> CheckSettingsHere(const OperatorWorld& world, const SettingsFile& file) {
+    std::vector<Finding> findings = CheckSettings(file);
+    for (const PortState& port : LookAtPorts(world, file, 0))
+        if (port.of_settings && !port.setting.empty())
+            findings.push_back(
+                {port.level == PortState::Level::kError ? Level::kError : Level::kWarning,
+                 port.setting, port.text});
     return findings;
 }
 

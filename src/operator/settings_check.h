@@ -17,4 +17,7 @@ struct Finding {
 // What is wrong or dangerous, in the order of the catalogue; stray lines of the file last.
 std::vector<Finding> CheckSettings(const SettingsFile& file);
 
+// And what the machine says of the ports that the settings name.
+std::vector<Finding> CheckSettingsHere(const OperatorWorld& world, const SettingsFile& file);
+
 } // namespace tarnex

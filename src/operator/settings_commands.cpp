@@ -106,8 +106,8 @@ ExitStatus Change(OperatorWorld& world, const Setting& setting,
     world.out << setting.name << ": "
               << Printable(Effect(setting, now.Value(setting), world.serial_paths)) << " ("
               << setting.in_force << ")\n";
-    const std::vector<Finding> known = CheckSettings(before);
-    for (const Finding& finding : CheckSettings(now))
+    const std::vector<Finding> known = CheckSettingsHere(world, before);
+    for (const Finding& finding : CheckSettingsHere(world, now))
         if (finding.name == setting.name ||
             std::ranges::count(known, finding.text, &Finding::text) == 0)
             world.err << "tarnexctl: warning: " << Printable(finding.name + " " + finding.text)
@@ -188,7 +188,7 @@ ExitStatus SettingsUnset(OperatorWorld& world, const std::string& name) {
 
 ExitStatus SettingsCheck(OperatorWorld& world, bool json) {
     const SettingsFile file(world);
-    const std::vector<Finding> findings = CheckSettings(file);
+    const std::vector<Finding> findings = CheckSettingsHere(world, file);
     const auto errors = std::ranges::count(findings, Finding::Level::kError, &Finding::level);
     Json list = Json::array();
     TextTable table;

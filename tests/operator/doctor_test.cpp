@@ -46,6 +46,15 @@ TEST_F(Examination, SaysOfEachPortWhatToDo) {
     machine.devices["/dev/same"] = machine.devices["/dev/unit"];
     Run({"doctor"});
     EXPECT_TRUE(Says("/dev/same is also COM1"));
+
+    // The same of the settings, without what passes.
+    EXPECT_EQ(Run({"settings", "check"}), 1);
+    EXPECT_TRUE(Says("  /dev/same is also COM1") && !Says("modem manager"));
+    machine.devices["/dev/unit"].forbidden = "it is for the group root";
+    for (const char* setting : {"com2-device", "com3-device"})
+        Run({"settings", "set", setting, "/dev/null"}); // leaves a port alone
+    EXPECT_EQ(Run({"settings", "check"}), 2);
+    EXPECT_TRUE(Says("com1-device") && !Says("/dev/null"));
 }
 
 TEST_F(Examination, LooksAtTheServiceAndTheMailServer) {
