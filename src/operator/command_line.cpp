@@ -16,7 +16,7 @@ namespace {
 // The command line and the options that it fills.
 class CommandLine {
   public:
-    explicit CommandLine(OperatorWorld& world) : world_(world) {
+    CommandLine(OperatorWorld& world, const ServiceStart& start) : world_(world), start_(start) {
         app_.add_option("--settings-file", world_.settings_path, "the settings file")
             ->type_name("FILE")
             ->capture_default_str();
@@ -65,6 +65,7 @@ class CommandLine {
     void AddSetup();
 
     OperatorWorld& world_;
+    const ServiceStart& start_;
     CLI::App app_{"Sets up, watches and tries out TarnexComm, the service beside a GSM alarm unit.",
                   "tarnexctl"};
     Work run_;
@@ -262,7 +263,12 @@ void CommandLine::AddSetup() {
             "tarnexctl setup\n"
             "  tarnexctl setup --port search --number-1 13900000001 --number-2 13900000002 \\\n"
             "      --sms-centre +8613800100500 --mail-server none",
-        [this] { return Setup(world_, setup_); });
+        [this, usual = world_.settings_path] {
+            const ExitStatus status = Setup(world_, setup_);
+            // Other settings than its own do not reach the service.
+            return status == kExitDone && world_.settings_path == usual ? OfferStart(world_, start_)
+                                                                        : status;
+        });
     for (const SetupQuestion& question : SetupQuestions())
         setup
             ->add_option_function<std::string>(
@@ -280,9 +286,10 @@ void CommandLine::AddSetup() {
 
 } // namespace
 
-int RunTarnexctl(std::vector<std::string> arguments, OperatorWorld& world) {
+int RunTarnexctl(std::vector<std::string> arguments, OperatorWorld& world,
+                 const ServiceStart& start) {
     try {
-        const int status = CommandLine(world).Run(std::move(arguments));
+        const int status = CommandLine(world, start).Run(std::move(arguments));
         if (!world.out.flush())
             throw Failure(kExitIo, "standard output cannot be written: look for a full disk");
         return status;

@@ -66,7 +66,10 @@ std::string Content(const OperatorWorld& world, const std::string& sample,
     for (const SetupQuestion& question : SetupQuestions())
         if (const auto answer = answers.find(question.name);
             answer != answers.end() && question.setting)
-            draft.Set(*question.setting, answer->second == kNone ? "" : answer->second);
+            draft.Set(*question.setting,
+                      answer->second == kNone
+                          ? ""
+                          : ToUtf8(StoredForm(*question.setting, answer->second)));
     const PortAnswer port = ParsePort(answers.at("port"), world.serial_paths).value();
     if (port.number != 0)
         draft.Set("last-port"_setting, std::to_string(port.number));
@@ -142,15 +145,14 @@ void MakeLog(const OperatorWorld& world, const std::string& path, const std::str
 
 void SayWhatIsNext(const OperatorWorld& world) {
     const SettingsFile file(world);
-    for (const Finding& finding : CheckSettings(file))
+    for (const Finding& finding : CheckSettingsHere(world, file))
         world.out << "note: " << Printable(finding.name + " " + finding.text) << '\n';
     world.out << "\nNext:\n"
               << std::left << std::setw(kCommandColumn) << "  " + world.words.restart_service
               << "starts the service with these settings\n"
+                 "  tarnexctl test                      raises a first alarm and follows it\n"
                  "  tarnexctl status --watch            the unit is ready about 30 seconds after "
                  "the start\n"
-                 "  tarnex-monitor notify --service cpu --state abnormal\n"
-                 "                                      sends a first alarm\n"
                  "  tarnexctl settings list             shows everything else that can be set\n";
 }
 

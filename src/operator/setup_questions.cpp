@@ -1,6 +1,7 @@
 #include "operator/setup_questions.h"
 
 #include "operator/file_access.h"
+#include "operator/port_check.h"
 #include "operator/setting_catalog.h"
 #include "operator/text_output.h"
 
@@ -12,6 +13,7 @@ namespace tarnex {
 namespace {
 
 constexpr const char* kSearch = "search";
+constexpr const char* kYes = "yes";
 
 // clang-format off
 constexpr SetupQuestion kQuestions[] = {
@@ -19,6 +21,9 @@ constexpr SetupQuestion kQuestions[] = {
     {"number-1",      "First alarm telephone number; it may also command by SMS",                         &"alarm-number-1"_setting, "", false, false, ""},
     {"number-2",      "Second alarm telephone number; with one telephone only, the same",                 &"alarm-number-2"_setting, "=number-1", false, false, ""},
     {"sms-centre",    "SMS service centre of your carrier",                                               &"sms-centre"_setting, "", false, false, ""},
+    {"communication-alarm", "The unit raises an alarm when this machine falls silent", &"communication-alarm"_setting, kYes, false, false, ""},
+    {"power-alarm",   "The unit raises an alarm when its mains power fails", &"power-alarm"_setting, kYes, false, false, ""},
+    {"send-again",    "What waited when the unit was lost or the service ended is sent again", &"send-again"_setting, kYes, false, false, ""},
     {"mail-server",   "Mail server, as host or host:port, or none",                                       &"mail-server"_setting, kNone, true, false, ""},
     {"mail-from",     "Sender of the mails",                                                              &"mail-from"_setting, "", false, false, "mail-server"},
     {"mail-to",       "Recipient of the mails",                                                           &"mail-to"_setting, "", false, false, "mail-server"},
@@ -29,6 +34,10 @@ constexpr SetupQuestion kQuestions[] = {
 
 bool AsksForPort(const SetupQuestion& question) {
     return std::string_view(question.name) == "port";
+}
+
+bool AsksForSwitch(const SetupQuestion& question) {
+    return question.setting && question.setting->Kind() == SettingKind::kSwitch;
 }
 
 std::string PortForms(const SystemWords& words) {
@@ -42,7 +51,7 @@ std::string Wrong(const OperatorWorld& world, const SetupQuestion& question,
         return "";
     if (AsksForPort(question))
         return ParsePort(answer, world.serial_paths) ? "" : "is not " + PortForms(world.words);
-    const Text value = FromUtf8(answer);
+    const Text value = StoredForm(*question.setting, answer);
     return Trim(value).empty() ? "must not be empty" : Objection(*question.setting, value);
 }
 
@@ -68,11 +77,21 @@ std::string Default(const SetupQuestion& question, const SetupAnswers& answers) 
     return value.starts_with('=') ? answers.at(value.substr(1)) : value;
 }
 
+void ShowPorts(const OperatorWorld& world) {
+    const std::vector<std::string> ports = PortsThere(world);
+    world.out << (ports.empty() ? "No serial port is there.\n" : "Serial ports that are there:\n");
+    for (const std::string& port : ports)
+        world.out << "  " << Printable(port) << '\n';
+    world.out.flush();
+}
+
 std::string Ask(const OperatorWorld& world, const SetupQuestion& question,
                 const SetupAnswers& answers) {
     const std::string preset = Default(question, answers);
     const std::string prompt =
         PromptOf(question, world.words) + (preset.empty() ? "" : " [" + preset + "]") + ": ";
+    if (AsksForPort(question))
+        ShowPorts(world);
     for (;;) {
         const auto line = world.ask(prompt, question.secret);
         if (!line)
@@ -93,7 +112,9 @@ std::span<const SetupQuestion> SetupQuestions() {
 }
 
 std::string PromptOf(const SetupQuestion& question, const SystemWords& words) {
-    return question.prompt + (AsksForPort(question) ? ": " + PortForms(words) : "");
+    return question.prompt + (AsksForPort(question)     ? ": " + PortForms(words)
+                              : AsksForSwitch(question) ? ", yes or no"
+                                                        : "");
 }
 
 std::string FlagOf(const SetupQuestion& question) {
@@ -107,6 +128,8 @@ SetupAnswers AskQuestions(const OperatorWorld& world, const SetupAnswers& given)
         const std::string condition = question.only_if;
         if (!condition.empty() && (!answers.contains(condition) || answers[condition] == kNone))
             continue;
+        if (AsksForSwitch(question) && !world.ask && !given.contains(question.name))
+            continue; // as in the sample
         if (const auto found = given.find(question.name); found != given.end())
             answers[question.name] = Given(world, question, found->second);
         else if (world.ask)

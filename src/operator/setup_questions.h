@@ -14,12 +14,14 @@ inline constexpr const char* kNone = "none";
 // What setup asks. Each question has a flag of its name.
 struct SetupQuestion {
     const char* name;
-    const char* prompt;        // begins what PromptOf gives
-    const Setting* setting;    // that takes the answer, which must fit it; nullptr for none
-    const char* default_value; // "": the question needs an answer; "=name": the answer to that one
-    bool none_allowed;         // kNone is an answer
-    bool secret;               // typed without an echo; the flag, + "-file", names a file
-    const char* only_if;       // asked if the answer to that question is not kNone; "" for always
+    const char* prompt;     // begins what PromptOf gives
+    const Setting* setting; // that takes the answer, which must fit it; nullptr for none
+    // What Enter alone answers; "": nothing does; "=name": the answer to that one. Where nobody is
+    // there to ask, a switch may stay without an answer: it is as in the sample.
+    const char* default_value;
+    bool none_allowed;   // kNone is an answer
+    bool secret;         // typed without an echo; the flag, + "-file", names a file
+    const char* only_if; // asked if the answer to that question is not kNone; "" for always
 };
 
 std::span<const SetupQuestion> SetupQuestions();

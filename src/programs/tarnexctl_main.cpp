@@ -13,6 +13,7 @@
 #include "adapters/system/replace_file.h"
 #include "adapters/system/request_socket.h"
 #include "adapters/system/serial_names.h"
+#include "adapters/system/service_restart.h"
 #include "adapters/system/status_file.h"
 #include "adapters/system/system_code_page.h"
 #include "adapters/system/system_machine_look.h"
@@ -95,5 +96,7 @@ int main(int argc, char** argv) {
         .is_service = [](long process) { return ProcessRuns(process, "tarnexcomm"); }};
     if (StandardInputIsTerminal())
         world.ask = AskOnTerminal;
-    return RunTarnexctl(ProgramArguments(argc, argv), world);
+    const bool installed = world.settings_path == SettingsPath("", words);
+    return RunTarnexctl(ProgramArguments(argc, argv), world,
+                        installed ? RestartService : ServiceStart());
 }

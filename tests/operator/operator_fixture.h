@@ -41,7 +41,7 @@ class OperatorTest : public testing::Test {
     int Run(std::vector<std::string> arguments) {
         out.str("");
         err.str("");
-        return RunTarnexctl(std::move(arguments), world);
+        return RunTarnexctl(std::move(arguments), world, start);
     }
     // What it prints when all is well.
     std::string Output(std::vector<std::string> arguments) {
@@ -77,6 +77,7 @@ class OperatorTest : public testing::Test {
     SqliteLogFiles logs;
     FakeMachine machine;
     Result<std::string> mail_greeting{"220 ready\r\n"};
+    ServiceStart start;
     std::vector<std::string> datagrams; // sent to the service
     OperatorWorld world{
         .out = out,

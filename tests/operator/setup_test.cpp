@@ -1,6 +1,5 @@
 #include "adapters/sqlite/sqlite_log_table.h"
-#include "operator/setup_questions.h"
-#include "settings/ini_document.h"
+#include "service/service_status.h"
 #include "tests/operator/operator_fixture.h"
 
 #include <deque>
@@ -49,18 +48,31 @@ class Setup : public OperatorTest {
 };
 
 TEST_F(Setup, AsksUntilItHasWhatIsNeeded) {
-    AnswerWith({"COM21", "COM6", "", "12 34", "13900000001", "", "+8613800100500",
-                "mail.example.com:2525", "a@example.com", "b@example.com", "bob", "geheim"});
+    machine.ports = {"/dev/x"};
+    machine.devices["/dev/x"] = {.there = true, .what = "FTDI"};
+    AnswerWith({"COM21", "COM6", "", "12 34", "13900000001", "", "+8613800100500", "", "perhaps",
+                "no", "yes", "mail.example.com:2525", "a@example.com", "b@example.com", "bob",
+                "geheim", "perhaps", "", "n"});
+    start = [this] {
+        WriteFile(world.status_path, StatusText({}, {.process_id = 4711, .wall_now = now}));
+        return "";
+    };
     EXPECT_EQ(Run({"setup"}), 0) << err.str();
     EXPECT_TRUE(answers.empty());
-    EXPECT_TRUE(Warns("That is not a device such as") && Warns("That must not be empty."));
-    EXPECT_EQ(asked.back(), "Password at the mail server: (secret)");
+    EXPECT_TRUE(Says("  /dev/x (FTDI)\n"));
+    EXPECT_TRUE(Warns("That is not a device such as") && Warns("That must not be empty.") &&
+                Warns("That is not on or off."));
+    EXPECT_EQ(asked[15], "Password at the mail server: (secret)");
+    EXPECT_TRUE(asked.back().starts_with("Raise one harmless alarm"));
     EXPECT_EQ(asked[5], "Second alarm telephone number; with one telephone only, the same "
                         "[13900000001]: ");
 
     for (const auto& [name, value] : {std::pair("last-port", "6"),
                                       {"alarm-number-2", "13900000001"},
                                       {"sms-to-number-1", "1"},
+                                      {"communication-alarm", "1"},
+                                      {"power-alarm", "0"},
+                                      {"send-again", "On"},
                                       {"sms-to-number-2", "0"}, // it is the same telephone
                                       {"mail-server", "mail.example.com:2525"},
                                       {"mail-login", "1"}})
@@ -100,7 +112,8 @@ TEST_F(Setup, WritesNothingWithoutEveryGoodAnswer) {
     Fails(65, Flags({{"--sms-centre", ""}}), "--sms-centre: \"\" must not be empty");
     AnswerWith({"search", "13900000001"});
     Fails(64, {"setup"}, "nothing was written");
-    AnswerWith({"search", "110", "110", "110", "mail", "a@b", "c@d", "u", "\xC3\xA4"}); // ä
+    AnswerWith(
+        {"search", "110", "110", "110", "", "", "", "mail", "a@b", "c@d", "u", "\xC3\xA4"}); // ä
     Fails(65, {"setup"}, "mail-password cannot hold this");
     EXPECT_FALSE(fs::exists(ToPath(folder / "base")));
 }
@@ -109,8 +122,11 @@ TEST_F(Setup, TakesThePlaceOfAnUntouchedSampleAndOfOtherFilesWhenForced) {
     fs::create_directories(ToPath(folder / "base/system"));
     const std::string untouched = FileContent(TARNEX_PACKAGING "/Tarnex.ini.sample") + "[X]\n";
     WriteFile(world.settings_path, untouched);
-    EXPECT_EQ(Run(Flags()), 0) << err.str();
+    AnswerWith({"", "", "", ""}); // the switches, and the start
+    start = [] { return ""; };
+    Fails(1, Flags(), "the service was not started; it does not run");
     EXPECT_EQ(FileContent(world.settings_path + ".old"), untouched);
+    world.ask = nullptr;
 
     WriteFile(world.settings_path, "precious");
     Fails(73, Flags(), "--force");
