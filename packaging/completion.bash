@@ -57,7 +57,7 @@ _tarnex_monitor() {
     local cur prev words cword
     _init_completion || return
     case $prev in
-    --link) _tarnex_offer "1 2 3 4 5" ;;
+    --link) _tarnex_offer "0 1 2 3 4" ;;
     --encoding) _tarnex_offer "GBK UTF-8" ;;
     --sms | --mail) _tarnex_offer "yes no" ;;
     --service | --state | --action)

@@ -56,14 +56,14 @@ std::string DescribeText(TextView payload) {
     return ": " + ToUtf8(payload);
 }
 
-// "4110100": signal level 4, unit online, monitors on the first and the third link.
+// "4110100": signal level 4, unit online, monitors on links 0 and 2.
 std::string DescribeStates(TextView payload) {
     if (payload.size() < 7)
         return ": cut short";
     std::string links;
     for (std::size_t i = 0; i < 5; ++i)
         if (payload[2 + i] == u'1')
-            links += (links.empty() ? "" : ", ") + std::to_string(i + 1);
+            links += (links.empty() ? "" : ", ") + std::to_string(i);
     return ": signal level " + ToUtf8(payload.substr(0, 1)) + " of 5, unit " +
            (payload[1] == u'1' ? "online" : "not online") + ", monitors on " +
            (links.empty() ? "no link" : "link " + links);

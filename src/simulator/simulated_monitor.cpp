@@ -13,7 +13,7 @@ constexpr TextView kStates = u"tx-States";
 } // namespace
 
 Endpoint ServiceEndpoint(const MonitorOptions& options) {
-    return {options.address, std::uint16_t(kFirstServicePort + options.link - 1)};
+    return {options.address, std::uint16_t(kFirstServicePort + options.link)};
 }
 
 Monitor::Monitor(Clock& clock, DatagramSockets& sockets, const CodePage& code_page,
@@ -62,7 +62,7 @@ void Monitor::Hear(const Text& message) {
 
 // The state message of the service shows this link as one that nobody has greeted.
 bool Monitor::ForgottenBy(TextView message) const {
-    const std::size_t own = kStates.size() + 2 + std::size_t(options_.link - 1);
+    const std::size_t own = kStates.size() + 2 + std::size_t(options_.link);
     return StartsWith(message, kStates) && own < message.size() && message[own] == u'0';
 }
 

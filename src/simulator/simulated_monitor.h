@@ -10,7 +10,7 @@
 namespace tarnex {
 
 struct MonitorOptions {
-    int link = 1; // 1 to 5; the service listens on port 7839 + link
+    int link = 0; // 0 to 4; the service listens on port 7840 + link
     Text name = u"Monitor";
     std::string address = "127.0.0.1"; // of the service
     Duration heartbeat = 10s;          // 0: none

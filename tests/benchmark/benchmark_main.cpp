@@ -39,7 +39,7 @@ void Check(bool condition, const char* what) {
 
 void MeasureSimulatedDays() {
     SimulatedSystem system;
-    Monitor second(system.clock, system.network, system.code_page, {.link = 2, .name = u"second"});
+    Monitor second(system.clock, system.network, system.code_page, {.link = 1, .name = u"second"});
     system.StartService();
     system.monitor.Start();
     second.Start();

@@ -42,8 +42,8 @@ struct ControlLinkTest : NotifyRig {
                       .lists = lists,
                       .notices = notices,
                       .main_job = main_job}};
-    Monitor first{clock, network, code_page, Silent(1, u"")};
-    Monitor third{clock, network, code_page, Silent(3, u"监控")};
+    Monitor first{clock, network, code_page, Silent(0, u"")};
+    Monitor third{clock, network, code_page, Silent(2, u"监控")};
 };
 
 TEST_F(ControlLinkTest, AGreetingIsAnsweredAndAnnounced) {
@@ -57,7 +57,7 @@ TEST_F(ControlLinkTest, AGreetingIsAnsweredAndAnnounced) {
     state.UnitReady = true;
     state.UnitVersion = u"V2.1";
     state.UnitSerial = u"S77";
-    Monitor newer(clock, network, code_page, Silent(3, u""));
+    Monitor newer(clock, network, code_page, Silent(2, u""));
     Greet(newer);
     EXPECT_EQ(Take(newer), (Texts{u"txYesRigh", u"tx--Ready", u"txVersionV2.1", u"tx-SerialS77"}));
     EXPECT_EQ(QueuedSMS(), (Texts{u"1设备3的通讯正常。"}));

@@ -12,7 +12,7 @@ class Simulator(unittest.TestCase):
         return Program(self, name, arguments)
 
     def service(self):
-        """A socket in the service's place on the second link."""
+        """A socket in the service's place on link 1."""
         service = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
         self.addCleanup(service.close)
         service.settimeout(harness.LIMIT)
@@ -21,7 +21,7 @@ class Simulator(unittest.TestCase):
 
     def monitor(self, service, *arguments):
         address = service.getsockname()[0]
-        return self.start("tarnex-monitor", "--address", address, "--link", "2", *arguments)
+        return self.start("tarnex-monitor", "--address", address, "--link", "1", *arguments)
 
     def test_the_monitor_listens_until_a_code_comes(self):
         service = self.service()
@@ -44,7 +44,7 @@ class Simulator(unittest.TestCase):
             monitor = self.start("tarnex-monitor", "--address", "127.0.0.99", "raw", "to nobody")
             monitor.wait_for("nobody listens there")
             self.assertEqual(monitor.wait(), 69)
-        for wrong in ("listen now", "raw", "notify --service cpu", "listen --link 6"):
+        for wrong in ("listen now", "raw", "notify --service cpu", "listen --link 5"):
             self.assertEqual(self.monitor(service, *wrong.split()).wait(), 64, wrong)
 
     @harness.linux_only

@@ -15,7 +15,7 @@ inline constexpr const char* kTestSettings =
 
 inline const SystemCodePage kGbk("GBK");
 
-// The system with the settings of a test and a monitoring program on link 1.
+// The system with the settings of a test and a monitoring program on link 0.
 struct SimulatedSystem : SystemInMemory {
     SimulatedSystem() : SystemInMemory(kTestSettings, kGbk) {}
 

@@ -23,7 +23,7 @@ struct MonitorTest : WorldTest {
         peer = datagram.from;
         heard.push_back(std::to_string(clock.Now() / 1s) + ":" + datagram.bytes);
     }});
-    Monitor monitor{clock, network, code_page, {.link = 3, .name = u"中A"}};
+    Monitor monitor{clock, network, code_page, {.link = 2, .name = u"中A"}};
 };
 
 TEST_F(MonitorTest, GreetsSendsHeartbeatsAndGreetsASilentServiceAgain) {
@@ -57,7 +57,7 @@ TEST_F(MonitorTest, HearsTheServiceAndNoOthers) {
 TEST(LinkCodes, AreToldInPlainWords) {
     for (const auto& [code, words] : {
              std::pair{u"tx-States4110100", "heartbeat of the service: signal level 4 of 5, unit "
-                                            "online, monitors on link 1, 3"},
+                                            "online, monitors on link 0, 2"},
              {u"tx-States1000000", "heartbeat of the service: signal level 1 of 5, unit not "
                                    "online, monitors on no link"},
              {u"txControl1301", "command by SMS: restart or start web service on machine 1"},
