@@ -12,12 +12,36 @@ _tarnex_words() {
     "$@" --help 2>/dev/null | sed -n "/^$heading/,/^\$/s/^  \([a-z][a-z0-9-]*\) .*/\1/p"
 }
 
-# The plain names of all settings; the sample is there for everybody to read.
-_tarnex_settings() {
+# The sample settings, which are there for everybody to read.
+_tarnex_sample() {
     local program
-    program=$(type -P "$1") || return
-    "$program" --settings-file "${program%/*}/../share/tarnexcomm/Tarnex.ini.sample" settings list \
-        2>/dev/null | sed -n 's/^  \([a-z][a-z0-9-]*\) .*/\1/p'
+    program=$(type -P "$1") && echo "${program%/*}/../share/tarnexcomm/Tarnex.ini.sample"
+}
+
+# The plain names of all settings.
+_tarnex_settings() {
+    "$1" --settings-file "$(_tarnex_sample "$1")" settings list 2>/dev/null |
+        sed -n 's/^  \([a-z][a-z0-9-]*\) .*/\1/p'
+}
+
+# The stable names of the serial ports that are there.
+_tarnex_ports() {
+    compgen -G "/dev/serial/by-id/*"
+}
+
+# The values of one setting, where they are words, files or devices.
+_tarnex_values() {
+    local allowed word='[A-Za-z0-9+-]+'
+    allowed=$("$1" --settings-file "$(_tarnex_sample "$1")" settings list --long "$2" 2>/dev/null |
+        sed -n 's/^  allowed  *//p;T;q')
+    if [[ $allowed == "an absolute path" ]]; then
+        _filedir
+        if [[ $2 == com*-device ]]; then
+            mapfile -t -O "${#COMPREPLY[@]}" COMPREPLY < <(compgen -W "$(_tarnex_ports)" -- "$cur")
+        fi
+    elif [[ $allowed =~ ^$word(, $word)*\ or\ $word$ ]]; then
+        _tarnex_offer "${allowed//@(, | or )/ }"
+    fi
 }
 
 _tarnex_offer() {
@@ -38,6 +62,14 @@ _tarnexctl() {
         _filedir
         return
         ;;
+    --port)
+        _tarnex_offer "search $(_tarnex_ports) $(echo COM{1..20})"
+        return
+        ;;
+    --communication-alarm | --power-alarm | --send-again)
+        _tarnex_offer "yes no"
+        return
+        ;;
     esac
     if [[ $cur == -* ]]; then
         _tarnex_offer "$({ _tarnex_options "$1" && _tarnex_options "${command[@]}"; } | sort -u)"
@@ -46,7 +78,11 @@ _tarnexctl() {
     case "${command[*]:1}" in
     "settings list") _tarnex_offer "$(_tarnex_settings "$1")" ;;
     "settings get" | "settings set" | "settings unset")
-        [[ $prev == "${command[-1]}" ]] && _tarnex_offer "$(_tarnex_settings "$1")"
+        if [[ $prev == "${command[-1]}" ]]; then
+            _tarnex_offer "$(_tarnex_settings "$1")"
+        elif [[ ${command[-1]} == set && ${words[cword - 2]} == set ]]; then
+            _tarnex_values "$1" "$prev"
+        fi
         ;;
     "log create" | "log tail") _filedir ;;
     *) _tarnex_offer "$(_tarnex_words Subcommands: "${command[@]}")" ;;
