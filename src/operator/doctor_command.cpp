@@ -4,6 +4,7 @@
 #include "operator/settings_check.h"
 #include "operator/status_reading.h"
 #include "operator/text_output.h"
+#include "platform/file_path.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -138,15 +139,27 @@ class Doctor {
     }
 
     void History() {
+        const std::string& path = world_.history_path;
         std::error_code unknown;
-        const fs::path path =
-            fs::path(world_.settings_path).parent_path().parent_path() / "history.db";
-        if (!fs::exists(path, unknown))
-            Good("history", "none yet");
-        else if (fs::file_size(path, unknown) == 0 && !unknown)
-            Poor("history", path.string() + " is empty");
-        else
-            Good("history", path.string());
+        if (!fs::exists(ToPath(path), unknown) && !unknown)
+            return Good("history", "none yet: it is made with the first message");
+        const auto acting = world_.owners.ActFor(path, ""); // reading makes files beside it
+        auto reader = world_.open_history(path);
+        if (!reader)
+            return Bad("history", path + " " + reader.TroubleText());
+        const auto since =
+            std::chrono::floor<std::chrono::milliseconds>((world_.now() - 24h).time_since_epoch());
+        auto newest = (*reader)->Rows({.last = 1});
+        auto not_sent = (*reader)->Rows({.since = since.count(), .not_sent = true});
+        if (!newest || !not_sent)
+            return Bad("history", path + " " + newest.TroubleText() + not_sent.TroubleText());
+        const std::string rows =
+            path + ((*newest).empty() ? ", no row"
+                                      : ", rows up to " + std::to_string((*newest).back().id));
+        (*not_sent).empty()
+            ? Good("history", rows + ", all of a day sent")
+            : Poor("history", rows + ", not sent in a day: " + std::to_string((*not_sent).size()) +
+                                  "; see: tarnexctl history --unsent");
     }
 
     void MailServer(const SettingsFile& settings) {

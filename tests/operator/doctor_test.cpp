@@ -57,13 +57,24 @@ TEST_F(Examination, SaysOfEachPortWhatToDo) {
     EXPECT_TRUE(Says("com1-device") && !Says("/dev/null"));
 }
 
+struct OneLoss : HistoryReader {
+    Result<std::vector<HistoryRow>> Rows(const HistoryQuery&) override {
+        return std::vector<HistoryRow>{{.id = 7}};
+    }
+};
+
 TEST_F(Examination, LooksAtTheServiceAndTheMailServer) {
+    world.history_path = settings; // that is there
+    world.open_history = [](const std::string&) -> Result<std::unique_ptr<HistoryReader>> {
+        return std::unique_ptr<HistoryReader>(std::make_unique<OneLoss>());
+    };
     status.state.troubles = {{.topic = "card", .level = NoticeLevel::kError, .text = "No card."}};
     status.state.links[2].listening = false;
     Put();
     mail_greeting = Trouble{"connection refused"};
     EXPECT_EQ(Run({"doctor"}), 2);
-    for (const char* part : {"BAD   card", "No card.", "not open: 7842", "connection refused"})
+    for (const char* part : {"BAD   card", "No card.", "not open: 7842", "connection refused",
+                             "rows up to 7, not sent in a day: 1"})
         EXPECT_TRUE(Says(part)) << part << out.str();
     WriteFile(settings, "no settings");
     EXPECT_EQ(Run({"doctor"}), 2);
