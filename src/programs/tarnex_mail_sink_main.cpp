@@ -127,6 +127,13 @@ std::string ReadPort(std::string_view text, std::uint16_t& port) {
     return number ? "" : "\"" + std::string(text) + "\" is no port";
 }
 
+std::string StepNames() {
+    std::string names;
+    for (const StepName& step : kStepNames)
+        names += (names.empty() ? "" : ", ") + std::string(step.name);
+    return names;
+}
+
 std::string ReadStep(const std::string& name, std::vector<MailStep>& steps) {
     const auto step = std::ranges::find(kStepNames, name, &StepName::name);
     if (step == std::end(kStepNames))
@@ -152,8 +159,8 @@ std::optional<ExitStatus> ReadOptions(std::vector<std::string> arguments, Option
                  return SystemCodePage::Supported(name) ? "" : "it is GBK or UTF-8";
              });
     AddValue(app, "--refuse", "STEP",
-             "answer \"550 refused\" at one step of the dialogue: greeting, helo, auth, user,\n"
-             "password, mail, rcpt, data, content or quit; may be given several times",
+             "answer \"550 refused\" at one step of the dialogue; may be given several times:\n" +
+                 StepNames(),
              [&](Value name) { return ReadStep(name, options.refuse); });
     app.footer("Ctrl-C ends the program.\n"
                "Exit status: 0 done, 1 the port cannot be had, 64 wrong usage.");
