@@ -1,6 +1,7 @@
 #include "adapters/sqlite/sqlite_history.h"
 
 #include "adapters/sqlite/sqlite_handles.h"
+#include "platform/file_path.h"
 
 #include <filesystem>
 #include <string_view>
@@ -107,14 +108,14 @@ std::string SqlOf(const HistoryQuery& query) {
 
 bool IsThere(const std::string& path) {
     std::error_code error;
-    return std::filesystem::exists(std::u8string(path.begin(), path.end()), error);
+    return std::filesystem::exists(ToPath(path), error);
 }
 
 // Nobody else: these are people's messages. The files beside it get the same mode.
 void LetGroupRead(const std::string& path) {
     using std::filesystem::perms;
     std::error_code error;
-    std::filesystem::permissions(std::u8string(path.begin(), path.end()),
+    std::filesystem::permissions(ToPath(path),
                                  perms::owner_read | perms::owner_write | perms::group_read, error);
 }
 
