@@ -144,6 +144,8 @@ class Doctor {
         if (!fs::exists(ToPath(path), unknown) && !unknown)
             return Good("history", "none yet: it is made with the first message");
         const auto acting = world_.owners.ActFor(path, ""); // reading makes files beside it
+        if (!acting)
+            return Bad("history", acting.TroubleText());
         auto reader = world_.open_history(path);
         if (!reader)
             return Bad("history", path + " " + reader.TroubleText());
