@@ -66,8 +66,10 @@ class Unit(unittest.TestCase):
         self.assertEqual(service.stop(), 0)
         monitor.wait_for(b"tx-SMSEnd")
         self.assertEqual(site.without_own_settings(), site.settings_text({"Text1(34)": "13900000009"}))
-        self.assertEqual(len(service.lines), 4, service.lines)
-        self.assertIn("SMS wait and are not sent", service.lines[-1])
+        # The history writes a moment later: it may have met the full disk or not.
+        said = [line for line in service.lines if "The history" not in line]
+        self.assertEqual(len(said), 4, said)
+        self.assertIn("SMS wait and are not sent", said[-1])
 
     def test_an_adapter_pulled_while_a_command_waits_and_put_back(self):
         site = Site(self)
