@@ -53,7 +53,6 @@ Task<> ConnectionSupervision::Greet(const UnitGuard& guard) {
         parts_.lists.ShowUnit(u"硬件状态:启动中");
         parts_.link.SendToMonitors(u"txBooting");
         parts_.main_job.StartingUp();
-        parts_.mCheckTimer.Disable();
     } else {
         parts_.core.discovery.ConnectClose();
     }
@@ -87,14 +86,10 @@ void ConnectionSupervision::TryAgain() {
 
 void ConnectionSupervision::SetToResearch(UnitLoss why) {
     parts_.main_job.Lost(why);
-    parts_.mCheckTimer.Disable();
-    parts_.unit.UnitReady = false;
-    parts_.unit.UnitOnline = false;
     parts_.lists.ShowUnit(u"硬件状态:丢失");
     parts_.link.SendToMonitors(u"txNexLost");
     parts_.lists.mList1Additem(u"Tarnex硬件丢失,重新开始寻找!");
     parts_.lists.Count(Total::kUnitLosses);
-    parts_.unit.UnitConnected = false;
     parts_.reset_unit_state();
     mAutoConnect.Enable();
     parts_.core.discovery.ConnectClose();

@@ -28,7 +28,8 @@ class ConnectionSupervision {
         ControlLink& link;
         MainJobNotices& main_job;
         Timer& mCheckTimer;
-        std::function<void()> reset_unit_state; // ResetUnitState of the service
+        // ResetUnitState of the service: forgets what is known of the unit, and stops mCheckTimer.
+        std::function<void()> reset_unit_state;
     };
     // The parts must outlive the supervision.
     explicit ConnectionSupervision(Parts parts);
