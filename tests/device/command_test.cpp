@@ -153,9 +153,10 @@ TEST_F(CommandTest, EveryCommandHasItsWireTextAndResult) {
 
 TEST_F(CommandTest, SignalQueryReturnsWhatWasKnownBefore) {
     Open();
-    device.Replies["~TX:RDCSQ\r\n"] = "TX:TXCSQ(21,0)\r\n";
-    EXPECT_EQ(Within(20ms, core.commands.RDCSQ()), u"0");
+    EXPECT_EQ(Within(60s, core.commands.RDCSQ()), u"0");
     EXPECT_EQ(SinceStart(ended), 0ms); // no pause, no wait
+    device.Replies["~TX:RDCSQ\r\n"] = "TX:TXCSQ(21,0)\r\n";
+    EXPECT_EQ(Within(20ms, core.commands.RDCSQ()), u"-1"); // without any report
     EXPECT_EQ(Within(0ms, core.commands.RDCSQ()), u"21");
     device.Replies.clear();
     device.SendAfter(1s, "TX:TXCSQ(?)\r\n"); // a report all the same

@@ -27,10 +27,16 @@ TEST_F(DiscoveryTest, TriesThePortsInOrderAndStopsAtTheUnit) {
 
 TEST_F(DiscoveryTest, LastComNamesTheOnlyPortToTry) {
     ports.Plug(3, device);
-    for (const auto& [number, found] :
-         {std::pair{"7", 0}, {"-1", 0}, {"21", 0}, {"3", 3}, {"abc", 3}}) {
+    using Row = std::tuple<const char*, int, int>; // what it says, that port, where the unit is
+    for (const auto& [number, last, found] : {Row{"1", 1, 0},
+                                              {"20", 20, 0},
+                                              {"-1", 0, 0},
+                                              {"21", 0, 0},
+                                              {"3", 3, 3},
+                                              {"40000", 0, 3}}) {
         store.SetContent("[TarnexComm]\nLastCom=" + std::string(number) + "\n");
         start = clock.Now();
+        EXPECT_EQ(core.discovery.LastPort(), last) << number;
         EXPECT_EQ(Connect(Discovery::Ports::kLast), found) << number;
         EXPECT_EQ(SinceStart(ended), found == 0 ? 10ms : *number == '3' ? 30ms : 50ms) << number;
         core.discovery.ConnectClose();

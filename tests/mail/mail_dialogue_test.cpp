@@ -105,6 +105,7 @@ TEST_F(MailDialogue, ButtonsOfTheWindow) {
     form.CmdSend.Click();
     clock.RunFor(1s);
     mail.dSetEmailFifo(u"lost with the form");
+    EXPECT_TRUE(clock.RunUntil([this] { return mail.Status().in_flight; }, 5s));
     form.SetVisible(true);
     form.cmdExit.Click();
     EXPECT_FALSE(form.Visible());

@@ -135,6 +135,7 @@ TEST_F(Connection, APulledAdapterIsNoticedAtOnceWhateverIsGoingOn) {
         ports.Unplug(3);
         clock.RunFor(1s);
         EXPECT_FALSE(State().UnitConnected);
+        EXPECT_EQ(State().UnitSignalLevel, u"1");
         ports.Plug(3, unit);
         ASSERT_TRUE(RunUntilReady(3min)) << step.count();
     }
@@ -148,6 +149,7 @@ TEST_F(Connection, APulledAdapterIsNoticedAtOnceWhateverIsGoingOn) {
 
 TEST_F(Connection, WhatTheUnitRefusesIsTriedAgain) {
     unit.Faults.Instead["WRCSCA"] = "ERROR";
+    Set(u"Combo", u"Combo1(6)", u"40000"); // no number of sends
     StartServiceAndMonitor();
     clock.RunTo(1min);
     EXPECT_EQ(unit.Count("WRNO2"), 1);
@@ -160,6 +162,7 @@ TEST_F(Connection, WhatTheUnitRefusesIsTriedAgain) {
     EXPECT_GT(unit.Count("RDCSQ"), 2); // the rest of such a tick goes on
     unit.Faults.Instead.clear();
     EXPECT_TRUE(RunUntilReady(6s));
+    EXPECT_EQ(unit.Memory.SendTimes, "0");
 }
 
 TEST_F(Connection, WithTheLinkSwitchedOffNoPortIsTouched) {

@@ -52,6 +52,7 @@ struct SMSCommand : SystemTest {
 };
 
 TEST_F(SMSCommand, IsConfirmedAndLoggedAndPassedOnUnlessItIsWrong) {
+    Set(u"Debug", u"DebugMode", u"On");
     StartToReady();
     clock.RunTo(40s);
     log.Rows.clear();
@@ -70,6 +71,7 @@ TEST_F(SMSCommand, IsConfirmedAndLoggedAndPassedOnUnlessItIsWrong) {
     };
     EXPECT_EQ(std::ranges::count_if(monitor.Messages(), passed_on), 1);
     EXPECT_TRUE(monitor.Received(u"txControl1301"));
+    EXPECT_EQ(std::ranges::count(Window().mList1.Lines(), u"确认消息:13012" + confirmed), 1);
 }
 
 TEST_F(SMSCommand, OfAStrangerIsOnlyForwardedWhenItIsAboutMoney) {

@@ -144,8 +144,11 @@ TEST_F(FlasherTest, ABadFileLeavesTheUnitAlone) {
     ports.Unplug(3);
     clock.RunFor(0s);
     EXPECT_EQ(Enabled(), "00100"); // one question at a time
+    dialog.Choose("none.hex");
+    EXPECT_EQ(*++Logged().rbegin(), u"打开文件：不能读取文件：没有这个文件。");
+    flasher.OtherFile.Click();
     dialog.Choose("bad.hex");
-    EXPECT_EQ(Logged().back(), told);
+    EXPECT_EQ(*++Logged().rbegin(), u"打开文件：文件第1行不以“:”开头。");
     EXPECT_EQ(Enabled(), "10111");
     ports.Plug(3, unit);
     flasher.Rescue.Click();
