@@ -14,6 +14,7 @@ constexpr int kWeakBelow = 5; // signal quality
 constexpr Duration kLongWeak = 10min;
 constexpr Duration kWordsCome = 1min; // after the unit is ready it has told what is wrong with it
 constexpr Duration kRefusedTold = 1h;
+constexpr Duration kGreetsAgain = 1min; // a program that hears nothing has done so by then
 // Of a queue: nearly full from here on, and until it is down to that.
 constexpr int kFullPercent = 80;
 constexpr int kRoomPercent = 50;
@@ -210,21 +211,43 @@ void MainJobNotices::CommandRefused(TextView sender) {
 // ---- the links
 
 void MainJobNotices::LinkLost(int link, TextView program) {
-    links_lost_[link] = clock_.Now();
+    const std::string name = ToUtf8(EscapeControls(ShortName(program)));
+    links_gone_[link] = {.gone = clock_.Now(), .program = name, .forgotten = false};
     const std::string number = std::to_string(link);
     notices_.Report("link " + number,
-                    "The monitoring program \"" + ToUtf8(EscapeControls(ShortName(program))) +
-                        "\" on link " + number +
+                    "The monitoring program \"" + name + "\" on link " + number +
                         " is lost: nothing was heard of it for 40 seconds. What it watches is "
                         "watched by nobody; start it again.",
                     "");
 }
 
+void MainJobNotices::LinkForgotten(int link, TextView program) {
+    links_gone_[link] = {.gone = clock_.Now(),
+                         .program = ToUtf8(EscapeControls(ShortName(program))),
+                         .forgotten = true};
+}
+
 void MainJobNotices::LinkGreeted(int link) {
-    if (const auto lost = links_lost_.find(link); lost != links_lost_.end())
+    const auto gone = links_gone_.extract(link);
+    if (!gone.empty())
         notices_.Report("link " + std::to_string(link), "",
                         "A monitoring program has greeted link " + std::to_string(link) +
-                            " again, after " + Since(lost->second, clock_.Now()) + ".");
+                            " again, after " + Since(gone.mapped().gone, clock_.Now()) + ".");
+}
+
+void MainJobNotices::LookAtLinks() {
+    for (auto& [link, at] : links_gone_) {
+        if (!at.forgotten || clock_.Now() - at.gone < kGreetsAgain)
+            continue;
+        at.forgotten = false;
+        const std::string number = std::to_string(link);
+        notices_.Report("link " + number,
+                        "The monitoring program \"" + at.program + "\" on link " + number +
+                            " has not greeted it again since the service began anew with the "
+                            "unit: it is told nothing of the unit and of SMS commands, and nobody "
+                            "would notice its end. Start it again.",
+                        "");
+    }
 }
 
 // ---- every few seconds
@@ -235,6 +258,7 @@ void MainJobNotices::Look(const State& state) {
     LookAtQueue("SMS", state.sms, sms_pushed_out_);
     LookAtQueue("mail", state.mail, mails_pushed_out_);
     LookAtNumbers();
+    LookAtLinks();
     if (refused_ && clock_.Now() - *refused_ >= kRefusedTold)
         notices_.Report("sms command", "", "No SMS command was refused for an hour.");
 }

@@ -67,6 +67,8 @@ class MainJobNotices {
     // ---- the links
 
     void LinkLost(int link, TextView program);
+    // The service has begun anew with the unit: who is on the link must greet it again.
+    void LinkForgotten(int link, TextView program);
     void LinkGreeted(int link);
 
     // ---- every few seconds
@@ -97,6 +99,7 @@ class MainJobNotices {
     void LookAtUnit(const State& state);
     void LookAtQueue(const std::string& name, const Queue& queue, unsigned long& pushed_out);
     void LookAtNumbers();
+    void LookAtLinks();
     std::string Place() const;
     std::string PortsTried() const;
 
@@ -115,7 +118,12 @@ class MainJobNotices {
     std::optional<Duration> weak_since_;
     unsigned long given_up_ = 0; // since an SMS was sent last
     std::optional<Duration> refused_;
-    std::map<int, Duration> links_lost_; // when each was
+    struct Link {
+        Duration gone; // lost or forgotten
+        std::string program;
+        bool forgotten; // and not told
+    };
+    std::map<int, Link> links_gone_;
     std::array<Text, 2> numbers_{};
     unsigned long sms_pushed_out_ = 0;
     unsigned long mails_pushed_out_ = 0;

@@ -62,8 +62,11 @@ void ControlLink::Close() {
 }
 
 void ControlLink::Reset() {
-    for (Link& link : links_)
-        link.LinkState = Link::State::N;
+    for (int i = 0; i < kLinks; ++i) {
+        if (MaySendTo(i)) // a silenced program cannot know
+            parts_.main_job.LinkForgotten(i, links_[i].LinkName);
+        links_[i].LinkState = Link::State::N;
+    }
     ConnectServiceLost.Reset(kLossCheckPeriod);
     HandShake.Reset(kHeartbeatPeriod);
     HandShake.Enable();

@@ -16,6 +16,8 @@ struct Notices : SystemTest {
 TEST_F(Notices, ALostUnitAndOneThatIsNotFound) {
     Set(u"Combo", u"Combo1(6)", u"1");
     StartToReady();
+    Monitor stubborn(clock, network, code_page, {.link = 1, .name = u"X\n", .greet_again = 0s});
+    EXPECT_EQ(stubborn.Start(), "");
     unit.Faults.Instead["SENDSMS1"] = "";
     for (int service : {2, 3, 50})
         monitor.SendEvent({.service = service, .state = 1, .by_mail = false});
@@ -25,12 +27,21 @@ TEST_F(Notices, ALostUnitAndOneThatIsNotFound) {
     ExpectSaid(true, "The unit was lost at COM3 (COM3): its device went away; look whether its "
                      "cable or its adapter was pulled. 3 SMS that waited were dropped. No SMS "
                      "leaves until it is ready again.");
+    clock.RunFor(67s);
+    EXPECT_EQ(said.size(), 1U);
+    clock.RunFor(1s);
+    ExpectSaid(true, "The monitoring program \"X\\n\" on link 1 has not greeted it again since the "
+                     "service began anew with the unit: it is told nothing of the unit and of SMS "
+                     "commands, and nobody would notice its end. Start it again.");
     ports.SetStatus(1, PortStatus::kOk);
-    clock.RunFor(6min);
+    clock.RunFor(5min);
     ExpectSaid(true, "The unit has not been ready for 5 minutes, so no SMS leaves: it was not "
                      "found (COM1 (COM1) no answer; COM2 to COM20 not there). \"tarnexctl doctor\" "
                      "looks at each port and says what to do.");
-    EXPECT_EQ(said.size(), 2U);
+    EXPECT_EQ(said.size(), 3U);
+    stubborn.Greet();
+    clock.RunFor(1s);
+    ExpectSaid(false, "A monitoring program has greeted link 1 again, after 6 min.");
     ports.Plug(3, unit);
     ASSERT_TRUE(RunUntilReady(2min));
     ExpectSaid(false, "The unit is ready again at COM3 (COM3), after 6 min.");
