@@ -10,7 +10,7 @@ namespace tarnex {
 
 namespace {
 
-constexpr int kFormat = 1; // user_version, as kSchema sets it
+constexpr int kFormat = 1; // user_version, as SchemaSql() sets it
 constexpr int kLockWaitMs = 50;
 constexpr int kReaderLockWaitMs = 2000;
 constexpr int kRowsBetweenTrims = 64;
@@ -19,7 +19,12 @@ constexpr std::int64_t kBytesPerMegabyte = 1'000'000;
 // Little memory; no wait for the disk at each change, and little to bring home at once.
 constexpr const char* kConnectionSetup =
     "PRAGMA cache_size = -64; PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 200;";
-constexpr const char* kSchema = R"(
+constexpr const char* kIsWaiting = "fate = '' AND kind IN ('SMS', 'mail')";
+constexpr const char* kIsNotSent =
+    "fate IN ('given up', 'pushed out', 'dropped', 'lost') AND again_as = 0";
+
+std::string SchemaSql() {
+    return std::string(R"(
 PRAGMA auto_vacuum = INCREMENTAL;
 PRAGMA journal_mode = WAL;
 PRAGMA journal_size_limit = 1000000;
@@ -29,17 +34,19 @@ CREATE TABLE IF NOT EXISTS History(
     number TEXT NOT NULL, text TEXT NOT NULL, record TEXT NOT NULL, attempts TEXT NOT NULL,
     fate TEXT NOT NULL, reason TEXT NOT NULL, ended INTEGER NOT NULL, again_of INTEGER NOT NULL,
     again_as INTEGER NOT NULL, maybe_sent INTEGER NOT NULL);
-CREATE INDEX IF NOT EXISTS Waiting ON History(id) WHERE fate = '' AND kind IN ('SMS', 'mail');
-CREATE INDEX IF NOT EXISTS NotSent ON History(id)
-    WHERE fate IN ('given up', 'pushed out', 'dropped', 'lost') AND again_as = 0;
+CREATE INDEX IF NOT EXISTS Waiting ON History(id) WHERE )") +
+           kIsWaiting + R"(;
+CREATE INDEX IF NOT EXISTS NotSent ON History(id) WHERE )" +
+           kIsNotSent + R"(;
 PRAGMA user_version = 1;
 COMMIT;
 )";
-constexpr std::string_view kIsWaiting = "fate = '' AND kind IN ('SMS', 'mail')";
-constexpr std::string_view kIsNotSent =
-    "fate IN ('given up', 'pushed out', 'dropped', 'lost') AND again_as = 0";
-constexpr const char* kTrim = "DELETE FROM History WHERE id IN (SELECT id FROM History WHERE NOT "
-                              "(fate = '' AND kind IN ('SMS', 'mail')) ORDER BY id LIMIT 256)";
+}
+
+std::string TrimSql() {
+    return std::string("DELETE FROM History WHERE id IN (SELECT id FROM History WHERE NOT (") +
+           kIsWaiting + ") ORDER BY id LIMIT 256)";
+}
 
 // clang-format off
 constexpr Explanation kExplanations[] = {
@@ -100,9 +107,9 @@ std::string SqlOf(const HistoryQuery& query) {
     if (query.no_signal)
         sql += " AND kind <> 'signal'";
     if (query.waiting)
-        sql.append(" AND ").append(kIsWaiting);
+        sql += std::string(" AND ") + kIsWaiting;
     if (query.not_sent)
-        sql.append(" AND ").append(kIsNotSent);
+        sql += std::string(" AND ") + kIsNotSent;
     return sql + " ORDER BY id DESC LIMIT ?4";
 }
 
@@ -187,7 +194,7 @@ class HistoryConnection {
             return format == kFormat ? "" : "is no history of this service: name another file";
         if (format == 0)
             LetGroupRead(path);
-        if (!Run(kConnectionSetup) || (format == 0 && !Run(kSchema)))
+        if (!Run(kConnectionSetup) || (format == 0 && !Run(SchemaSql())))
             return Explain();
         begin_ = Persistent("BEGIN IMMEDIATE");
         commit_ = Persistent("COMMIT");
@@ -223,12 +230,12 @@ class HistoryConnection {
         const std::int64_t page = Number("PRAGMA page_size");
         const std::int64_t free = Number("PRAGMA freelist_count");
         const std::int64_t used = Number("PRAGMA page_count") - free;
-        if (used * page > megabytes * kBytesPerMegabyte && Run(kTrim))
+        if (used * page > megabytes * kBytesPerMegabyte && Run(TrimSql()))
             Run("PRAGMA incremental_vacuum(64)");
     }
 
-    bool Run(const char* sql) {
-        return sqlite3_exec(database_.get(), sql, nullptr, nullptr, nullptr) == SQLITE_OK;
+    bool Run(const std::string& sql) {
+        return sqlite3_exec(database_.get(), sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
     }
     // -1 when it cannot be had.
     int Number(const char* sql) {
