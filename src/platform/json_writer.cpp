@@ -2,9 +2,14 @@
 
 #include "platform/text.h"
 
+#include <algorithm>
+
 namespace tarnex {
 
 std::string EscapeJsonControls(std::string_view json) {
+    const auto plain = [](char c) { return (c >= ' ' && c < '\x7F') || c == '\n'; };
+    if (std::ranges::all_of(json, plain)) // as nearly all is; the status is written often
+        return std::string(json);
     Text escaped;
     for (const char16_t c : FromUtf8(json)) {
         if (!IsControl(c) || c == u'\n') {
