@@ -94,7 +94,10 @@ void MakeFolders(const OperatorWorld& world, const fs::path& folder) {
 void KeepOld(const OperatorWorld& world, const std::string& path) {
     std::error_code error;
     const std::string old = path + ".old";
-    fs::copy_file(ToPath(path), ToPath(old), fs::copy_options::overwrite_existing, error);
+    // Over another file not every library copies.
+    fs::remove(ToPath(old), error);
+    if (!error)
+        fs::copy_file(ToPath(path), ToPath(old), error);
     if (error)
         throw CannotWrite(world.words, "copy " + old, error);
 }
