@@ -12,7 +12,7 @@ namespace {
 using Level = PortState::Level;
 
 // Behind these a port is left alone on purpose.
-constexpr std::string_view kNothing[] = {"/dev/null", "NUL"};
+constexpr std::string_view kNothing[] = {"/dev/null", "NUL", R"(\\.\NUL)"};
 
 std::string Described(const std::string& device, const PortLook& look) {
     return device + (look.what.empty() ? "" : " (" + look.what + ")");

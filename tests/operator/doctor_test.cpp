@@ -8,8 +8,8 @@ struct Examination : OperatorTest {
     Examination() {
         for (const char* number : {"alarm-number-1", "alarm-number-2"})
             Run({"settings", "set", number, "13900000001"});
-        Run({"settings", "set", "com1-device", "/dev/unit"});
-        machine.devices["/dev/unit"] = {.there = true, .device = "/dev/ttyUSB0"};
+        Run({"settings", "set", "com1-device", unit});
+        machine.devices[unit] = {.there = true, .device = "/dev/ttyUSB0"};
         status.state.unit.phase = UnitPhase::kReady;
         status.state.unit.signal = 20;
         status.state.unit.version = u"V1";
@@ -22,39 +22,41 @@ struct Examination : OperatorTest {
                   StatusText(status, {.process_id = 4711, .now = 0s, .wall_now = now}));
     }
     ServiceStatus status;
+    const std::string unit = root + "dev/unit";
 };
 
 TEST_F(Examination, SaysOfEachPortWhatToDo) {
     machine.ports = {"/dev/serial/by-id/x"};
     const std::vector<std::pair<PortLook, std::string>> cases{
         {{.there = true, .device = "/d"}, "ok    COM1"},
-        {{.device = "/d"}, "/dev/unit is not there; there are /dev/serial/by-id/x"},
+        {{.device = "/d"}, unit + " is not there; there are /dev/serial/by-id/x"},
         {{.there = true, .device = "/d", .what = "FTDI", .forbidden = "it is for the group root"},
-         "/dev/unit (FTDI) may not be opened by the service: it is for the group root"},
+         unit + " (FTDI) may not be opened by the service: it is for the group root"},
         {{.there = true, .device = "/d", .held_by = "process 812 (minicom)"},
          "is held by process 812 (minicom): end that program"},
-        {{.there = true, .device = "/d", .held_by = "process 4711 (tarnexcomm)"},
-         "/dev/unit, open"},
+        {{.there = true, .device = "/d", .held_by = "process 4711 (tarnexcomm)"}, unit + ", open"},
         {{.there = true, .device = "/d", .probed = true}, "is probed by a modem manager"},
     };
     for (const auto& [look, told] : cases) {
-        machine.devices["/dev/unit"] = look;
+        machine.devices[unit] = look;
         Run({"doctor"});
         EXPECT_TRUE(Says(told)) << told << out.str();
     }
-    Run({"settings", "set", "com2-device", "/dev/same"});
-    machine.devices["/dev/same"] = machine.devices["/dev/unit"];
+    const std::string same = root + "dev/same";
+    Run({"settings", "set", "com2-device", same});
+    machine.devices[same] = machine.devices[unit];
     Run({"doctor"});
-    EXPECT_TRUE(Says("/dev/same is also COM1"));
+    EXPECT_TRUE(Says(same + " is also COM1"));
 
     // The same of the settings, without what passes.
     EXPECT_EQ(Run({"settings", "check"}), 1);
-    EXPECT_TRUE(Says("  /dev/same is also COM1") && !Says("modem manager"));
-    machine.devices["/dev/unit"].forbidden = "it is for the group root";
+    EXPECT_TRUE(Says("  " + same + " is also COM1") && !Says("modem manager"));
+    machine.devices[unit].forbidden = "it is for the group root";
+    const std::string nothing = root == "/" ? "/dev/null" : R"(\\.\NUL)"; // leaves a port alone
     for (const char* setting : {"com2-device", "com3-device"})
-        Run({"settings", "set", setting, "/dev/null"}); // leaves a port alone
+        Run({"settings", "set", setting, nothing});
     EXPECT_EQ(Run({"settings", "check"}), 2);
-    EXPECT_TRUE(Says("com1-device") && !Says("/dev/null"));
+    EXPECT_TRUE(Says("com1-device") && !Says(nothing));
 }
 
 struct OneLoss : HistoryReader {

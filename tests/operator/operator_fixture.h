@@ -63,6 +63,7 @@ class OperatorTest : public testing::Test {
     bool Says(const std::string& part) const { return out.str().find(part) != std::string::npos; }
     bool Warns(const std::string& part) const { return err.str().find(part) != std::string::npos; }
 
+    const std::string root = ToPath("/").is_absolute() ? "/" : "C:/";
     const TempFolder folder;
     const std::string settings = folder / "Tarnex.ini";
     std::ostringstream out;
