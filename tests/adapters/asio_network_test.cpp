@@ -6,7 +6,9 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#ifndef _WIN32
 #include <sys/resource.h>
+#endif
 
 namespace tarnex {
 namespace {
@@ -50,9 +52,11 @@ TEST_F(AsioDatagram, OneIsHandledATurnAndOnlyWhatTheKernelCannotHoldIsLost) {
     EXPECT_LE(seen_between, 2u);
     EXPECT_EQ(lost, 0u);
 
+#ifndef _WIN32        // which does not count them
     Send(400, large); // 24 MB
     ASSERT_TRUE(RunUntil(loop, [&] { return received.size() + lost == 440; }));
     EXPECT_GT(lost, 0u);
+#endif
 }
 
 TEST_F(AsioDatagram, WhatCannotBeSentOrBoundIsRefused) {
@@ -100,6 +104,7 @@ TEST(AsioTcp, AFailureIsToldOnceInWords) {
     client->Connect(std::string(70, 'x') + ".invalid", 25); // a label too long for any name
     ASSERT_TRUE(RunUntil(loop, [&] { return ends.size() == 2; }));
     EXPECT_NE(ends[1].why, "");
+#ifndef _WIN32 // where sockets do not end so soon
     rlimit files{};
     getrlimit(RLIMIT_NOFILE, &files);
     const rlimit none{.rlim_cur = 0, .rlim_max = files.rlim_max};
@@ -110,6 +115,7 @@ TEST(AsioTcp, AFailureIsToldOnceInWords) {
     setrlimit(RLIMIT_NOFILE, &files);
     EXPECT_EQ(ends[2].why, "no socket for the connection: too many open files");
     EXPECT_TRUE(ends[2].own_machine);
+#endif
 }
 
 } // namespace

@@ -2,8 +2,6 @@
 #include "simulator/simulated_stores.h"
 #include "tests/temp_folder.h"
 
-#include <fstream>
-
 #include <gtest/gtest.h>
 
 namespace tarnex {
@@ -78,17 +76,19 @@ struct HistoryFile : testing::Test {
 };
 
 TEST_F(HistoryFile, ADamagedOrNewerOneIsToldAndAnotherIsMadeWhenItIsGone) {
-    std::ofstream(path) << std::string(5000, 'x');
+    WriteFile(path, std::string(5000, 'x'));
     EXPECT_EQ(history.Store({Sms(1)}),
               "The history " + path +
                   " is damaged: move it away, and the service makes a new one.");
-    std::filesystem::remove(path);
+    std::filesystem::remove(ToPath(path));
     EXPECT_EQ(history.Store({Sms(1)}), "");
-    std::filesystem::remove(path); // while it is in use
+#ifndef _WIN32 // where nobody can remove a file that is open, and files have no modes
+    std::filesystem::remove(path);
     EXPECT_EQ(history.Store({Sms(2)}), "");
     EXPECT_EQ(Ids(history, {}), std::vector<std::int64_t>{2});
     using std::filesystem::perms;
     EXPECT_EQ(std::filesystem::status(path + "-wal").permissions() & perms::all, perms(0640));
+#endif
     auto reader = OpenSqliteHistory(path); // beside the writer
     ASSERT_TRUE(reader);
     EXPECT_EQ((*(*reader)->Rows({})).size(), 1u);
@@ -107,7 +107,7 @@ TEST_F(HistoryFile, KeepsToItsSize) {
         }
         ASSERT_EQ(history.Store(changes), "");
     }
-    EXPECT_LT(std::filesystem::file_size(path), 1'600'000u);
+    EXPECT_LT(std::filesystem::file_size(ToPath(path)), 1'600'000u);
     EXPECT_EQ(Ids(history, {.waiting = true}), std::vector<std::int64_t>{1}); // it stays
     EXPECT_EQ(Ids(history, {.last = 1}), std::vector<std::int64_t>{row.id - 1});
 }
