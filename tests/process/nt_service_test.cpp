@@ -12,7 +12,7 @@
 namespace tarnex {
 namespace {
 
-constexpr DWORD kPatience = 20'000; // ms
+constexpr DWORD kPatience = 120'000; // ms; nothing takes so long but a failure
 
 struct CloseService {
     void operator()(SC_HANDLE handle) const { CloseServiceHandle(handle); }

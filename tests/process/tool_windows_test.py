@@ -35,7 +35,8 @@ class ToolWindowsTest(unittest.TestCase):
         return screen
 
     def start(self, name):
-        return self.site.start(name, cwd=self.site.folder)
+        """As the start menu does."""
+        return self.site.start(name + ".exe" if harness.windows else name, cwd=self.site.folder)
 
     def make_firmware(self, name, size=4096):
         self.site.path(name).write_text(program("TARNEX-SIM 2.0", size))
