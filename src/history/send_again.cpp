@@ -21,8 +21,13 @@ std::string Messages(long sms, long mails) {
     return std::to_string(sms) + " SMS" + (mails == 0 ? "" : " and " + mail_part);
 }
 
-bool AttemptOpen(const HistoryRow& row) {
-    return !row.attempts.empty() && row.attempts.back() != '\n';
+bool MaybeSent(const HistoryRow& row) {
+    return (!row.attempts.empty() && row.attempts.back() != '\n') ||
+           row.attempts.find(" SendLost\n") != row.attempts.npos;
+}
+
+bool MaybeSent(const LedgerEntry& entry) {
+    return entry.attempt_open || std::ranges::count(entry.results, u"SendLost") > 0;
 }
 
 } // namespace
@@ -42,13 +47,11 @@ void SendAgain::OnFate(MessageId id, const LedgerEntry& entry, Fate fate) {
                  .text = entry.text,
                  .origin = {.record = entry.origin.record,
                             .again_of = id,
-                            .maybe_sent = entry.origin.maybe_sent + entry.attempt_open},
+                            .maybe_sent = entry.origin.maybe_sent + MaybeSent(entry)},
                  .at = parts_.writer.Now()};
-    const bool none_taken =
-        std::ranges::all_of(entry.results, [](const Text& result) { return result == kFailed; });
     if (fate == Fate::kSent) {
         not_taken_.clear();
-    } else if (fate == Fate::kGivenUp && none_taken) {
+    } else if (fate == Fate::kGivenUp && entry.results.back() == kFailed) {
         losses_ = parts_.unit.Losses();
         not_taken_.push_back(std::move(message));
     } else if (fate == Fate::kDropped) {
@@ -73,7 +76,7 @@ SendAgain::Lost SendAgain::LostOf(const HistoryRow& row) {
             .text = FromUtf8(row.text),
             .origin = {.record = FromUtf8(row.record),
                        .again_of = id,
-                       .maybe_sent = int(row.maybe_sent) + AttemptOpen(row)},
+                       .maybe_sent = int(row.maybe_sent) + MaybeSent(row)},
             .at = row.ended};
 }
 

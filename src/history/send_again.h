@@ -12,8 +12,8 @@ namespace tarnex {
 // or that were lost with the end of the service, within an hour and where the settings want it; and
 // those that an operator names. A message that may have been sent is sent again once at most.
 //
-// An SMS that is given up, since the unit takes none, counts as dropped if the unit turns out to be
-// lost before another SMS is sent.
+// An SMS that is given up when the unit takes none any more counts as dropped if the unit turns out
+// to be lost before another SMS is sent.
 class SendAgain {
   public:
     struct Parts {

@@ -56,12 +56,16 @@ TEST_F(Fates, APulledAdapterAndASilentUnitLoseNothing) {
     clock.RunFor(2min);
     ports.Plug(3, unit);
     ExpectAllSent(5, 1);
-    unit.Faults.Silent = true;
+    unit.Outcome = SmsOutcome::kLost;
     for (int i = 5; i < 10; ++i)
         Alarm(i);
+    clock.RunFor(9s);
+    unit.Faults.Silent = true; // who knows what has become of that one
     clock.RunFor(150s);
+    unit.Outcome = SmsOutcome::kSent;
     unit.Faults.Silent = false;
     ExpectAllSent(10, 2);
+    EXPECT_EQ(Times(5), 2);
 }
 
 TEST_F(Fates, SixKillsLoseNothingAndAreTold) {
