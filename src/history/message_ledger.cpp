@@ -68,6 +68,13 @@ void MessageLedger::EndAll(Fate fate) {
         Ended(waiting_.begin()->first, fate);
 }
 
+// In the row of one, which is the sign for all.
+void MessageLedger::StillWaiting() {
+    if (!waiting_.empty())
+        writer_.Put(HistoryEnd{
+            .id = std::int64_t(waiting_.begin()->first), .fate = "", .at = writer_.Now()});
+}
+
 void MessageLedger::Note(const std::string& kind, const std::string& text) {
     writer_.Put(
         HistoryRow{.id = std::int64_t(++last_), .at = writer_.Now(), .kind = kind, .text = text});

@@ -40,6 +40,8 @@ class MessageLedger : public MessageObserver {
     void Ended(MessageId id, Fate fate) override;
     // Of everything that waits.
     void EndAll(Fate fate);
+    // For a start after a crash: messages wait still. To be called now and then.
+    void StillWaiting();
     // A row that is no message.
     void Note(const std::string& kind, const std::string& text);
 

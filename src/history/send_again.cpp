@@ -111,31 +111,47 @@ void SendAgain::FillQueue() {
     }
 }
 
-std::vector<HistoryRow> SendAgain::Read(const HistoryQuery& query) {
-    auto rows = parts_.history.Rows(query);
-    return rows ? std::move(*rows) : std::vector<HistoryRow>();
-}
-
 void SendAgain::Start() {
     started_ = true;
     auto newest = parts_.history.Rows({.last = 1});
     if (!newest) // the ids in use are not known: the time is none of them
-        parts_.ledger.CountFrom(MessageId(parts_.writer.Now()));
+        last_earlier_ = parts_.writer.Now();
     else if (!(*newest).empty())
-        parts_.ledger.CountFrom(MessageId((*newest).back().id));
-    CloseLeftOver();
+        last_earlier_ = (*newest).back().id;
+    parts_.ledger.CountFrom(MessageId(last_earlier_));
+    LookBack();
+}
+
+void SendAgain::LookBack() {
+    if (!started_ || looked_back_)
+        return;
+    auto waiting = parts_.history.Rows({.waiting = true});
+    if (!waiting)
+        return;
+    looked_back_ = true;
+    CloseLeftOver(Earlier(std::move(waiting)));
     if (parts_.settings.SendAgain)
         TakeRecent();
 }
 
-void SendAgain::CloseLeftOver() {
-    const std::vector<HistoryRow> rows = Read({.waiting = true});
+// Without the rows since this start.
+std::vector<HistoryRow> SendAgain::Earlier(Result<std::vector<HistoryRow>> rows) const {
+    if (!rows)
+        return {};
+    std::erase_if(*rows, [this](const HistoryRow& row) { return row.id > last_earlier_; });
+    return std::move(*rows);
+}
+
+void SendAgain::CloseLeftOver(const std::vector<HistoryRow>& rows) {
     if (rows.empty())
         return;
-    const std::int64_t last_sign = Read({.last = 1}).back().at; // of the service that ended
+    std::int64_t last_sign = 0; // of the service that ended
+    for (const HistoryRow& newest : Earlier(parts_.history.Rows({.last = 1})))
+        last_sign = newest.at;
     for (const HistoryRow& row : rows)
-        parts_.writer.Put(HistoryEnd{
-            .id = row.id, .fate = FateWord(Fate::kLost), .at = std::max(last_sign, row.at)});
+        last_sign = std::max({last_sign, row.at, row.ended});
+    for (const HistoryRow& row : rows)
+        parts_.writer.Put(HistoryEnd{.id = row.id, .fate = FateWord(Fate::kLost), .at = last_sign});
     parts_.writer.Flush();
     const auto sms = std::ranges::count(rows, "SMS", &HistoryRow::kind);
     parts_.say(
@@ -147,7 +163,8 @@ void SendAgain::CloseLeftOver() {
 }
 
 void SendAgain::TakeRecent() {
-    for (const HistoryRow& row : Read({.not_sent = true, .last = kMostRows})) {
+    for (const HistoryRow& row :
+         Earlier(parts_.history.Rows({.not_sent = true, .last = kMostRows}))) {
         const bool lost = row.fate == FateWord(Fate::kLost) ||
                           (row.fate == FateWord(Fate::kDropped) && row.kind == "SMS");
         if (lost && parts_.writer.Now() - row.ended <= kNotOlder)
@@ -172,16 +189,19 @@ void SendAgain::Stop() {
 }
 
 std::string SendAgain::QueueNamed(std::int64_t id) {
-    const std::vector<HistoryRow> rows = Read({.id = id});
-    if (rows.empty() || (rows[0].kind != "SMS" && rows[0].kind != "mail"))
+    auto rows = parts_.history.Rows({.id = id});
+    if (!rows)
+        return "stays as it is. " + rows.TroubleText();
+    if ((*rows).empty() || ((*rows)[0].kind != "SMS" && (*rows)[0].kind != "mail"))
         return "is no message of the history";
-    if (rows[0].fate.empty())
+    const HistoryRow& row = (*rows)[0];
+    if (row.fate.empty())
         return "waits to be sent";
-    if (rows[0].again_as != 0)
-        return "was sent again as " + std::to_string(rows[0].again_as);
-    if (rows[0].kind == "SMS" && parts_.queue.Length() >= kSMSFifoSize)
+    if (row.again_as != 0)
+        return "was sent again as " + std::to_string(row.again_as);
+    if (row.kind == "SMS" && parts_.queue.Length() >= kSMSFifoSize)
         return "stays as it is: the queue is full";
-    Lost message = LostOf(rows[0]);
+    Lost message = LostOf(row);
     std::erase_if(sms_, [id](const Lost& lost) { return std::int64_t(lost.id) == id; });
     message.origin.maybe_sent = 0; // somebody has decided it
     Queue(message);
@@ -209,10 +229,15 @@ std::string SendAgain::Answer(std::string_view request) {
 
 std::string SendAgain::Resend(const std::vector<std::int64_t>& ids) {
     parts_.writer.Flush();
+    LookBack();
     std::vector<std::int64_t> wanted = ids;
-    if (wanted.empty())
-        for (const HistoryRow& row : Read({.not_sent = true, .last = kMostRows}))
+    if (wanted.empty()) {
+        auto rows = parts_.history.Rows({.not_sent = true, .last = kMostRows});
+        if (!rows)
+            return rows.TroubleText() + "\n";
+        for (const HistoryRow& row : *rows)
             wanted.push_back(row.id);
+    }
     std::string answer;
     for (const std::int64_t id : wanted) {
         const std::string why_not = QueueNamed(id);

@@ -29,9 +29,11 @@ class SendAgain {
     // The parts must outlive it.
     explicit SendAgain(Parts parts);
 
-    // The service begins, with its settings loaded: what waited when it ended without a word is
-    // lost, and an operator is told.
+    // The service begins, with its settings loaded.
     void Start();
+    // What waited when the service before ended without a word is lost, and an operator is told. To
+    // be called until the history can be read; does nothing from then on.
+    void LookBack();
     // The service ends: so is what waits now. Harmless before Start() and a second time.
     void Stop();
     // The SMS queue looks for its next entry: fills it as far as it has room.
@@ -54,8 +56,8 @@ class SendAgain {
     void Take(Lost message);
     void TakeNotTaken();
     void Queue(const Lost& message);
-    std::vector<HistoryRow> Read(const HistoryQuery& query);
-    void CloseLeftOver();
+    std::vector<HistoryRow> Earlier(Result<std::vector<HistoryRow>> rows) const;
+    void CloseLeftOver(const std::vector<HistoryRow>& rows);
     void TakeRecent();
     std::string Resend(const std::vector<std::int64_t>& ids);
     // "", or why it is not queued again.
@@ -63,7 +65,9 @@ class SendAgain {
 
     Parts parts_;
     bool started_ = false;
-    std::deque<Lost> sms_; // oldest first
+    bool looked_back_ = false;
+    std::int64_t last_earlier_ = 0; // no row of the service before is behind it
+    std::deque<Lost> sms_;          // oldest first
     // Given up, and no SMS was sent since.
     std::deque<Lost> not_taken_;
     unsigned losses_ = 0; // of the unit, when they were given up

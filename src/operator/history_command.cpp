@@ -13,6 +13,7 @@ namespace {
 
 constexpr Duration kPollPeriod = 1s;
 constexpr int kUsualRows = 20;
+constexpr std::size_t kMostIdsAtOnce = 200; // the service does nothing else meanwhile
 
 using std::chrono::system_clock;
 
@@ -135,7 +136,7 @@ std::string JsonOf(const OperatorWorld& world, const HistoryRow& row) {
         json["record"] = text_or_null(row.record);
         json["fate"] = row.fate.empty() ? "waits" : row.fate;
         json["reason"] = text_or_null(row.reason);
-        json["ended_at"] = IsoTime(world, row.ended);
+        json["ended_at"] = IsoTime(world, row.fate.empty() ? 0 : row.ended);
         json["attempts"] = AttemptsOf(world, row);
         json["again_of"] = id_or_null(row.again_of);
         json["again_as"] = id_or_null(row.again_as);
@@ -198,14 +199,22 @@ ExitStatus Resend(OperatorWorld& world, const std::vector<std::int64_t>& ids, bo
     if (ids.empty() != not_sent)
         throw Failure(kExitUsage, "name messages by the ids that \"tarnexctl history\" shows, or "
                                   "all that were not sent by --unsent");
-    std::string request = "resend";
-    for (const std::int64_t id : ids)
-        request += " " + std::to_string(id);
-    auto answer = world.ask_service(request);
-    if (!answer)
-        throw Failure(kExitUnavailable, answer.TroubleText());
-    world.out << *answer << std::flush;
-    return kExitDone;
+    bool all_queued = true;
+    std::size_t asked = 0;
+    do {
+        std::string request = "resend";
+        const std::size_t end = std::min(ids.size(), asked + kMostIdsAtOnce);
+        for (; asked < end; ++asked)
+            request += " " + std::to_string(ids[asked]);
+        auto answer = world.ask_service(request);
+        if (!answer)
+            throw Failure(kExitUnavailable, answer.TroubleText());
+        world.out << *answer << std::flush;
+        std::istringstream lines(*answer);
+        for (std::string line; std::getline(lines, line);)
+            all_queued &= line.ends_with("is queued again") || line.starts_with("nothing is left");
+    } while (asked < ids.size());
+    return all_queued ? kExitDone : kExitFailed;
 }
 
 } // namespace tarnex

@@ -22,7 +22,7 @@ struct HistoryRow {
     std::string attempts{};      // a line each, "<time> <result>"; without its end while it lasts
     std::string fate{};          // "" while it waits, and where there is none
     std::string reason{};        // of what was held back
-    std::int64_t ended = 0;      // when it got its fate
+    std::int64_t ended = 0;      // when it got its fate; while it waits, when it was seen to
     std::int64_t again_of = 0;   // the message that it sends again; 0 for none
     std::int64_t again_as = 0;   // the message that sends it again; 0 for none
     std::int64_t maybe_sent = 0; // how often it may have been sent before it was queued

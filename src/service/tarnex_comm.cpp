@@ -29,6 +29,7 @@ TarnexComm::TarnexComm(World world)
       AutoReloadSettingsTimer_(parts_.world.clock, kReloadPeriod, [this] {
           LoadSettings();
           LookAtMainJob();
+          parts_.again.LookBack();
       }) {
     for (Timer* timer : {&parts_.link.HandShake, &parts_.link.ConnectServiceLost,
                          &parts_.cycle.mCheckTimer, &parts_.queue.mSMSSendTimer,

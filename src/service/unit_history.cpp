@@ -4,7 +4,7 @@ namespace tarnex {
 
 namespace {
 
-constexpr Duration kSignalPeriod = 10min;
+constexpr Duration kPeriod = 10min;
 
 const char* StateOf(const UnitState& unit, const Settings& settings) {
     if (unit.UnitReady)
@@ -23,8 +23,12 @@ void UnitHistory::Look() {
         ledger_.Note("unit", state);
     }
     if (unit_.UnitReady && unit_.UnitSignalValue > 0 && clock_.Now() >= next_signal_) {
-        next_signal_ = clock_.Now() + kSignalPeriod;
+        next_signal_ = clock_.Now() + kPeriod;
         ledger_.Note("signal", std::to_string(unit_.UnitSignalValue));
+    }
+    if (clock_.Now() >= next_sign_) {
+        next_sign_ = clock_.Now() + kPeriod;
+        ledger_.StillWaiting();
     }
 }
 

@@ -6,7 +6,8 @@
 
 namespace tarnex {
 
-// Notes in the history when the unit is found, ready or lost, and how its signal was.
+// Notes in the history when the unit is found, ready or lost, how its signal was, and that messages
+// wait.
 class UnitHistory {
   public:
     // All must outlive it.
@@ -24,6 +25,7 @@ class UnitHistory {
     MessageLedger& ledger_;
     const char* state_ = "";
     Duration next_signal_{};
+    Duration next_sign_{};
 };
 
 } // namespace tarnex

@@ -165,7 +165,9 @@ class Control(unittest.TestCase):
         fates = ["lost"] * 3 + ["sent"] * 3
         harness.wait_until(lambda: [row["fate"] for row in messages()] == fates, "the fates of all")
         sent = str(messages()[3]["id"])
-        self.assertEqual(site.ctl("resend", sent), f"{sent} is queued again\n")
+        answers = site.run("resend", sent, *["9" * 18] * 5000)
+        self.assertEqual(answers.stdout.splitlines()[0], f"{sent} is queued again")
+        self.assertEqual((answers.returncode, answers.stdout.count(" is no message")), (1, 5000))
         unit.wait_for("nr0.", 2)
         self.assertEqual(service.stop(), 0)
         self.fails(69, "it does not run", site.run("resend", "--unsent"))

@@ -106,6 +106,22 @@ TEST_F(Fates, WithoutTheSettingOrAfterAnHourALossIsFinal) {
     EXPECT_EQ(Times(0), 1);
 }
 
+TEST_F(Fates, WhatWaitedForHoursIsLostWithTheServiceOnceTheHistoryCanBeRead) {
+    StartToReady();
+    ports.Unplug(3);
+    clock.RunFor(1min);
+    Alarm(0);
+    clock.RunFor(70min);
+    history.Problem = "The history is locked.";
+    Kill();
+    clock.RunFor(1min);
+    EXPECT_EQ(service->Answer("resend"), "The history is locked.\n");
+    history.Problem.clear();
+    ports.Plug(3, unit);
+    ExpectAllSent(1, 0);
+    EXPECT_EQ(Rows("lost"), 1u);
+}
+
 TEST_F(Fates, AHistoryThatFailsCostsNoMessage) {
     history.Problem = "The history is full.";
     StartToReady();
