@@ -27,7 +27,7 @@ struct Metric {
 // clang-format off
 constexpr Metric kMetrics[] = {
     {"start_time_seconds",              "gauge",   "When the service started, in seconds since 1970.",                  "/started_at",  ""},
-    {"status_written_time_seconds",     "gauge",   "When the state last changed, in seconds since 1970.",               "/written_at",  ""},
+    {"status_written_time_seconds",     "gauge",   "When the service last wrote its state, in seconds since 1970.",     "/written_at",  ""},
     {"debug_mode",                      "gauge",   "1 while debug mode is on.",                                         "/debug_mode",  ""},
     {"unit_state_since_time_seconds",   "gauge",   "When the state of the unit last changed, in seconds since 1970.",   "/unit/state_since", ""},
     {"unit_signal",                     "gauge",   "Last signal reading of the connected unit.",                        "/unit/signal", ""},

@@ -67,7 +67,7 @@ class StatusPage {
     void Service() {
         Row("Service", "running for " + Age(s_.at("started_at")) + ", process " +
                            Number(s_.at("pid")) + ", version " + Or(s_.at("program_version"), "?"));
-        More("last change " + Age(s_.at("written_at")) + " ago; settings in " +
+        More("last word " + Age(s_.at("written_at")) + " ago; settings in " +
                  Or(s_.at("settings_file"), "?"),
              Colour::kFaint);
         if (s_.at("debug_mode").get<bool>())

@@ -16,6 +16,8 @@ constexpr int kFormat = 2;
 constexpr std::uintmax_t kLongest = 1 << 20;
 constexpr int kDeepest = 16;
 
+constexpr long long kLongSilent = 180; // s; a service that runs writes every minute
+
 Json Parse(const std::string& path) {
     std::error_code error;
     const bool too_long = std::filesystem::file_size(ToPath(path), error) > kLongest;
@@ -59,6 +61,14 @@ StatusReading ReadStatusFile(const OperatorWorld& world) {
     state.status = Parse(world.status_path);
     const long process = state.status.at("pid").get<long>();
     state.running = world.is_service(process) && state.status.at("ended_at").is_null();
+    if (state.running && state.SecondsSince(state.status.at("written_at")) > kLongSilent)
+        state.status.at("troubles")
+            .push_back(
+                {{"topic", "service"},
+                 {"level", "error"},
+                 {"text",
+                  "The service hangs: it has not written its status for 3 minutes. Restart it: " +
+                      world.words.restart_service}});
     if (!state.running)
         state.absence = WhyAbsent(world, state.status);
     return state;

@@ -5,6 +5,7 @@ namespace tarnex {
 namespace {
 
 constexpr Duration kShortestPause = 1s; // between two texts
+constexpr Duration kLongestPause = 1min;
 
 } // namespace
 
@@ -26,7 +27,8 @@ void StatusReport::Look() {
     const ServiceStatus status = Collect();
     const bool changed = !written_ || status.state != written_->state;
     const bool traffic_changed = !written_ || status.traffic != written_->traffic;
-    if (Due() && (changed || traffic_changed)) {
+    const bool silent = parts_.world.clock.Now() >= next_write_ - kShortestPause + kLongestPause;
+    if (silent || (Due() && (changed || traffic_changed))) {
         Write(status);
     } else if (changed) {
         // Traffic alone waits for whatever wakes the loop next.

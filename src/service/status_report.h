@@ -6,7 +6,9 @@
 namespace tarnex {
 
 // Keeps the status text up to date in its sink, for other programs. It looks for changes, so that
-// no part has to tell of its own, and never wakes the loop while nothing changes.
+// no part has to tell of its own, and never wakes the loop while nothing changes. When something
+// else wakes the loop the text is never older than a minute, so that an old one tells of a service
+// that hangs.
 class StatusReport {
   public:
     // The parts must outlive the report. Without a sink in their world nobody wants to know.

@@ -52,7 +52,7 @@ TEST_F(StatusCommands, ShowsEveryPart) {
     Put();
     const std::string text = Output({"status", "--long"});
     for (const char* part :
-         {"running for 3 h, process 4711", "last change 5 s ago", "ready\n", "for 2 h 50 min",
+         {"running for 3 h, process 4711", "last word 5 s ago", "ready\n", "for 2 h 50 min",
           "port COM5, /dev/ttyUSB0", "signal 17, level 4 of 5", "serial number 7\"8",
           "11 of 11 start-up steps done\n",
           "0  port 7840  监控\\x1B[31m\\u202E at 127.0.0.1:4000, heard 12 s ago; 1 datagram lost",
@@ -111,6 +111,9 @@ TEST_F(StatusCommands, IsShortOnATerminalAndOneLineForMonitoring) {
     EXPECT_TRUE(checked(1).starts_with("WARNING: unit ready, signal 17; A row / is lost. | "));
     status.state.troubles[0].level = NoticeLevel::kError;
     EXPECT_TRUE(checked(2).starts_with("CRITICAL: "));
+    now += 3min;
+    EXPECT_EQ(Run({"status", "--check"}), 2);
+    EXPECT_TRUE(Says("; The service hangs: ")) << out.str();
     service_process = 1;
     EXPECT_TRUE(checked(2).starts_with("CRITICAL: the service does not run"));
     WriteFile(world.status_path, "{}");
