@@ -6,6 +6,7 @@
 #include "adapters/system/status_file.h"
 #include "platform/error_words.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <deque>
@@ -25,10 +26,13 @@ namespace {
 constexpr mode_t kMode = 0660;
 constexpr int kMostAskers = 8; // at a time; the one that has waited longest goes
 constexpr std::size_t kLongest = 65536;
+constexpr std::size_t kLongestRequest = 8192; // its answer takes no longer than the loop may wait
 constexpr timeval kPatience{.tv_sec = 5, .tv_usec = 0};
 constexpr int kType = SOCK_SEQPACKET | SOCK_CLOEXEC;
 
 std::string Words(int error) {
+    if (error == EAGAIN) // the patience is at its end
+        return "it does not answer";
     return WordsFor(std::error_code(error, std::generic_category())).english;
 }
 
@@ -73,11 +77,12 @@ struct RequestSocket::State {
     }
 
     void Serve(int descriptor) {
-        std::string request(kLongest, '\0');
-        const ssize_t size = recv(descriptor, request.data(), request.size(), 0);
+        std::string request(kLongestRequest, '\0');
+        const ssize_t size = recv(descriptor, request.data(), request.size(), MSG_TRUNC);
         if (size > 0) {
-            request.resize(std::size_t(size));
-            const std::string reply = answer(request);
+            request.resize(std::min(std::size_t(size), kLongestRequest));
+            const std::string reply =
+                std::size_t(size) > kLongestRequest ? "the request is too long\n" : answer(request);
             std::ignore = send(descriptor, reply.data(), reply.size(), MSG_NOSIGNAL);
         }
         std::erase_if(
@@ -127,9 +132,10 @@ Result<std::string> AskService(const std::string& path, const std::string& reque
     setsockopt(socket.Get(), SOL_SOCKET, SO_RCVTIMEO, &kPatience, sizeof kPatience);
     setsockopt(socket.Get(), SOL_SOCKET, SO_SNDTIMEO, &kPatience, sizeof kPatience);
     if (!socket || connect(socket.Get(), Plain(*address), sizeof *address) != 0)
-        return trouble(errno == ENOENT || errno == ECONNREFUSED
-                           ? "it does not run"
-                           : Words(errno) + ": run this as root or as the user of the service");
+        return trouble(errno == ENOENT || errno == ECONNREFUSED ? "it does not run"
+                       : errno == EACCES
+                           ? Words(errno) + ": run this as root or as the user of the service"
+                           : Words(errno));
     std::string answer(kLongest, '\0');
     if (send(socket.Get(), request.data(), request.size(), MSG_NOSIGNAL) < 0)
         return trouble(Words(errno));
