@@ -3,6 +3,7 @@
 #include "operator/json_output.h"
 #include "operator/settings_file.h"
 #include "operator/text_output.h"
+#include "platform/file_path.h"
 
 #include <array>
 #include <ostream>
@@ -135,7 +136,7 @@ class Tail {
 ExitStatus LogCreate(OperatorWorld& world, const std::string& path, const std::string& schema) {
     const std::string file = PathOf(world, path);
     const std::string sql =
-        ReadSchema(world, schema.empty() ? world.data_folder + "/log-schema.sql" : schema);
+        ReadSchema(world, schema.empty() ? FileIn(world.data_folder, "log-schema.sql") : schema);
     const auto acting = ActForOwner(world, file, NamedIn(world, path));
     const std::string problem = world.logs.Create(file, sql);
     if (!problem.empty())

@@ -163,12 +163,12 @@ void SayWhatIsNext(const OperatorWorld& world) {
 
 ExitStatus Setup(OperatorWorld& world, const SetupOptions& options) {
     const std::string& path = world.settings_path;
-    const std::string sample_path = world.data_folder + "/Tarnex.ini.sample";
+    const std::string sample_path = FileIn(world.data_folder, "Tarnex.ini.sample");
     const std::string sample = ReadData(world, sample_path);
     const bool replace = options.force || (Exists(path) && StillTheSample(world, sample_path));
     if (Exists(path) && !replace)
         RefuseToOverwrite(path);
-    const std::string schema = ReadData(world, world.data_folder + "/log-schema.sql");
+    const std::string schema = ReadData(world, FileIn(world.data_folder, "log-schema.sql"));
     const std::string log_path =
         options.log_path.empty()
             ? FromPath(fs::absolute(ToPath(path)).parent_path().parent_path() / "log.db")

@@ -16,4 +16,9 @@ inline std::string FromPath(const std::filesystem::path& path) {
     return {utf8.begin(), utf8.end()};
 }
 
+// A file below a folder, in the system's one way to write it.
+inline std::string FileIn(std::string_view folder, std::string_view file) {
+    return FromPath((ToPath(folder) / ToPath(file)).make_preferred());
+}
+
 } // namespace tarnex

@@ -31,7 +31,8 @@ namespace {
 // Beside the folder of the program, wherever that was installed.
 std::string DataFolder() {
     const std::filesystem::path program = tarnex::ToPath(tarnex::ThisProgram());
-    return tarnex::FromPath(program.parent_path().parent_path() / "share/tarnexcomm");
+    return tarnex::FileIn(tarnex::FromPath(program.parent_path().parent_path()),
+                          "share/tarnexcomm");
 }
 
 std::unique_ptr<tarnex::CodePage> MakeCodePage(const std::string& name) {
@@ -41,7 +42,7 @@ std::unique_ptr<tarnex::CodePage> MakeCodePage(const std::string& name) {
 
 std::string LockPath(const tarnex::SystemWords& words) {
     const std::string path = tarnex::Environment("TARNEXCOMM_LOCK");
-    return path.empty() ? words.runtime_folder + "/lock" : path;
+    return path.empty() ? tarnex::FileIn(words.runtime_folder, "lock") : path;
 }
 
 tarnex::Result<std::string> GreetingOf(const std::string& host, std::uint16_t port) {

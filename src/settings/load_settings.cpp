@@ -1,6 +1,7 @@
 #include "settings/load_settings.h"
 
 #include "platform/error_words.h"
+#include "platform/file_path.h"
 #include "settings/setting_table.h"
 
 #include <algorithm>
@@ -64,7 +65,7 @@ std::string ReadingAdvice(std::error_code problem, const std::string& for_rights
 }
 
 std::string SettingsPath(const std::string& windir, const SystemWords& words) {
-    return (windir.empty() ? words.data_folder : windir) + "/system/Tarnex.ini";
+    return FileIn(windir.empty() ? words.data_folder : windir, "system/Tarnex.ini");
 }
 
 } // namespace tarnex

@@ -3,6 +3,7 @@
 #include "adapters/system/environment.h"
 #include "adapters/system/replace_file.h"
 #include "adapters/system/this_system.h"
+#include "platform/file_path.h"
 
 namespace tarnex {
 
@@ -11,7 +12,7 @@ std::string StatusFilePath() {
         return path;
     const std::string folders = Environment("RUNTIME_DIRECTORY"); // several are parted by ":"
     const std::string folder = folders.substr(0, folders.find(':'));
-    return (folder.empty() ? WordsOfThisSystem().runtime_folder : folder) + "/status.json";
+    return FileIn(folder.empty() ? WordsOfThisSystem().runtime_folder : folder, "status.json");
 }
 
 bool StatusFile::Possible() const {
