@@ -147,7 +147,7 @@ Section
     !insertmacro Link tarnex-flasher.com tarnexcomm.exe
 
     CreateDirectory "${MENU}"
-    !insertmacro Elevated "Set up" "$SYSDIR\cmd.exe" '/k ""$INSTDIR\bin\tarnexctl.exe" setup --log-database "${DATA}\log.db""'
+    !insertmacro Elevated "Set up" "$SYSDIR\cmd.exe" '/k ""$INSTDIR\bin\tarnexctl.exe" setup"'
     !insertmacro Elevated "Console" "$INSTDIR\bin\tarnex-console.exe" ""
     !insertmacro Elevated "Firmware" "$INSTDIR\bin\tarnex-flasher.exe" ""
     !insertmacro Elevated "TarnexComm prompt" "$SYSDIR\cmd.exe" '/k "set "PATH=%PATH%;$INSTDIR\bin""'

@@ -279,7 +279,7 @@ void CommandLine::AddSetup() {
                 PromptOf(question, world_.words) +
                     (question.secret ? ", in the first line of a file" : ""))
             ->type_name(question.secret ? "FILE" : "ANSWER");
-    setup->add_option("--log-database", setup_.log_path, "log database (log.db beside \"system\")")
+    setup->add_option("--log-database", setup_.log_path, "log database (log.db beside the history)")
         ->type_name("FILE");
     setup->add_flag("--force", setup_.force, "write over existing settings; they stay as .old");
 }

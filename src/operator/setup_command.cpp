@@ -19,7 +19,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kEncoding = "GBK"; // of the sample
-constexpr int kCommandColumn = 38;       // of the list of what to do next
 
 std::string ReadData(const OperatorWorld& world, const std::string& path) {
     if (const std::error_code problem = ReadingProblem(path))
@@ -150,13 +149,17 @@ void SayWhatIsNext(const OperatorWorld& world) {
     const SettingsFile file(world);
     for (const Finding& finding : CheckSettingsHere(world, file))
         world.out << "note: " << Printable(finding.name + " " + finding.text) << '\n';
-    world.out << "\nNext:\n"
-              << std::left << std::setw(kCommandColumn) << "  " + world.words.restart_service
-              << "starts the service with these settings\n"
-                 "  tarnexctl test                      raises a first alarm and follows it\n"
-                 "  tarnexctl status --watch            the unit is ready about 30 seconds after "
-                 "the start\n"
-                 "  tarnexctl settings list             shows everything else that can be set\n";
+    const std::pair<std::string, const char*> next[] = {
+        {world.words.restart_service, "starts the service with these settings"},
+        {"tarnexctl test", "raises a first alarm and follows it"},
+        {"tarnexctl status --watch", "the unit is ready about 30 seconds after the start"},
+        {"tarnexctl settings list", "shows everything else that can be set"}};
+    std::size_t width = 0;
+    for (const auto& [command, meaning] : next)
+        width = std::max(width, command.size());
+    world.out << "\nNext:\n" << std::left;
+    for (const auto& [command, meaning] : next)
+        world.out << "  " << std::setw(int(width) + 2) << command << meaning << '\n';
 }
 
 } // namespace
@@ -171,7 +174,7 @@ ExitStatus Setup(OperatorWorld& world, const SetupOptions& options) {
     const std::string schema = ReadData(world, FileIn(world.data_folder, "log-schema.sql"));
     const std::string log_path =
         options.log_path.empty()
-            ? FromPath(fs::absolute(ToPath(path)).parent_path().parent_path() / "log.db")
+            ? FileIn(FromPath(fs::absolute(ToPath(world.history_path)).parent_path()), "log.db")
             : options.log_path;
     if (const std::string wrong = Objection("log-database"_setting, FromUtf8(log_path));
         !wrong.empty())

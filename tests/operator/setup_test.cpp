@@ -13,7 +13,10 @@ namespace fs = std::filesystem;
 
 class Setup : public OperatorTest {
   protected:
-    Setup() { world.settings_path = folder / "base/system/Tarnex.ini"; }
+    Setup() {
+        world.settings_path = folder / "base/system/Tarnex.ini";
+        world.history_path = folder / "base/history.db";
+    }
 
     void AnswerWith(std::deque<std::string> lines) {
         answers = std::move(lines);
