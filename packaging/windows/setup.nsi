@@ -178,6 +178,8 @@ Section
         CreateDirectory "$WINDIR\system"
         ; As long as they are the sample, setting up replaces them.
         CopyFiles /SILENT "$INSTDIR\share\tarnexcomm\Tarnex.ini.sample" "${SETTINGS}"
+        nsExec::Exec '"$SYSDIR\icacls.exe" "${SETTINGS}" /inheritance:r /grant:r *S-1-5-18:F *S-1-5-32-544:F'
+        Pop $0
         ${IfNot} ${FileExists} "${DATA}\log.db"
             nsExec::Exec '"$INSTDIR\bin\tarnexctl.exe" log create "${DATA}\log.db"'
             Pop $0

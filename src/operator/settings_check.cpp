@@ -163,16 +163,13 @@ class Checker {
             Warn("mail-login"_setting, "is on, but mail-user or mail-password is empty");
         if (!On("mail-login"_setting) && !Empty("mail-password"_setting))
             Warn("mail-password"_setting, "is not used, since mail-login is off");
-        namespace fs = std::filesystem;
-        std::error_code unknown;
-        const fs::perms rights = fs::status(ToPath(file_.Path()), unknown).permissions();
-        const std::string& close_file = file_.Words().close_file;
-        if (!unknown && !close_file.empty() && !Empty("mail-password"_setting) &&
-            (rights & fs::perms::others_read) != fs::perms())
-            Warn("mail-password"_setting,
-                 "can be read by every user of this machine; take that right "
-                 "away: " +
-                     close_file + file_.Path());
+        if (!Empty("mail-password"_setting) && file_.AllMayRead()) {
+            std::string close_file = file_.Words().close_file;
+            close_file.replace(close_file.find("%1"), 2, file_.Path());
+            Warn("mail-password"_setting, "can be read by every user of this machine; take that "
+                                          "right away: " +
+                                              close_file);
+        }
     }
 
     void Log() {

@@ -21,6 +21,7 @@ class SettingsFile {
 
     const std::string& Path() const { return path_; }
     const SystemWords& Words() const { return world_.words; }
+    bool AllMayRead() const { return world_.owners.AllMayRead(path_); }
     const std::string& Content() const { return content_; }
     const IniDocument& Document() const { return document_; }
     const StartSettings& AtStart() const { return start_; }

@@ -27,6 +27,8 @@ class FileOwners {
                                                                  const std::string& named_in) = 0;
     // Whether a file belongs to the owner and group of the folder that it stands in.
     virtual bool BelongsToFolderOwner(const std::string& path) const = 0;
+    // Whether every user of this machine may read the file; false where that cannot be told.
+    virtual bool AllMayRead(const std::string& path) const = 0;
 };
 
 } // namespace tarnex

@@ -19,8 +19,7 @@ struct SystemWords {
     std::string how_to_become_them;
     std::string data_folder;    // of the settings and the log, where nothing else is said
     std::string runtime_folder; // of the lock and the status file, where nothing else is said
-    // A command in front of a file's path that lets no stranger read it; "" where the folder says
-    // so.
+    // A command that lets no stranger read the file %1.
     std::string close_file;
     // Brings a text file from one code page to another: a command, or what else does it.
     std::string text_converter;

@@ -77,6 +77,13 @@ TEST_F(SettingsCommands, AMissingValueIsAskedForAndAPasswordNotListed) {
     EXPECT_EQ(Output({"settings", "get", "unit-name"}), "机房\n");
     for (const char* form : {"mail", "--long", "--json"})
         EXPECT_EQ(Output({"settings", "list", form}).find("geheim"), std::string::npos);
+    const std::string content = FileContent(settings);
+    std::filesystem::remove(ToPath(settings));
+    WriteFile(settings, content); // as a program makes it that thinks of nothing
+    std::filesystem::permissions(ToPath(settings), std::filesystem::perms(0644));
+    Run({"settings", "check"});
+    EXPECT_TRUE(Says("can be read by every user of this machine"));
+    EXPECT_FALSE(Says("%1"));
 }
 
 TEST_F(SettingsCommands, SetWritesOneValueAndUnsetTakesItAway) {

@@ -122,4 +122,9 @@ bool SystemFileOwners::BelongsToFolderOwner(const std::string& path) const {
            folder.st_uid == file.st_uid && folder.st_gid == file.st_gid;
 }
 
+bool SystemFileOwners::AllMayRead(const std::string& path) const {
+    struct stat file {};
+    return stat(path.c_str(), &file) == 0 && (file.st_mode & S_IROTH) != 0;
+}
+
 } // namespace tarnex

@@ -14,7 +14,7 @@ SystemWords WordsOfThisSystem() {
                                   "folder than that user",
             .data_folder = "/var/lib/tarnexcomm",
             .runtime_folder = "/run/tarnexcomm",
-            .close_file = "chmod o-r ",
+            .close_file = "chmod o-r %1",
             .text_converter = "iconv",
             .serial_device = "/dev/ttyUSB0",
             .log_file = "/srv/tarnex/log.db",

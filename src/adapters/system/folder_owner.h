@@ -10,6 +10,7 @@ class SystemFileOwners : public FileOwners {
     Result<std::unique_ptr<Acting>> ActFor(const std::string& path,
                                            const std::string& named_in) override;
     bool BelongsToFolderOwner(const std::string& path) const override;
+    bool AllMayRead(const std::string& path) const override;
 };
 
 } // namespace tarnex

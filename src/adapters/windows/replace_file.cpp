@@ -15,10 +15,11 @@ constexpr DWORD kPause = 5; // ms; readers that let nobody replace the file are 
 
 } // namespace
 
-std::error_code WriteNewFile(const std::string& path, std::string_view content, bool flushed) {
+std::error_code WriteNewFile(const std::string& path, std::string_view content,
+                             SECURITY_ATTRIBUTES* access, bool flushed) {
     RemoveFile(path);
-    const WindowsHandle file(CreateFileW(ToWide(path).c_str(), GENERIC_WRITE, 0, nullptr,
-                                         CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const WindowsHandle file(CreateFileW(ToWide(path).c_str(), GENERIC_WRITE, 0, access, CREATE_NEW,
+                                         FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file)
         return LastError();
     while (!content.empty()) {
@@ -33,7 +34,7 @@ std::error_code WriteNewFile(const std::string& path, std::string_view content, 
 
 std::string ReplaceFile(const std::string& path, std::string_view content) {
     const std::string successor = path + ".new";
-    std::error_code problem = WriteNewFile(successor, content, false);
+    std::error_code problem = WriteNewFile(successor, content, nullptr, false);
     if (!problem)
         problem = TakePlace(successor, path);
     for (int i = 1; i < kAttempts && problem == std::errc::device_or_resource_busy; ++i) {

@@ -1,6 +1,7 @@
 #include "adapters/system/settings_file.h"
 
 #include "adapters/system/replace_file.h"
+#include "adapters/windows/private_access.h"
 #include "adapters/windows/windows_handle.h"
 #include "adapters/windows/windows_text.h"
 #include "adapters/windows/write_new_file.h"
@@ -21,10 +22,11 @@ std::string FollowLinks(const std::string& path) {
     return length > 0 && length < followed.size() ? FromWide(followed.substr(0, length)) : path;
 }
 
-// The access list of a new file is that of its folder.
+// A password may stand in it.
 std::error_code WriteSuccessor(const std::string& path, const std::string& content,
                                const std::string&) {
-    return WriteNewFile(path, content, true);
+    PrivateAccess access;
+    return WriteNewFile(path, content, access.Get(), true);
 }
 
 // Windows gives the access list of the old file to the new one.

@@ -17,7 +17,7 @@ SystemWords WordsOfThisSystem() {
             .how_to_become_them = " (in a command prompt that is run as administrator)",
             .data_folder = folder,
             .runtime_folder = folder,
-            .close_file = "",
+            .close_file = "icacls %1 /inheritance:r /grant:r *S-1-5-18:F *S-1-5-32-544:F",
             .text_converter = "an editor",
             .serial_device = "\\\\.\\COM25",
             .log_file = "D:\\Tarnex\\log.db",
