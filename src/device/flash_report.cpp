@@ -156,15 +156,15 @@ bool FileIsToBlame(const FlashProgress& progress) {
     return progress.fault == FlashFault::kNoFile || progress.fault == FlashFault::kBadLine;
 }
 
-std::string ForShell(const std::string& word) {
+std::string ForShell(const std::string& word, char quote) {
     constexpr std::string_view kHarmless = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"
                                            "0123456789_-+=:,./@%";
     if (word.find_first_not_of(kHarmless) == word.npos)
         return word;
-    std::string quoted = "'";
+    std::string quoted(1, quote);
     for (const char c : word)
-        quoted += c == '\'' ? "'\\''" : std::string(1, c);
-    return quoted + "'";
+        quoted += c == '\'' && c == quote ? "'\\''" : std::string(1, c);
+    return quoted + quote;
 }
 
 } // namespace
@@ -173,8 +173,8 @@ bool ProgramTouched(const FlashProgress& progress) {
     return progress.step == FlashStep::kErase || progress.step == FlashStep::kWrite;
 }
 
-std::string UpdateCommand(const std::string& port, const std::string& file) {
-    return "tarnex-flasher --port " + ForShell(port) + " --file " + ForShell(file);
+std::string UpdateCommand(const std::string& port, const std::string& file, char quote) {
+    return "tarnex-flasher --port " + ForShell(port, quote) + " --file " + ForShell(file, quote);
 }
 
 std::vector<Text> FailureInChinese(const FlashProgress& progress, const std::string& command) {

@@ -17,8 +17,9 @@ inline constexpr TextView kCloseWarning =
 bool ProgramTouched(const FlashProgress& progress);
 
 // The command that updates the unit on that port, for a shell: "tarnex-flasher --port COM3 --file
-// unit.hex". It needs no unit that answers a greeting.
-std::string UpdateCommand(const std::string& port, const std::string& file);
+// unit.hex". It needs no unit that answers a greeting. quote: the shell's, for names that hold more
+// than letters and digits.
+std::string UpdateCommand(const std::string& port, const std::string& file, char quote = '\'');
 
 // Where a failed update stood, what ended it, how the unit is now and what to do; line by line.
 // command: what brings back a unit without its program.

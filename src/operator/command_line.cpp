@@ -99,7 +99,7 @@ void CommandLine::AddSettings() {
     CLI::App* list = Command(settings, "list", "show settings, their values and what these do",
                              "  tarnexctl settings list\n"
                              "  tarnexctl settings list quiet mail\n"
-                             "  tarnexctl settings list --long 'Check1(8)'",
+                             "  tarnexctl settings list --long \"Check1(8)\"",
                              [this] { return SettingsList(world_, list_); });
     list->add_option("NAME", list_.names, "names, keys, or parts of names (all settings)")
         ->type_name("");
@@ -108,14 +108,14 @@ void CommandLine::AddSettings() {
 
     CLI::App* get = Command(settings, "get", "print the stored value of one setting",
                             "  tarnexctl settings get alarm-number-1\n"
-                            "  tarnexctl settings get 'Text1(34)'",
+                            "  tarnexctl settings get \"Text1(34)\"",
                             [this] { return SettingsGet(world_, name_); });
     get->add_option("NAME", name_, "plain name or key")->type_name("")->required();
 
     CLI::App* set = Command(settings, "set", "change one setting, as the service itself writes",
                             "  tarnexctl settings set alarm-number-1 13900000001\n"
                             "  tarnexctl settings set quiet-time on\n"
-                            "  tarnexctl settings set 'Text1(38)' 22:00",
+                            "  tarnexctl settings set \"Text1(38)\" 22:00",
                             [this] { return SettingsSet(world_, name_, value_); });
     set->add_option("NAME", name_, "plain name or key")->type_name("")->required();
     set->add_option("VALUE", value_, "the new value; on or off for switches (it is asked for)")
@@ -175,14 +175,14 @@ void CommandLine::AddStatus() {
 void CommandLine::AddDryRuns() {
     CLI::App* why =
         Command(app_, "why", "what would happen to an event now, and why; sends nothing",
-                "  tarnexctl why '1031010srv{[b^k^]}98%'\n"
-                "  tarnexctl why '1031010{[b^k^]}' --at '2024-05-06 22:30'",
+                "  tarnexctl why \"1031010srv{[b^k^]}98%\"\n"
+                "  tarnexctl why \"1031010{[b^k^]}\" --at \"2024-05-06 22:30\"",
                 [this] { return ExplainRecord(world_, why_); });
     why->add_option("RECORD", why_.record, "event record, as monitoring programs send it")
         ->type_name("")
         ->required();
     why->add_option("--at", why_.at, "at that local time instead of now")
-        ->type_name("'YYYY-MM-DD HH:MM'");
+        ->type_name("\"YYYY-MM-DD HH:MM\"");
     why->add_flag("--json", why_.json, "as JSON");
 
     CLI::App* simulate =

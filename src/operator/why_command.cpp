@@ -23,7 +23,8 @@ CalendarTime MomentOf(const OperatorWorld& world, const std::string& at) {
         return world.calendar();
     if (const auto moment = ParseMoment(at))
         return *moment;
-    throw Failure(kExitUsage, "--at: \"" + at + "\" is no moment; write it as '2024-05-06 22:30'");
+    throw Failure(kExitUsage,
+                  "--at: \"" + at + "\" is no moment; write it as \"2024-05-06 22:30\"");
 }
 
 std::string WithName(const std::string& number, std::optional<TextView> name) {

@@ -21,6 +21,7 @@ struct SystemWords {
     std::string runtime_folder; // of the lock and the status file, where nothing else is said
     // A command that lets no stranger read the file %1.
     std::string close_file;
+    char quote = '\''; // around a word of a command that holds blanks; no file's name holds '"'
     // Brings a text file from one code page to another: a command, or what else does it.
     std::string text_converter;
     // Examples of what an operator may give.

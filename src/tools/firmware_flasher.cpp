@@ -222,7 +222,7 @@ Task<> FirmwareFlasher::CallLoader() {
         ListFailure();
     } else if (port_ == 0) {
         List1Additem(u"不知道设备在哪个串口，请用命令指定：" +
-                     FromUtf8(UpdateCommand("COM1", update_.File().path)));
+                     FromUtf8(UpdateCommand("COM1", update_.File().path, world_.words.quote)));
     } else {
         const Text device = FromUtf8(world_.serial_ports.DeviceName(port_));
         List1Additem(u"正在呼叫设备：Com" + ToText(port_) + u" " + device);
@@ -244,7 +244,8 @@ Task<> FirmwareFlasher::CallLoader() {
 
 void FirmwareFlasher::ListFailure() {
     const FlashProgress& progress = update_.Standing();
-    const std::string command = UpdateCommand("COM" + std::to_string(port_), update_.File().path);
+    const std::string command =
+        UpdateCommand("COM" + std::to_string(port_), update_.File().path, world_.words.quote);
     for (const Text& line : FailureInChinese(progress, command))
         List1Additem(line);
     if (ProgramTouched(progress))

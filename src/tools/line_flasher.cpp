@@ -214,7 +214,7 @@ void LineFlasher::Report() {
         return;
     }
     output_.complain("The update failed after " + DurationText(took) + ".");
-    const std::string again = UpdateCommand(port_.name, update_.File().path);
+    const std::string again = UpdateCommand(port_.name, update_.File().path, world_.words.quote);
     for (const std::string& line : FailureInEnglish(progress, again))
         output_.complain(line);
 }

@@ -18,6 +18,7 @@ SystemWords WordsOfThisSystem() {
             .data_folder = folder,
             .runtime_folder = folder,
             .close_file = "icacls %1 /inheritance:r /grant:r *S-1-5-18:F *S-1-5-32-544:F",
+            .quote = '"',
             .text_converter = "an editor",
             .serial_device = "\\\\.\\COM25",
             .log_file = "D:\\Tarnex\\log.db",
