@@ -119,6 +119,7 @@ class LineProgram {
             if (!flasher_.MustNotEnd()) // the unit comes before whoever watched
                 End(kExitInterrupted);
         });
+        requests_.BeforeSystemEnd([this] { return flasher_.BeforeSystemEnd(); });
     }
     int Check(const std::string& file) { return flasher_.Check(file); }
     int Update(const Options& options) {

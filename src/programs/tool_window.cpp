@@ -39,6 +39,7 @@ int RunToolWindow(const char* program, const std::string& advice, const MakeTool
     EndRequests requests(loop);
     requests.OnEnd([&tool] { tool->Form_Unload(); });
     requests.OnGone([&tool] { tool->Abandon(); });
+    requests.BeforeSystemEnd([&tool] { return tool->BeforeSystemEnd(); });
     const std::unique_ptr<FormWindow> window = view->Attach(*tool);
     tool->Form_Load();
     loop.Run();

@@ -247,4 +247,13 @@ bool LineFlasher::Interrupt() {
     return false;
 }
 
+std::string LineFlasher::BeforeSystemEnd() {
+    if (!MustNotEnd())
+        return "";
+    output_.complain("The system is about to end and was told to wait: the unit is being written, "
+                     "and without the rest it does not work any more.");
+    return "TarnexComm is writing the unit's firmware. Without the rest the unit does not work any "
+           "more: please wait.";
+}
+
 } // namespace tarnex

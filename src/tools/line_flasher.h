@@ -34,6 +34,9 @@ class LineFlasher : private UpdateObserver {
     // The operator wants the program to end: false when that would leave the unit without a
     // program, which is said; the second call within 5 s is true.
     bool Interrupt();
+    // The user's session or the machine is about to end: why that has to wait, which is said; ""
+    // when it may end.
+    std::string BeforeSystemEnd();
     // Ending now would leave the unit without a program.
     bool MustNotEnd() const { return update_.MustNotEnd(); }
 

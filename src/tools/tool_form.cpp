@@ -95,6 +95,10 @@ void ToolForm::Abandon() {
         EndProcess();
 }
 
+std::string ToolForm::BeforeSystemEnd() const {
+    return risky_() ? ToUtf8(u"正在写入设备程序，中断后设备不能工作。请等待写完。") : "";
+}
+
 void ToolForm::EndProcess() {
     if (ended_)
         return;

@@ -57,6 +57,8 @@ class ToolForm : public Form {
     // Nobody sees the window any more: ends the program, but not before the unit's program is
     // complete or its update has failed.
     void Abandon();
+    // The user's session or the machine is about to end: why that has to wait; "" when it may end.
+    std::string BeforeSystemEnd() const;
 
   protected:
     ToolForm(std::string name, Text caption, const ToolWorld& world);

@@ -184,8 +184,10 @@ TEST_F(FlasherTest, LeavingEndsAWaitingCommandAtOnceAndClosesThePort) {
 
 TEST_F(FlasherTest, ClosingWarnsOfAHalfWrittenUnit) {
     Connect("long.hex");
+    EXPECT_EQ(flasher.BeforeSystemEnd(), "");
     flasher.Command41.Click();
     clock.RunFor(2s);
+    EXPECT_NE(flasher.BeforeSystemEnd(), "");
     flasher.Close();
     clock.RunFor(0s);
     EXPECT_FALSE(ended);

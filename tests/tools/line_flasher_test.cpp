@@ -100,7 +100,10 @@ TEST_F(LineFlasherTest, AnInterruptIsTakenAtOnceUnlessTheUnitWouldBeLeftBroken) 
     Task<> task = Drive(flasher, "long.hex", status);
     task.Start();
     EXPECT_TRUE(flasher.Interrupt());
+    EXPECT_EQ(flasher.BeforeSystemEnd(), "");
     ASSERT_TRUE(clock.RunUntil([&] { return Said("  0 %"); }, 1min));
+    EXPECT_NE(flasher.BeforeSystemEnd(), "");
+    EXPECT_TRUE(Said("! The system is about to end"));
     EXPECT_FALSE(flasher.Interrupt());
     EXPECT_TRUE(Said("! The unit is being written"));
     clock.RunFor(5001ms);

@@ -58,4 +58,6 @@ void EndRequests::OnGone(std::function<void()> handler) {
 
 void EndRequests::OnSystemEnd(std::function<void()>) {}
 
+void EndRequests::BeforeSystemEnd(std::function<std::string()>) {}
+
 } // namespace tarnex

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 namespace tarnex {
 
@@ -24,6 +25,9 @@ class EndRequests {
     // The user's session or the whole machine ends; without a handler OnGone's is called. On Linux
     // never: there it is the service manager that knows.
     void OnSystemEnd(std::function<void()> handler);
+    // Asked before that, where the system asks: why it has to wait, in words for its user, who has
+    // the last word; "" when it may end.
+    void BeforeSystemEnd(std::function<std::string()> why_not);
 
   private:
     struct State;

@@ -16,6 +16,7 @@ constexpr DWORD kTimeToEnd = 30'000; // ms; the system ends the process earlier
 std::mutex g_mutex;
 AsioLoop* g_loop = nullptr; // nullptr: nobody has asked. Guarded by g_mutex.
 std::function<void()> g_on_end, g_on_gone, g_on_system_end; // called from the loop
+std::function<std::string()> g_why_not;                     // the same
 
 bool PostToLoop(std::function<void()>& handler) {
     const std::lock_guard lock(g_mutex);
@@ -44,7 +45,8 @@ struct EndRequests::State {
 };
 
 EndRequests::EndRequests(AsioLoop& loop)
-    : state_(new State{.session_end{loop, [] {
+    : state_(new State{.session_end{loop, [] { return g_why_not ? g_why_not() : std::string(); },
+                                    [] {
                                         if (const auto& handler =
                                                 g_on_system_end ? g_on_system_end : g_on_gone)
                                             handler();
@@ -59,6 +61,7 @@ EndRequests::~EndRequests() {
     const std::lock_guard lock(g_mutex);
     g_loop = nullptr;
     g_on_end = g_on_gone = g_on_system_end = nullptr;
+    g_why_not = nullptr;
 }
 
 void EndRequests::OnEnd(const std::function<void()>& handler) {
@@ -74,6 +77,11 @@ void EndRequests::OnGone(std::function<void()> handler) {
 void EndRequests::OnSystemEnd(std::function<void()> handler) {
     const std::lock_guard lock(g_mutex);
     g_on_system_end = std::move(handler);
+}
+
+void EndRequests::BeforeSystemEnd(std::function<std::string()> why_not) {
+    const std::lock_guard lock(g_mutex);
+    g_why_not = std::move(why_not);
 }
 
 } // namespace tarnex

@@ -2,6 +2,7 @@
 
 #include "adapters/asio/asio_loop.h"
 #include "adapters/windows/windows_headers.h"
+#include "adapters/windows/windows_text.h"
 
 #include <future>
 #include <thread>
@@ -11,15 +12,19 @@ namespace tarnex {
 namespace {
 
 constexpr const wchar_t* kWindowClass = L"TarnexComm.SessionEnd";
-constexpr std::chrono::seconds kTimeToEnd(30); // the system loses patience earlier
+constexpr std::chrono::seconds kTimeToEnd(30);   // the system loses patience earlier
+constexpr std::chrono::seconds kTimeToAnswer(3); // before it takes the window for hung
+// Before the programs that have said nothing (0x280), the process of the windows among them.
+constexpr DWORD kAskedFirst = 0x300;
 
 } // namespace
 
 struct SessionEnd::Watch {
     AsioLoop& loop;
-    std::function<void()> ended; // called from the loop
-    std::promise<void> over;     // nobody waits for the end of the process any more
-    std::promise<DWORD> begun;   // the thread's number
+    std::function<std::string()> why_not; // called from the loop, as is the next one
+    std::function<void()> ended;
+    std::promise<void> over;   // nobody waits for the end of the process any more
+    std::promise<DWORD> begun; // the thread's number
     std::thread thread{};
 
     // A window that nobody sees: those for messages alone are not told.
@@ -40,6 +45,20 @@ struct SessionEnd::Watch {
         if (window)
             DestroyWindow(window);
     }
+    // Whether the session may end. What the system shows of a program without a window in sight is
+    // this reason alone; without one it would end the program all the same.
+    bool MayEnd(HWND window) {
+        const auto answer = std::make_shared<std::promise<std::string>>();
+        loop.Post([call = why_not, answer] { answer->set_value(call()); });
+        auto coming = answer->get_future();
+        if (coming.wait_for(kTimeToAnswer) != std::future_status::ready)
+            return true;
+        const std::string reason = coming.get();
+        ShutdownBlockReasonDestroy(window);
+        if (!reason.empty())
+            ShutdownBlockReasonCreate(window, ToWide(reason).c_str());
+        return reason.empty();
+    }
     void Tell() {
         loop.Post([call = ended] { call(); });
         over.get_future().wait_for(kTimeToEnd); // once this returns, the process is ended
@@ -49,16 +68,26 @@ struct SessionEnd::Watch {
             const auto* created = reinterpret_cast<const CREATESTRUCTW*>(second);
             SetWindowLongPtrW(window, GWLP_USERDATA,
                               reinterpret_cast<LONG_PTR>(created->lpCreateParams));
-        } else if (message == WM_ENDSESSION && first != FALSE) {
-            reinterpret_cast<Watch*>(GetWindowLongPtrW(window, GWLP_USERDATA))->Tell();
+        }
+        auto* watch = reinterpret_cast<Watch*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+        if (message == WM_QUERYENDSESSION)
+            return watch->MayEnd(window);
+        if (message == WM_ENDSESSION && first != FALSE) {
+            watch->Tell();
             return 0;
         }
         return DefWindowProcW(window, message, first, second);
     }
 };
 
-SessionEnd::SessionEnd(AsioLoop& loop, std::function<void()> ended)
-    : watch_(new Watch{.loop = loop, .ended = std::move(ended), .over = {}, .begun = {}}) {
+SessionEnd::SessionEnd(AsioLoop& loop, std::function<std::string()> why_not,
+                       std::function<void()> ended)
+    : watch_(new Watch{.loop = loop,
+                       .why_not = std::move(why_not),
+                       .ended = std::move(ended),
+                       .over = {},
+                       .begun = {}}) {
+    SetProcessShutdownParameters(kAskedFirst, 0);
     watch_->thread = std::thread([this] { watch_->Run(); });
 }
 

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 namespace tarnex {
 
@@ -11,9 +12,10 @@ class AsioLoop;
 // those are not told in their console any more.
 class SessionEnd {
   public:
-    // ended: called from the loop, which must outlive this. The system waits some seconds for the
-    // process to end.
-    SessionEnd(AsioLoop& loop, std::function<void()> ended);
+    // Both are called from the loop, which must outlive this. why_not: what keeps the session from
+    // ending, for its user; "" for nothing. ended: the system waits some seconds for the process to
+    // end.
+    SessionEnd(AsioLoop& loop, std::function<std::string()> why_not, std::function<void()> ended);
     SessionEnd(const SessionEnd&) = delete;
     SessionEnd& operator=(const SessionEnd&) = delete;
     ~SessionEnd();
