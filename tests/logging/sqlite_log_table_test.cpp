@@ -107,6 +107,8 @@ TEST_F(SqliteLogTableTest, WhatCannotBeUsedIsSaidInPlainWords) {
     Has(Open(), "no table \"Log\"");
     WriteFile(path, std::string(5000, '\xA5'));
     Has(Open(), "not an SQLite database");
+    WriteFile(path, std::string(5000, '\0').replace(0, 19, "\0\1\0\0Standard ACE DB", 19));
+    Has(Open(), "is an Access database");
     Has(table.Open(FromUtf8(folder.Path())), "is a folder");
     std::filesystem::remove(ToPath(path));
     OtherProgram(path).Run("CREATE TABLE Log (n, a, b, c)");
