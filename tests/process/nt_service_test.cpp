@@ -120,6 +120,19 @@ TEST(NtService, LivesUnderTheServiceManager) {
     EXPECT_EQ(ExitOf(L"/u"), DWORD(kExitUnavailable));
 }
 
+// What the viewer of events shows of one of that number.
+TEST(EventLog, HasATextForEachNumber) {
+    const HMODULE program = LoadLibraryExW(Program().c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
+    DWORD_PTR inserted[] = {reinterpret_cast<DWORD_PTR>(L"the text")};
+    for (const DWORD number : {100, 109, 110}) {
+        wchar_t text[100]{};
+        FormatMessageW(FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_ARGUMENT_ARRAY, program, number,
+                       0, text, 100, reinterpret_cast<va_list*>(inserted));
+        EXPECT_STREQ(text, L"the text\r\n") << number;
+    }
+    FreeLibrary(program);
+}
+
 TEST(SessionEnd, WaitsAsLongAsTheProgramSaysWhy) {
     RegSetKeyValueW(HKEY_CURRENT_USER, L"Software\\Wine\\Drivers", L"Graphics", REG_SZ, L"null",
                     sizeof L"null"); // Wine makes no window without a screen, else
