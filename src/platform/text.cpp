@@ -31,22 +31,24 @@ bool IsLowSurrogate(char16_t c) {
     return c >= 0xDC00 && c <= 0xDFFF;
 }
 
-void AppendUtf8(std::string& out, char32_t c) {
+// Returns the end of what it writes, at most 4 bytes.
+char* PutUtf8(char* out, char32_t c) {
     if (c < 0x80) {
-        out += char(c);
+        *out++ = char(c);
     } else if (c < 0x800) {
-        out += char(0xC0 | (c >> 6));
-        out += char(0x80 | (c & 0x3F));
+        *out++ = char(0xC0 | (c >> 6));
+        *out++ = char(0x80 | (c & 0x3F));
     } else if (c < 0x10000) {
-        out += char(0xE0 | (c >> 12));
-        out += char(0x80 | ((c >> 6) & 0x3F));
-        out += char(0x80 | (c & 0x3F));
+        *out++ = char(0xE0 | (c >> 12));
+        *out++ = char(0x80 | ((c >> 6) & 0x3F));
+        *out++ = char(0x80 | (c & 0x3F));
     } else {
-        out += char(0xF0 | (c >> 18));
-        out += char(0x80 | ((c >> 12) & 0x3F));
-        out += char(0x80 | ((c >> 6) & 0x3F));
-        out += char(0x80 | (c & 0x3F));
+        *out++ = char(0xF0 | (c >> 18));
+        *out++ = char(0x80 | ((c >> 12) & 0x3F));
+        *out++ = char(0x80 | ((c >> 6) & 0x3F));
+        *out++ = char(0x80 | (c & 0x3F));
     }
+    return out;
 }
 
 struct Decoded {
@@ -160,8 +162,8 @@ std::optional<std::int16_t> LeadingInt16(TextView text) {
 }
 
 std::string ToUtf8(TextView text) {
-    std::string out;
-    out.reserve(text.size());
+    std::string out(3 * text.size(), '\0'); // two characters that make four bytes are less
+    char* end = out.data();
     for (std::size_t i = 0; i < text.size(); ++i) {
         char32_t code = text[i];
         if (IsHighSurrogate(text[i]) && i + 1 < text.size() && IsLowSurrogate(text[i + 1])) {
@@ -170,8 +172,9 @@ std::string ToUtf8(TextView text) {
         } else if (IsHighSurrogate(text[i]) || IsLowSurrogate(text[i])) {
             code = kReplacement;
         }
-        AppendUtf8(out, code);
+        end = PutUtf8(end, code);
     }
+    out.resize(std::size_t(end - out.data()));
     return out;
 }
 
