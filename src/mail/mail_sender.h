@@ -51,7 +51,7 @@ class MailSender : public EmailFifo {
     // Sends this mail now, instead of what is being sent. No observer hears of it: it was never
     // queued.
     void Send(MailParts mail);
-    // Stops, and forgets what is queued; the next text to be queued begins anew.
+    // Stops. The next text to be queued begins anew, and drops what has waited until then.
     void Unload();
 
     // Is told from now on; nullptr: nobody is. It must outlive the sender or be taken away.
