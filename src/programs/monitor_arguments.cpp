@@ -37,17 +37,22 @@ struct ValueOption {
     const char* name;
     const char* type;
     std::optional<MonitorArguments::Command> only_of; // nothing: of every command
-    const char* meaning;
+    std::string meaning;
     const char* expected;
     bool (*read)(const std::string& value, MonitorArguments& arguments);
 };
+
+std::string PortRange() {
+    return std::to_string(kFirstServicePort) + " to " +
+           std::to_string(kFirstServicePort + kServiceLinks - 1);
+}
 
 using Value = const std::string&;
 using Args = MonitorArguments&;
 
 // clang-format off
 const ValueOption kOptions[] = {
-    {"--link",         "0..4",    {},      "which link: UDP port 7840 to 7844 (0)",                   "0 to 4",          [](Value v, Args a) { return Take(ReadNumber<int>(v), 0, 4, a.monitor.link); }},
+    {"--link",         "0..4",    {},      "which link: UDP port " + PortRange() + " (0)",            "0 to 4",          [](Value v, Args a) { return Take(ReadNumber<int>(v), 0, kServiceLinks - 1, a.monitor.link); }},
     {"--address",      "ADDRESS", {},      "IPv4 address of the service (127.0.0.1)",                 "an IPv4 address", [](Value v, Args a) { a.monitor.address = v; return IsIpv4(v); }},
     {"--encoding",     "NAME",    {},      "GBK or UTF-8, as the service is set (GBK)",               "GBK or UTF-8",    [](Value v, Args a) { a.encoding = v; return v == "GBK" || v == "UTF-8"; }},
     {"--name",         "NAME",    {},      "what to call itself when greeting (tarnex-monitor)",      "a name",          [](Value v, Args a) { a.monitor.name = FromUtf8(v); return true; }},

@@ -6,7 +6,6 @@ namespace tarnex {
 
 namespace {
 
-constexpr std::uint16_t kFirstServicePort = 7840;
 constexpr std::size_t kMessagesKept = 1000;
 constexpr TextView kStates = u"tx-States";
 

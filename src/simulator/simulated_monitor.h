@@ -9,8 +9,12 @@
 
 namespace tarnex {
 
+// The links of the service: link i is UDP port kFirstServicePort + i.
+inline constexpr std::uint16_t kFirstServicePort = 7840;
+inline constexpr int kServiceLinks = 5;
+
 struct MonitorOptions {
-    int link = 0; // 0 to 4; the service listens on port 7840 + link
+    int link = 0; // below kServiceLinks
     Text name = u"Monitor";
     std::string address = "127.0.0.1"; // of the service
     Duration heartbeat = 10s;          // 0: none
