@@ -83,7 +83,7 @@ Text CommandText(const Command& command, TextView argument) {
     return text += u")";
 }
 
-Text Result(const Command& command, const Text& answer) {
+Text ResultOf(const Command& command, const Text& answer) {
     switch (command.rule) {
     case Rule::kOk:
         return CheckOK(answer);
@@ -114,7 +114,7 @@ CommandSet::CommandSet(Clock& clock, CommandSender& sender, ResponseReader& read
 
 Task<Text> CommandSet::Run(const Command& command, Text argument) {
     const Text answer = co_await sender_.SendCommand(CommandText(command, argument));
-    co_return Result(command, answer);
+    co_return ResultOf(command, answer);
 }
 
 Task<Text> CommandSet::RDCSQ() {

@@ -17,13 +17,13 @@ constexpr Duration kLastFrameLimit = 200ms; // for what an adapter holds after t
 
 FirmwareFile ReadFirmwareFile(LineFiles& files, std::string path) {
     FirmwareFile read{.path = std::move(path)};
-    OpenedLineFile opened = files.Open(read.path);
-    if (!opened.file) {
+    auto file = files.Open(read.path);
+    if (!file) {
         read.verdict.fault = FlashFault::kNoFile;
-        read.verdict.file_problem = std::move(opened.problem);
+        read.verdict.file_trouble = file.TroubleText();
         return read;
     }
-    read.summary = HexSummary::Read(*opened.file);
+    read.summary = HexSummary::Read(**file);
     if (const std::optional<OddHexLine>& fault = read.summary.Fault()) {
         read.verdict.fault = FlashFault::kBadLine;
         read.verdict.line = fault->line;

@@ -39,7 +39,7 @@ struct FlashProgress {
     long bytes = 0;   // data bytes in them
 
     FlashFault fault = FlashFault::kNone;
-    ErrorWords file_problem{};                     // kNoFile: why
+    std::string file_trouble{};                    // kNoFile: why, as LineFiles says it
     HexTrouble trouble = HexTrouble::kNoEndRecord; // kBadLine: why
     PortStatus port_status = PortStatus::kOk;      // kNoPort: why
     std::string answer{}; // the bytes that came after what was sent last; the last is the wrong one

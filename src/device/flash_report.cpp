@@ -1,5 +1,7 @@
 #include "device/flash_report.h"
 
+#include "platform/error_words.h"
+
 #include <array>
 #include <cstdio>
 
@@ -105,7 +107,7 @@ std::string Cause(const FlashProgress& progress) {
     case FlashFault::kNone:
         break;
     case FlashFault::kNoFile:
-        return progress.file_problem.english;
+        return progress.file_trouble;
     case FlashFault::kBadLine:
         return "line " + std::to_string(progress.line) + " of the file " +
                TroubleWords(progress.trouble).english;
@@ -132,7 +134,7 @@ Text CauseInChinese(const FlashProgress& progress) {
     case FlashFault::kNone:
         break;
     case FlashFault::kNoFile:
-        return u"不能读取文件：" + progress.file_problem.chinese;
+        return u"不能读取文件：" + InChinese(progress.file_trouble);
     case FlashFault::kBadLine:
         return u"文件第" + ToText(progress.line) + u"行" +
                Text(TroubleWords(progress.trouble).chinese);

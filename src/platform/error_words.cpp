@@ -52,30 +52,37 @@ constexpr Row kRows[] = {
     {std::errc::too_many_symbolic_link_levels,      "too many links lead to one another",  u"符号链接的层数太多"},
     {std::errc::value_too_large,                    "the file is too large",               u"文件太大"},
 };
+// Of adapters, for what is no error of the system.
+constexpr std::pair<const char*, TextView> kOwnWords[] = {
+    {"closed by the other side", u"对方关闭了连接"},
+    {"it is no plain file",      u"这不是普通文件"},
+};
 // clang-format on
+
+constexpr std::string_view kUnknown = "system error ";
 
 } // namespace
 
-ErrorWords WordsFor(const std::error_code& error) {
+std::string WordsFor(const std::error_code& error) {
     // Libraries have categories of their own for the system's numbers, and know fewer of them.
     const std::error_code known = error.category() == std::generic_category()
                                       ? error
                                       : std::error_code(error.value(), std::system_category());
     const auto row =
         std::ranges::find_if(kRows, [&](const Row& each) { return known == each.error; });
-    if (row != std::end(kRows))
-        return {.english = row->english, .chinese = Text(row->chinese)};
-    const int number = error.value();
-    return {.english = "system error " + std::to_string(number),
-            .chinese = u"系统错误" + ToText(number)};
+    return row != std::end(kRows) ? row->english
+                                  : std::string(kUnknown) + std::to_string(error.value());
 }
 
 Text InChinese(std::string_view english) {
-    if (english == "closed by the other side")
-        return u"对方关闭了连接";
+    for (const auto& [words, chinese] : kOwnWords)
+        if (words == english)
+            return Text(chinese);
     for (const Row& row : kRows)
         if (row.english == english)
             return Text(row.chinese);
+    if (english.starts_with(kUnknown))
+        return u"系统错误" + FromUtf8(english.substr(kUnknown.size()));
     return FromUtf8(english);
 }
 

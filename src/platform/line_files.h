@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/error_words.h"
+#include "platform/result.h"
 
 #include <memory>
 #include <optional>
@@ -20,16 +20,11 @@ class LineFile {
     virtual std::optional<std::string> ReadLine() = 0;
 };
 
-struct OpenedLineFile {
-    std::unique_ptr<LineFile> file; // nullptr when there is a problem
-    ErrorWords problem{};           // why it cannot be read
-};
-
 class LineFiles {
   public:
     virtual ~LineFiles() = default;
-    // path: in the system's own bytes.
-    virtual OpenedLineFile Open(const std::string& path) = 0;
+    // path: UTF-8. The trouble is words that InChinese() knows.
+    virtual Result<std::unique_ptr<LineFile>> Open(const std::string& path) = 0;
 };
 
 } // namespace tarnex

@@ -128,7 +128,7 @@ class TcpListener::Server : public std::enable_shared_from_this<Server> {
         if (!error)
             acceptor_.listen(tcp::acceptor::max_listen_connections, error);
         if (error)
-            return SocketErrorWords(error).english;
+            return SocketErrorWords(error);
         Accept();
         return "";
     }

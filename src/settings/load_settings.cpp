@@ -48,7 +48,7 @@ SettingsReading ReadAtStart(const SettingsStore& store, const CodePage& code_pag
 }
 
 std::string Unreadable(const std::string& file, std::error_code problem) {
-    std::string words = WordsFor(problem).english;
+    std::string words = WordsFor(problem);
     if (problem == std::errc::is_a_directory)
         words = "it is no ordinary file";
     else if (problem == std::errc::file_too_large)

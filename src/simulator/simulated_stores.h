@@ -58,11 +58,11 @@ class SimulatedSettingsStore : public SettingsStore {
 // Text files in memory.
 class SimulatedLineFiles : public LineFiles {
   public:
-    OpenedLineFile Open(const std::string& path) override {
+    Result<std::unique_ptr<LineFile>> Open(const std::string& path) override {
         const auto file = Files.find(path);
         if (file == Files.end())
-            return {.file = nullptr, .problem = {"no such file", u"没有这个文件"}};
-        return {.file = std::make_unique<File>(file->second, OpenCount)};
+            return Trouble{"no such file or folder"};
+        return std::unique_ptr<LineFile>(std::make_unique<File>(file->second, OpenCount));
     }
 
     std::map<std::string, std::string> Files; // path to content

@@ -80,7 +80,7 @@ int LineFlasher::ReadFile(const std::string& path) {
     update_.Judge(path);
     const FlashProgress& verdict = update_.Standing();
     if (verdict.fault == FlashFault::kNoFile)
-        output_.complain(path + ": " + verdict.file_problem.english);
+        output_.complain(path + ": " + verdict.file_trouble);
     else
         for (const std::string& line : SummaryLines(path, update_.File().summary))
             output_.say(line);

@@ -18,9 +18,9 @@ template <class Files>
 struct LineFilesContract : testing::Test {
     std::vector<std::string> Lines(const std::string& content) {
         files.Put(path, content);
-        const OpenedLineFile opened = files.Open(path);
+        auto opened = files.Open(path);
         std::vector<std::string> lines;
-        while (const auto line = opened.file->ReadLine())
+        while (const auto line = (*opened)->ReadLine())
             lines.push_back(*line);
         return lines;
     }
@@ -33,7 +33,7 @@ TYPED_TEST_SUITE(LineFilesContract, Adapters);
 
 TYPED_TEST(LineFilesContract, ReadsLinesOfEveryLength) {
     using Texts = std::vector<std::string>;
-    EXPECT_EQ(this->files.Open(this->path).file, nullptr);
+    EXPECT_EQ(this->files.Open(this->path).TroubleText(), "no such file or folder");
     EXPECT_EQ(this->Lines(""), Texts());
     EXPECT_EQ(this->Lines("a\r\n\nb"), (Texts{"a\r", "", "b"}));
     EXPECT_EQ(this->Lines("\n"), (Texts{""}));

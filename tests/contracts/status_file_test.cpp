@@ -15,11 +15,11 @@ TEST(StatusFile, IsReplacedWhole) {
     StatusFile file(path);
     EXPECT_TRUE(file.Possible());
     EXPECT_EQ(file.Replace("a longer first text"), "");
-    const OpenedLineFile reader = DiskLineFiles().Open(path); // keeps what it opened
+    auto reader = DiskLineFiles().Open(path); // keeps what it opened
     WriteFile(folder / "status.json.new", "left over from a crash");
     EXPECT_EQ(file.Replace("second"), "");
     EXPECT_EQ(FileContent(path), "second");
-    EXPECT_EQ(reader.file->ReadLine(), "a longer first text");
+    EXPECT_EQ((*reader)->ReadLine(), "a longer first text");
 }
 
 TEST(StatusFile, SaysWhatStandsInTheWay) {

@@ -37,7 +37,7 @@ struct FirmwareTest : DeviceTest {
     }
     HexProgram Program() {
         files.Files["unit.hex"] = hex_file;
-        return HexSummary::Read(*files.Open("unit.hex").file).TakeProgram();
+        return HexSummary::Read(**files.Open("unit.hex")).TakeProgram();
     }
     const FlashProgress& Progress() const { return core.firmware.Progress(); }
 

@@ -56,7 +56,7 @@ TEST(HexSummary, SumsUpAFileAndListsWhatIsOddAboutIt) {
                          ":02FFFF0001FE\n"   // too short
                          ":02FFFF000102FD\n" // beyond FFFF
                          "\n";
-    const HexSummary good = HexSummary::Read(*files.Open("good").file);
+    const HexSummary good = HexSummary::Read(**files.Open("good"));
     EXPECT_FALSE(good.Fault());
     EXPECT_EQ(good.OddCount(), 0);
     EXPECT_EQ(good.Records(), 2);
@@ -64,7 +64,7 @@ TEST(HexSummary, SumsUpAFileAndListsWhatIsOddAboutIt) {
     EXPECT_EQ(good.LowestAddress(), 0x0100);
     EXPECT_EQ(good.HighestAddress(), 0xFFFF);
 
-    const HexSummary odd = HexSummary::Read(*files.Open("odd").file);
+    const HexSummary odd = HexSummary::Read(**files.Open("odd"));
     EXPECT_EQ(odd.Fault().value().line, 5); // the others are sent all the same
     using Found = std::vector<std::pair<long, HexTrouble>>;
     Found found;
@@ -85,14 +85,14 @@ TEST(HexSummary, ListsNoMoreThanItsShareOfAFileFullOfFaults) {
     SimulatedLineFiles files;
     for (int line = 0; line < 2000; ++line)
         files.Files["noise"] += ":0000000000\n:0000000001\n"; // every second checksum is wrong
-    const HexSummary noise = HexSummary::Read(*files.Open("noise").file);
+    const HexSummary noise = HexSummary::Read(**files.Open("noise"));
     EXPECT_EQ(noise.OddLines().size(), HexSummary::kMostListed);
     EXPECT_EQ(noise.OddCount(), 2001);
     EXPECT_EQ(noise.Fault().value().line, 4001);
 
     for (long line = 0; line <= HexSummary::kMostRecords; ++line)
         files.Files["long"] += ":0000000000\n";
-    HexSummary too_long = HexSummary::Read(*files.Open("long").file);
+    HexSummary too_long = HexSummary::Read(**files.Open("long"));
     EXPECT_EQ(too_long.Fault().value().line, HexSummary::kMostRecords + 1);
     EXPECT_TRUE(too_long.TakeProgram().empty());
 }

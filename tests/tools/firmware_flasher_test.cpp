@@ -145,7 +145,7 @@ TEST_F(FlasherTest, ABadFileLeavesTheUnitAlone) {
     clock.RunFor(0s);
     EXPECT_EQ(Enabled(), "00100"); // one question at a time
     dialog.Choose("none.hex");
-    EXPECT_EQ(*++Logged().rbegin(), u"打开文件：不能读取文件：没有这个文件。");
+    EXPECT_EQ(*++Logged().rbegin(), u"打开文件：不能读取文件：没有这个文件或文件夹。");
     flasher.OtherFile.Click();
     dialog.Choose("bad.hex");
     EXPECT_EQ(*++Logged().rbegin(), u"打开文件：文件第1行不以“:”开头。");

@@ -43,7 +43,7 @@ TEST_F(LineFlasherTest, SaysWhatIsInAFileAndWritesNothing) {
                      "line 3 is missing: the file ends without the end record :00000001FF\n"
                      "! An update with this file fails."));
     EXPECT_EQ(flasher.Check("none.hex"), kExitNoInput);
-    EXPECT_TRUE(Said("! none.hex: no such file\n"));
+    EXPECT_TRUE(Said("! none.hex: no such file or folder\n"));
     clock.RunFor(1min);
     EXPECT_TRUE(heard.empty());
 }

@@ -61,7 +61,7 @@ class Binding : public std::enable_shared_from_this<Binding> {
         if (!error)
             BindAlone({ip, port}, error);
         if (error)
-            return SocketErrorWords(error).english;
+            return SocketErrorWords(error);
         EnlargeReceiveBuffer(socket_);
         AwaitArrival();
         return "";
@@ -249,7 +249,7 @@ std::string SendDatagram(const Endpoint& to, std::string_view bytes) {
     }
     if (error == asio::error::connection_refused || error == asio::error::connection_reset)
         return "nobody listens there";
-    return error && error != asio::error::message_size ? SocketErrorWords(error).english : "";
+    return error && error != asio::error::message_size ? SocketErrorWords(error) : "";
 }
 
 } // namespace tarnex

@@ -9,7 +9,7 @@
 namespace tarnex {
 
 // Windows has numbers of its own for what happens to sockets, which asio knows.
-inline ErrorWords SocketErrorWords(const asio::error_code& error) {
+inline std::string SocketErrorWords(const asio::error_code& error) {
     using std::errc;
     namespace e = asio::error;
     static const std::pair<e::basic_errors, errc> kKnown[] = {

@@ -87,9 +87,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
         if (!error)
             socket_.async_connect(endpoint, Guarded(&Connection::OnConnected));
         else if (error == asio::error::address_family_not_supported)
-            TryNext({.why = SocketErrorWords(error).english});
+            TryNext({.why = SocketErrorWords(error)});
         else
-            End({.why = "no socket for the connection: " + SocketErrorWords(error).english,
+            End({.why = "no socket for the connection: " + SocketErrorWords(error),
                  .own_machine = true});
     }
 
@@ -102,7 +102,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
     void OnConnected(asio::error_code error) {
         if (error) {
-            TryNext({.why = SocketErrorWords(error).english});
+            TryNext({.why = SocketErrorWords(error)});
             return;
         }
         asio::error_code ignored; // a delay harms nobody
@@ -117,7 +117,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
     void OnRead(asio::error_code error, std::size_t size) {
         if (error) {
             End({.why = error == asio::error::eof ? "closed by the other side"
-                                                  : SocketErrorWords(error).english});
+                                                  : SocketErrorWords(error)});
             return;
         }
         events_->received({input_.data(), size});

@@ -87,7 +87,7 @@ struct Opened {
 
 Opened Problem(int error) {
     const std::error_code code(error, std::generic_category());
-    return {.problem = error == ELOOP ? "it is a symbolic link" : WordsFor(code).english};
+    return {.problem = error == ELOOP ? "it is a symbolic link" : WordsFor(code)};
 }
 
 bool HeldByLiveCopy(int file) {

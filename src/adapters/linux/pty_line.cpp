@@ -22,7 +22,7 @@ namespace {
 constexpr Duration kHoldCheckPeriod = 1s;
 
 std::string LastError() {
-    return WordsFor({errno, asio::system_category()}).english;
+    return WordsFor({errno, asio::system_category()});
 }
 
 } // namespace
@@ -48,7 +48,7 @@ class PtyLine::Terminal : public std::enable_shared_from_this<Terminal> {
         asio::error_code error; // the system may watch no more descriptors
         own_end_.assign(own.Get(), error);
         if (error)
-            return WordsFor(error).english;
+            return WordsFor(error);
         own.Release();
         own_end_.non_blocking(true);
         AwaitInput();

@@ -33,7 +33,7 @@ constexpr int kType = SOCK_SEQPACKET | SOCK_CLOEXEC;
 std::string Words(int error) {
     if (error == EAGAIN) // the patience is at its end
         return "it does not answer";
-    return WordsFor(std::error_code(error, std::generic_category())).english;
+    return WordsFor(std::error_code(error, std::generic_category()));
 }
 
 // Nothing when the path is too long for a socket.

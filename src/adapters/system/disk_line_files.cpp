@@ -1,6 +1,7 @@
 #include "adapters/system/disk_line_files.h"
 
 #include "adapters/system/plain_file.h"
+#include "platform/error_words.h"
 
 #include <algorithm>
 #include <array>
@@ -42,13 +43,13 @@ class DiskLineFile : public LineFile {
 
 } // namespace
 
-OpenedLineFile DiskLineFiles::Open(const std::string& path) {
+Result<std::unique_ptr<LineFile>> DiskLineFiles::Open(const std::string& path) {
     auto file = std::make_unique<PlainFile>(path);
     if (file->Problem() == std::errc::not_supported)
-        return {.file = nullptr, .problem = {"it is no plain file", u"这不是普通文件"}};
+        return Trouble{"it is no plain file"};
     if (file->Problem())
-        return {.file = nullptr, .problem = WordsFor(file->Problem())};
-    return {.file = std::make_unique<DiskLineFile>(std::move(file))};
+        return Trouble{WordsFor(file->Problem())};
+    return std::unique_ptr<LineFile>(std::make_unique<DiskLineFile>(std::move(file)));
 }
 
 } // namespace tarnex

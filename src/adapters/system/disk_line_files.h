@@ -7,7 +7,7 @@ namespace tarnex {
 // Files of the machine. What is no plain file cannot be read.
 class DiskLineFiles : public LineFiles {
   public:
-    OpenedLineFile Open(const std::string& path) override;
+    Result<std::unique_ptr<LineFile>> Open(const std::string& path) override;
 };
 
 } // namespace tarnex

@@ -72,7 +72,7 @@ FileInstanceLock::Attempt FileInstanceLock::Try(const std::string& path) {
         const DWORD attributes = GetFileAttributesW(ToWide(path).c_str());
         if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY))
             problem = std::make_error_code(std::errc::is_a_directory);
-        return {.problem = WordsFor(problem).english};
+        return {.problem = WordsFor(problem)};
     }
     OVERLAPPED place{};
     place.Offset = kLockedByte;
@@ -80,7 +80,7 @@ FileInstanceLock::Attempt FileInstanceLock::Try(const std::string& path) {
                     &place)) {
         problem = LastError();
         return {.by_another = problem == std::errc::device_or_resource_busy,
-                .problem = WordsFor(problem).english};
+                .problem = WordsFor(problem)};
     }
     Record(file.Get(), GetCurrentProcessId());
     return {.held = std::make_shared<Held>(std::move(file))};

@@ -43,7 +43,7 @@ SetupTrouble Explain(DWORD error) {
                                "list of services, or start the machine again"};
     }
     const std::error_code code(static_cast<int>(error), std::system_category());
-    return {kExitFailed, WordsFor(code).english};
+    return {kExitFailed, WordsFor(code)};
 }
 
 SetupTrouble LastTrouble() {

@@ -44,13 +44,13 @@ std::string ReplaceFile(const std::string& path, std::string_view content) {
     if (!problem)
         return "";
     RemoveFile(successor);
-    return WordsFor(problem).english;
+    return WordsFor(problem);
 }
 
 std::string PlaceNewFile(const std::string& file, const std::string& path) {
     if (MoveFileExW(ToWide(file).c_str(), ToWide(path).c_str(), MOVEFILE_WRITE_THROUGH))
         return "";
-    return WordsFor(LastError()).english;
+    return WordsFor(LastError());
 }
 
 void RemoveFile(const std::string& path) {

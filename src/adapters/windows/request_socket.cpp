@@ -23,7 +23,7 @@ constexpr DWORD kLongest = 65536;
 constexpr DWORD kPatience = 5'000; // ms
 
 std::string Words(std::error_code error) {
-    return WordsFor(error).english;
+    return WordsFor(error);
 }
 
 // One instance of the pipe, for one who asks. It lives as long as the last of asio's handlers.
