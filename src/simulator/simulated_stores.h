@@ -20,7 +20,8 @@ class SimulatedSettingsStore : public SettingsStore {
     std::optional<FileStamp> Stamp() const override {
         if (!content_ || !Readable)
             return std::nullopt;
-        return FileStamp{.file = 1, .size = content_->size(), .changed = version_, .settled = true};
+        return FileStamp{
+            .file = file_, .size = content_->size(), .changed = version_, .settled = true};
     }
     SettingsReading Read() const override {
         if (content_ && Readable)
@@ -31,15 +32,18 @@ class SimulatedSettingsStore : public SettingsStore {
     }
     bool
     Update(const std::function<std::optional<std::string>(const std::string&)>& edit) override {
-        if (!Writable)
+        const bool possible = Writable && (Readable || !content_);
+        problem_ =
+            possible ? std::error_code() : std::make_error_code(std::errc::permission_denied);
+        if (!possible)
             return false;
-        if (auto content = edit(content_.value_or("")))
+        if (auto content = edit(content_.value_or(""))) {
             SetContent(std::move(*content));
+            ++file_;
+        }
         return true;
     }
-    std::error_code Problem() const override {
-        return Writable ? std::error_code() : std::make_error_code(std::errc::permission_denied);
-    }
+    std::error_code Problem() const override { return problem_; }
 
     // What another program does to the file.
     void SetContent(std::string content) {
@@ -53,6 +57,8 @@ class SimulatedSettingsStore : public SettingsStore {
   private:
     std::optional<std::string> content_;
     std::int64_t version_ = 0;
+    std::uint64_t file_ = 1;
+    std::error_code problem_;
 };
 
 // Text files in memory.

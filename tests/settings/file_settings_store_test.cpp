@@ -27,13 +27,7 @@ struct FileSettingsStoreTest : testing::Test {
                             }};
 };
 
-TEST_F(FileSettingsStoreTest, WhatCannotBeReadCountsAsUnknownAndNotAsEmpty) {
-    EXPECT_EQ(store.Read().problem, std::errc::no_such_file_or_directory);
-    fs::create_directory(ToPath(path));
-    EXPECT_FALSE(store.Stamp());
-    EXPECT_EQ(store.Read().problem, std::errc::is_a_directory);
-    EXPECT_EQ(Refusal(), std::errc::is_a_directory);
-    fs::remove(ToPath(path));
+TEST_F(FileSettingsStoreTest, WhatIsTooLongIsNotRead) {
     const std::string most(1 << 20, 'a');
     WriteFile(path, most);
     EXPECT_EQ(store.Read().content, most);
@@ -43,18 +37,12 @@ TEST_F(FileSettingsStoreTest, WhatCannotBeReadCountsAsUnknownAndNotAsEmpty) {
     EXPECT_EQ(FileContent(path), most + "b");
 }
 
-TEST_F(FileSettingsStoreTest, AReplacementIsAnotherFile) {
+TEST_F(FileSettingsStoreTest, ANewFileIsNotSettled) {
     EXPECT_TRUE(AppendX());
-    const FileStamp first = store.Stamp().value();
-    EXPECT_TRUE(AppendX());
-    EXPECT_NE(store.Stamp()->file, first.file);
-    EXPECT_EQ(store.Stamp()->size, 2u);
-    EXPECT_EQ(Files(), 2); // and the lock
-    EXPECT_FALSE(first.settled);
+    const FileStamp stamp = store.Stamp().value();
+    EXPECT_FALSE(stamp.settled);
     const auto now = std::chrono::system_clock::now().time_since_epoch();
-    EXPECT_LT(now - std::chrono::nanoseconds(first.changed), 1h);
-    EXPECT_TRUE(store.Update([](const std::string&) { return std::nullopt; }));
-    EXPECT_EQ(FileContent(path), "xx");
+    EXPECT_LT(now - std::chrono::nanoseconds(stamp.changed), 1h);
 }
 
 TEST_F(FileSettingsStoreTest, AChangeInPlaceMeanwhileIsEditedAgain) {
