@@ -65,6 +65,25 @@ def wait_until(condition, what):
     return result
 
 
+def insist(act, done, what):
+    """Acts until it is done: what is still shown as disabled ignores the operator.
+
+    A second act may undo the first, so it waits until the first must have been ignored.
+    """
+    ignored = 0
+
+    def is_done():
+        nonlocal ignored
+        if done():
+            return True
+        if time.monotonic() > ignored:
+            act()
+            ignored = time.monotonic() + LIMIT / 30
+        return False
+
+    wait_until(is_done, what)
+
+
 def there(path):
     """How the programs that are tested are told a path, and tell it."""
     return "Z:" + str(path).replace("/", "\\") if windows else str(path)
@@ -81,11 +100,19 @@ def command(name, arguments=(), user=None):
     if user is not None:
         runner += [f"--reuid={user}", f"--regid={user}", "--clear-groups"]
     if not windows or name == "tarnex-sim" or os.path.isabs(name):
+        if name.endswith(".exe"):
+            runner.append("wine")
         return [*runner, os.path.join(programs, name), *arguments]
     arguments = [there(each) if isinstance(each, pathlib.Path) else each for each in arguments]
-    # As in a prompt, a .com comes before an .exe: that is the one which Ctrl-C reaches.
-    ends = [end for end in ("", ".com", ".exe") if os.path.exists(os.path.join(windows, name + end))]
-    return [*runner, "wine", os.path.join(windows, name + ends[0]), *arguments]
+    program = pathlib.Path(windows, name + ".exe")
+    in_prompt = program.with_suffix(".com")
+    if in_prompt.exists():
+        # A prompt takes a .com before an .exe: it has a console, by which Ctrl-C comes. Wine takes
+        # another name of the same file for the first, and starts what is no .exe by a third program.
+        program = pathlib.Path(os.environ["WINEPREFIX"], "drive_c", program.name)
+        if not program.exists():
+            shutil.copyfile(in_prompt, program)
+    return [*runner, "wine", program, *arguments]
 
 
 def own_address():

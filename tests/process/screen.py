@@ -7,7 +7,7 @@ import shutil
 import subprocess
 
 import harness
-from harness import Program, wait_until
+from harness import Program, insist, wait_until
 
 PICTURES = os.environ.get("TARNEX_PICTURES")  # a folder in which pictures of the windows are kept
 
@@ -106,9 +106,13 @@ class Window:
         """All lines of the list at that place."""
         return self.copied(place, "ctrl+shift+c").splitlines()
 
-    def wait_for_line(self, place, text, act=lambda: None):
-        """Acts until a line of the list at that place ends so."""
-        wait_until(lambda: any(line.endswith(text) for line in self.lines(place)) or act(), text)
+    def wait_for_line(self, place, text, act=None):
+        """Until a line of the list at that place ends so; acts for that, if it can."""
+
+        def listed():
+            return any(line.endswith(text) for line in self.lines(place))
+
+        insist(act, listed, text) if act else wait_until(listed, text)
 
     def picture(self, name):
         """Keeps a picture, if somebody wants pictures."""

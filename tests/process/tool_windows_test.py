@@ -8,7 +8,7 @@ import unittest
 
 import harness
 from flasher_test import program
-from harness import FIRST_NUMBER, Site, linux_only, wait_until
+from harness import FIRST_NUMBER, Site, insist, linux_only, wait_until
 from screen import Screen
 
 CONNECTED = "已在Com3成功连接Tarnex."
@@ -36,17 +36,15 @@ class ToolWindowsTest(unittest.TestCase):
 
     def start(self, name):
         """As the start menu does."""
-        return self.site.start(name + ".exe" if harness.windows else name, cwd=self.site.folder)
+        if harness.windows:
+            name = f"{harness.windows}/{name}.exe"
+        return self.site.start(name, cwd=self.site.folder)
 
     def make_firmware(self, name, size=4096):
         self.site.path(name).write_text(program("TARNEX-SIM 2.0", size))
 
-    def insist(self, act, done, what):
-        """Acts until it is done: what is still shown as disabled ignores the operator."""
-        wait_until(lambda: done() or act(), what)
-
     def leave(self, tool, window):
-        self.insist(lambda: window.key("alt+x"), lambda: not tool.runs(), "the end of " + tool.name)
+        insist(lambda: window.key("alt+x"), lambda: not tool.runs(), "the end of " + tool.name)
         self.assertEqual(tool.wait(), 0)
 
     def test_firmware_is_updated_on_a_fine_screen(self):
@@ -62,7 +60,7 @@ class ToolWindowsTest(unittest.TestCase):
         dialog = screen.window("打开固件文件")
         dialog.type("unit.hex" if harness.windows else self.site.path("unit.hex"))
         dialog.picture("flasher-file-192")
-        self.insist(lambda: dialog.key("Return"), lambda: not dialog.shown(), "the end of the dialog")
+        insist(lambda: dialog.key("Return"), lambda: not dialog.shown(), "the end of the dialog")
         window.wait_for_line(FLASHER_LIST, "unit.hex")
         window.wait_for_line(FLASHER_LIST, "正在连接Tarnex.", lambda: window.key("alt+o"))
         window.wait_for_line(FLASHER_LIST, "可以开始更新Firmware!")
@@ -85,7 +83,7 @@ class ToolWindowsTest(unittest.TestCase):
 
     def press(self, window, number, lists, lines_below=1):
         """Presses a button until that is listed, with at most so many lines below."""
-        self.insist(
+        insist(
             lambda: window.click(*CONSOLE[number]),
             lambda: lists in window.lines(CONSOLE_LIST)[-1 - lines_below :],
             f"{lists}, after Command{number}",
@@ -121,7 +119,7 @@ class ToolWindowsTest(unittest.TestCase):
             window.key("Tab")
 
         # xdotool redefines a key for each Chinese character, which on a busy machine may come too early.
-        self.insist(enter_name, lambda: self.site.setting("TarnexName") == "机房一号（测试）", "the name in the settings")
+        insist(enter_name, lambda: self.site.setting("TarnexName") == "机房一号（测试）", "the name in the settings")
         copied = window.lines(CONSOLE_LIST)[-1]
         wait_until(lambda: window.copied(CONSOLE_LIST, "End", "ctrl+c") == copied, "a copied line")
         window.click(*CONSOLE["Text5"])
