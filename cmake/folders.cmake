@@ -69,11 +69,9 @@ function(tarnex_test folder)
             RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
         add_test(NAME test_${name} COMMAND test_${name})
         set_tests_properties(test_${name} PROPERTIES TIMEOUT 600 SKIP_RETURN_CODE 77)
+        set_property(GLOBAL APPEND PROPERTY tarnex_test_programs test_${name})
         if(TARNEX_WINE)
-            add_test(NAME test_${name}.windows COMMAND ${PROJECT_SOURCE_DIR}/tests/under-wine
-                ${PROJECT_SOURCE_DIR}/build/windows/tests/test_${name}.exe)
-            set_tests_properties(test_${name}.windows PROPERTIES
-                FIXTURES_REQUIRED windows TIMEOUT 600 SKIP_RETURN_CODE 77)
+            tarnex_windows_test(test_${name} ${TARNEX_WINDOWS_BUILD}/tests/test_${name}.exe)
         endif()
     endif()
 endfunction()
