@@ -87,7 +87,9 @@ class Window:
         self._screen.run("xdotool", "mousemove", "--window", str(self._number), *place, "click", "1")
 
     def key(self, *names):
-        self._screen.run("xdotool", "windowfocus", str(self._number), "key", "--delay", "30", *names)
+        # While windows come and go Wine may miss the release of a key.
+        up = ("keyup", "alt", "keyup", "ctrl", "keyup", "shift") if harness.windows else ()
+        self._screen.run("xdotool", "windowfocus", str(self._number), *up, "key", "--delay", "30", *names)
 
     def type(self, text):
         self._screen.run("xdotool", "windowfocus", str(self._number), "type", "--delay", "30", text)
