@@ -1,0 +1,59 @@
+"""The service under the service manager of Windows, as far as Wine has one."""
+
+import pathlib
+import shutil
+import unittest
+
+import harness
+from harness import Site, there, wait_until
+
+STOPPED, RUNNING, PAUSED = 1, 4, 7
+SERVICES = r"HKLM\SYSTEM\CurrentControlSet\Services"
+
+
+class NtService(unittest.TestCase):
+    def ended(self, argument):
+        return self.site.start("tarnexcomm", argument).wait()
+
+    def manager(self, what):
+        """What service-control prints: "STATE EXIT_STATUS" or an error."""
+        control = harness.Program(self, shutil.which("wine"), [self.control, what])
+        control.wait()
+        return control.lines[-1]
+
+    def becomes(self, state, exit_status=0):
+        wait_until(lambda: self.manager("query") == f"{state} {exit_status}", f"state {state}")
+
+    def registered(self, key, name, value):
+        query = ["reg", "query", rf"{SERVICES}\{key}", "/v", name]
+        harness.Program(self, shutil.which("wine"), query).wait_for(f"SZ    {value}")
+
+    def test_it_lives_under_the_service_manager(self):
+        self.site = Site(self)
+        self.control = pathlib.Path(harness.windows).parent / "tests/service-control.exe"
+        program = there(pathlib.Path(harness.windows) / "tarnexcomm.exe")
+        for _ in range(2):  # the second brings it up to date
+            self.assertEqual(self.ended("/i"), 0)
+        self.registered("TarnexComm", "ImagePath", f'"{program}"')
+        self.registered(r"TarnexComm\Parameters", "TimerInterval", "300")
+        self.registered(r"EventLog\Application\TarnexComm", "EventMessageFile", program)
+
+        for what, state in ("start", RUNNING), ("pause", PAUSED), ("continue", RUNNING), ("stop", STOPPED):
+            self.assertNotIn("error", self.manager(what))
+            self.becomes(state)
+
+        self.site.settings.unlink()
+        self.site.settings.mkdir()
+        self.manager("start")
+        self.becomes(STOPPED, 66)  # a start that fails says how
+        self.site.settings.rmdir()
+        self.site.write_settings()
+
+        self.manager("start")
+        self.becomes(RUNNING)
+        self.assertEqual(self.ended("/u"), 0)  # takes it away while it runs
+        self.assertEqual(self.manager("query"), "error 1060")  # there is none
+        self.assertEqual(self.ended("/u"), 69)
+
+
+harness.run(NtService)
