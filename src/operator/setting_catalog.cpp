@@ -70,6 +70,14 @@ bool HasControlCharacters(TextView value) {
     return std::ranges::any_of(value, IsControl);
 }
 
+// The name of a port stands for a path where the system has such paths: "COM25".
+bool IsWholePath(const Setting& setting, const std::string& path) {
+    const bool port = TextView(setting.section) == u"SerialPorts" && path.size() > 3 &&
+                      EqualIgnoringCase(FromUtf8(path.substr(0, 3)), u"COM") &&
+                      path.find_first_not_of("0123456789", 3) == path.npos;
+    return ToPath(port ? "\\\\.\\" + path : path).is_absolute();
+}
+
 bool Fits(const Setting& setting, TextView value) {
     switch (setting.Kind()) {
     case kSwitch:
@@ -83,7 +91,7 @@ bool Fits(const Setting& setting, TextView value) {
     case kChoice:
         return IsChoice(setting, value);
     case kPath:
-        return ToPath(ToUtf8(value)).is_absolute();
+        return IsWholePath(setting, ToUtf8(value));
     case kServer:
         return ParseServerAddress(value).has_value() && value.find(u' ') == TextView::npos;
     case kMailAddress:

@@ -124,6 +124,9 @@ TEST_F(SettingsCommands, RefusesNonsenseInOneLine) {
     Fails(64, {"settings"}, "the command is missing");
     Fails(64, {"settings", "list", "--lnog"}, "did you mean \"--long\"?");
     EXPECT_EQ(FileContent(settings), before);
+    // Where ports have names like this one it needs no path in front.
+    const bool has_names = std::filesystem::path::preferred_separator == '\\';
+    EXPECT_EQ(Run({"settings", "set", "com1-device", "COM25"}), has_names ? 0 : 65);
     world.settings_path = folder.Path();
     Fails(66, {"settings", "list"}, "");
 }

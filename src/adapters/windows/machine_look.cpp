@@ -2,13 +2,18 @@
 #include "adapters/windows/windows_headers.h"
 #include "adapters/windows/windows_text.h"
 
+#include <algorithm>
+
 namespace tarnex {
 
 // The names of ports are no files: the system is asked for what stands behind them.
 PortLook SystemMachineLook::Port(const std::string& device) {
+    constexpr std::string_view kPrefix = "\\\\.\\";
+    std::string name = device.substr(device.starts_with(kPrefix) ? kPrefix.size() : 0);
+    std::ranges::transform(name, name.begin(), [](unsigned char c) { return std::toupper(c); });
     wchar_t target[512];
-    const bool there = QueryDosDeviceW(ToWide(device).c_str(), target, 512) != 0;
-    return {.there = there, .device = device};
+    const bool there = QueryDosDeviceW(ToWide(name).c_str(), target, 512) != 0;
+    return {.there = there, .device = name};
 }
 
 std::vector<std::string> SystemMachineLook::Ports() {
