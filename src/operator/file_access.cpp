@@ -41,6 +41,7 @@ constexpr Remedy kReading[] = {
     {std::errc::permission_denied,         kExitNoRights,     nullptr, kBecomeUser},
     {std::errc::is_a_directory,            kExitNoInput,      "it is no ordinary file", "name a file"},
     {std::errc::file_too_large,            kExitNoInput,      "it is longer than 1 MiB", "see what has filled it"},
+    {std::errc::device_or_resource_busy,   kExitNoInput,      "another program keeps it open", "close it there"},
 };
 constexpr Remedy kOtherReading{{}, kExitIo, nullptr, "look for a failing disk"};
 // clang-format on

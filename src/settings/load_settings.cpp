@@ -24,6 +24,7 @@ constexpr Advice kAdvice[] = {
     {std::errc::too_many_files_open, kFreeFiles},
     {std::errc::too_many_files_open_in_system, kFreeFiles},
     {std::errc::not_enough_memory, "Free memory."},
+    {std::errc::device_or_resource_busy, "Close it there."},
 };
 
 } // namespace
@@ -53,6 +54,8 @@ std::string Unreadable(const std::string& file, std::error_code problem) {
         words = "it is no ordinary file";
     else if (problem == std::errc::file_too_large)
         words = "it is longer than 1 MiB";
+    else if (problem == std::errc::device_or_resource_busy)
+        words = "another program keeps it open";
     return "The settings file " + file + " cannot be read (" + words + ")";
 }
 

@@ -141,6 +141,8 @@ TEST(ReadAtStart, AReadingProblemHasOwnWordsAndFittingAdvice) {
               "The settings file f cannot be read (too many links lead to one another)");
     EXPECT_TRUE(Unreadable("f", std::make_error_code(std::errc::is_a_directory))
                     .ends_with("(it is no ordinary file)"));
+    EXPECT_TRUE(Unreadable("f", std::make_error_code(std::errc::device_or_resource_busy))
+                    .ends_with("(another program keeps it open)"));
     EXPECT_EQ(ReadingAdvice(std::make_error_code(std::errc::too_many_files_open), "rights"),
               "End what holds so many files open, or raise the limit.");
 }
