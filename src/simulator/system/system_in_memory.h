@@ -29,7 +29,7 @@ struct SystemInMemory {
             .sockets = network,
             .tcp = tcp,
             .log_table = *log_table,
-            .history = history,
+            .history = *message_history,
             .settings_store = store,
             .files = files,
             .code_page = code_page,
@@ -63,7 +63,8 @@ struct SystemInMemory {
     SimulatedTcpNetwork tcp{clock};
     SimulatedLogTable log;
     SimulatedHistory history;
-    LogTable* log_table = &log;   // or another one, before the service starts
+    LogTable* log_table = &log;                 // or another one, before the service starts
+    MessageHistory* message_history = &history; // the same
     StatusSink* status = nullptr; // where the service tells of its state; before it starts
     SimulatedSettingsStore store;
     SimulatedLineFiles files;
