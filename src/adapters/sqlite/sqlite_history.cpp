@@ -20,8 +20,9 @@ constexpr std::int64_t kBytesPerMegabyte = 1'000'000;
 constexpr const char* kConnectionSetup =
     "PRAGMA cache_size = -64; PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 200;";
 constexpr const char* kIsWaiting = "fate = '' AND kind IN ('SMS', 'mail')";
+// Of two words at most: for a longer list SQLite would make a table of its own with each row.
 constexpr const char* kIsNotSent =
-    "fate IN ('given up', 'pushed out', 'dropped', 'lost') AND again_as = 0";
+    "(fate IN ('given up', 'pushed out') OR fate IN ('dropped', 'lost')) AND again_as = 0";
 
 std::string SchemaSql() {
     return std::string(R"(
