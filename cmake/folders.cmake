@@ -58,7 +58,7 @@ endfunction()
 function(tarnex_test folder)
     string(REPLACE "/" "_" name ${folder})
     file(GLOB sources RELATIVE ${CMAKE_CURRENT_SOURCE_DIR}
-        CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/*_test.cpp)
+        CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/*.cpp)
     list(REMOVE_ITEM sources ${left_out})
     if(sources)
         add_executable(test_${name} ${sources})

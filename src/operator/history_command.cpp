@@ -17,7 +17,7 @@ constexpr std::size_t kMostIdsAtOnce = 200; // the service does nothing else mea
 
 using std::chrono::system_clock;
 
-system_clock::time_point TimeOf(std::int64_t ms) {
+system_clock::time_point At(std::int64_t ms) {
     return system_clock::time_point(std::chrono::milliseconds(ms));
 }
 
@@ -25,44 +25,12 @@ std::int64_t MsOf(system_clock::time_point time) {
     return std::chrono::floor<std::chrono::milliseconds>(time.time_since_epoch()).count();
 }
 
-std::chrono::sys_seconds AsIfUtc(const CalendarTime& time) {
-    const std::chrono::year_month_day day(std::chrono::year(time.year),
-                                          std::chrono::month(unsigned(time.month)),
-                                          std::chrono::day(unsigned(time.day)));
-    return std::chrono::sys_days(day) + std::chrono::hours(time.hour) +
-           std::chrono::minutes(time.minute) + std::chrono::seconds(time.second);
-}
-
-std::string TwoDigits(int number) {
-    return (number < 10 ? "0" : "") + std::to_string(number);
-}
-
-std::string DateAndTime(const CalendarTime& time, const char* between) {
-    return std::to_string(time.year) + "-" + TwoDigits(time.month) + "-" + TwoDigits(time.day) +
-           between + TwoDigits(time.hour) + ":" + TwoDigits(time.minute) + ":" +
-           TwoDigits(time.second);
-}
-
-// ISO 8601 with the offset of the machine's time zone.
-Json IsoTime(const OperatorWorld& world, std::int64_t ms) {
-    if (ms == 0)
-        return {};
-    const CalendarTime local = world.local_time(TimeOf(ms));
-    const auto minutes = std::chrono::round<std::chrono::minutes>(
-                             AsIfUtc(local).time_since_epoch() - std::chrono::milliseconds(ms))
-                             .count();
-    return DateAndTime(local, "T") + (minutes < 0 ? "-" : "+") +
-           TwoDigits(int(std::abs(minutes) / 60)) + ":" + TwoDigits(int(std::abs(minutes) % 60));
-}
-
 // "2024-05-06", "2024-05-06 22:30", "90min", "2h" or "3d" as the time that it means.
 std::int64_t SinceOf(const OperatorWorld& world, const std::string& text) {
     if (text.empty())
         return 0;
-    if (const auto moment = ParseMoment(text)) {
-        const auto guess = AsIfUtc(*moment);
-        return MsOf(guess - (AsIfUtc(world.local_time(guess)) - guess));
-    }
+    if (const auto moment = ParseMoment(text))
+        return MsOf(TimeOf(world, *moment));
     std::istringstream age(text);
     long long number = 0;
     std::string unit;
@@ -74,11 +42,6 @@ std::int64_t SinceOf(const OperatorWorld& world, const std::string& text) {
     throw Failure(kExitData,
                   "--since: \"" + text +
                       "\" is no time such as 2024-05-06, \"2024-05-06 22:30\", 90min, 2h or 3d");
-}
-
-std::string Padded(const std::string& text, std::size_t width) {
-    const std::size_t used = DisplayWidth(text);
-    return text + std::string(used < width ? width - used : 0, ' ') + "  ";
 }
 
 bool IsMessage(const HistoryRow& row) {
@@ -102,8 +65,9 @@ std::string FateText(const HistoryRow& row) {
 
 // Fixed widths: the rows to come are not known.
 std::string LineOf(const OperatorWorld& world, const HistoryRow& row) {
+    const CalendarTime at = world.local_time(At(row.at));
     return Padded(std::to_string(row.id), 6) +
-           Padded(DateAndTime(world.local_time(TimeOf(row.at)), " "), 19) + Padded(row.kind, 4) +
+           Padded(ToUtf8(DateText(at) + u" " + TimeText(at)), 19) + Padded(row.kind, 4) +
            Padded(Printable(row.recipient), 14) + Padded(FateText(row), 11) +
            Printable(row.text + (row.reason.empty() ? "" : " (" + row.reason + ")")) + '\n';
 }
@@ -114,7 +78,7 @@ Json AttemptsOf(const OperatorWorld& world, const HistoryRow& row) {
     for (std::string line; std::getline(lines, line);) {
         const std::size_t blank = line.find(' ');
         const std::string result = blank == line.npos ? "" : line.substr(blank + 1);
-        attempts.push_back({{"at", IsoTime(world, std::strtoll(line.c_str(), nullptr, 10))},
+        attempts.push_back({{"at", IsoTime(world, At(std::strtoll(line.c_str(), nullptr, 10)))},
                             {"result", result.empty() ? Json() : Json(result)}});
     }
     return attempts;
@@ -125,7 +89,7 @@ std::string JsonOf(const OperatorWorld& world, const HistoryRow& row) {
     const auto text_or_null = [](const std::string& text) {
         return text.empty() ? Json() : Json(text);
     };
-    Json json{{"id", row.id}, {"at", IsoTime(world, row.at)}, {"kind", row.kind}};
+    Json json{{"id", row.id}, {"at", IsoTime(world, At(row.at))}, {"kind", row.kind}};
     if (row.kind == "signal") {
         json["signal"] = std::strtol(row.text.c_str(), nullptr, 10);
     } else if (row.kind == "unit") {
@@ -136,7 +100,8 @@ std::string JsonOf(const OperatorWorld& world, const HistoryRow& row) {
         json["record"] = text_or_null(row.record);
         json["fate"] = row.fate.empty() ? "waits" : row.fate;
         json["reason"] = text_or_null(row.reason);
-        json["ended_at"] = IsoTime(world, row.fate.empty() ? 0 : row.ended);
+        json["ended_at"] =
+            row.fate.empty() || row.ended == 0 ? Json() : Json(IsoTime(world, At(row.ended)));
         json["attempts"] = AttemptsOf(world, row);
         json["again_of"] = id_or_null(row.again_of);
         json["again_as"] = id_or_null(row.again_as);

@@ -1,6 +1,7 @@
 #include "operator/commands.h"
 #include "operator/file_access.h"
 #include "operator/json_output.h"
+#include "operator/moment.h"
 #include "operator/settings_file.h"
 #include "operator/text_output.h"
 #include "platform/file_path.h"
@@ -45,11 +46,6 @@ std::string Field(const StoredLogRow& row, std::size_t column) {
     return Printable(row.columns[column].value_or(""));
 }
 
-std::string Padded(const std::string& text, std::size_t width) {
-    const std::size_t used = DisplayWidth(text);
-    return text + std::string(used < width ? width - used : 0, ' ') + "  ";
-}
-
 std::string Ways(const StoredLogRow& row) {
     const bool sms = Field(row, kBySMS) == "Yes";
     const bool mail = Field(row, kByEmail) == "Yes";
@@ -63,10 +59,31 @@ std::string LineOf(const StoredLogRow& row) {
            Padded(Field(row, kSource), 5) + Padded(Ways(row), 8) + Field(row, kMessage) + '\n';
 }
 
-std::string JsonOf(const StoredLogRow& row) {
-    Json json;
-    for (std::size_t i = 0; i < row.columns.size(); ++i)
-        json[kColumnNames[i]] = row.columns[i] ? Json(*row.columns[i]) : Json();
+// null where the row has no such moment.
+Json AtOf(const OperatorWorld& world, const StoredLogRow& row) {
+    const std::string time = row.columns[kTime].value_or("");
+    auto local = ParseMoment(row.columns[kDate].value_or("") + " " + time.substr(0, 5));
+    if (!local || time.size() != 8)
+        return {};
+    local->second = int(LeadingNumber(FromUtf8(time.substr(6))));
+    return IsoTime(world, TimeOf(world, *local));
+}
+
+Json ValueOf(const StoredLogRow& row, std::size_t column) {
+    const auto& text = row.columns[column];
+    if (!text)
+        return {};
+    if ((column == kBySMS || column == kByEmail) && (*text == "Yes" || *text == "No"))
+        return *text == "Yes";
+    if (column == kMemoOrTarget && !row.columns[kBySMS]) // of a command its target
+        return NumberOr(*text, *text);
+    return *text;
+}
+
+std::string JsonOf(const OperatorWorld& world, const StoredLogRow& row) {
+    Json json{{"number", row.id}, {"at", AtOf(world, row)}};
+    for (std::size_t i = kDirection; i < kCount; ++i)
+        json[kColumnNames[i]] = ValueOf(row, i);
     return JsonText(json, -1);
 }
 
@@ -118,7 +135,7 @@ class Tail {
         if (!rows)
             throw Unreadable(reader_->Problem());
         for (const StoredLogRow& row : *rows) {
-            world_.out << (json_ ? JsonOf(row) : LineOf(row));
+            world_.out << (json_ ? JsonOf(world_, row) : LineOf(row));
             last_id_ = row.id;
         }
         world_.out.flush();

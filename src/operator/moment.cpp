@@ -54,27 +54,47 @@ std::optional<CalendarTime> ParseMoment(const std::string& text) {
                         .weekday = int(weekday.c_encoding())};
 }
 
-std::chrono::minutes OffsetFromUtc(const OperatorWorld& world) {
-    using namespace std::chrono;
-    const CalendarTime local = world.calendar();
-    const auto as_utc = sys_days(year(local.year) / local.month / local.day) + hours(local.hour) +
-                        minutes(local.minute) + seconds(local.second);
-    return round<minutes>(as_utc - floor<seconds>(world.now()));
+CalendarTime LocalNow(const OperatorWorld& world) {
+    return world.local_time(world.now());
 }
 
-std::string IsoTime(long long seconds, std::chrono::minutes offset) {
+std::chrono::sys_seconds AsIfUtc(const CalendarTime& local) {
     using namespace std::chrono;
-    const sys_seconds local = sys_seconds(std::chrono::seconds(seconds)) + offset;
-    const sys_days day = floor<days>(local);
+    return sys_days(year(local.year) / local.month / local.day) + hours(local.hour) +
+           minutes(local.minute) + seconds(local.second);
+}
+
+CalendarTime CalendarOf(std::chrono::sys_seconds as_if_utc) {
+    using namespace std::chrono;
+    const sys_days day = floor<days>(as_if_utc);
     const year_month_day date(day);
-    const hh_mm_ss time(local - day);
+    const hh_mm_ss time(as_if_utc - day);
+    return {.year = int(date.year()),
+            .month = int(unsigned(date.month())),
+            .day = int(unsigned(date.day())),
+            .hour = int(time.hours().count()),
+            .minute = int(time.minutes().count()),
+            .second = int(time.seconds().count()),
+            .weekday = int(weekday(day).c_encoding())};
+}
+
+std::chrono::system_clock::time_point TimeOf(const OperatorWorld& world,
+                                             const CalendarTime& local) {
+    const std::chrono::sys_seconds wanted = AsIfUtc(local);
+    std::chrono::sys_seconds time = wanted;
+    for (int i = 0; i < 2; ++i) // the offset of the first guess may be another
+        time = wanted - (AsIfUtc(world.local_time(time)) - time);
+    return time;
+}
+
+std::string IsoTime(const OperatorWorld& world, std::chrono::system_clock::time_point time) {
+    using namespace std::chrono;
+    const CalendarTime local = world.local_time(time);
+    const auto offset = round<minutes>(AsIfUtc(local) - floor<seconds>(time));
     const hh_mm_ss zone(abs(offset));
-    const auto two = [](auto number) { return ToUtf8(ToText(static_cast<long long>(number), 2)); };
-    return ToUtf8(ToText(int(date.year()), 4)) + "-" + two(unsigned(date.month())) + "-" +
-           two(unsigned(date.day())) + "T" + two(time.hours().count()) + ":" +
-           two(time.minutes().count()) + ":" + two(time.seconds().count()) +
-           (offset < 0min ? "-" : "+") + two(zone.hours().count()) + ":" +
-           two(zone.minutes().count());
+    const auto two = [](long long number) { return ToUtf8(ToText(number, 2)); };
+    return ToUtf8(DateText(local) + u"T" + TimeText(local)) + (offset < 0min ? "-" : "+") +
+           two(zone.hours().count()) + ":" + two(zone.minutes().count());
 }
 
 std::string MomentText(const CalendarTime& time) {

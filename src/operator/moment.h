@@ -14,11 +14,18 @@ std::optional<CalendarTime> ParseMoment(const std::string& text);
 // "Mon 2024-05-06 22:30"
 std::string MomentText(const CalendarTime& time);
 
-// How far local time is ahead of UTC now.
-std::chrono::minutes OffsetFromUtc(const OperatorWorld& world);
+// Local time now.
+CalendarTime LocalNow(const OperatorWorld& world);
 
-// Seconds since 1970 as local time: "2024-05-06T08:00:00+08:00".
-std::string IsoTime(long long seconds, std::chrono::minutes offset);
+// Local time as if it were UTC, to count with, and back.
+std::chrono::sys_seconds AsIfUtc(const CalendarTime& local);
+CalendarTime CalendarOf(std::chrono::sys_seconds as_if_utc);
+
+// Of a local time that comes twice, as at the end of summer time, the second one.
+std::chrono::system_clock::time_point TimeOf(const OperatorWorld& world, const CalendarTime& local);
+
+// Local time with its offset from UTC at that moment: "2024-05-06T08:00:00+08:00".
+std::string IsoTime(const OperatorWorld& world, std::chrono::system_clock::time_point time);
 
 // "Sunday" to "Saturday"
 const char* WeekdayName(int weekday);

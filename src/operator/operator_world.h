@@ -66,8 +66,7 @@ struct OperatorWorld {
     std::function<std::string(const Endpoint& to, std::string_view bytes)> send_datagram;
 
     std::function<std::chrono::system_clock::time_point()> now;
-    std::function<CalendarTime()> calendar; // local
-    std::function<CalendarTime(std::chrono::system_clock::time_point)> local_time{};
+    std::function<CalendarTime(std::chrono::system_clock::time_point)> local_time;
     // Waits; false when the command is to end instead.
     std::function<bool(Duration)> pause;
     // Whether the process lives and is the service.

@@ -16,7 +16,7 @@ constexpr auto kPatience = 1s;
 
 CalendarTime StartOf(const OperatorWorld& world, const std::string& start) {
     if (start.empty()) {
-        CalendarTime today = world.calendar();
+        CalendarTime today = LocalNow(world);
         today.hour = today.minute = today.second = 0;
         return today;
     }
@@ -127,7 +127,7 @@ void PrintJson(const OperatorWorld& world, const DryRunResult& result,
               {"log_rows", result.log_rows},
               {"said", result.said}};
     for (const AlarmOutcome& alarm : result.alarms)
-        json["alarms"].push_back({{"at", MomentText(alarm.at)},
+        json["alarms"].push_back({{"at", IsoTime(world, TimeOf(world, alarm.at))},
                                   {"text", ToUtf8(alarm.text)},
                                   {"sms_queued", alarm.sms_queued},
                                   {"sms_sent", alarm.sms_sent},

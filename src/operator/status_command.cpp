@@ -196,32 +196,33 @@ class StatusPage {
 };
 
 // The moments of the status file, which are seconds since 1970.
-Json WithIsoTimes(Json json, std::chrono::minutes offset) {
+Json WithIsoTimes(const OperatorWorld& world, Json json) {
     for (auto& [name, value] : json.items()) {
         if (value.is_structured())
-            value = WithIsoTimes(value, offset);
+            value = WithIsoTimes(world, value);
         else if (value.is_number() && (name.ends_with("_at") || name == "state_since"))
-            value = IsoTime(value.get<long long>(), offset);
+            value = IsoTime(world,
+                            std::chrono::sys_seconds(std::chrono::seconds(value.get<long long>())));
     }
     return json;
 }
 
 // What is no longer true stands apart, so that nobody takes it for the present state.
-Json AsJson(const StatusReading& state, std::chrono::minutes offset) {
+Json AsJson(const OperatorWorld& world, const StatusReading& state) {
     Json json{{"running", state.running}};
     if (state.status.is_null())
         return json;
     json["seconds_since_change"] = state.SecondsSince(state.status.at("written_at"));
     if (state.running)
-        json.update(WithIsoTimes(state.status, offset));
+        json.update(WithIsoTimes(world, state.status));
     else
-        json["last_status"] = WithIsoTimes(state.status, offset);
+        json["last_status"] = WithIsoTimes(world, state.status);
     return json;
 }
 
 void Show(const OperatorWorld& world, const StatusReading& state, const StatusOptions& options) {
     if (options.json)
-        world.out << JsonText(AsJson(state, OffsetFromUtc(world)), options.watch ? -1 : 2);
+        world.out << JsonText(AsJson(world, state), options.watch ? -1 : 2);
     else if (state.running && options.long_form)
         StatusPage(state).Print(world);
     else if (state.running)

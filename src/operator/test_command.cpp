@@ -1,6 +1,7 @@
 #include "events/notification_plan.h"
 #include "notify/control_link.h"
 #include "operator/commands.h"
+#include "operator/moment.h"
 #include "operator/record_explanation.h"
 #include "operator/settings_file.h"
 #include "operator/status_reading.h"
@@ -99,7 +100,7 @@ class Trial {
         if (!trouble.empty())
             throw Failure(kExitFailed, "the alarm cannot be given to the service at " + address +
                                            ": " + trouble);
-        return Explain(settings_, MakeEventRecord(event), world_.calendar());
+        return Explain(settings_, MakeEventRecord(event), LocalNow(world_));
     }
 
     bool Wait() {

@@ -41,6 +41,11 @@ std::string Shortened(const std::string& utf8, std::size_t columns) {
     return ToUtf8(text) + "…";
 }
 
+std::string Padded(const std::string& utf8, std::size_t columns) {
+    const std::size_t used = DisplayWidth(utf8);
+    return utf8 + std::string(used < columns ? columns - used : 0, ' ') + "  ";
+}
+
 std::string Printable(std::string_view utf8) {
     return EscapeControls(utf8);
 }

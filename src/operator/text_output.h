@@ -15,6 +15,9 @@ std::size_t DisplayWidth(std::string_view utf8);
 // The text, cut to that many columns, the last one "…" where it is cut.
 std::string Shortened(const std::string& utf8, std::size_t columns);
 
+// The text, with blanks to that width and two more.
+std::string Padded(const std::string& utf8, std::size_t columns);
+
 // What comes from elsewhere, with control characters escaped, since they could drive the terminal.
 std::string Printable(std::string_view utf8);
 

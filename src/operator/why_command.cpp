@@ -20,7 +20,7 @@ std::string RecordOf(std::string text) {
 
 CalendarTime MomentOf(const OperatorWorld& world, const std::string& at) {
     if (at.empty())
-        return world.calendar();
+        return LocalNow(world);
     if (const auto moment = ParseMoment(at))
         return *moment;
     throw Failure(kExitUsage,
@@ -123,18 +123,22 @@ Json ToJson(const WayExplanation& way) {
     return {{"taken", way.taken}, {"reasons", way.reasons}};
 }
 
-Json ToJson(const RecordExplanation& why, const CalendarTime& at) {
+Json Number(TextView digits) {
+    return NumberOr(ToUtf8(digits), {});
+}
+
+Json ToJson(const OperatorWorld& world, const RecordExplanation& why, const CalendarTime& at) {
     const EventRecord& event = why.plan.event;
     Json json{{"record",
                {{"machine", event.MachineNo},
                 {"service", event.ServiceNo},
-                {"state", ToUtf8(event.StatusNo)},
+                {"state", Number(event.StatusNo)},
                 {"action", event.AutoNo},
-                {"sms_flag", ToUtf8(event.SMSableNo)},
-                {"mail_flag", ToUtf8(event.EmailableNo)},
+                {"sms_flag", Number(event.SMSableNo)},
+                {"mail_flag", Number(event.EmailableNo)},
                 {"machine_name", ToUtf8(event.MachineName)},
                 {"memo", ToUtf8(event.Memo)}}},
-              {"at", MomentText(at)},
+              {"at", IsoTime(world, TimeOf(world, at))},
               {"text", ToUtf8(why.plan.text)},
               {"pieces", Json::array()},
               {"quiet", why.plan.quiet.state == QuietTime::State::kQuiet},
@@ -165,7 +169,7 @@ ExitStatus ExplainRecord(OperatorWorld& world, const WhyOptions& options) {
     const Text record = encoding.Decode(encoding.Encode(FromUtf8(RecordOf(options.record))));
     const RecordExplanation why = Explain(file, record, at);
     if (options.json) {
-        world.out << JsonText(ToJson(why, at));
+        world.out << JsonText(ToJson(world, why, at));
         return kExitDone;
     }
     Page page(why, at);

@@ -87,7 +87,6 @@ int main(int argc, char** argv) {
         .greeting_of = GreetingOf,
         .send_datagram = SendDatagram,
         .now = std::chrono::system_clock::now,
-        .calendar = LocalTime,
         .local_time = LocalTimeAt,
         .pause =
             [](Duration duration) {

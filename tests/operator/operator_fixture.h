@@ -8,6 +8,7 @@
 #include "adapters/system/system_code_page.h"
 #include "adapters/system/this_system.h"
 #include "operator/command_line.h"
+#include "operator/moment.h"
 #include "tests/temp_folder.h"
 
 #include <algorithm>
@@ -15,8 +16,11 @@
 #include <sstream>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json_fwd.hpp>
 
 namespace tarnex {
+
+using nlohmann::json;
 
 // A machine whose devices a test names.
 struct FakeMachine : MachineLook {
@@ -48,6 +52,9 @@ class OperatorTest : public testing::Test {
         EXPECT_EQ(Run(std::move(arguments)), 0) << err.str();
         return out.str();
     }
+    // What a command says to programs, of those that say it in lines the last one. All of it must
+    // be as the schema of that command wants it.
+    json Answer(std::vector<std::string> arguments);
     // It ends so and says why in one line, and nothing else.
     void Fails(int status, std::vector<std::string> arguments, const std::string& why) {
         EXPECT_EQ(Run(std::move(arguments)), status) << why << err.str();
@@ -72,7 +79,7 @@ class OperatorTest : public testing::Test {
     int pauses_left = 0; // then a command that follows something ends
     std::function<void()> on_pause = [] {};
     std::chrono::system_clock::time_point now{std::chrono::seconds(1'714'982'400)};
-    CalendarTime calendar{.year = 2024, .month = 5, .day = 6, .hour = 8, .weekday = 1};
+    std::chrono::hours ahead_of_utc{0};
     SystemFileOwners owners;
     const SystemWords words = WordsOfThisSystem();
     SqliteLogFiles logs;
@@ -110,7 +117,10 @@ class OperatorTest : public testing::Test {
                 return std::string();
             },
         .now = [this] { return now; },
-        .calendar = [this] { return calendar; },
+        .local_time =
+            [this](std::chrono::system_clock::time_point time) {
+                return CalendarOf(std::chrono::floor<std::chrono::seconds>(time) + ahead_of_utc);
+            },
         .pause =
             [this](Duration) {
                 on_pause();

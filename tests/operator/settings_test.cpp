@@ -9,8 +9,6 @@
 namespace tarnex {
 namespace {
 
-using nlohmann::json;
-
 class SettingsCommands : public OperatorTest {};
 
 TEST(SettingValue, TakesWhatMakesSenseAndNothingElse) {
@@ -53,8 +51,7 @@ TEST(SettingValue, TakesWhatMakesSenseAndNothingElse) {
 }
 
 TEST_F(SettingsCommands, ListShowsNamesValuesAndEffects) {
-    const json list =
-        json::parse(Output({"settings", "list", "quiet-monday", "Check1(8)", "--json"}));
+    const json list = Answer({"settings", "list", "quiet-monday", "Check1(8)"});
     ASSERT_EQ(list.size(), 4u);
     EXPECT_EQ(list[0]["name"], "link-0");
     EXPECT_EQ(list[2]["value"], "00:00");
@@ -167,9 +164,8 @@ class SettingsCheck : public OperatorTest {
     }
     // The settings, or lines, that something is said about.
     std::vector<std::string> Named() {
-        Run({"settings", "check", "--json"});
         std::vector<std::string> names;
-        for (const json& finding : json::parse(out.str()))
+        for (const json& finding : Answer({"settings", "check"}))
             names.push_back(finding["setting"]);
         return names;
     }

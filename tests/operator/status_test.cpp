@@ -9,8 +9,6 @@
 namespace tarnex {
 namespace {
 
-using nlohmann::json;
-
 class StatusCommands : public OperatorTest {
   protected:
     StatusCommands() {
@@ -121,38 +119,12 @@ TEST_F(StatusCommands, IsShortOnATerminalAndOneLineForMonitoring) {
     EXPECT_TRUE(out.str().starts_with("UNKNOWN: "));
 }
 
-// What a value lacks of what a schema says; the words of JSON Schema that ours uses.
-void ExpectFits(const json& value, const json& schema, const std::string& where) {
-    const json types = schema["type"].is_array() ? schema["type"] : json::array({schema["type"]});
-    const std::string type = value.is_number_integer() ? "integer" : value.type_name();
-    ASSERT_NE(std::ranges::count(types, json(type)), 0) << where << " is " << type;
-    if (schema.value("format", "") == "date-time" && value.is_string()) {
-        const std::regex time(R"(\d{4}(-\d\d){2}T\d\d(:\d\d){2}[+-]\d\d:\d\d)");
-        EXPECT_TRUE(std::regex_match(value.get<std::string>(), time)) << where << value;
-    }
-    if (schema.contains("enum")) {
-        EXPECT_NE(std::ranges::count(schema["enum"], value), 0) << where << value;
-    }
-    for (const auto& item : value.is_array() ? value : json::array())
-        ExpectFits(item, schema["items"], where + "[]");
-    if (!value.is_object())
-        return;
-    for (const auto& name : schema["required"])
-        EXPECT_TRUE(value.contains(name)) << where << name;
-    for (const auto& [name, part] : value.items()) {
-        ASSERT_TRUE(schema["properties"].contains(name)) << where << '.' << name;
-        ExpectFits(part, schema["properties"][name], where + "." + name);
-    }
-}
-
-TEST_F(StatusCommands, TheJsonIsAsTheSchemaSays) {
-    calendar.hour = 16; // eight hours ahead
+TEST_F(StatusCommands, TheJsonHasLocalTimes) {
+    ahead_of_utc = 8h;
     status.state.sms.held = u"2x";
     status.state.troubles = {{.topic = "log", .text = "A row is lost."}};
     Put();
-    const json whole = json::parse(Output({"status", "--json"}));
-    ExpectFits(whole, json::parse(FileContent(TARNEX_PACKAGING "/status-schema.json")), "");
-    EXPECT_EQ(whole["written_at"], "2024-05-06T15:59:55+08:00");
+    EXPECT_EQ(Answer({"status"})["written_at"], "2024-05-06T15:59:55+08:00");
 }
 
 TEST_F(StatusCommands, RefusesOtherFiles) {

@@ -84,7 +84,7 @@ class Control(unittest.TestCase):
         self.assertEqual(sent, told)
         self.assertIn("  " + why["text"], tail.wait_for(why["text"]))
         row = json.loads(site.ctl("log", "tail", "--once", "--json").splitlines()[-1])
-        self.assertEqual((row["message"], row["by_sms"]), (why["text"], "Yes"))
+        self.assertEqual((row["message"], row["by_sms"]), (why["text"], True))
 
         site.ctl("settings", "set", "alarm-number-1", OTHER)
         unit.wait_for(f"command: WRNO1({OTHER})")
