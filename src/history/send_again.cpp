@@ -154,12 +154,14 @@ void SendAgain::CloseLeftOver(const std::vector<HistoryRow>& rows) {
         parts_.writer.Put(HistoryEnd{.id = row.id, .fate = FateWord(Fate::kLost), .at = last_sign});
     parts_.writer.Flush();
     const auto sms = std::ranges::count(rows, "SMS", &HistoryRow::kind);
-    parts_.say(
-        NoticeLevel::kWarning,
-        Messages(sms, long(rows.size()) - sms) +
-            " that waited when the service ended were not sent" +
-            (parts_.settings.SendAgain ? ", and are sent again if that was within an hour" : "") +
-            ": " + kHowToSee);
+    const bool one = rows.size() == 1;
+    parts_.say(NoticeLevel::kWarning,
+               Messages(sms, long(rows.size()) - sms) + " that waited when the service ended " +
+                   (one ? "was" : "were") + " not sent" +
+                   (parts_.settings.SendAgain ? std::string(", and ") + (one ? "is" : "are") +
+                                                    " sent again if that was within an hour"
+                                              : "") +
+                   ": " + kHowToSee);
 }
 
 void SendAgain::TakeRecent() {
@@ -178,12 +180,15 @@ void SendAgain::Stop() {
     const auto& waiting = parts_.ledger.Waiting();
     const auto sms = std::ranges::count_if(
         waiting, [](const auto& each) { return each.second.way == MessageWay::kSMS; });
+    const bool one = waiting.size() == 1;
     if (!waiting.empty())
-        parts_.say(
-            NoticeLevel::kWarning,
-            Messages(sms, long(waiting.size()) - sms) + " wait and are not sent: the service ends" +
-                (parts_.settings.SendAgain ? ". A start within an hour sends them again" : "") +
-                ": " + kHowToSee);
+        parts_.say(NoticeLevel::kWarning,
+                   Messages(sms, long(waiting.size()) - sms) +
+                       (one ? " waits and is" : " wait and are") + " not sent: the service ends" +
+                       (parts_.settings.SendAgain ? std::string(". A start within an hour sends ") +
+                                                        (one ? "it" : "them") + " again"
+                                                  : "") +
+                       ": " + kHowToSee);
     parts_.ledger.EndAll(Fate::kLost);
     parts_.writer.Flush();
 }

@@ -42,10 +42,6 @@ std::string Com(int number) {
     return "COM" + std::to_string(number);
 }
 
-std::string Counted(unsigned long number, const char* noun) {
-    return std::to_string(number) + " " + noun;
-}
-
 } // namespace
 
 std::string Masked(TextView number) {
@@ -97,7 +93,7 @@ void MainJobNotices::BegunAnew(unsigned long dropped) {
     notices_.Report("unit",
                     "The unit was lost" + Place() + ": " + why + ". " +
                         (dropped == 0 ? ""
-                                      : Counted(dropped, "SMS") + " that waited " +
+                                      : std::to_string(dropped) + " SMS that waited " +
                                             (dropped == 1 ? "was" : "were") + " dropped. ") +
                         "No SMS leaves until it is ready again.",
                     "", NoticeLevel::kError);
@@ -184,8 +180,9 @@ void MainJobNotices::SmsGivenUp(TextView recipient, const std::vector<Text>& att
     const Text& number = numbers_[recipient == u"2"];
     notices_.Report("sms",
                     "An SMS to number " + ToUtf8(recipient) + " (" + Masked(number) +
-                        ") was given up after " + std::to_string(attempts.size()) + " attempts (" +
-                        answers + "); " + std::to_string(given_up_) +
+                        ") was given up after " + std::to_string(attempts.size()) +
+                        (attempts.size() == 1 ? " attempt (" : " attempts (") + answers + "); " +
+                        std::to_string(given_up_) +
                         " since one was sent last. Look at the credit of the card, the signal, "
                         "the number and the service centre.",
                     "", NoticeLevel::kError);

@@ -96,7 +96,7 @@ std::string Joined(const std::vector<std::string>& texts, const std::string& sep
 }
 
 std::string Counted(long long number, const std::string& noun) {
-    return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
+    return std::to_string(number) + " " + noun + (number == 1 || noun == "SMS" ? "" : "s");
 }
 
 } // namespace tarnex

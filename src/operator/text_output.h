@@ -45,7 +45,7 @@ class TextTable {
 
 // "a; b; c"
 std::string Joined(const std::vector<std::string>& texts, const std::string& separator = "; ");
-// "1 mail", "2 mails"
+// "1 mail", "2 mails", "2 SMS"
 std::string Counted(long long number, const std::string& noun);
 
 } // namespace tarnex

@@ -62,7 +62,7 @@ class ServiceWindowsTest(unittest.TestCase):
         window.key("alt+x")
         self.assertEqual(service.wait(), 0)
         if not harness.windows:  # a Wine that is slow counts as a display that nobody sees
-            self.assertEqual([line for line in service.lines if "wait and are not sent" not in line], [])
+            self.assertEqual([line for line in service.lines if "not sent: the service ends" not in line], [])
         monitor.wait_for(b"tx-SMSEnd")
 
     def test_other_windows_are_reached_and_left(self):

@@ -86,7 +86,7 @@ TEST_F(Fates, WithoutTheSettingOrAfterAnHourALossIsFinal) {
     Alarm(0);
     clock.RunFor(0ms);
     service->Form_Unload();
-    EXPECT_EQ(Said("1 SMS wait and are not sent: the service ends: tarnexctl history --unsent"), 1);
+    EXPECT_EQ(Said("1 SMS waits and is not sent: the service ends: tarnexctl history --unsent"), 1);
     service.reset();
     Set(u"Queue", u"SendAgain", u"On");
     clock.RunFor(61min);
