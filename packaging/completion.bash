@@ -58,7 +58,7 @@ _tarnexctl() {
         fi
     done
     case $prev in
-    --settings-file | --status-file | --output | --schema | --log-database | --mail-password-file)
+    --settings-file | --status-file | --output | --html | --schema | --log-database | --mail-password-file)
         _filedir
         return
         ;;

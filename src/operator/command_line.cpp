@@ -83,6 +83,7 @@ class CommandLine {
     std::string schema_;
     TailOptions tail_;
     HistoryOptions history_;
+    ReportOptions report_;
     std::vector<std::int64_t> ids_;
     bool not_sent_ = false;
     SetupOptions setup_;
@@ -218,6 +219,18 @@ void CommandLine::AddHistory() {
         ->check(CLI::Range(1, 1'000'000));
     history->add_flag("--follow", history_.follow, "then new rows, until Ctrl-C");
     history->add_flag("--json", history_.json, "everything, one JSON object a line");
+
+    CLI::App* report = Command(app_, "report", "what some days brought: alarms, messages, the unit",
+                               "  tarnexctl report\n"
+                               "  tarnexctl report --days 7 --html week.html",
+                               [this] { return Report(world_, report_); });
+    report->add_option("--days", report_.days, "the last so many days, today among them")
+        ->type_name("N")
+        ->check(CLI::Range(1, 3660).description(""))
+        ->capture_default_str();
+    report
+        ->add_option("--html", report_.html, "replace this file by a page with plots; - prints it")
+        ->type_name("FILE");
 
     CLI::App* resend = Command(app_, "resend", "have messages sent again by the running service",
                                "  tarnexctl resend 1041 1042\n"

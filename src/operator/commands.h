@@ -71,6 +71,11 @@ struct HistoryOptions {
     bool json = false;
 };
 ExitStatus ShowHistory(OperatorWorld& world, const HistoryOptions& options);
+struct ReportOptions {
+    int days = 30;    // the last ones, today among them
+    std::string html; // the page's file, "-" for standard output; "" for a text there
+};
+ExitStatus Report(OperatorWorld& world, const ReportOptions& options);
 // not_sent: all that were not sent, instead of ids.
 ExitStatus Resend(OperatorWorld& world, const std::vector<std::int64_t>& ids, bool not_sent);
 

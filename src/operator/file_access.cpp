@@ -86,6 +86,21 @@ std::string ReadWholeFile(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+void WriteOutput(const OperatorWorld& world, const std::string& path, std::string_view content,
+                 Readers readers, const std::string& instead) {
+    const auto acting = ActForOwner(world, path);
+    // A new file would take the place of what that is for everybody.
+    std::error_code error;
+    const fs::file_status there = fs::symlink_status(ToPath(path), error);
+    if (fs::exists(there) && !fs::is_regular_file(there))
+        throw Failure(kExitCannotCreate,
+                      path + " is no ordinary file, and stays as it is; " + instead);
+    const std::string problem = world.replace_file(path, content, readers);
+    if (!problem.empty())
+        throw Failure(kExitCannotCreate, path + " cannot be written (" + problem +
+                                             "): name a file in a folder that you may write to");
+}
+
 Failure CannotRead(const SystemWords& words, const std::string& what, std::error_code why,
                    const std::string& if_missing) {
     if (why == std::errc::no_such_file_or_directory || why == std::errc::not_a_directory)

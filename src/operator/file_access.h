@@ -15,6 +15,11 @@ std::error_code ReadingProblem(const std::string& path);
 // The whole content of a file that can be read.
 std::string ReadWholeFile(const std::string& path);
 
+// Puts a new file in the place of an ordinary one, or where there is none. instead: what to do
+// where something else stands there. Throws Failure.
+void WriteOutput(const OperatorWorld& world, const std::string& path, std::string_view content,
+                 Readers readers, const std::string& instead);
+
 // The failures of a file, with what to do. what names it for people: "settings file /x/y".
 // if_missing: what to do when there is none.
 Failure CannotRead(const SystemWords& words, const std::string& what, std::error_code why,

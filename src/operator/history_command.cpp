@@ -1,5 +1,5 @@
 #include "operator/commands.h"
-#include "operator/file_access.h"
+#include "operator/history_file.h"
 #include "operator/json_output.h"
 #include "operator/moment.h"
 #include "operator/text_output.h"
@@ -113,15 +113,12 @@ std::string JsonOf(const OperatorWorld& world, const HistoryRow& row) {
 // Shows rows, and remembers what it has shown.
 class HistoryOutput {
   public:
-    HistoryOutput(const OperatorWorld& world, HistoryReader& reader, bool json)
-        : world_(world), reader_(reader), json_(json) {}
+    HistoryOutput(const OperatorWorld& world, bool json)
+        : world_(world), file_(world), json_(json) {}
 
     void Show(HistoryQuery query) {
         query.after = last_id_;
-        auto rows = reader_.Rows(query);
-        if (!rows)
-            throw Failure(kExitIo, "the history " + world_.history_path + " " + rows.TroubleText());
-        for (const HistoryRow& row : *rows) {
+        for (const HistoryRow& row : file_.Rows(query)) {
             world_.out << (json_ ? JsonOf(world_, row) : LineOf(world_, row));
             last_id_ = row.id;
         }
@@ -130,7 +127,7 @@ class HistoryOutput {
 
   private:
     const OperatorWorld& world_;
-    HistoryReader& reader_;
+    HistoryFile file_;
     const bool json_;
     std::int64_t last_id_ = 0;
 };
@@ -139,16 +136,7 @@ class HistoryOutput {
 
 ExitStatus ShowHistory(OperatorWorld& world, const HistoryOptions& options) {
     const std::int64_t since = SinceOf(world, options.since);
-    const std::string& path = world.history_path;
-    if (const std::error_code problem = ReadingProblem(path))
-        throw CannotRead(world.words, "history " + path, problem,
-                         "the service makes it with its first message");
-    // Reading makes files beside it.
-    const auto acting = ActForOwner(world, path);
-    auto reader = world.open_history(path);
-    if (!reader)
-        throw Failure(kExitIo, "the history " + path + " " + reader.TroubleText());
-    HistoryOutput output(world, **reader, options.json);
+    HistoryOutput output(world, options.json);
     HistoryQuery query{.since = since, .not_sent = options.not_sent, .no_signal = !options.json};
     query.last = options.lines > 0                 ? options.lines
                  : since == 0 && !options.not_sent ? kUsualRows

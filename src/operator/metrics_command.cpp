@@ -2,7 +2,6 @@
 #include "operator/file_access.h"
 #include "operator/status_reading.h"
 #include "operator/text_output.h"
-#include "platform/file_path.h"
 
 #include <algorithm>
 #include <ostream>
@@ -11,8 +10,6 @@
 namespace tarnex {
 
 namespace {
-
-namespace fs = std::filesystem;
 
 // A value of the status as a metric.
 struct Metric {
@@ -152,17 +149,7 @@ ExitStatus ShowMetrics(OperatorWorld& world, const std::string& output) {
         world.out << text;
         return kExitDone;
     }
-    const auto acting = ActForOwner(world, output);
-    // A new file would take the place of what that is for everybody.
-    std::error_code error;
-    const fs::file_status there = fs::symlink_status(ToPath(output), error);
-    if (fs::exists(there) && !fs::is_regular_file(there))
-        throw Failure(kExitCannotCreate, output + " is no ordinary file, and stays as it is; leave "
-                                                  "--output out for standard output");
-    const std::string problem = world.replace_file(output, text);
-    if (!problem.empty())
-        throw Failure(kExitCannotCreate, output + " cannot be written (" + problem +
-                                             "): name a file in a folder that you may write to");
+    WriteOutput(world, output, text, Readers::kAll, "leave --output out for standard output");
     return kExitDone;
 }
 

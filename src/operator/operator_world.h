@@ -5,6 +5,7 @@
 #include "platform/datagram_socket.h"
 #include "platform/exit_status.h"
 #include "platform/file_owners.h"
+#include "platform/file_readers.h"
 #include "platform/log_files.h"
 #include "platform/machine_look.h"
 #include "platform/message_history.h"
@@ -56,9 +57,10 @@ struct OperatorWorld {
     std::function<Result<std::string>(const std::string& request)> ask_service{};
     // nullptr for a name that the system does not know; it knows "GBK" and "UTF-8".
     std::function<std::unique_ptr<CodePage>(const std::string& name)> make_code_page;
-    // Puts a new file with that content, readable by everybody, in the place of path in one step
-    // for readers. "" when done, else what the system says stands in the way.
-    std::function<std::string(const std::string& path, std::string_view content)> replace_file;
+    // Puts a new file with that content in the place of path in one step for readers. "" when
+    // done, else what the system says stands in the way.
+    std::function<std::string(const std::string& path, std::string_view content, Readers)>
+        replace_file;
 
     // What a server says first; the trouble where it says nothing.
     std::function<Result<std::string>(const std::string& host, std::uint16_t port)> greeting_of;

@@ -47,9 +47,11 @@ struct HistoryQuery {
     std::int64_t id = 0;    // this one; 0: any
     std::int64_t after = 0; // ids behind this one
     std::int64_t since = 0; // of that time or later
+    std::int64_t until = 0; // before that time; 0: any
     bool waiting = false;   // messages without a fate
     bool not_sent = false;  // given up, pushed out, dropped or lost, and not sent again
     bool no_signal = false; // without the rows of the unit's signal
+    bool unit = false;      // what was seen of the unit alone
     int last = 0;           // no more than the last so many; 0: all
 };
 

@@ -134,7 +134,8 @@ class SimulatedHistory : public MessageHistory {
             const bool not_sent = !row.fate.empty() && row.fate != "sent" &&
                                   row.fate != "held back" && row.again_as == 0;
             if ((!query.no_signal || row.kind != "signal") && id > query.after &&
-                row.at >= query.since && (query.id == 0 || id == query.id) &&
+                row.at >= query.since && (query.until == 0 || row.at < query.until) &&
+                (!query.unit || !message) && (query.id == 0 || id == query.id) &&
                 (!query.waiting || (message && row.fate.empty())) && (!query.not_sent || not_sent))
                 rows.push_back(row);
         }

@@ -10,8 +10,7 @@ namespace {
 
 // What a value lacks of what a schema says; the words of JSON Schema that ours uses.
 void ExpectFits(const json& value, const json& schema, const std::string& where) {
-    const json types =
-        schema["type"].is_array() ? schema["type"] : json::array({schema["type"]});
+    const json types = schema["type"].is_array() ? schema["type"] : json::array({schema["type"]});
     const std::string type = value.is_number_integer() ? "integer" : value.type_name();
     ASSERT_NE(std::ranges::count(types, json(type)), 0) << where << " is " << type;
     if (schema.value("format", "") == "date-time" && value.is_string()) {

@@ -18,17 +18,18 @@ namespace {
 
 constexpr mode_t kNewFileMode = 0640;
 
-bool WriteNew(const std::string& path, std::string_view content) {
+bool WriteNew(const std::string& path, std::string_view content, mode_t mode) {
     unlink(path.c_str());
     const UniqueFd file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-    return file && WriteAll(file.Get(), content) && fchmod(file.Get(), 0644) == 0;
+    return file && WriteAll(file.Get(), content) && fchmod(file.Get(), mode) == 0;
 }
 
 } // namespace
 
-std::string ReplaceFile(const std::string& path, std::string_view content) {
+std::string ReplaceFile(const std::string& path, std::string_view content, Readers readers) {
     const std::string successor = path + ".new";
-    if (WriteNew(successor, content) && std::rename(successor.c_str(), path.c_str()) == 0)
+    const mode_t mode = readers == Readers::kAll ? 0644 : 0600;
+    if (WriteNew(successor, content, mode) && std::rename(successor.c_str(), path.c_str()) == 0)
         return "";
     const std::string problem = std::strerror(errno);
     unlink(successor.c_str());

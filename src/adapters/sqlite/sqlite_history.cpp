@@ -105,6 +105,10 @@ std::string SqlOf(const HistoryQuery& query) {
     std::string sql = "SELECT * FROM History WHERE id > ?1 AND at >= ?2";
     if (query.id != 0)
         sql += " AND id = ?3";
+    if (query.until != 0)
+        sql += " AND at < " + std::to_string(query.until);
+    if (query.unit)
+        sql += " AND kind IN ('unit', 'signal')";
     if (query.no_signal)
         sql += " AND kind <> 'signal'";
     if (query.waiting)

@@ -32,7 +32,7 @@ std::error_code WriteNewFile(const std::string& path, std::string_view content,
     return flushed && !FlushFileBuffers(file.Get()) ? LastError() : std::error_code();
 }
 
-std::string ReplaceFile(const std::string& path, std::string_view content) {
+std::string ReplaceFile(const std::string& path, std::string_view content, Readers) {
     const std::string successor = path + ".new";
     std::error_code problem = WriteNewFile(successor, content, nullptr, false);
     if (!problem)
