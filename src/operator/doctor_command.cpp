@@ -37,7 +37,7 @@ class Doctor {
         }
         const std::string clock = world_.machine.ClockTrouble();
         clock.empty() ? Good("clock", "as far as the machine tells") : Poor("clock", clock);
-        Good("version", TARNEX_VERSION);
+        Good("version", Joined(world_.modules, ", "));
         table_.Print(world_);
         return bad_ > 0 ? kExitErrors : poor_ > 0 ? kExitWarnings : kExitDone;
     }

@@ -34,8 +34,9 @@ struct OperatorWorld {
     std::ostream& out;
     std::ostream& err;
     const SystemWords& words;
-    bool colours = false;  // out shows them
-    bool progress = false; // err is watched by a person
+    std::vector<std::string> modules{}; // the program and what it runs with, each with its version
+    bool colours = false;               // out shows them
+    bool progress = false;              // err is watched by a person
     // Asks a person for a line, without an echo when it is secret; nothing at the end of the input.
     // Empty when nobody is there to answer.
     std::function<std::optional<std::string>(const std::string& prompt, bool secret)> ask;

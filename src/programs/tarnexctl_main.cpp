@@ -1,6 +1,7 @@
 // tarnexctl, the operator's command: hands the world to the command line.
 
 #include "adapters/asio/asio_datagram.h"
+#include "adapters/asio/asio_version.h"
 #include "adapters/asio/first_words.h"
 #include "adapters/sqlite/sqlite_history.h"
 #include "adapters/sqlite/sqlite_log_files.h"
@@ -65,6 +66,8 @@ int main(int argc, char** argv) {
         .out = std::cout,
         .err = std::cerr,
         .words = words,
+        .modules = {"tarnexctl " TARNEX_VERSION, "SQLite " + SqliteVersion(),
+                    "asio " + AsioVersion()},
         .colours = StandardOutputIsTerminal() && TerminalShowsColours(),
         .progress = StandardErrorIsTerminal(),
         .ask = nullptr,

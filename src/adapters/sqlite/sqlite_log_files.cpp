@@ -145,4 +145,8 @@ Result<std::unique_ptr<LogReader>> SqliteLogFiles::Open(const std::string& path)
     return std::unique_ptr<LogReader>(std::move(reader));
 }
 
+std::string SqliteVersion() {
+    return sqlite3_libversion();
+}
+
 } // namespace tarnex

@@ -12,4 +12,7 @@ class SqliteLogFiles : public LogFiles {
     Result<std::unique_ptr<LogReader>> Open(const std::string& path) override;
 };
 
+// Of the library that is loaded: "3.40.1".
+std::string SqliteVersion();
+
 } // namespace tarnex
