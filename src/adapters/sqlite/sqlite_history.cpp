@@ -16,9 +16,10 @@ constexpr int kReaderLockWaitMs = 2000;
 constexpr int kRowsBetweenTrims = 64;
 constexpr std::int64_t kBytesPerMegabyte = 1'000'000;
 
-// Little memory; no wait for the disk at each change, and little to bring home at once.
+// Little memory; no wait for the disk at each change, and little to bring home at once. A change
+// costs whole pages, so these are small.
 constexpr const char* kConnectionSetup =
-    "PRAGMA cache_size = -64; PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 200;";
+    "PRAGMA cache_size = -64; PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 800;";
 constexpr const char* kIsWaiting = "fate = '' AND kind IN ('SMS', 'mail')";
 // Of two words at most: for a longer list SQLite would make a table of its own with each row.
 constexpr const char* kIsNotSent =
@@ -26,6 +27,7 @@ constexpr const char* kIsNotSent =
 
 std::string SchemaSql() {
     return std::string(R"(
+PRAGMA page_size = 1024;
 PRAGMA auto_vacuum = INCREMENTAL;
 PRAGMA journal_mode = WAL;
 PRAGMA journal_size_limit = 1000000;
@@ -236,7 +238,7 @@ class HistoryConnection {
         const std::int64_t free = Number("PRAGMA freelist_count");
         const std::int64_t used = Number("PRAGMA page_count") - free;
         if (used * page > megabytes * kBytesPerMegabyte && Run(TrimSql()))
-            Run("PRAGMA incremental_vacuum(64)");
+            Run("PRAGMA incremental_vacuum(256)");
     }
 
     bool Run(const std::string& sql) {
