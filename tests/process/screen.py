@@ -86,13 +86,16 @@ class Window:
         place = [str(int(at * self._screen.scale) % size) for at, size in zip((x, y), self.size())]
         self._screen.run("xdotool", "mousemove", "--window", str(self._number), *place, "click", "1")
 
-    def key(self, *names):
+    def _press(self, *what):
         # While windows come and go Wine may miss the release of a key.
         up = ("keyup", "alt", "keyup", "ctrl", "keyup", "shift") if harness.windows else ()
-        self._screen.run("xdotool", "windowfocus", str(self._number), *up, "key", "--delay", "30", *names)
+        self._screen.run("xdotool", "windowfocus", str(self._number), *up, *what)
+
+    def key(self, *names):
+        self._press("key", "--delay", "30", *names)
 
     def type(self, text):
-        self._screen.run("xdotool", "windowfocus", str(self._number), "type", "--delay", "30", text)
+        self._press("type", "--delay", "30", text)
 
     def close(self):
         """What a window manager does when the operator closes the window."""
