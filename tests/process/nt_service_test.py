@@ -51,6 +51,8 @@ class NtService(unittest.TestCase):
 
         self.manager("start")
         self.becomes(RUNNING)
+        status = self.site.folder.parent / "ProgramData/TarnexComm/status.json"
+        wait_until(status.exists, "the status, where tarnexctl looks")
         self.assertEqual(self.ended("/u"), 0)  # takes it away while it runs
         self.assertEqual(self.manager("query"), "error 1060")  # there is none
         self.assertEqual(self.ended("/u"), 69)

@@ -1,14 +1,26 @@
 #include "adapters/system/this_system.h"
 
-#include "adapters/system/environment.h"
 #include "adapters/windows/nt_service.h"
 #include "adapters/windows/private_access.h"
 #include "adapters/windows/windows_text.h"
 
+#include <shlobj.h>
+
 namespace tarnex {
 
+namespace {
+
+// Not by the environment, which somebody may have changed; Wine gives its services another one.
+std::string DataOfAllUsers() {
+    wchar_t folder[MAX_PATH]{};
+    SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, SHGFP_TYPE_CURRENT, folder);
+    return FromWide(folder);
+}
+
+} // namespace
+
 SystemWords WordsOfThisSystem() {
-    const std::string folder = Environment("ProgramData") + "\\TarnexComm";
+    const std::string folder = DataOfAllUsers() + "\\TarnexComm";
     return {.start_service = "net start TarnexComm",
             .stop_service = "net stop TarnexComm",
             .restart_service = "net stop TarnexComm & net start TarnexComm",
