@@ -164,12 +164,17 @@ void SendAgain::CloseLeftOver(const std::vector<HistoryRow>& rows) {
                    ": " + kHowToSee);
 }
 
+// A clock that has lost its time would make all that was ever lost recent: the newest row counts
+// too.
 void SendAgain::TakeRecent() {
+    std::int64_t now = parts_.writer.Now();
+    for (const HistoryRow& newest : Earlier(parts_.history.Rows({.last = 1})))
+        now = std::max(now, newest.at);
     for (const HistoryRow& row :
          Earlier(parts_.history.Rows({.not_sent = true, .last = kMostRows}))) {
         const bool lost = row.fate == FateWord(Fate::kLost) ||
                           (row.fate == FateWord(Fate::kDropped) && row.kind == "SMS");
-        if (lost && parts_.writer.Now() - row.ended <= kNotOlder)
+        if (lost && std::abs(now - row.ended) <= kNotOlder)
             Take(LostOf(row));
     }
 }

@@ -13,6 +13,9 @@ namespace {
 
 constexpr Duration kPollPeriod = 1s;
 constexpr int kUsualRows = 20;
+// That the clock of the system can count.
+constexpr int kFirstYear = 1970;
+constexpr int kLastYear = 2200;
 constexpr std::size_t kMostIdsAtOnce = 200; // the service does nothing else meanwhile
 
 using std::chrono::system_clock;
@@ -29,7 +32,8 @@ std::int64_t MsOf(system_clock::time_point time) {
 std::int64_t SinceOf(const OperatorWorld& world, const std::string& text) {
     if (text.empty())
         return 0;
-    if (const auto moment = ParseMoment(text))
+    const auto moment = ParseMoment(text);
+    if (moment && moment->year >= kFirstYear && moment->year <= kLastYear)
         return MsOf(TimeOf(world, *moment));
     std::istringstream age(text);
     long long number = 0;
