@@ -10,7 +10,8 @@ namespace tarnex {
 namespace {
 
 constexpr Duration kLongNotReady = 5min;
-constexpr int kWeakBelow = 5; // signal quality
+constexpr int kWeakBelow = 5;  // signal quality
+constexpr int kStrongest = 31; // 99 is none that is known
 constexpr Duration kLongWeak = 10min;
 constexpr Duration kWordsCome = 1min; // after the unit is ready it has told what is wrong with it
 constexpr Duration kRefusedTold = 1h;
@@ -36,6 +37,11 @@ constexpr const char* kPortWords[] = {
 
 std::string Since(Duration then, Duration now) {
     return AgeText(std::chrono::floor<std::chrono::seconds>(now - then).count());
+}
+
+// And a blank; "" for a program that has told no name.
+std::string InQuotes(TextView program) {
+    return program.empty() ? "" : "\"" + ToUtf8(EscapeControls(ShortName(program))) + "\" ";
 }
 
 std::string Com(int number) {
@@ -127,7 +133,7 @@ void MainJobNotices::EndOld(const Condition& condition, const std::string& over)
 }
 
 void MainJobNotices::Signal(int value) {
-    if (value >= kWeakBelow) {
+    if (value >= kWeakBelow && value <= kStrongest) {
         weak_since_.reset();
         notices_.Report("signal", "", "The signal of the unit is strong enough again.");
     } else if (!weak_since_) {
@@ -135,8 +141,8 @@ void MainJobNotices::Signal(int value) {
     } else if (clock_.Now() - *weak_since_ >= kLongWeak) {
         notices_.Report(
             "signal",
-            "The signal of the unit has been below 5 (of 31) for 10 minutes, so SMS may "
-            "fail: look at its antenna, or put it elsewhere.",
+            "The signal of the unit has been below 5 (of 31), or 99 (not known), for 10 minutes, "
+            "so SMS may fail: look at its antenna, or put it elsewhere.",
             "");
     }
     if (ready_ && clock_.Now() - ready_since_ >= kWordsCome) {
@@ -208,20 +214,18 @@ void MainJobNotices::CommandRefused(TextView sender) {
 // ---- the links
 
 void MainJobNotices::LinkLost(int link, TextView program) {
-    const std::string name = ToUtf8(EscapeControls(ShortName(program)));
+    const std::string name = InQuotes(program);
     links_gone_[link] = {.gone = clock_.Now(), .program = name, .forgotten = false};
     const std::string number = std::to_string(link);
     notices_.Report("link " + number,
-                    "The monitoring program \"" + name + "\" on link " + number +
+                    "The monitoring program " + name + "on link " + number +
                         " is lost: nothing was heard of it for 40 seconds. What it watches is "
                         "watched by nobody; start it again.",
                     "");
 }
 
 void MainJobNotices::LinkForgotten(int link, TextView program) {
-    links_gone_[link] = {.gone = clock_.Now(),
-                         .program = ToUtf8(EscapeControls(ShortName(program))),
-                         .forgotten = true};
+    links_gone_[link] = {.gone = clock_.Now(), .program = InQuotes(program), .forgotten = true};
 }
 
 void MainJobNotices::LinkGreeted(int link) {
@@ -239,7 +243,7 @@ void MainJobNotices::LookAtLinks() {
         at.forgotten = false;
         const std::string number = std::to_string(link);
         notices_.Report("link " + number,
-                        "The monitoring program \"" + at.program + "\" on link " + number +
+                        "The monitoring program " + at.program + "on link " + number +
                             " has not greeted it again since the service began anew with the "
                             "unit: it is told nothing of the unit and of SMS commands, and nobody "
                             "would notice its end. Start it again.",

@@ -50,7 +50,9 @@ TEST_F(Notices, ALostUnitAndOneThatIsNotFound) {
 TEST_F(Notices, WhatTheUnitReports) {
     StartToReady();
     unit.Signal = 4;
-    clock.RunFor(10min - 5s);
+    clock.RunFor(5min);
+    unit.Signal = 99;
+    clock.RunFor(5min - 5s);
     EXPECT_TRUE(said.empty());
     clock.RunFor(10s);
     EXPECT_EQ(needs_somebody.size(), 1U);
