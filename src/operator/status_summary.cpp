@@ -67,11 +67,11 @@ class Summary {
 
     void Unit(const Json& unit) {
         std::string text = Shown(unit.at("state")) + " for " + Age(unit.at("state_since"));
-        if (!unit.at("port").is_null())
-            text += " at COM" + Shown(unit.at("port")) + " (" + Shown(unit.at("device")) + ")";
         if (!unit.at("signal").is_null())
             text += ", signal " + Shown(unit.at("signal")) + " (" + Shown(unit.at("signal_level")) +
                     " of 5)";
+        if (!unit.at("port").is_null()) // last: the name of a device may be too long for the line
+            text += ", at COM" + Shown(unit.at("port")) + " (" + Shown(unit.at("device")) + ")";
         Row("Unit", text,
             UnitIs(UnitPhase::kReady, unit)       ? Colour::kGood
             : UnitIs(UnitPhase::kSearching, unit) ? Colour::kBad

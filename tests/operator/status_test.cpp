@@ -95,7 +95,8 @@ TEST_F(StatusCommands, IsShortOnATerminalAndOneLineForMonitoring) {
     for (std::string line; std::getline(lines, line); ++count)
         EXPECT_LE(DisplayWidth(line), 80u) << line;
     EXPECT_EQ(count, 8);
-    EXPECT_TRUE(Says("Unit       ready for 2 h 50 min at COM5 (/dev/ttyUSB0), signal 17 (4 of 5)"));
+    EXPECT_TRUE(
+        Says("Unit       ready for 2 h 50 min, signal 17 (4 of 5), at COM5 (/dev/ttyUSB0)"));
     EXPECT_TRUE(Says("Links      0 监控 (12 s)"));
 
     const auto checked = [this](int exit_status) {
