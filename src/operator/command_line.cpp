@@ -2,6 +2,7 @@
 
 #include "operator/arguments.h"
 #include "operator/commands.h"
+#include "operator/json_output.h"
 #include "operator/setup_questions.h"
 #include "operator/text_output.h"
 
@@ -309,6 +310,11 @@ int RunTarnexctl(std::vector<std::string> arguments, OperatorWorld& world,
     } catch (const Failure& failure) {
         world.err << "tarnexctl: " << Printable(failure.what()) << '\n';
         return failure.status;
+    } catch (const Json::exception&) {
+        world.err << "tarnexctl: " << Printable(world.status_path)
+                  << " lacks something: name another file with --status-file, or restart the "
+                     "service\n";
+        return kExitData;
     } catch (const std::exception& error) {
         world.err << "tarnexctl: " << Printable(error.what()) << " (a fault of this program)\n";
         return kExitSoftware;

@@ -28,8 +28,12 @@ class Doctor {
         const std::optional<StatusReading> state = Service();
         if (settings)
             Ports(*settings, state);
-        if (state && state->running)
-            Running(state->status);
+        try {
+            if (state && state->running)
+                Running(state->status);
+        } catch (const Json::exception&) {
+            Bad("service", world_.status_path + " lacks something: restart the service");
+        }
         if (settings) {
             Log(*settings);
             History();

@@ -138,13 +138,7 @@ class MetricsText {
 } // namespace
 
 ExitStatus ShowMetrics(OperatorWorld& world, const std::string& output) {
-    std::string text;
-    try {
-        text = MetricsText().Of(ReadStatusFile(world));
-    } catch (const Json::exception&) {
-        throw Failure(kExitData, world.status_path + " lacks something: name another file with "
-                                                     "--status-file, or restart the service");
-    }
+    const std::string text = MetricsText().Of(ReadStatusFile(world));
     if (output.empty()) {
         world.out << text;
         return kExitDone;

@@ -101,7 +101,7 @@ std::string Ask(const OperatorWorld& world, const SetupQuestion& question,
         const std::string wrong = Wrong(world, question, answer);
         if (wrong.empty())
             return answer;
-        world.err << "  That " << wrong << ".\n";
+        world.err << "  That " << (AsksForSwitch(question) ? "is not yes or no" : wrong) << ".\n";
     }
 }
 

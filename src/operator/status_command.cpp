@@ -269,18 +269,13 @@ ExitStatus ShowCheck(const OperatorWorld& world) {
 ExitStatus ShowStatus(OperatorWorld& world, const StatusOptions& options) {
     if (options.check)
         return ShowCheck(world);
-    try {
-        if (options.watch)
-            return Watch(world, options);
-        const StatusReading state = ReadStatusFile(world);
-        Show(world, state, options);
-        if (!state.running && !options.json)
-            throw Failure(kExitUnavailable, state.absence);
-        return state.running ? kExitDone : kExitUnavailable;
-    } catch (const Json::exception&) {
-        throw Failure(kExitData, world.status_path + " lacks something: name another file with "
-                                                     "--status-file, or restart the service");
-    }
+    if (options.watch)
+        return Watch(world, options);
+    const StatusReading state = ReadStatusFile(world);
+    Show(world, state, options);
+    if (!state.running && !options.json)
+        throw Failure(kExitUnavailable, state.absence);
+    return state.running ? kExitDone : kExitUnavailable;
 }
 
 } // namespace tarnex

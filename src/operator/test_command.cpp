@@ -62,7 +62,9 @@ class Trial {
             if (!sms.taken)
                 Say("no SMS to number " + std::to_string(sms.recipient) + ": " +
                     Joined(sms.reasons));
-        if (!plan.mail.taken)
+        if (NoMailServer())
+            Say("no mail: no server is set");
+        else if (!plan.mail.taken)
             Say("no mail: " + Joined(plan.mail.reasons));
         sms_ = (long long)plan.plan.SMSCount();
         mails_ = plan.mail.taken;
@@ -85,11 +87,12 @@ class Trial {
                    << Printable(what) << std::endl;
     }
 
+    bool NoMailServer() const { return Trim(settings_.Value("mail-server"_setting)).empty(); }
+
     RecordExplanation Send() {
-        const bool mail = !Trim(settings_.Value("mail-server"_setting)).empty();
         const MonitorEvent event{.service = kWholeMachine,
                                  .state = kNormal,
-                                 .by_mail = mail,
+                                 .by_mail = !NoMailServer(),
                                  .memo = u"TarnexComm test"};
         std::string address = settings_.AtStart().bind_address;
         if (address == kEveryAddress)
@@ -156,7 +159,10 @@ class Trial {
         else if (sms_done_ < sms_)
             wrong.push_back("the SMS have not left, the unit is " + end.unit);
         if (mails_ > 0 && !mail_done_)
-            wrong.push_back("the mail has not left");
+            wrong.push_back("the mail has not left" +
+                            (end.mail.at("failing") == true
+                                 ? ": " + end.mail.at("last_problem").get<std::string>()
+                                 : ""));
         Say(wrong.empty() ? "all is well" : "not well: " + Joined(wrong));
         return wrong.empty() ? kExitDone : kExitFailed;
     }

@@ -111,6 +111,11 @@ TEST_F(Examination, ATestAlarmIsFollowedToItsEnd) {
 
     EXPECT_EQ(Run({"test", "--for", "1"}), 1); // nobody takes it
     EXPECT_TRUE(Says("not well: the service has not taken the alarm; the SMS have not left"));
+    WriteFile(world.status_path, "{\"format\": 2, \"pid\": 4711, \"ended_at\": null, "
+                                 "\"started_at\": 1714982400, \"written_at\": 1714982400}");
+    Fails(65, {"test"}, "status.json lacks something");
+    EXPECT_EQ(Run({"doctor"}), 2);
+    EXPECT_TRUE(Says("status.json lacks something")) << out.str();
     service_process = 1;
     Fails(1, {"test"}, "the service does not run");
 }

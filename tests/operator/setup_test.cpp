@@ -64,7 +64,7 @@ TEST_F(Setup, AsksUntilItHasWhatIsNeeded) {
     EXPECT_TRUE(answers.empty());
     EXPECT_TRUE(Says("  /dev/x (FTDI)\n"));
     EXPECT_TRUE(Warns("That is not a device such as") && Warns("That must not be empty.") &&
-                Warns("That is not on or off."));
+                Warns("That is not yes or no."));
     EXPECT_EQ(asked[15], "Password at the mail server: (secret)");
     EXPECT_TRUE(asked.back().starts_with("Raise one harmless alarm"));
     EXPECT_EQ(asked[5], "Second alarm telephone number; with one telephone only, the same "
