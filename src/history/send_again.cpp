@@ -10,6 +10,7 @@ namespace {
 constexpr std::int64_t kNotOlder = std::chrono::milliseconds(1h).count();
 constexpr std::size_t kMostSMS = 2 * kSMSFifoSize; // that wait for room or the unit; the newest
 constexpr int kMostRows = 600;                     // that a start looks through
+constexpr std::size_t kMostNamed = 1000;           // at a time: the loop waits meanwhile
 constexpr const char* kHowToSee = "tarnexctl history --unsent";
 
 // "3 SMS and 1 mail"; "" for none.
@@ -234,6 +235,8 @@ std::string SendAgain::Answer(std::string_view request) {
         ids.push_back(id);
         at = read.ptr;
     }
+    if (ids.size() > kMostNamed)
+        return "too many messages at a time\n";
     return Resend(ids);
 }
 

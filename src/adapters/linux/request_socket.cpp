@@ -26,7 +26,6 @@ namespace {
 constexpr mode_t kMode = 0660;
 constexpr int kMostAskers = 8; // at a time; the one that has waited longest goes
 constexpr std::size_t kLongest = 65536;
-constexpr std::size_t kLongestRequest = 8192; // its answer takes no longer than the loop may wait
 constexpr timeval kPatience{.tv_sec = 5, .tv_usec = 0};
 constexpr int kType = SOCK_SEQPACKET | SOCK_CLOEXEC;
 
@@ -77,12 +76,12 @@ struct RequestSocket::State {
     }
 
     void Serve(int descriptor) {
-        std::string request(kLongestRequest, '\0');
+        std::string request(kLongest, '\0');
         const ssize_t size = recv(descriptor, request.data(), request.size(), MSG_TRUNC);
         if (size > 0) {
-            request.resize(std::min(std::size_t(size), kLongestRequest));
+            request.resize(std::min(std::size_t(size), kLongest));
             const std::string reply =
-                std::size_t(size) > kLongestRequest ? "the request is too long\n" : answer(request);
+                std::size_t(size) > kLongest ? "the request is too long\n" : answer(request);
             std::ignore = send(descriptor, reply.data(), reply.size(), MSG_NOSIGNAL);
         }
         std::erase_if(
