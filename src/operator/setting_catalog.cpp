@@ -70,12 +70,14 @@ bool HasControlCharacters(TextView value) {
     return std::ranges::any_of(value, IsControl);
 }
 
-// The name of a port stands for a path where the system has such paths: "COM25".
+// Where paths have backslashes, the name of a port stands for one, "COM25", and two of them begin
+// that of a device or a shared folder, which not every library takes for absolute.
 bool IsWholePath(const Setting& setting, const std::string& path) {
+    constexpr bool kBackslashes = std::filesystem::path::preferred_separator == '\\';
     const bool port = TextView(setting.section) == u"SerialPorts" && path.size() > 3 &&
                       EqualIgnoringCase(FromUtf8(path.substr(0, 3)), u"COM") &&
                       path.find_first_not_of("0123456789", 3) == path.npos;
-    return ToPath(port ? "\\\\.\\" + path : path).is_absolute();
+    return ToPath(path).is_absolute() || (kBackslashes && (port || path.starts_with("\\\\")));
 }
 
 bool Fits(const Setting& setting, TextView value) {

@@ -123,7 +123,8 @@ TEST_F(SettingsCommands, RefusesNonsenseInOneLine) {
     EXPECT_EQ(FileContent(settings), before);
     // Where ports have names like this one it needs no path in front.
     const bool has_names = std::filesystem::path::preferred_separator == '\\';
-    EXPECT_EQ(Run({"settings", "set", "com1-device", "COM25"}), has_names ? 0 : 65);
+    for (const char* name : {"COM25", "\\\\.\\COM25"})
+        EXPECT_EQ(Run({"settings", "set", "com1-device", name}), has_names ? 0 : 65);
     world.settings_path = folder.Path();
     Fails(66, {"settings", "list"}, "");
 }
