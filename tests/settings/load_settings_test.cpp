@@ -61,8 +61,8 @@ TEST(SettingTable, TheSampleAndTheDocumentsTellOfEveryRow) {
         if (row.key != u"COM1" && (row.section == u"SerialPorts" || row.section == kDeviceRecord))
             continue; // the others are told with the first
         EXPECT_TRUE(HasLine(page, {".It Li " + section + " " + key + " Pq " + name})) << name;
-        EXPECT_TRUE(HasLine(document, {"| `" + section + "` |", "`" + key + "`", default_text,
-                                       marks.at(row.in_force)}))
+        EXPECT_TRUE(HasLine(document, {"| `" + section + "` |", "`" + key + "`", "`" + name + "`",
+                                       default_text, marks.at(row.in_force)}))
             << name;
     }
     EXPECT_TRUE(values.empty()) << values.begin()->first;
