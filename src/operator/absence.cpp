@@ -7,10 +7,12 @@ namespace tarnex {
 
 namespace {
 
+constexpr std::string_view kServiceName = "(tarnexcomm)"; // of a holder of the lock
+
 // What keeps it from starting; "" for nothing that is known.
-std::string Obstacle(const OperatorWorld& world) {
-    if (const std::string holder = world.machine.LockHolder(world.lock_path); !holder.empty())
-        return holder + " holds its lock " + world.lock_path + ": end that program";
+std::string Obstacle(const OperatorWorld& world, const std::string& lock_holder) {
+    if (!lock_holder.empty())
+        return lock_holder + " holds its lock " + world.lock_path + ": end that program";
     try {
         const SettingsFile file(world);
         const auto on = [&file](const Setting& setting) {
@@ -46,7 +48,12 @@ std::string HowItEnded(const OperatorWorld& world, const Json& last) {
 } // namespace
 
 std::string WhyAbsent(const OperatorWorld& world, const Json& last_status) {
-    const std::string obstacle = Obstacle(world);
+    const std::string holder = world.machine.LockHolder(world.lock_path);
+    if (holder.ends_with(kServiceName))
+        return holder + " runs, but not by the status file " + world.status_path +
+               ": restart it with \"" + world.words.restart_service +
+               "\", or name its file with --status-file";
+    const std::string obstacle = Obstacle(world, holder);
     return "the service does not run: " +
            (obstacle.empty() ? HowItEnded(world, last_status) + ";"
                              : obstacle + (obstacle.ends_with(')') ? ";" : ", then")) +

@@ -133,7 +133,8 @@ class Doctor {
 
     void Log(const SettingsFile& settings) {
         const std::string path = ToUtf8(settings.Value("log-database"_setting));
-        if (path.empty())
+        std::error_code unknown;
+        if (path.empty() || (!fs::exists(ToPath(path), unknown) && !unknown))
             return; // the settings' row says it
         const auto acting = world_.owners.ActFor(path, settings.Path());
         if (!acting)
@@ -163,15 +164,19 @@ class Doctor {
             path + ((*newest).empty() ? ", no row"
                                       : ", rows up to " + std::to_string((*newest).back().id));
         (*not_sent).empty()
-            ? Good("history", rows + ", all of a day sent")
+            ? Good("history", rows + ", none given up or lost in a day")
             : Poor("history", rows + ", not sent in a day: " + std::to_string((*not_sent).size()) +
                                   "; see: tarnexctl history --unsent");
     }
 
     void MailServer(const SettingsFile& settings) {
-        const auto address = ParseServerAddress(settings.Value("mail-server"_setting));
-        if (!address)
+        const TextView value = settings.Value("mail-server"_setting);
+        if (Trim(value).empty())
             return Good("mail", "no server is set");
+        const auto address = ParseServerAddress(value);
+        if (!address)
+            return Bad("mail",
+                       "\"" + ToUtf8(value) + "\" is no address of a server: set mail-server");
         const std::string name = ToUtf8(address->host) + ":" + std::to_string(address->port);
         Result<std::string> heard = world_.greeting_of(ToUtf8(address->host), address->port);
         if (!heard)

@@ -120,11 +120,12 @@ class Trial {
                     std::string(now.lost_rows > before_.lost_rows ? "; its row in the log is lost"
                                                                   : " and logged it"));
             const long long ahead = std::max(0LL, SmsDone(now) - before_.Waiting());
-            if (ahead > sms_done_)
+            if (ahead > sms_done_) {
+                const bool not_sent = now.NotSent() > last.NotSent();
+                sms_lost_ = sms_lost_ || not_sent;
                 Say(std::to_string(std::min(ahead, sms_)) + " of " + Counted(sms_, "SMS") +
-                    (now.NotSent() > last.NotSent() ? " done, but one was not sent: "
-                                                      "given up or dropped"
-                                                    : " sent"));
+                    (not_sent ? " done, but one was not sent: given up or dropped" : " sent"));
+            }
             sms_done_ = std::max(sms_done_, ahead);
             if (now.MailsSent() - before_.MailsSent() > before_.MailsWaiting() && mails_ > 0 &&
                 !mail_done_) {
@@ -154,7 +155,7 @@ class Trial {
             wrong.push_back("a row of the log is lost: see \"tarnexctl status\"");
         if (sms_ == 0 && mails_ == 0)
             wrong.push_back("the settings let neither SMS nor mail out");
-        if (end.NotSent() > before_.NotSent())
+        if (sms_lost_)
             wrong.push_back("an SMS was given up or dropped");
         else if (sms_done_ < sms_)
             wrong.push_back("the SMS have not left, the unit is " + end.unit);
@@ -176,6 +177,7 @@ class Trial {
     long long sms_ = 0;
     long long mails_ = 0;
     long long sms_done_ = 0;
+    bool sms_lost_ = false;
     bool mail_done_ = false;
 };
 

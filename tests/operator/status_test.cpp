@@ -81,6 +81,8 @@ TEST_F(StatusCommands, TellsAServiceThatDoesNotRun) {
     Fails(69, {"status"}, "tarnexctl settings set run-allowed on");
     machine.lock_holder = "process 812 (tarnex-console)";
     Fails(69, {"status"}, "process 812 (tarnex-console) holds its lock");
+    machine.lock_holder = "process 813 (tarnexcomm)";
+    Fails(69, {"status"}, "process 813 (tarnexcomm) runs, but not by the status file");
     EXPECT_EQ(Run({"status", "--json"}), 69);
     EXPECT_EQ(json::parse(out.str())["running"], false);
     EXPECT_FALSE(json::parse(out.str()).contains("unit")); // which was ready

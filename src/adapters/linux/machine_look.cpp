@@ -54,6 +54,11 @@ bool HasOpen(const std::string& process, const std::string& device) {
     return false;
 }
 
+// One that plays a device at the far end of it.
+bool HasPseudoTerminal(const std::string& process) {
+    return HasOpen(process, "/dev/ptmx") || HasOpen(process, "/dev/pts/ptmx");
+}
+
 // What the hardware calls itself; the device of the port stands somewhere below it.
 std::string Hardware(const std::string& device) {
     std::error_code none;
@@ -119,7 +124,7 @@ PortLook SystemMachineLook::Port(const std::string& device) {
     look.what = Hardware(look.device);
     look.forbidden = ForbiddenTo(kServiceUser, state);
     for (const std::string& process : Processes())
-        if (look.held_by.empty() && HasOpen(process, look.device))
+        if (look.held_by.empty() && HasOpen(process, look.device) && !HasPseudoTerminal(process))
             look.held_by = Described(process);
     look.probed = fs::path(look.device).filename().string().starts_with("ttyUSB") ||
                   fs::path(look.device).filename().string().starts_with("ttyACM");
