@@ -10,6 +10,7 @@ namespace {
 constexpr std::size_t kHeldBack = 1;
 constexpr std::size_t kWaits = 6;
 constexpr int kWeakSignal = 5; // below that
+constexpr int kStrongest = 31; // what is above, such as 99, was no signal at all
 constexpr std::int64_t kMinute = 60'000;
 // While the unit is ready a row of its signal comes every 10 minutes.
 constexpr std::int64_t kLongestSilence = 25 * kMinute;
@@ -100,7 +101,8 @@ class Counter {
     void End() { unit_.End(std::min(figures_.now, figures_.edges.back())); }
 
   private:
-    void Signal(int signal) {
+    void Signal(int reading) {
+        const int signal = reading > kStrongest ? 0 : reading;
         figures_.weak_readings += signal < kWeakSignal;
         for (ReportBucket* bucket : {bucket_, &figures_.total}) {
             bucket->weakest = bucket->readings > 0 ? std::min(bucket->weakest, signal) : signal;

@@ -5,6 +5,7 @@ namespace tarnex {
 namespace {
 
 constexpr Duration kPeriod = 10min;
+constexpr Duration kIsRead = 1min; // before its first reading the signal is 0
 
 const char* StateOf(const UnitState& unit, const Settings& settings) {
     if (unit.UnitReady)
@@ -20,9 +21,12 @@ void UnitHistory::Look() {
     const char* const state = StateOf(unit_, settings_);
     if (std::string_view(state) != state_) {
         state_ = state;
+        state_since_ = clock_.Now();
         ledger_.Note("unit", state);
     }
-    if (unit_.UnitReady && unit_.UnitSignalValue > 0 && clock_.Now() >= next_signal_) {
+    const bool read = unit_.UnitSignalValue > 0 ||
+                      (unit_.UnitSignalValue == 0 && clock_.Now() - state_since_ >= kIsRead);
+    if (unit_.UnitReady && read && clock_.Now() >= next_signal_) {
         next_signal_ = clock_.Now() + kPeriod;
         ledger_.Note("signal", std::to_string(unit_.UnitSignalValue));
     }

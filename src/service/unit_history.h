@@ -24,6 +24,7 @@ class UnitHistory {
     const Settings& settings_;
     MessageLedger& ledger_;
     const char* state_ = "";
+    Duration state_since_{};
     Duration next_signal_{};
     Duration next_sign_{};
 };
