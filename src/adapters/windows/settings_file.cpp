@@ -6,7 +6,33 @@
 #include "adapters/windows/windows_text.h"
 #include "adapters/windows/write_new_file.h"
 
+#include <aclapi.h>
+
 namespace tarnex {
+
+namespace {
+
+// Gives the list of who may do what with one file to another.
+bool PassAccessOn(const std::wstring& from, const std::wstring& to) {
+    ACL* list = nullptr;
+    PSECURITY_DESCRIPTOR holder = nullptr;
+    SECURITY_DESCRIPTOR_CONTROL control = 0;
+    DWORD revision = 0;
+    if (GetNamedSecurityInfoW(from.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr,
+                              nullptr, &list, nullptr, &holder) != ERROR_SUCCESS)
+        return false;
+    GetSecurityDescriptorControl(holder, &control, &revision);
+    const DWORD kind = (control & SE_DACL_PROTECTED) ? PROTECTED_DACL_SECURITY_INFORMATION
+                                                     : UNPROTECTED_DACL_SECURITY_INFORMATION;
+    std::wstring name = to;
+    const DWORD result =
+        SetNamedSecurityInfoW(name.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION | kind,
+                              nullptr, nullptr, list, nullptr);
+    LocalFree(holder);
+    return result == ERROR_SUCCESS;
+}
+
+} // namespace
 
 std::string FollowLinks(const std::string& path) {
     const std::wstring wide = ToWide(path);
@@ -29,7 +55,7 @@ std::error_code WriteSuccessor(const std::string& path, const std::string& conte
     return WriteNewFile(path, content, access.Get(), true);
 }
 
-// Windows gives the access list of the old file to the new one.
+// The new file gets the access list of the old one.
 std::error_code TakePlace(const std::string& successor, const std::string& target) {
     const std::wstring from = ToWide(successor);
     const std::wstring to = ToWide(target);
@@ -37,6 +63,11 @@ std::error_code TakePlace(const std::string& successor, const std::string& targe
     const DWORD attributes = GetFileAttributesW(to.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY))
         return std::make_error_code(std::errc::is_a_directory);
+    // In one step: whatever ends this process, one of the two files stands there. Where somebody
+    // has the old one open only the other way is left, which takes it away first.
+    if (attributes != INVALID_FILE_ATTRIBUTES && PassAccessOn(to, from) &&
+        MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+        return {};
     if (ReplaceFileW(to.c_str(), from.c_str(), nullptr, 0, nullptr, nullptr))
         return {};
     const std::error_code problem = LastError();
@@ -51,10 +82,12 @@ SettingsLock::~SettingsLock() {
         CloseHandle(reinterpret_cast<HANDLE>(file_));
 }
 
-// Nobody else can open the file meanwhile.
+// Nobody else can open the file meanwhile, and who may not write the settings not at all.
 std::error_code SettingsLock::TryTake(const std::string& path) {
-    file_ = reinterpret_cast<std::intptr_t>(CreateFileW(
-        ToWide(path).c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS, 0, nullptr));
+    PrivateAccess access;
+    file_ = reinterpret_cast<std::intptr_t>(CreateFileW(ToWide(path).c_str(),
+                                                        GENERIC_READ | GENERIC_WRITE, 0,
+                                                        access.Get(), OPEN_ALWAYS, 0, nullptr));
     if (file_ != kNone)
         return {};
     const std::error_code problem = LastError();
