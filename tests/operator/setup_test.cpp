@@ -53,7 +53,7 @@ class Setup : public OperatorTest {
 TEST_F(Setup, AsksUntilItHasWhatIsNeeded) {
     machine.ports = {"/dev/x"};
     machine.devices["/dev/x"] = {.there = true, .what = "FTDI"};
-    AnswerWith({"COM21", "COM6", "", "12 34", "13900000001", "", "+8613800100500", "", "perhaps",
+    AnswerWith({"port 6", "COM6", "", "12 34", "13900000001", "", "+8613800100500", "", "perhaps",
                 "no", "yes", "mail.example.com:2525", "a@example.com", "b@example.com", "bob",
                 "geheim", "perhaps", "", "n"});
     start = [this] {
