@@ -7,14 +7,14 @@ namespace tarnex {
 
 namespace {
 
-constexpr std::string_view kServiceName = "(tarnexcomm)"; // of a holder of the lock
-
 // What keeps it from starting; "" for nothing that is known.
 std::string Obstacle(const OperatorWorld& world, const std::string& lock_holder) {
     if (!lock_holder.empty())
         return lock_holder + " holds its lock " + world.lock_path + ": end that program";
     try {
         const SettingsFile file(world);
+        if (const std::string why = file.KeptFromService(); !why.empty())
+            return why;
         const auto on = [&file](const Setting& setting) {
             return IsOn(setting, file.Value(setting));
         };
@@ -48,12 +48,12 @@ std::string HowItEnded(const OperatorWorld& world, const Json& last) {
 } // namespace
 
 std::string WhyAbsent(const OperatorWorld& world, const Json& last_status) {
-    const std::string holder = world.machine.LockHolder(world.lock_path);
-    if (holder.ends_with(kServiceName))
-        return holder + " runs, but not by the status file " + world.status_path +
+    const Holder holder = world.machine.LockHolder(world.lock_path);
+    if (holder.process != 0 && world.is_service(holder.process))
+        return holder.text + " runs, but not by the status file " + world.status_path +
                ": restart it with \"" + world.words.restart_service +
                "\", or name its file with --status-file";
-    const std::string obstacle = Obstacle(world, holder);
+    const std::string obstacle = Obstacle(world, holder.text);
     return "the service does not run: " +
            (obstacle.empty() ? HowItEnded(world, last_status) + ";"
                              : obstacle + (obstacle.ends_with(')') ? ";" : ", then")) +

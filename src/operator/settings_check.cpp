@@ -56,6 +56,8 @@ class Checker {
 
     // What an editor may have made of the file.
     void FileForm() {
+        if (const std::string why = file_.KeptFromService(); !why.empty())
+            Error("file", "cannot be read by the service: " + why);
         const std::string& content = file_.Content();
         if (content.find('\0') != std::string::npos)
             Error("file", "is UTF-16, or no text at all; save it as " + file_.EncodingName());

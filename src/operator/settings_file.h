@@ -22,6 +22,8 @@ class SettingsFile {
     const std::string& Path() const { return path_; }
     const SystemWords& Words() const { return world_.words; }
     bool AllMayRead() const { return world_.owners.AllMayRead(path_); }
+    // Why the service may not read it, and what to do; "" where it may or that cannot be told.
+    std::string KeptFromService() const { return world_.machine.KeptFromService(path_); }
     const std::string& Content() const { return content_; }
     const IniDocument& Document() const { return document_; }
     const StartSettings& AtStart() const { return start_; }

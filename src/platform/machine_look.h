@@ -16,6 +16,12 @@ struct PortLook {
     bool probed = false;     // a modem manager runs that sends it commands
 };
 
+// A program that holds something.
+struct Holder {
+    long process = 0;
+    std::string text{}; // as held_by
+};
+
 // What a command for the operator asks the machine. Nothing here changes anything, and no port is
 // opened.
 class MachineLook {
@@ -25,8 +31,11 @@ class MachineLook {
     virtual PortLook Port(const std::string& device) = 0;
     // The serial ports that are there, by the names that stay.
     virtual std::vector<std::string> Ports() = 0;
-    // Who has a lock on the file, as held_by.
-    virtual std::string LockHolder(const std::string& path) = 0;
+    // Who has a lock on the file.
+    virtual Holder LockHolder(const std::string& path) = 0;
+    // Why the user that the service is installed for may not read the file, and what to do. Only
+    // the superuser can find that out.
+    virtual std::string KeptFromService(const std::string& path) = 0;
     // What is wrong with the clock.
     virtual std::string ClockTrouble() = 0;
 };

@@ -29,12 +29,14 @@ struct FakeMachine : MachineLook {
         return found == devices.end() ? PortLook{.device = device} : found->second;
     }
     std::vector<std::string> Ports() override { return ports; }
-    std::string LockHolder(const std::string&) override { return lock_holder; }
+    Holder LockHolder(const std::string&) override { return lock_holder; }
+    std::string KeptFromService(const std::string&) override { return kept_from_service; }
     std::string ClockTrouble() override { return ""; }
 
     std::map<std::string, PortLook> devices;
     std::vector<std::string> ports;
-    std::string lock_holder;
+    Holder lock_holder;
+    std::string kept_from_service;
 };
 
 // tarnexctl on files of the test's own, with nobody at the terminal.

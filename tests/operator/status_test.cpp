@@ -79,10 +79,15 @@ TEST_F(StatusCommands, TellsAServiceThatDoesNotRun) {
           "crash or a loss of power), and its last word is 5 s old");
     Run({"settings", "set", "run-allowed", "off"});
     Fails(69, {"status"}, "tarnexctl settings set run-allowed on");
-    machine.lock_holder = "process 812 (tarnex-console)";
+    machine.kept_from_service = "its user may not read Tarnex.ini: chown";
+    Fails(69, {"status"}, "its user may not read Tarnex.ini: chown, then start it with");
+    EXPECT_EQ(Run({"doctor"}), 2);
+    EXPECT_TRUE(Says("settings  file cannot be read by the service: its user may not"))
+        << out.str();
+    machine.lock_holder = {812, "process 812 (tarnex-console)"};
     Fails(69, {"status"}, "process 812 (tarnex-console) holds its lock");
-    machine.lock_holder = "process 813 (tarnexcomm)";
-    Fails(69, {"status"}, "process 813 (tarnexcomm) runs, but not by the status file");
+    machine.lock_holder = {1, "process 1 (tarnexcomm)"};
+    Fails(69, {"status"}, "process 1 (tarnexcomm) runs, but not by the status file");
     EXPECT_EQ(Run({"status", "--json"}), 69);
     EXPECT_EQ(json::parse(out.str())["running"], false);
     EXPECT_FALSE(json::parse(out.str()).contains("unit")); // which was ready

@@ -153,6 +153,8 @@ class Package(unittest.TestCase):
         self.assert_installed()
         self.assertEqual(self.log_rows(), [])
         self.root.run("tarnexctl", "settings", "check")
+        told = self.root.run("sh", "-c", f"chown root: /{SETTINGS}; tarnexctl settings check || true")
+        self.assertIn(f"its user tarnexcomm may not read /{SETTINGS}: chown tarnexcomm: ", told)
 
 
 main(Package, sys.argv[3:])

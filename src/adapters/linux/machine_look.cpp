@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <sys/timex.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace tarnex {
@@ -96,6 +97,26 @@ std::string ForbiddenTo(const char* user, const struct stat& device) {
            ", and the user " + user + (member ? " may not write to it" : " is not in that");
 }
 
+// Which of these it is, files behind the folders they stand in, that the user may not read or
+// enter; their number when he may. A process of its own tries it as that user: access lists count
+// too.
+std::size_t FirstForbidden(const passwd& user, const std::vector<std::string>& way) {
+    const pid_t trying = fork();
+    if (trying == 0) {
+        std::size_t allowed = 0;
+        if (initgroups(user.pw_name, user.pw_gid) != 0 || setgid(user.pw_gid) != 0 ||
+            setuid(user.pw_uid) != 0)
+            allowed = way.size();
+        while (allowed < way.size() &&
+               access(way[allowed].c_str(), allowed + 1 < way.size() ? X_OK : R_OK) == 0)
+            ++allowed;
+        _exit(int(allowed));
+    }
+    int status = 0;
+    const bool told = trying > 0 && waitpid(trying, &status, 0) == trying && WIFEXITED(status);
+    return told ? std::size_t(WEXITSTATUS(status)) : way.size();
+}
+
 // Whether the device database tells modem managers to leave it alone.
 bool LeftAlone(const struct stat& device) {
     std::ifstream properties("/run/udev/data/c" + std::to_string(major(device.st_rdev)) + ":" +
@@ -154,10 +175,10 @@ std::vector<std::string> SystemMachineLook::Ports() {
 }
 
 // "1: FLOCK  ADVISORY  WRITE 4711 08:02:131 0 EOF", device numbers in hexadecimal
-std::string SystemMachineLook::LockHolder(const std::string& path) {
+Holder SystemMachineLook::LockHolder(const std::string& path) {
     struct stat file;
     if (stat(path.c_str(), &file) != 0)
-        return "";
+        return {};
     std::ifstream locks("/proc/locks");
     for (std::string line; std::getline(locks, line);) {
         std::istringstream words(line);
@@ -166,9 +187,30 @@ std::string SystemMachineLook::LockHolder(const std::string& path) {
         const std::size_t colon = where.rfind(':');
         if (kind == "FLOCK" && colon != std::string::npos &&
             where.substr(colon + 1) == std::to_string(file.st_ino))
-            return Described(process);
+            return {std::atol(process.c_str()), Described(process)};
     }
-    return "";
+    return {};
+}
+
+std::string SystemMachineLook::KeptFromService(const std::string& path) {
+    const passwd* const account = geteuid() == 0 ? getpwnam(kServiceUser) : nullptr;
+    if (!account || account->pw_uid == 0)
+        return "";
+    std::vector<std::string> way; // its folders and the file
+    std::error_code ignored;
+    fs::path whole;
+    for (const fs::path& part : fs::absolute(path, ignored))
+        way.push_back(whole /= part);
+    const std::size_t stopped = FirstForbidden(*account, way);
+    if (stopped == way.size())
+        return "";
+    const std::string who = std::string("its user ") + kServiceUser;
+    if (stopped + 1 < way.size())
+        return who + " may not enter the folder " + way[stopped];
+    struct stat file {};
+    const bool owns = stat(path.c_str(), &file) == 0 && file.st_uid == account->pw_uid;
+    return who + " may not read " + path + ": " +
+           (owns ? "chmod u+rw " : std::string("chown ") + kServiceUser + ": ") + path;
 }
 
 std::string SystemMachineLook::ClockTrouble() {

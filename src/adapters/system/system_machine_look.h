@@ -9,7 +9,8 @@ class SystemMachineLook : public MachineLook {
   public:
     PortLook Port(const std::string& device) override;
     std::vector<std::string> Ports() override;
-    std::string LockHolder(const std::string& path) override;
+    Holder LockHolder(const std::string& path) override;
+    std::string KeptFromService(const std::string& path) override;
     std::string ClockTrouble() override;
 };
 

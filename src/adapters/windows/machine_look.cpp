@@ -24,7 +24,11 @@ std::vector<std::string> SystemMachineLook::Ports() {
     return ports;
 }
 
-std::string SystemMachineLook::LockHolder(const std::string&) {
+Holder SystemMachineLook::LockHolder(const std::string&) {
+    return {};
+}
+
+std::string SystemMachineLook::KeptFromService(const std::string&) {
     return "";
 }
 
