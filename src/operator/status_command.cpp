@@ -210,6 +210,8 @@ Json WithIsoTimes(const OperatorWorld& world, Json json) {
 // What is no longer true stands apart, so that nobody takes it for the present state.
 Json AsJson(const OperatorWorld& world, const StatusReading& state) {
     Json json{{"running", state.running}};
+    if (!state.running)
+        json["absence"] = state.absence;
     if (state.status.is_null())
         return json;
     json["seconds_since_change"] = state.SecondsSince(state.status.at("written_at"));
