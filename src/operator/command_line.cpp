@@ -6,6 +6,7 @@
 #include "operator/setup_questions.h"
 #include "operator/text_output.h"
 
+#include <charconv>
 #include <ostream>
 
 #include <CLI/CLI.hpp>
@@ -13,6 +14,15 @@
 namespace tarnex {
 
 namespace {
+
+// "", or what is wrong with the id of a message.
+std::string WrongId(const std::string& word) {
+    std::int64_t id = 0;
+    const char* const end = word.data() + word.size();
+    const auto [stopped, problem] = std::from_chars(word.data(), end, id);
+    const bool is_one = problem == std::errc() && stopped == end && id > 0;
+    return is_one ? "" : "\"" + word + "\" is no id as \"tarnexctl history\" shows them";
+}
 
 // The command line and the options that it fills.
 class CommandLine {
@@ -237,7 +247,9 @@ void CommandLine::AddHistory() {
                                "  tarnexctl resend 1041 1042\n"
                                "  tarnexctl resend --unsent",
                                [this] { return Resend(world_, ids_, not_sent_); });
-    resend->add_option("ID", ids_, "messages, by their ids in the history")->type_name("");
+    resend->add_option("ID", ids_, "messages, by their ids in the history")
+        ->type_name("")
+        ->check(WrongId);
     resend->add_flag("--unsent", not_sent_, "all that were not sent, nor sent again");
 }
 

@@ -163,11 +163,11 @@ ExitStatus Resend(OperatorWorld& world, const std::vector<std::int64_t>& ids, bo
         const std::size_t end = std::min(ids.size(), asked + kMostIdsAtOnce);
         for (; asked < end; ++asked)
             request += " " + std::to_string(ids[asked]);
-        auto answer = world.ask_service(request);
-        if (!answer)
-            throw Failure(kExitUnavailable, answer.TroubleText());
-        world.out << *answer << std::flush;
-        std::istringstream lines(*answer);
+        const ServiceAnswer answer = world.ask_service(request);
+        if (!answer.trouble.empty())
+            throw Failure(answer.forbidden ? kExitNoRights : kExitUnavailable, answer.trouble);
+        world.out << answer.text << std::flush;
+        std::istringstream lines(answer.text);
         for (std::string line; std::getline(lines, line);)
             all_queued &= line.ends_with("is queued again") || line.starts_with("nothing is left");
     } while (asked < ids.size());

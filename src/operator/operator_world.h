@@ -11,6 +11,7 @@
 #include "platform/message_history.h"
 #include "platform/result.h"
 #include "platform/serial_port.h"
+#include "platform/service_answer.h"
 #include "platform/settings_store.h"
 #include "platform/system_words.h"
 
@@ -55,7 +56,7 @@ struct OperatorWorld {
     // The trouble follows the name of the file.
     std::function<Result<std::unique_ptr<HistoryReader>>(const std::string& path)> open_history{};
     // Its answer to a request.
-    std::function<Result<std::string>(const std::string& request)> ask_service{};
+    std::function<ServiceAnswer(const std::string& request)> ask_service{};
     // nullptr for a name that the system does not know; it knows "GBK" and "UTF-8".
     std::function<std::unique_ptr<CodePage>(const std::string& name)> make_code_page;
     // Puts a new file with that content in the place of path in one step for readers. "" when

@@ -8,12 +8,12 @@ namespace tarnex {
 namespace {
 
 // Asks as another program would, while the loop runs here.
-std::vector<Result<std::string>> Ask(AsioLoop& loop, const std::string& path,
-                                     const std::vector<std::string>& requests) {
-    std::vector<std::future<Result<std::string>>> asking;
+std::vector<ServiceAnswer> Ask(AsioLoop& loop, const std::string& path,
+                               const std::vector<std::string>& requests) {
+    std::vector<std::future<ServiceAnswer>> asking;
     for (const std::string& request : requests)
         asking.push_back(std::async(std::launch::async, AskService, path, request));
-    std::vector<Result<std::string>> answers;
+    std::vector<ServiceAnswer> answers;
     for (auto& each : asking) {
         RunUntil(loop, [&] { return each.wait_for(0s) == std::future_status::ready; });
         answers.push_back(each.get());
@@ -31,11 +31,11 @@ TEST(RequestSocket, AnswersEachWhileAnotherIsSilent) {
         ASSERT_EQ(socket.Listen(path), "");
         const std::ifstream silent(ToPath(path)); // opens a pipe; nothing where it is a socket
         auto answers = Ask(loop, path, {"a", "b", std::string(60'000, 'c')});
-        EXPECT_EQ(*answers[0], "no a");
-        EXPECT_EQ(*answers[1], "no b");
-        EXPECT_EQ(*answers[2], "no " + std::string(60'000, 'c'));
+        EXPECT_EQ(answers[0].text, "no a");
+        EXPECT_EQ(answers[1].text, "no b");
+        EXPECT_EQ(answers[2].text, "no " + std::string(60'000, 'c'));
     }
-    EXPECT_NE(Ask(loop, path, {"a"})[0].TroubleText().find("(it does not run)"), std::string::npos);
+    EXPECT_NE(Ask(loop, path, {"a"})[0].trouble.find("(it does not run)"), std::string::npos);
 }
 
 } // namespace

@@ -58,6 +58,12 @@ TEST_F(HistoryCommands, ShowsWhatBecameOfMessages) {
               "7       2024-05-06 15:20:00  SMS   13900000001     waits        5\n");
     EXPECT_EQ(Answer({"history", "--unsent"})["attempts"][0]["at"], "2024-05-06T15:10:00+08:00");
     EXPECT_EQ(Answer({"history", "--since", "2h"})["fate"], "waits");
+    world.ask_service = [](const std::string&) {
+        return ServiceAnswer{.trouble = "permission denied", .forbidden = true};
+    };
+    Fails(77, {"resend", "7"}, "permission denied");
+    for (const char* id : {"9999999999999999999", "0", "x"})
+        Fails(64, {"resend", id}, std::string("\"") + id + "\" is no id as \"tarnexctl history\"");
 }
 
 TEST_F(HistoryCommands, AReportTellsWhatSomeDaysBrought) {

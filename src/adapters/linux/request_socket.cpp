@@ -120,9 +120,10 @@ std::string RequestSocket::Listen(const std::string& path) {
     return "";
 }
 
-Result<std::string> AskService(const std::string& path, const std::string& request) {
+ServiceAnswer AskService(const std::string& path, const std::string& request) {
     const auto trouble = [&](const std::string& why) {
-        return Trouble{"the service cannot be asked at " + path + " (" + why + ")"};
+        return ServiceAnswer{.trouble =
+                                 "the service cannot be asked at " + path + " (" + why + ")"};
     };
     const auto address = AddressOf(path);
     if (!address)
@@ -130,11 +131,15 @@ Result<std::string> AskService(const std::string& path, const std::string& reque
     const UniqueFd socket(::socket(AF_UNIX, kType, 0));
     setsockopt(socket.Get(), SOL_SOCKET, SO_RCVTIMEO, &kPatience, sizeof kPatience);
     setsockopt(socket.Get(), SOL_SOCKET, SO_SNDTIMEO, &kPatience, sizeof kPatience);
-    if (!socket || connect(socket.Get(), Plain(*address), sizeof *address) != 0)
-        return trouble(errno == ENOENT || errno == ECONNREFUSED ? "it does not run"
-                       : errno == EACCES
-                           ? Words(errno) + ": run this as root or as the user of the service"
-                           : Words(errno));
+    if (!socket || connect(socket.Get(), Plain(*address), sizeof *address) != 0) {
+        const bool forbidden = errno == EACCES;
+        ServiceAnswer none =
+            trouble(errno == ENOENT || errno == ECONNREFUSED ? "it does not run"
+                    : forbidden ? Words(errno) + ": run this as root or as the user of the service"
+                                : Words(errno));
+        none.forbidden = forbidden;
+        return none;
+    }
     std::string answer(kLongest, '\0');
     if (send(socket.Get(), request.data(), request.size(), MSG_NOSIGNAL) < 0)
         return trouble(Words(errno));
@@ -142,7 +147,7 @@ Result<std::string> AskService(const std::string& path, const std::string& reque
     if (size <= 0)
         return trouble(size < 0 ? Words(errno) : "it has ended the connection");
     answer.resize(std::size_t(size));
-    return answer;
+    return {.text = std::move(answer)};
 }
 
 } // namespace tarnex

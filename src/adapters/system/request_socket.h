@@ -1,7 +1,7 @@
 #pragma once
 
 #include "adapters/asio/asio_loop.h"
-#include "platform/result.h"
+#include "platform/service_answer.h"
 
 #include <functional>
 #include <memory>
@@ -31,6 +31,6 @@ class RequestSocket {
 };
 
 // Asks the service; waits 5 s at most.
-Result<std::string> AskService(const std::string& path, const std::string& request);
+ServiceAnswer AskService(const std::string& path, const std::string& request);
 
 } // namespace tarnex

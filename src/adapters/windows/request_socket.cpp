@@ -162,9 +162,10 @@ std::string RequestSocket::Listen(const std::string& path) {
     return state_->pipe->Listen(path);
 }
 
-Result<std::string> AskService(const std::string& path, const std::string& request) {
+ServiceAnswer AskService(const std::string& path, const std::string& request) {
     const auto trouble = [&](const std::string& why) {
-        return Trouble{"the service cannot be asked at " + path + " (" + why + ")"};
+        return ServiceAnswer{.trouble =
+                                 "the service cannot be asked at " + path + " (" + why + ")"};
     };
     const WindowsHandle pipe = Connect(ToWide(path));
     if (!pipe) {
@@ -172,8 +173,10 @@ Result<std::string> AskService(const std::string& path, const std::string& reque
         if (problem == std::errc::no_such_file_or_directory)
             return trouble("it does not run");
         const SystemWords words = WordsOfThisSystem();
-        return trouble(Words(problem) + ": run this as " + words.who_may +
-                       words.how_to_become_them);
+        ServiceAnswer none =
+            trouble(Words(problem) + ": run this as " + words.who_may + words.how_to_become_them);
+        none.forbidden = problem == std::errc::permission_denied;
+        return none;
     }
     DWORD by_messages = PIPE_READMODE_MESSAGE;
     SetNamedPipeHandleState(pipe.Get(), &by_messages, nullptr, nullptr);
@@ -194,7 +197,7 @@ Result<std::string> AskService(const std::string& path, const std::string& reque
         return trouble(late ? Words(std::make_error_code(std::errc::timed_out))
                             : "it has ended the connection");
     answer.resize(size);
-    return answer;
+    return {.text = std::move(answer)};
 }
 
 } // namespace tarnex
