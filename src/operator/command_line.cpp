@@ -228,7 +228,8 @@ void CommandLine::AddHistory() {
     history->add_option("--lines", history_.lines, "no more than the last so many")
         ->type_name("N")
         ->check(CLI::Range(1, 1'000'000));
-    history->add_flag("--follow", history_.follow, "then new rows, until Ctrl-C");
+    history->add_flag("--follow", history_.follow,
+                      "then new rows, and those whose fate changes, until Ctrl-C");
     history->add_flag("--json", history_.json, "everything, one JSON object a line");
 
     CLI::App* report = Command(app_, "report", "what some days brought: alarms, messages, the unit",

@@ -5,6 +5,7 @@
 #include "operator/text_output.h"
 
 #include <ostream>
+#include <set>
 #include <sstream>
 
 namespace tarnex {
@@ -55,6 +56,10 @@ bool IsMessage(const HistoryRow& row) {
 // It is not known whether the last attempt succeeded.
 bool AttemptOpen(const HistoryRow& row) {
     return !row.attempts.empty() && row.attempts.back() != '\n';
+}
+
+bool Waits(const HistoryRow& row) {
+    return IsMessage(row) && row.fate.empty();
 }
 
 std::string FateText(const HistoryRow& row) {
@@ -114,41 +119,87 @@ std::string JsonOf(const OperatorWorld& world, const HistoryRow& row) {
     return JsonText(json, -1);
 }
 
-// Shows rows, and remembers what it has shown.
+// Shows the rows that the options ask for, then new ones and each whose fate has changed.
 class HistoryOutput {
   public:
-    HistoryOutput(const OperatorWorld& world, bool json)
-        : world_(world), file_(world), json_(json) {}
+    HistoryOutput(const OperatorWorld& world, const HistoryOptions& options)
+        : world_(world), file_(world), options_(options), since_(SinceOf(world, options.since)) {}
 
-    void Show(HistoryQuery query) {
-        query.after = last_id_;
-        for (const HistoryRow& row : file_.Rows(query)) {
-            world_.out << (json_ ? JsonOf(world_, row) : LineOf(world_, row));
-            last_id_ = row.id;
+    void ShowPresent() {
+        HistoryQuery wanted = Wanted();
+        wanted.last = options_.lines > 0                  ? options_.lines
+                      : since_ == 0 && !options_.not_sent ? kUsualRows
+                                                          : 0;
+        if (options_.follow) {
+            for (const HistoryRow& newest : file_.Rows({.last = 1}))
+                last_id_ = newest.id;
+            for (const HistoryRow& row : file_.Rows({.since = since_, .waiting = true}))
+                waiting_.insert(row.id);
         }
+        for (const HistoryRow& row : file_.Rows(wanted))
+            if (!options_.follow || row.id <= last_id_)
+                Show(row);
+        world_.out.flush();
+    }
+
+    void ShowChanges() {
+        std::set<std::int64_t> changed = waiting_;
+        if (!waiting_.empty())
+            for (const HistoryRow& row : file_.Rows({.waiting = true}))
+                changed.erase(row.id);
+        const std::vector<HistoryRow> added =
+            file_.Rows({.after = last_id_, .since = since_, .no_signal = !options_.json});
+        for (const HistoryRow& row : added) {
+            last_id_ = row.id;
+            if (row.again_of != 0)
+                changed.insert(row.again_of);
+            if (Waits(row))
+                waiting_.insert(row.id);
+            else if (options_.not_sent)
+                changed.insert(row.id); // if it is one of those
+        }
+        for (const std::int64_t id : changed)
+            ShowAgain(id);
+        for (const HistoryRow& row : added)
+            if (!options_.not_sent)
+                Show(row);
         world_.out.flush();
     }
 
   private:
+    HistoryQuery Wanted() const {
+        return {.since = since_, .not_sent = options_.not_sent, .no_signal = !options_.json};
+    }
+
+    void ShowAgain(std::int64_t id) {
+        waiting_.erase(id);
+        HistoryQuery it = Wanted();
+        it.id = id;
+        for (const HistoryRow& row : file_.Rows(it))
+            Show(row);
+    }
+
+    void Show(const HistoryRow& row) {
+        if (!Waits(row))
+            waiting_.erase(row.id);
+        world_.out << (options_.json ? JsonOf(world_, row) : LineOf(world_, row));
+    }
+
     const OperatorWorld& world_;
     HistoryFile file_;
-    const bool json_;
-    std::int64_t last_id_ = 0;
+    const HistoryOptions& options_;
+    const std::int64_t since_;
+    std::int64_t last_id_ = 0;       // what follows it is new
+    std::set<std::int64_t> waiting_; // up to that one
 };
 
 } // namespace
 
 ExitStatus ShowHistory(OperatorWorld& world, const HistoryOptions& options) {
-    const std::int64_t since = SinceOf(world, options.since);
-    HistoryOutput output(world, options.json);
-    HistoryQuery query{.since = since, .not_sent = options.not_sent, .no_signal = !options.json};
-    query.last = options.lines > 0                 ? options.lines
-                 : since == 0 && !options.not_sent ? kUsualRows
-                                                   : 0;
-    output.Show(query);
-    query.last = 0;
+    HistoryOutput output(world, options);
+    output.ShowPresent();
     while (options.follow && world.out && world.pause(kPollPeriod))
-        output.Show(query);
+        output.ShowChanges();
     return kExitDone;
 }
 

@@ -33,9 +33,10 @@ struct HistoryCommands : OperatorTest {
         row.ended = fate.empty() ? 0 : row.at + 12'000;
         return row;
     }
-    void Store() {
-        EXPECT_EQ(SqliteHistory(world.history_path).Store({rows.begin(), rows.end()}), "");
+    void Store(const std::vector<HistoryChange>& changes) {
+        EXPECT_EQ(SqliteHistory(world.history_path).Store(changes), "");
     }
+    void Store() { Store({rows.begin(), rows.end()}); }
     std::vector<HistoryRow> rows;
 };
 
@@ -58,6 +59,14 @@ TEST_F(HistoryCommands, ShowsWhatBecameOfMessages) {
               "7       2024-05-06 15:20:00  SMS   13900000001     waits        5\n");
     EXPECT_EQ(Answer({"history", "--unsent"})["attempts"][0]["at"], "2024-05-06T15:10:00+08:00");
     EXPECT_EQ(Answer({"history", "--since", "2h"})["fate"], "waits");
+
+    on_pause = [this] { Store({HistoryEnd{7, "lost", kNow}}); };
+    pauses_left = 1;
+    EXPECT_TRUE(Output({"history", "--unsent", "--follow"}).ends_with("  lost         5\n"));
+    on_pause = [this] { Store({HistoryRow{.id = 8, .kind = "SMS", .text = "5", .again_of = 7}}); };
+    pauses_left = 1;
+    Output({"history", "--lines", "1", "--follow"});
+    EXPECT_TRUE(Says("  again 8      5\n8 ")) << out.str();
     world.ask_service = [](const std::string&) {
         return ServiceAnswer{.trouble = "permission denied", .forbidden = true};
     };
