@@ -25,7 +25,6 @@
 #include "settings/load_settings.h"
 
 #include <iostream>
-#include <thread>
 
 namespace {
 
@@ -91,11 +90,7 @@ int main(int argc, char** argv) {
         .send_datagram = SendDatagram,
         .now = std::chrono::system_clock::now,
         .local_time = LocalTimeAt,
-        .pause =
-            [](Duration duration) {
-                std::this_thread::sleep_for(duration);
-                return true;
-            },
+        .pause = WaitForReader,
         .is_service = [](long process) { return ProcessRuns(process, "tarnexcomm"); }};
     if (StandardInputIsTerminal())
         world.ask = AskOnTerminal;

@@ -165,6 +165,8 @@ class Control(unittest.TestCase):
         fates = ["lost"] * 3 + ["sent"] * 3
         harness.wait_until(lambda: [row["fate"] for row in messages()] == fates, "the fates of all")
         sent = str(messages()[3]["id"])
+        followed = site.run("history", "--follow", before=["sh", "-c", '"$@" | head -1', "sh"])
+        self.assertEqual((followed.stdout.count("\n"), followed.stderr), (1, ""))
         answers = site.run("resend", sent, *["9" * 18] * 5000)
         self.assertEqual(answers.stdout.splitlines()[0], f"{sent} is queued again")
         self.assertEqual((answers.returncode, answers.stdout.count(" is no message")), (1, 5000))

@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
@@ -71,6 +72,11 @@ std::size_t TerminalColumns() {
 bool TerminalShowsColours() {
     const std::string terminal = Environment("TERM");
     return !terminal.empty() && terminal != "dumb" && Environment("NO_COLOR").empty();
+}
+
+bool WaitForReader(std::chrono::milliseconds length) {
+    pollfd output{.fd = STDOUT_FILENO, .events = 0, .revents = 0};
+    return poll(&output, 1, int(length.count())) <= 0;
 }
 
 std::optional<std::string> AskOnTerminal(const std::string& prompt, bool secret) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 
@@ -21,6 +22,9 @@ bool TerminalShowsColours();
 std::size_t TerminalColumns();
 // Whether a person can answer questions.
 bool StandardInputIsTerminal();
+
+// Waits so long; false at once when nobody reads standard output any more, where the system tells.
+bool WaitForReader(std::chrono::milliseconds length);
 
 // Shows prompt on standard error and reads a line of standard input, without an echo when it is
 // secret; nothing at the end of the input.

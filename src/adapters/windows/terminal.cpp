@@ -92,6 +92,12 @@ bool TerminalShowsColours() {
     return shown;
 }
 
+// A pipe tells only who writes to it.
+bool WaitForReader(std::chrono::milliseconds length) {
+    Sleep(DWORD(length.count()));
+    return true;
+}
+
 std::optional<std::string> AskOnTerminal(const std::string& prompt, bool secret) {
     std::cerr << prompt << std::flush;
     std::optional<WithoutEcho> silence;
