@@ -9,8 +9,12 @@ namespace {
 
 constexpr std::int64_t kNotOlder = std::chrono::milliseconds(1h).count();
 constexpr std::size_t kMostSMS = 2 * kSMSFifoSize; // that wait for room or the unit; the newest
-constexpr int kMostRows = 600;                     // that a start looks through
-constexpr std::size_t kMostNamed = 1000;           // at a time: the loop waits meanwhile
+// No more wait in the queues because of it, so that new ones find room there.
+constexpr std::size_t kMostQueuedSMS = kSMSFifoSize * 3 / 4;
+constexpr std::ptrdiff_t kMostQueuedMails = 300; // of 400
+constexpr const char* kNoRoom = "stays as it is: the rest of the queue is for new messages";
+constexpr int kMostRows = 600;           // that a start looks through
+constexpr std::size_t kMostNamed = 1000; // at a time: the loop waits meanwhile
 constexpr const char* kHowToSee = "tarnexctl history --unsent";
 
 // "3 SMS and 1 mail"; "" for none.
@@ -100,11 +104,18 @@ void SendAgain::Queue(const Lost& message) {
         parts_.queue.QueueSMS(message.number + message.text, message.origin);
 }
 
+bool SendAgain::HasRoom(MessageWay way) const {
+    if (way == MessageWay::kSMS)
+        return parts_.queue.Length() < kMostQueuedSMS;
+    const auto is_mail = [](const auto& each) { return each.second.way == MessageWay::kMail; };
+    return std::ranges::count_if(parts_.ledger.Waiting(), is_mail) < kMostQueuedMails;
+}
+
 void SendAgain::FillQueue() {
     TakeNotTaken();
     if (!parts_.settings.SendAgain)
         sms_.clear();
-    while (!sms_.empty() && parts_.queue.Length() < kSMSFifoSize) {
+    while (!sms_.empty() && HasRoom(MessageWay::kSMS)) {
         const Lost message = std::move(sms_.front());
         sms_.pop_front();
         if (parts_.writer.Now() - message.at <= kNotOlder)
@@ -210,9 +221,9 @@ std::string SendAgain::QueueNamed(std::int64_t id) {
         return "waits to be sent";
     if (row.again_as != 0)
         return "was sent again as " + std::to_string(row.again_as);
-    if (row.kind == "SMS" && parts_.queue.Length() >= kSMSFifoSize)
-        return "stays as it is: the queue is full";
     Lost message = LostOf(row);
+    if (!HasRoom(message.way))
+        return kNoRoom;
     std::erase_if(sms_, [id](const Lost& lost) { return std::int64_t(lost.id) == id; });
     message.origin.maybe_sent = 0; // somebody has decided it
     Queue(message);
@@ -252,10 +263,19 @@ std::string SendAgain::Resend(const std::vector<std::int64_t>& ids) {
             wanted.push_back(row.id);
     }
     std::string answer;
+    int left = 0;
     for (const std::int64_t id : wanted) {
         const std::string why_not = QueueNamed(id);
-        answer += std::to_string(id) + " " + (why_not.empty() ? "is queued again" : why_not) + "\n";
+        if (ids.empty() && why_not == kNoRoom)
+            ++left;
+        else
+            answer +=
+                std::to_string(id) + " " + (why_not.empty() ? "is queued again" : why_not) + "\n";
     }
+    if (left > 0)
+        answer += std::to_string(left) + (wanted.size() == kMostRows ? " or more" : "") +
+                  " stay as they are: the rest of the queue is for new messages. Ask again when "
+                  "these are sent\n";
     return answer.empty() ? "nothing is left that was not sent\n" : answer;
 }
 

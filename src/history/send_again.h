@@ -36,10 +36,10 @@ class SendAgain {
     void LookBack();
     // The service ends: so is what waits now. Harmless before Start() and a second time.
     void Stop();
-    // The SMS queue looks for its next entry: fills it as far as it has room.
+    // The SMS queue looks for its next entry: fills it, but for the room that new ones may need.
     void FillQueue();
     // For an operator: "resend 12 13" queues messages again by their ids, "resend" all that were
-    // not sent. The answer, a line each.
+    // not sent, as far as there is room. The answer, a line each.
     std::string Answer(std::string_view request);
 
   private:
@@ -56,6 +56,7 @@ class SendAgain {
     void Take(Lost message);
     void TakeNotTaken();
     void Queue(const Lost& message);
+    bool HasRoom(MessageWay way) const;
     std::vector<HistoryRow> Earlier(Result<std::vector<HistoryRow>> rows) const;
     void CloseLeftOver(const std::vector<HistoryRow>& rows);
     void TakeRecent();

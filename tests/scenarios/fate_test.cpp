@@ -110,6 +110,12 @@ TEST_F(Fates, WithoutTheSettingOrAfterAnHourALossIsFinal) {
                           "\n999 is no message of the history\n");
     clock.RunFor(1min);
     EXPECT_EQ(Times(0), 1);
+
+    for (std::int64_t each = id + 1000; each < id + 1160; ++each)
+        history.Stored[each] = {.id = each, .kind = "SMS", .number = "1", .fate = "lost"};
+    EXPECT_TRUE(service->Answer("resend").ends_with("again\n10 stay as they are: the rest of the "
+                                                    "queue is for new messages. Ask again when "
+                                                    "these are sent\n"));
 }
 
 TEST_F(Fates, WhatWaitedForHoursIsLostWithTheServiceOnceTheHistoryCanBeRead) {
