@@ -38,6 +38,8 @@ class SendAgain {
     void Stop();
     // The SMS queue looks for its next entry: fills it, but for the room that new ones may need.
     void FillQueue();
+    // How many SMS wait for that.
+    std::size_t ToSend() const { return sms_.size(); }
     // For an operator: "resend 12 13" queues messages again by their ids, "resend" all that were
     // not sent, as far as there is room. The answer, a line each.
     std::string Answer(std::string_view request);

@@ -30,6 +30,7 @@ constexpr Metric kMetrics[] = {
     {"unit_signal",                     "gauge",   "Last signal reading of the connected unit.",                        "/unit/signal", ""},
     {"unit_restarts_total",             "counter", "How often the service began anew with the unit.",                   "/unit/restarts", ""},
     {"sms_queued",                      "gauge",   "SMS that wait.",                                                    "/sms/queued", ""},
+    {"sms_to_send_again",               "gauge",   "SMS that were dropped or lost and are to be queued again.",         "/sms/to_send_again", ""},
     {"sms_sent_total",                  "counter", "SMS that the unit reported as sent.",                               "/sms/sent", ""},
     {"sms_attempts_failed_total",       "counter", "Attempts to send an SMS that failed.",                              "/sms/attempts_refused", "result=\"refused\""},
     {"sms_attempts_failed_total",       "counter", "",                                                                  "/sms/attempts_failed", "result=\"failed\""},

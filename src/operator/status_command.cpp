@@ -145,8 +145,8 @@ class StatusPage {
 
     void Sms() {
         const Json& sms = s_.at("sms");
-        Row("SMS", Number(sms.at("queued")) + " queued; last result " +
-                       Or(sms.at("last_result"), "none yet"));
+        Row("SMS", Number(sms.at("queued")) + " queued, " + Number(sms.at("to_send_again")) +
+                       " to be sent again; last result " + Or(sms.at("last_result"), "none yet"));
         if (const Json& held = sms.at("held"); !held.is_null())
             More("attempt " + Number(held.at("attempt")) + " of " +
                      Number(held.at("attempts_allowed")) + " to number " +

@@ -96,8 +96,10 @@ class Summary {
         const long long dropped =
             Count(sms, "dropped_by_full_queue") + Count(sms, "dropped_by_reset");
         const long long lost = Count(sms, "given_up") + dropped;
+        const long long again = Count(sms, "to_send_again");
         Row("SMS",
             std::to_string(Count(sms, "queued") + !sms.at("held").is_null()) + " waiting, " +
+                (again > 0 ? std::to_string(again) + " to send again, " : "") +
                 Shown(sms.at("sent")) + " sent, " + Shown(sms.at("given_up")) + " given up, " +
                 std::to_string(dropped) + " dropped",
             lost > 0 ? Colour::kWarning : Colour::kNone);

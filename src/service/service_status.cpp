@@ -91,6 +91,7 @@ class StatusWriter {
         json_.BeginObject("sms");
         Count("queued", sms.queued);
         Count("queue_size", kSMSFifoSize);
+        Count("to_send_again", sms.again);
         if (sms.held.empty()) {
             json_.Null("held");
         } else {

@@ -47,6 +47,7 @@ struct ServiceStatus {
     };
     struct Sms {
         std::size_t queued = 0; // without the held entry
+        std::size_t again = 0;  // not queued yet, but to be sent again
         Text held;              // as SMSQueue::HeldEntry
         int attempt = 1;        // of the held entry, to kSendErrorLimit
         Text last_result;

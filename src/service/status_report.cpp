@@ -57,6 +57,7 @@ ServiceStatus StatusReport::Collect() const {
                                    .unit = CollectUnit(),
                                    .links = {},
                                    .sms = {.queued = parts_.queue.Length(),
+                                           .again = parts_.again.ToSend(),
                                            .held = parts_.queue.HeldEntry(),
                                            .attempt = parts_.queue.Attempt(),
                                            .last_result = parts_.queue.LastResult(),

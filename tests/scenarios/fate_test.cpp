@@ -54,6 +54,7 @@ TEST_F(Fates, APulledAdapterAndASilentUnitLoseNothing) {
     clock.RunFor(9s); // one is under way
     ports.Unplug(3);
     clock.RunFor(2min);
+    EXPECT_EQ(service->Parts().again.ToSend(), 5u);
     ports.Plug(3, unit);
     ExpectAllSent(5, 1);
     unit.Outcome = SmsOutcome::kLost;
