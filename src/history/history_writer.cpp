@@ -27,6 +27,11 @@ const char* FateWord(Fate fate) {
     return "";
 }
 
+bool MaybeSent(const HistoryRow& row) {
+    return (!row.attempts.empty() && row.attempts.back() != '\n') ||
+           row.attempts.find(" SendLost\n") != row.attempts.npos;
+}
+
 std::int64_t HistoryWriter::Now() const {
     return std::chrono::floor<Duration>(clock_.WallNow().time_since_epoch()).count();
 }

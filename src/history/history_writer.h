@@ -9,6 +9,8 @@ namespace tarnex {
 
 // "sent", "given up", "held back", "pushed out", "dropped", "lost"
 const char* FateWord(Fate fate);
+// Whether an attempt to send the message may have succeeded without an answer.
+bool MaybeSent(const HistoryRow& row);
 
 // Puts changes into the history, those of one turn of the loop together. A history that fails costs
 // no more than itself: the last 1000 changes are kept until it works again, and an operator is told

@@ -26,11 +26,6 @@ std::string Messages(long sms, long mails) {
     return std::to_string(sms) + " SMS" + (mails == 0 ? "" : " and " + mail_part);
 }
 
-bool MaybeSent(const HistoryRow& row) {
-    return (!row.attempts.empty() && row.attempts.back() != '\n') ||
-           row.attempts.find(" SendLost\n") != row.attempts.npos;
-}
-
 bool MaybeSent(const LedgerEntry& entry) {
     return entry.attempt_open || std::ranges::count(entry.results, u"SendLost") > 0;
 }

@@ -1,3 +1,4 @@
+#include "history/history_writer.h"
 #include "operator/commands.h"
 #include "operator/history_file.h"
 #include "operator/json_output.h"
@@ -53,11 +54,6 @@ bool IsMessage(const HistoryRow& row) {
     return row.kind == "SMS" || row.kind == "mail";
 }
 
-// It is not known whether the last attempt succeeded.
-bool AttemptOpen(const HistoryRow& row) {
-    return !row.attempts.empty() && row.attempts.back() != '\n';
-}
-
 bool Waits(const HistoryRow& row) {
     return IsMessage(row) && row.fate.empty();
 }
@@ -69,7 +65,7 @@ std::string FateText(const HistoryRow& row) {
         return "waits";
     if (row.again_as != 0)
         return "again " + std::to_string(row.again_as);
-    return row.fate + (AttemptOpen(row) ? "?" : "");
+    return row.fate + (row.fate != FateWord(Fate::kSent) && MaybeSent(row) ? "?" : "");
 }
 
 // Fixed widths: the rows to come are not known.
@@ -114,7 +110,7 @@ std::string JsonOf(const OperatorWorld& world, const HistoryRow& row) {
         json["attempts"] = AttemptsOf(world, row);
         json["again_of"] = id_or_null(row.again_of);
         json["again_as"] = id_or_null(row.again_as);
-        json["maybe_sent"] = row.maybe_sent + AttemptOpen(row);
+        json["maybe_sent"] = row.maybe_sent + MaybeSent(row);
     }
     return JsonText(json, -1);
 }

@@ -1,5 +1,7 @@
 #include "operator/report_figures.h"
 
+#include "history/history_writer.h"
+
 #include <algorithm>
 #include <sstream>
 
@@ -140,7 +142,7 @@ class Counter {
         if (OutcomeOf(fate) != Outcome::kNotSent)
             return;
         figures_.not_sent.push_back(row);
-        figures_.maybe_sent += !row.attempts.empty() && row.attempts.back() != '\n';
+        figures_.maybe_sent += MaybeSent(row);
     }
 
     // What was answered to those that did not succeed.

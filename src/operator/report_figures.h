@@ -47,7 +47,7 @@ struct ReportFigures {
     std::map<std::string, std::array<int, kReportedFates.size()>> fates; // by "SMS" and "mail"
     std::vector<HistoryRow> not_sent;
     std::int64_t waits_since = 0; // the oldest of those that wait; 0: none
-    int maybe_sent = 0;           // not sent, but nobody heard how the last attempt ended
+    int maybe_sent = 0;           // not sent, but nobody heard how an attempt ended
     int sent_again = 0;
     std::map<std::string, int> held_back; // by reason
     std::map<std::string, int> refusals;  // by what the unit or the server answered

@@ -61,7 +61,7 @@ std::string NotSentText(const ReportFigures& figures) {
                        " not sent: " + Joined(parts, ", ") + ".";
     if (figures.maybe_sent > 0)
         text += " Of " + std::to_string(figures.maybe_sent) +
-                " nobody heard how the last attempt ended, so that may have been sent.";
+                " nobody heard how an attempt ended, so that may have been sent.";
     return text;
 }
 
