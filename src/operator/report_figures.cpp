@@ -129,8 +129,12 @@ class Counter {
             bucket->messages[std::size_t(OutcomeOf(fate))] += last;
         }
         Attempts(row);
-        if (!last)
+        const auto before = queued_at_.find(row.again_of);
+        const std::int64_t queued_at = before == queued_at_.end() ? row.at : before->second;
+        if (!last) {
+            queued_at_.emplace(row.id, queued_at);
             return;
+        }
         ++figures_.fates[row.kind][fate];
         figures_.sent_again += row.again_of != 0;
         if (fate == kHeldBack)
@@ -138,7 +142,7 @@ class Counter {
         if (fate == kWaits && figures_.waits_since == 0)
             figures_.waits_since = row.at;
         if (fate == 0 && row.kind == "SMS")
-            figures_.sms_delays.push_back(row.ended - row.at);
+            figures_.sms_delays.push_back(row.ended - queued_at);
         if (OutcomeOf(fate) != Outcome::kNotSent)
             return;
         figures_.not_sent.push_back(row);
@@ -164,6 +168,7 @@ class Counter {
     ReportBucket* bucket_ = nullptr;
     std::int64_t alarm_at_ = -1;
     std::string alarm_;
+    std::map<std::int64_t, std::int64_t> queued_at_; // for the first time; what was sent again
 };
 
 } // namespace

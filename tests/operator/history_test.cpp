@@ -96,7 +96,7 @@ TEST_F(HistoryCommands, AReportTellsWhatSomeDaysBrought) {
         "  messages sent  2\n"
         "  held back      1\n"
         "  not sent       1\n"
-        "  SMS took       median 12 s, at most 12 s\n"
+        "  SMS took       median 1 min, at most 1 min\n"
         "  unit ready     24.8 %\n"
         "  signal         average 16, 3 to 22\n"
         "What went wrong:\n"
