@@ -80,16 +80,8 @@ class Checker {
     }
 
     void AlarmNumber(const Setting& number) {
-        const TextView value = Trim(Value(number));
-        const std::string help = "; with one telephone only, write its number into both";
-        if (value.empty())
-            Error(number,
-                  "is empty, so EVERYBODY can have machines restarted and shut down by SMS" + help);
-        else if (value.find_first_not_of(u'0') == TextView::npos)
-            Warn(number, "is still the place-holder of the sample; put your number in");
-        else if (value.size() < kSafePhoneLength)
-            Error(number,
-                  "is so short that it is part of many numbers, and all of them may command");
+        if (auto finding = CheckAlarmNumber(number, Value(number)))
+            findings_.push_back(std::move(*finding));
     }
 
     void UnitSettings() {
@@ -318,6 +310,22 @@ std::vector<Finding> StrayLines(const SettingsFile& file) {
 }
 
 } // namespace
+
+std::optional<Finding> CheckAlarmNumber(const Setting& number, TextView value) {
+    value = Trim(value);
+    const std::string name(number.name);
+    if (value.empty())
+        return Finding{Level::kError, name,
+                       "is empty, so EVERYBODY can have machines restarted and shut down by SMS; "
+                       "with one telephone only, write its number into both"};
+    if (value.find_first_not_of(u'0') == TextView::npos)
+        return Finding{Level::kWarning, name,
+                       "is still the place-holder of the sample; put your number in"};
+    if (value.size() < kSafePhoneLength)
+        return Finding{Level::kError, name,
+                       "is so short that it is part of many numbers, and all of them may command"};
+    return std::nullopt;
+}
 
 std::vector<Finding> CheckSettings(const SettingsFile& file) {
     std::vector<Finding> findings = Checker(file).Run();

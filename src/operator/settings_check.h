@@ -17,6 +17,9 @@ struct Finding {
 // What is wrong or dangerous, in the order of the catalogue; stray lines of the file last.
 std::vector<Finding> CheckSettings(const SettingsFile& file);
 
+// The same of a telephone number alone; nothing when it is well.
+std::optional<Finding> CheckAlarmNumber(const Setting& number, TextView value);
+
 // And what the machine says of the ports that the settings name.
 std::vector<Finding> CheckSettingsHere(const OperatorWorld& world, const SettingsFile& file);
 

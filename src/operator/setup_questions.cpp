@@ -3,6 +3,7 @@
 #include "operator/file_access.h"
 #include "operator/port_check.h"
 #include "operator/setting_catalog.h"
+#include "operator/settings_check.h"
 #include "operator/text_output.h"
 
 #include <algorithm>
@@ -40,6 +41,10 @@ bool AsksForSwitch(const SetupQuestion& question) {
     return question.setting && question.setting->Kind() == SettingKind::kSwitch;
 }
 
+bool AsksForAlarmNumber(const SetupQuestion& question) {
+    return std::string_view(question.name).starts_with("number-");
+}
+
 std::string PortForms(const SystemWords& words) {
     return "a device such as " + words.serial_device + ", COM1 to COM20, or search";
 }
@@ -52,7 +57,13 @@ std::string Wrong(const OperatorWorld& world, const SetupQuestion& question,
     if (AsksForPort(question))
         return ParsePort(answer, world.serial_paths) ? "" : "is not " + PortForms(world.words);
     const Text value = StoredForm(*question.setting, answer);
-    return Trim(value).empty() ? "must not be empty" : Objection(*question.setting, value);
+    if (Trim(value).empty())
+        return "must not be empty";
+    if (std::string wrong = Objection(*question.setting, value); !wrong.empty())
+        return wrong;
+    const auto finding =
+        AsksForAlarmNumber(question) ? CheckAlarmNumber(*question.setting, value) : std::nullopt;
+    return finding ? finding->text : "";
 }
 
 std::string ReadSecret(const OperatorWorld& world, const std::string& path) {
