@@ -1,5 +1,6 @@
 #include "mail/server_address.h"
 #include "operator/commands.h"
+#include "operator/history_file.h"
 #include "operator/port_check.h"
 #include "operator/settings_check.h"
 #include "operator/status_reading.h"
@@ -30,7 +31,7 @@ class Doctor {
             Ports(*settings, state);
         try {
             if (state && state->running)
-                Running(state->status);
+                Running(*state);
         } catch (const Json::exception&) {
             Bad("service", world_.status_path + " lacks something: restart the service");
         }
@@ -111,15 +112,18 @@ class Doctor {
                                                others.front()));
     }
 
-    void Running(const Json& status) {
+    void Running(const StatusReading& state) {
+        const Json& status = state.status;
         const Json& unit = status.at("unit");
+        const std::string phase = unit.at("state").get<std::string>() + " for " +
+                                  AgeText(state.SecondsSince(unit.at("state_since")));
         UnitIs(UnitPhase::kReady, unit)
             ? Good("unit",
-                   "ready, " +
+                   phase + ", " +
                        (unit.at("version").is_null() ? "version not read"
                                                      : unit.at("version").get<std::string>()) +
                        ", signal " + unit.at("signal").dump())
-            : Bad("unit", "is " + unit.at("state").get<std::string>() + ", so no SMS leaves");
+            : Bad("unit", "is " + phase + ", so no SMS leaves");
         for (const Json& trouble : status.at("troubles"))
             trouble.at("level") == "error" ? Bad(trouble.at("topic"), trouble.at("text"))
                                            : Poor(trouble.at("topic"), trouble.at("text"));
@@ -144,29 +148,24 @@ class Doctor {
     }
 
     void History() {
-        const std::string& path = world_.history_path;
-        std::error_code unknown;
-        if (!fs::exists(ToPath(path), unknown) && !unknown)
+        if (!HistoryFile::IsThere(world_))
             return Good("history", "none yet: it is made with the first message");
-        const auto acting = world_.owners.ActFor(path, ""); // reading makes files beside it
-        if (!acting)
-            return Bad("history", acting.TroubleText());
-        auto reader = world_.open_history(path);
-        if (!reader)
-            return Bad("history", path + " " + reader.TroubleText());
         const auto since =
             std::chrono::floor<std::chrono::milliseconds>((world_.now() - 24h).time_since_epoch());
-        auto newest = (*reader)->Rows({.last = 1});
-        auto not_sent = (*reader)->Rows({.since = since.count(), .not_sent = true});
-        if (!newest || !not_sent)
-            return Bad("history", path + " " + newest.TroubleText() + not_sent.TroubleText());
-        const std::string rows =
-            path + ((*newest).empty() ? ", no row"
-                                      : ", rows up to " + std::to_string((*newest).back().id));
-        (*not_sent).empty()
-            ? Good("history", rows + ", none given up or lost in a day")
-            : Poor("history", rows + ", not sent in a day: " + std::to_string((*not_sent).size()) +
-                                  "; see: tarnexctl history --unsent");
+        try {
+            HistoryFile history(world_);
+            const auto newest = history.Rows({.last = 1});
+            const auto not_sent = history.Rows({.since = since.count(), .not_sent = true});
+            const std::string rows =
+                world_.history_path +
+                (newest.empty() ? ", no row" : ", rows up to " + std::to_string(newest[0].id));
+            not_sent.empty()
+                ? Good("history", rows + ", none given up or lost in a day")
+                : Poor("history", rows + ", not sent in a day: " + std::to_string(not_sent.size()) +
+                                      "; see: tarnexctl history --unsent");
+        } catch (const Failure& failure) {
+            Bad("history", failure.what());
+        }
     }
 
     void MailServer(const SettingsFile& settings) {

@@ -1,11 +1,34 @@
 #include "operator/history_file.h"
 
 #include "operator/file_access.h"
+#include "platform/file_path.h"
 
 namespace tarnex {
 
+namespace {
+
+// Of a file that nothing was written to yet, as if it were not there.
+std::error_code Problem(const std::string& path) {
+    std::error_code problem = ReadingProblem(path);
+    std::error_code unknown;
+    if (!problem && std::filesystem::file_size(ToPath(path), unknown) == 0)
+        problem = std::make_error_code(std::errc::no_such_file_or_directory);
+    return problem;
+}
+
+} // namespace
+
+bool HistoryFile::IsThere(const OperatorWorld& world) {
+    return Problem(world.history_path) != std::errc::no_such_file_or_directory;
+}
+
 HistoryFile::HistoryFile(const OperatorWorld& world) : path_(world.history_path) {
-    if (const std::error_code problem = ReadingProblem(path_))
+    const std::error_code problem = Problem(path_);
+    if (problem == std::errc::is_a_directory)
+        throw Failure(kExitNoInput, "the history " + path_ +
+                                        " is no ordinary file: move it away, and the service makes "
+                                        "a new one");
+    if (problem)
         throw CannotRead(world.words, "history " + path_, problem,
                          "the service makes it with its first message");
     acting_ = ActForOwner(world, path_);

@@ -8,6 +8,8 @@ namespace tarnex {
 class HistoryFile {
   public:
     explicit HistoryFile(const OperatorWorld& world);
+    // Whether there is one, which perhaps cannot be read.
+    static bool IsThere(const OperatorWorld& world);
     std::vector<HistoryRow> Rows(const HistoryQuery& query);
 
   private:

@@ -41,6 +41,7 @@ struct HistoryCommands : OperatorTest {
 };
 
 TEST_F(HistoryCommands, ShowsWhatBecameOfMessages) {
+    WriteFile(world.history_path, "");
     Fails(66, {"history"}, "the service makes it with its first message");
     Add(100, "unit", "ready");
     Add(90, "signal", "22");
