@@ -154,11 +154,14 @@ void CommandLine::AddStatus() {
                 "  tarnexctl status --watch\n"
                 "  tarnexctl status --json | jq .unit.state",
                 [this] { return ShowStatus(world_, status_); });
-    status->add_flag("--watch", status_.watch, "again and again, until Ctrl-C");
+    CLI::Option* watch =
+        status->add_flag("--watch", status_.watch, "again and again, until Ctrl-C");
     status->add_flag("--long", status_.long_form, "everything, also what is as it should be");
-    status->add_flag("--check", status_.check,
-                     "one line for monitoring: OK, WARNING, CRITICAL or UNKNOWN; exit status 0 to "
-                     "3");
+    status
+        ->add_flag("--check", status_.check,
+                   "one line for monitoring: OK, WARNING, CRITICAL or UNKNOWN; exit status 0 to "
+                   "3; not with --watch")
+        ->excludes(watch);
     status->add_flag("--json", status_.json, "as JSON");
 
     Command(app_, "doctor", "look at everything once and say what to do; exit status 0, 1 or 2",

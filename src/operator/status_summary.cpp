@@ -173,6 +173,8 @@ PluginResult CheckLine(const StatusReading& state) {
     for (const Json& trouble : state.status.at("troubles")) {
         status = std::max(status, trouble.at("level") == "error" ? kCritical : kWarning);
         text += "; " + Shown(trouble.at("text"));
+        if (text.ends_with('.'))
+            text.pop_back();
     }
     return Told(status, text, PerformanceData(state.status));
 }

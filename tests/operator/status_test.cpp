@@ -114,7 +114,7 @@ TEST_F(StatusCommands, IsShortOnATerminalAndOneLineForMonitoring) {
     EXPECT_EQ(checked(0).substr(0, 62),
               "OK: unit ready, signal 17 | signal=17;5:;;0;31 sms_queued=0;15");
     status.state.troubles = {{.topic = "log", .text = "A row | is lost."}};
-    EXPECT_TRUE(checked(1).starts_with("WARNING: unit ready, signal 17; A row / is lost. | "));
+    EXPECT_TRUE(checked(1).starts_with("WARNING: unit ready, signal 17; A row / is lost | "));
     status.state.troubles[0].level = NoticeLevel::kError;
     EXPECT_TRUE(checked(2).starts_with("CRITICAL: "));
     now += 3min;
