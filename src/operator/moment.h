@@ -1,7 +1,7 @@
 #pragma once
 
 #include "operator/operator_world.h"
-#include "platform/clock.h"
+#include "platform/calendar.h"
 
 #include <optional>
 #include <string>
@@ -16,10 +16,6 @@ std::string MomentText(const CalendarTime& time);
 
 // Local time now.
 CalendarTime LocalNow(const OperatorWorld& world);
-
-// Local time as if it were UTC, to count with, and back.
-std::chrono::sys_seconds AsIfUtc(const CalendarTime& local);
-CalendarTime CalendarOf(std::chrono::sys_seconds as_if_utc);
 
 // Of a local time that comes twice, as at the end of summer time, the second one.
 std::chrono::system_clock::time_point TimeOf(const OperatorWorld& world, const CalendarTime& local);

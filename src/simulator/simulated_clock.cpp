@@ -1,36 +1,15 @@
 #include "simulator/simulated_clock.h"
 
+#include "platform/calendar.h"
+
 #include <algorithm>
 
 namespace tarnex {
 
-namespace {
-
-using CalendarInstant = std::chrono::sys_time<Duration>;
-
-CalendarInstant ToInstant(const CalendarTime& time) {
-    using namespace std::chrono;
-    const auto day = sys_days(year(time.year) / time.month / time.day);
-    return day + hours(time.hour) + minutes(time.minute) + seconds(time.second);
-}
-
-} // namespace
-
-SimulatedClock::SimulatedClock(CalendarTime start) : calendar_offset_(ToInstant(start)) {}
+SimulatedClock::SimulatedClock(CalendarTime start) : calendar_offset_(AsIfUtc(start)) {}
 
 CalendarTime SimulatedClock::Calendar() const {
-    using namespace std::chrono;
-    const CalendarInstant instant = calendar_offset_ + now_;
-    const auto day = floor<days>(instant);
-    const year_month_day date(day);
-    const hh_mm_ss time(instant - day);
-    return {.year = int(date.year()),
-            .month = int(unsigned(date.month())),
-            .day = int(unsigned(date.day())),
-            .hour = int(time.hours().count()),
-            .minute = int(time.minutes().count()),
-            .second = int(time.seconds().count()),
-            .weekday = int(weekday(day).c_encoding())};
+    return CalendarOf(std::chrono::floor<std::chrono::seconds>(calendar_offset_ + now_));
 }
 
 CallId SimulatedClock::CallAfter(Duration delay, std::function<void()> fn) {
