@@ -54,7 +54,8 @@ function(tarnex_folder folder)
 endfunction()
 
 # tarnex_test(<folder> <library>...): every *_test.cpp of tests/<folder> in one program, which is one
-# entry of ctest: a process for each case would cost more than most cases do. Files in left_out stay out.
+# entry of ctest: a process for each case would cost more than most cases do. Files in left_out stay out;
+# beside_<folder> is a command of this machine that is to run the program when that is one for Windows.
 function(tarnex_test folder)
     string(REPLACE "/" "_" name ${folder})
     file(GLOB sources RELATIVE ${CMAKE_CURRENT_SOURCE_DIR}
@@ -70,8 +71,15 @@ function(tarnex_test folder)
         add_test(NAME test_${name} COMMAND test_${name})
         set_tests_properties(test_${name} PROPERTIES TIMEOUT 600 SKIP_RETURN_CODE 77)
         set_property(GLOBAL APPEND PROPERTY tarnex_test_programs test_${name})
-        if(TARNEX_WINE)
-            tarnex_windows_test(test_${name} ${TARNEX_WINDOWS_BUILD}/tests/test_${name}.exe)
+        set(beside "")
+        if(beside_${folder})
+            set(beside --for ${beside_${folder}} wine)
+        endif()
+        if(WIN32)
+            set_property(TARGET test_${name} APPEND PROPERTY CROSSCOMPILING_EMULATOR ${beside})
+        elseif(TARNEX_WINE)
+            tarnex_windows_test(test_${name} ${beside}
+                ${TARNEX_WINDOWS_BUILD}/tests/test_${name}.exe)
         endif()
     endif()
 endfunction()
