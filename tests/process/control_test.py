@@ -85,6 +85,8 @@ class Control(unittest.TestCase):
         self.assertIn("  " + why["text"], tail.wait_for(why["text"]))
         row = json.loads(site.ctl("log", "tail", "--once", "--json").splitlines()[-1])
         self.assertEqual((row["message"], row["by_sms"]), (why["text"], True))
+        unit.tell(f"sms {FIRST} 1301")
+        monitor.wait_for(b"txControl1301")
 
         site.ctl("settings", "set", "alarm-number-1", OTHER)
         unit.wait_for(f"command: WRNO1({OTHER})")
@@ -139,14 +141,13 @@ class Control(unittest.TestCase):
         self.fails(73, "cannot be made", of_root.run("log", "create"))
         self.assertFalse(of_root.path("made.db").exists())
 
-    @linux_only
     def test_what_a_kill_leaves_is_sent_and_sent_again_on_request(self):
         site = ControlSite(self)
         site.set_up()
         site.ctl("settings", "set", "sms-to-number-2", "off")
 
         def messages():
-            lines = site.ctl("history", "--since", "1d", "--json").splitlines()
+            lines = site.run("history", "--since", "1d", "--json").stdout.splitlines()
             return [row for row in map(json.loads, lines) if row.get("fate") not in (None, "held back")]
 
         unit = site.unit("--sms-seconds", "1")
@@ -155,7 +156,7 @@ class Control(unittest.TestCase):
         monitor.greet()
         for number in range(3):
             monitor.send(f"txSendSMS1031010srv{{[b^k^]}}nr{number}.")
-        harness.wait_until(lambda: site.path("history.db").exists() and len(messages()) == 3, "three SMS")
+        harness.wait_until(lambda: len(messages()) == 3, "three SMS")
         service.stop(signal.SIGKILL)
 
         service = site.service()
@@ -165,11 +166,13 @@ class Control(unittest.TestCase):
         fates = ["lost"] * 3 + ["sent"] * 3
         harness.wait_until(lambda: [row["fate"] for row in messages()] == fates, "the fates of all")
         sent = str(messages()[3]["id"])
-        followed = site.run("history", "--follow", before=["sh", "-c", '"$@" | head -1', "sh"])
-        self.assertEqual((followed.stdout.count("\n"), followed.stderr), (1, ""))
-        answers = site.run("resend", sent, *["9" * 18] * 5000)
+        if not harness.windows:  # which tells only who writes
+            followed = site.run("history", "--follow", before=["sh", "-c", '"$@" | head -1', "sh"])
+            self.assertEqual((followed.stdout.count("\n"), followed.stderr), (1, ""))
+        many = 1500 if harness.windows else 5000  # no command line there is longer than 32767 characters
+        answers = site.run("resend", sent, *["9" * 18] * many)
         self.assertEqual(answers.stdout.splitlines()[0], f"{sent} is queued again")
-        self.assertEqual((answers.returncode, answers.stdout.count(" is no message")), (1, 5000))
+        self.assertEqual((answers.returncode, answers.stdout.count(" is no message")), (1, many))
         unit.wait_for("nr0.", 2)
         self.assertEqual(service.stop(), 0)
         self.fails(69, "it does not run", site.run("resend", "--unsent"))
