@@ -1,5 +1,6 @@
-"""The service under the service manager of Windows, as far as Wine has one."""
+"""The service under the service manager of Windows, as far as Wine has one, and beside that of Linux."""
 
+import os
 import pathlib
 import shutil
 import unittest
@@ -56,6 +57,17 @@ class NtService(unittest.TestCase):
         self.assertEqual(self.ended("/u"), 0)  # takes it away while it runs
         self.assertEqual(self.manager("query"), "error 1060")  # there is none
         self.assertEqual(self.ended("/u"), 69)
+
+    def test_a_simulated_day_is_that_of_linux(self):  # with sanitizers a month takes minutes there
+        mail = {"Text1(29)": "mail.example", "Text1(58)": "a@b.example", "Text1(59)": "c@d.example"}
+        site = Site(self, log=False, **mail)
+        own = os.path.join(harness.programs, "tarnexctl")  # a path: that of this machine
+        day = "simulate", "--days", "1", "--start", "2024-05-06", "--json"
+        both = [site.start(name, *day) for name in ("tarnexctl", own)]
+        self.assertEqual([program.wait() for program in both], [0, 0])
+        for sent in ('"sms_sent": 1,', '"mail_sent": true'):
+            self.assertNotEqual(both[0].said(sent), [])
+        self.assertEqual(both[0].lines, both[1].lines)
 
 
 harness.run(NtService)
