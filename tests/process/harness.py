@@ -55,33 +55,22 @@ SCHEMA = pathlib.Path(__file__).parents[2] / "packaging/log-schema.sql"
 programs = ""  # the folder of the programs
 
 
-def wait_until(condition, what):
-    """What condition() gives once it is true. For what sends no event of its own."""
+def wait_until(condition, what, act=None):
+    """What condition() gives once it is true. For what sends no event of its own.
+
+    Acts for that, and again: what is still shown as disabled ignores the operator, and a busy Wine loses keys.
+    A second act may undo the first, so it waits until the first must have been ignored.
+    """
     end = time.monotonic() + LIMIT
+    ignored = 0
     while not (result := condition()):
         if time.monotonic() > end:
             raise AssertionError(f"not seen within {LIMIT} s: {what}")
-        time.sleep(0.01)
-    return result
-
-
-def insist(act, done, what):
-    """Acts until it is done: what is still shown as disabled ignores the operator.
-
-    A second act may undo the first, so it waits until the first must have been ignored.
-    """
-    ignored = 0
-
-    def is_done():
-        nonlocal ignored
-        if done():
-            return True
-        if time.monotonic() > ignored:
+        if act and time.monotonic() > ignored:
             act()
             ignored = time.monotonic() + LIMIT / 30
-        return False
-
-    wait_until(is_done, what)
+        time.sleep(0.01)
+    return result
 
 
 def there(path):

@@ -7,7 +7,7 @@ import shutil
 import subprocess
 
 import harness
-from harness import Program, insist, wait_until
+from harness import Program, wait_until
 
 PICTURES = os.environ.get("TARNEX_PICTURES")  # a folder in which pictures of the windows are kept
 
@@ -46,8 +46,8 @@ class Screen:
         environment = os.environ | self.environment
         return subprocess.run(command, env=environment, encoding="utf-8", capture_output=True).stdout
 
-    def window(self, title):
-        """The window with that title, once it is there."""
+    def window(self, title, act=None):
+        """The window with that title, once it is there; act makes it come."""
 
         def find():
             tree = self.run("xwininfo", "-root", "-tree")
@@ -55,7 +55,7 @@ class Screen:
             window = found and Window(self, int(found[1], 16))
             return window if window and window.shown() else None
 
-        return wait_until(find, f"a window {title}")
+        return wait_until(find, f"a window {title}", act)
 
 
 class Window:
@@ -71,8 +71,8 @@ class Window:
         return tuple(map(int, re.search(r"Geometry: (\d+)x(\d+)", geometry).groups()))
 
     def resize(self, width, height):
-        self._screen.run("xdotool", "windowsize", str(self._number), str(width), str(height))
-        wait_until(lambda: self.size() == (width, height), f"the size {width}x{height}")
+        resize = "xdotool", "windowsize", str(self._number), str(width), str(height)
+        wait_until(lambda: self.size() == (width, height), "another size", lambda: self._screen.run(*resize))
 
     def least_size(self):
         """The smallest that an operator can make it."""
@@ -114,10 +114,7 @@ class Window:
     def wait_for_line(self, place, text, act=None):
         """Until a line of the list at that place ends so; acts for that, if it can."""
 
-        def listed():
-            return any(line.endswith(text) for line in self.lines(place))
-
-        insist(act, listed, text) if act else wait_until(listed, text)
+        wait_until(lambda: any(line.endswith(text) for line in self.lines(place)), text, act)
 
     def picture(self, name):
         """Keeps a picture, if somebody wants pictures."""

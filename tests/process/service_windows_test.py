@@ -49,17 +49,16 @@ class ServiceWindowsTest(unittest.TestCase):
         window.wait_for_line(SMS_SENT, "发送成功")
         unit.tell(f"sms {FIRST_NUMBER} 你好")
         wait_until(lambda: any("你好" in line for line in window.lines(SMS_RECEIVED)), "a received SMS")
-        window.key("alt+k")
-        window.wait_for_line(DEVICE_EVENTS, "True")
+        window.wait_for_line(DEVICE_EVENTS, "True", lambda: window.key("alt+k"))
         window.picture("main-96")
-        window.key("alt+l")  # hides the list of the traffic; that of the debug lines takes its place
-        wait_until(lambda: "CSQ=20" in window.lines(TRAFFIC), "a wide list of debug lines")
-        window.key("alt+c")
-        wait_until(lambda: "Send0:tx--Ready" not in window.lines(LINKS), "an empty list")
+        # Hides the list of the traffic; that of the debug lines takes its place.
+        window.wait_for_line(TRAFFIC, "CSQ=20", lambda: window.key("alt+l"))
+        empty = lambda: "Send0:tx--Ready" not in window.lines(LINKS)
+        wait_until(empty, "an empty list", lambda: window.key("alt+c"))
         wait_until(lambda: window.lines(EVENTS), "the events, which stay")
         window.resize(*window.least_size())
         window.picture("main-least-96")
-        window.key("alt+x")
+        wait_until(lambda: not service.runs(), "the end", lambda: window.key("alt+x"))
         self.assertEqual(service.wait(), 0)
         if not harness.windows:  # a Wine that is slow counts as a display that nobody sees
             self.assertEqual([line for line in service.lines if "not sent: the service ends" not in line], [])
@@ -67,21 +66,18 @@ class ServiceWindowsTest(unittest.TestCase):
 
     def test_other_windows_are_reached_and_left(self):
         service, _, _, window = self.start()
-        window.key("alt+r")
-        core = self.screen.window("TarnexCore")
-        core.key("alt+d")
-        core.wait_for_line((100, -40), "DebugOn: On")
+        core = self.screen.window("TarnexCore", lambda: window.key("alt+r"))
+        core.wait_for_line((100, -40), "DebugOn: On", lambda: core.key("alt+d"))
         core.picture("core-96")
-        window.click(500, -20)  # it has the focus again
-        window.key("alt+m")
-        form = self.screen.window("邮件发送")
-        form.click(*MAIL_BODY)
-        form.key("ctrl+End")
-        form.type("!")
-        wait_until(lambda: form.copied(MAIL_BODY, "ctrl+a", "ctrl+c").endswith("!"), "a typed letter")
+        # A click on the space between two buttons gives the focus back.
+        form = self.screen.window("邮件发送", lambda: (window.click(500, -20), window.key("alt+m")))
+
+        def typed():
+            return form.copied(MAIL_BODY, "ctrl+a", "ctrl+c").endswith("!")
+
+        wait_until(typed, "a letter", lambda: (form.click(*MAIL_BODY), form.key("ctrl+End"), form.type("!")))
         form.picture("mail-96")
-        form.key("alt+x")
-        wait_until(lambda: not form.shown(), "the form is closed")
+        wait_until(lambda: not form.shown(), "the form is closed", lambda: form.key("alt+x"))
         window.close()
         self.assertEqual(service.wait(), 0)
 

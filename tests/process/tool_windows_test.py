@@ -8,7 +8,7 @@ import unittest
 
 import harness
 from flasher_test import program
-from harness import FIRST_NUMBER, Site, insist, linux_only, wait_until
+from harness import FIRST_NUMBER, Site, linux_only, wait_until
 from screen import Screen
 
 CONNECTED = "已在Com3成功连接Tarnex."
@@ -44,7 +44,7 @@ class ToolWindowsTest(unittest.TestCase):
         self.site.path(name).write_text(program("TARNEX-SIM 2.0", size))
 
     def leave(self, tool, window):
-        insist(lambda: window.key("alt+x"), lambda: not tool.runs(), "the end of " + tool.name)
+        wait_until(lambda: not tool.runs(), "the end of " + tool.name, lambda: window.key("alt+x"))
         self.assertEqual(tool.wait(), 0)
 
     def test_firmware_is_updated_on_a_fine_screen(self):
@@ -56,11 +56,10 @@ class ToolWindowsTest(unittest.TestCase):
         second = self.start("tarnex-console")
         self.assertEqual(second.wait(), 0)
         second.wait_for("another program of TarnexComm runs on this machine")
-        window.key("alt+o")
-        dialog = screen.window("打开固件文件")
+        dialog = screen.window("打开固件文件", lambda: window.key("alt+o"))
         dialog.type("unit.hex" if harness.windows else self.site.path("unit.hex"))
         dialog.picture("flasher-file-192")
-        insist(lambda: dialog.key("Return"), lambda: not dialog.shown(), "the end of the dialog")
+        wait_until(lambda: not dialog.shown(), "the end of the dialog", lambda: dialog.key("Return"))
         window.wait_for_line(FLASHER_LIST, "unit.hex")
         window.wait_for_line(FLASHER_LIST, "正在连接Tarnex.", lambda: window.key("alt+o"))
         window.wait_for_line(FLASHER_LIST, "可以开始更新Firmware!")
@@ -77,16 +76,15 @@ class ToolWindowsTest(unittest.TestCase):
         """Opens it and connects it to the unit."""
         console = self.start("tarnex-console")
         window = screen.window("OCXDebug")
-        window.click(*CONSOLE[1])
-        window.wait_for_line(CONSOLE_LIST, CONNECTED)
+        window.wait_for_line(CONSOLE_LIST, CONNECTED, lambda: window.click(*CONSOLE[1]))
         return console, window
 
     def press(self, window, number, lists, lines_below=1):
         """Presses a button until that is listed, with at most so many lines below."""
-        insist(
-            lambda: window.click(*CONSOLE[number]),
+        wait_until(
             lambda: lists in window.lines(CONSOLE_LIST)[-1 - lines_below :],
             f"{lists}, after Command{number}",
+            lambda: window.click(*CONSOLE[number]),
         )
 
     def test_console_works_by_keyboard(self):
@@ -94,8 +92,7 @@ class ToolWindowsTest(unittest.TestCase):
         screen = self.screen()
         console = self.start("tarnex-console")
         window = screen.window("OCXDebug")
-        window.key("alt+c")
-        window.wait_for_line(CONSOLE_LIST, CONNECTED)
+        window.wait_for_line(CONSOLE_LIST, CONNECTED, lambda: window.key("alt+c"))
         window.key("Tab", "Tab", "Tab")  # over the other list, round to the second button
         # All buttons are disabled while one is at work; the focus comes back to it.
         for key in ("Return", "space", "space"):
@@ -119,12 +116,15 @@ class ToolWindowsTest(unittest.TestCase):
             window.key("Tab")
 
         # xdotool redefines a key for each Chinese character, which on a busy machine may come too early.
-        insist(enter_name, lambda: self.site.setting("TarnexName") == "机房一号（测试）", "the name in the settings")
+        wait_until(lambda: self.site.setting("TarnexName") == "机房一号（测试）", "the name in the settings", enter_name)
         copied = window.lines(CONSOLE_LIST)[-1]
         wait_until(lambda: window.copied(CONSOLE_LIST, "End", "ctrl+c") == copied, "a copied line")
-        window.click(*CONSOLE["Text5"])
-        window.key("ctrl+v", "Tab")
-        wait_until(lambda: self.site.setting("Message") == copied, "the text in the settings")
+
+        def paste():
+            window.click(*CONSOLE["Text5"])
+            window.key("ctrl+a", "ctrl+v", "Tab")
+
+        wait_until(lambda: self.site.setting("Message") == copied, "the text in the settings", paste)
         self.leave(console, window)
 
     def test_console_fits_a_small_screen(self):
@@ -138,7 +138,7 @@ class ToolWindowsTest(unittest.TestCase):
             window.picture(f"console-debug-{dpi}")
             self.press(window, 43, "OCXDebug信息已关闭", 0)
             wait_until(lambda: window.size()[0] == window.least_size()[0], "the narrow window")
-            window.key("alt+x")
+            wait_until(lambda: not window.shown(), "the end", lambda: window.key("alt+x"))
 
     @linux_only  # Wine shows windows to nobody, rather than none
     def test_tools_say_why_there_is_no_window(self):
