@@ -83,37 +83,97 @@ std::string Trouble(const CLI::App& app, const CLI::ParseError& error) {
 
 } // namespace
 
-std::optional<ExitStatus> ReadArguments(CLI::App& app, std::vector<std::string> arguments,
-                                        std::ostream& out, std::ostream& err) {
-    app.set_version_flag("--version", app.get_name() + " " TARNEX_VERSION);
-    arguments = WithEmptyValues(std::move(arguments));
-    std::reverse(arguments.begin(), arguments.end()); // as the parser wants them
-    try {
-        app.parse(std::move(arguments));
-    } catch (const CLI::Success& asked) { // help or version
-        std::ostringstream text;
-        app.exit(asked, text, text);
-        out << text.str();
-        return kExitDone;
-    } catch (const CLI::ParseError& error) {
-        const std::string trouble = EscapeControls(Trouble(app, error));
-        err << app.get_name() << ": " << trouble << " (try \"" << FullName(Deepest(app))
-            << " --help\")\n";
-        return kExitUsage;
-    }
-    return std::nullopt;
+Arguments::Arguments(const std::string& program, const std::string& what)
+    : app_(std::make_shared<CLI::App>(what, program)) {
+    app_->fallthrough();
 }
 
-CLI::Option* AddValue(CLI::App& app, const std::string& name, const std::string& type,
-                      const std::string& meaning,
-                      std::function<std::string(const std::string& value)> read) {
+Arguments::Arguments(std::shared_ptr<CLI::App> app) : app_(std::move(app)) {}
+
+Arguments Arguments::Command(const std::string& name, const std::string& what) {
+    return Arguments({app_, app_->add_subcommand(name, what)});
+}
+
+void Arguments::RequireCommand() {
+    app_->require_subcommand(1);
+}
+
+void Arguments::Footer(const std::string& text) {
+    app_->footer(text);
+}
+
+void Arguments::OnGiven(Check check) {
+    app_->callback([check = std::move(check)] {
+        if (const std::string trouble = check(); !trouble.empty())
+            throw CLI::ValidationError(trouble);
+    });
+}
+
+void Arguments::Flag(const std::string& name, bool& given, const std::string& meaning) {
+    app_->add_flag(name, given, meaning);
+}
+
+void Arguments::Value(const std::string& name, const std::string& type, const std::string& meaning,
+                      std::string& value) {
+    app_->add_option(name, value, meaning)->type_name(type)->capture_default_str();
+}
+
+void Arguments::Value(const std::string& name, const std::string& type, const std::string& meaning,
+                      std::optional<std::string>& value) {
+    app_->add_option(name, value, meaning)->type_name(type);
+}
+
+void Arguments::Number(const std::string& name, const std::string& type, const std::string& meaning,
+                       int& value, int lowest, int highest) {
+    CLI::Option* option = app_->add_option(name, value, meaning)
+                              ->type_name(type)
+                              ->check(CLI::Range(lowest, highest).description(""));
+    if (value >= lowest && value <= highest)
+        option->capture_default_str();
+}
+
+void Arguments::EachValue(const std::string& name, const std::string& type,
+                          const std::string& meaning, ReadValue read, const std::string& heading) {
     const auto take = [name, read = std::move(read)](const std::string& value) {
         if (const std::string trouble = read(value); !trouble.empty())
             throw CLI::ValidationError(name, trouble);
     };
-    return app.add_option_function<std::string>(name, take, meaning)
-        ->type_name(type)
-        ->trigger_on_parse();
+    CLI::Option* option = app_->add_option_function<std::string>(name, take, meaning)
+                              ->type_name(type)
+                              ->trigger_on_parse();
+    if (!heading.empty())
+        option->group(heading);
+}
+
+void Arguments::RequiredWord(const std::string& name, const std::string& meaning,
+                             std::string& word) {
+    app_->add_option(name, word, meaning)->type_name("")->required();
+}
+
+void Arguments::Words(const std::string& name, const std::string& meaning,
+                      std::vector<std::string>& words) {
+    app_->add_option(name, words, meaning)->type_name("");
+}
+
+std::optional<ExitStatus> Arguments::Read(std::vector<std::string> arguments, std::ostream& out,
+                                          std::ostream& err) {
+    app_->set_version_flag("--version", app_->get_name() + " " TARNEX_VERSION);
+    arguments = WithEmptyValues(std::move(arguments));
+    std::reverse(arguments.begin(), arguments.end()); // as the parser wants them
+    try {
+        app_->parse(std::move(arguments));
+    } catch (const CLI::Success& asked) { // help or version
+        std::ostringstream text;
+        app_->exit(asked, text, text);
+        out << text.str();
+        return kExitDone;
+    } catch (const CLI::ParseError& error) {
+        const std::string trouble = EscapeControls(Trouble(*app_, error));
+        err << app_->get_name() << ": " << trouble << " (try \"" << FullName(Deepest(*app_))
+            << " --help\")\n";
+        return kExitUsage;
+    }
+    return std::nullopt;
 }
 
 } // namespace tarnex

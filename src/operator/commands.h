@@ -47,7 +47,7 @@ ExitStatus ExplainRecord(OperatorWorld& world, const WhyOptions& options);
 
 struct SimulateOptions {
     int days = 7;
-    std::uint64_t seed = 1;
+    int seed = 1;
     std::string start; // "yyyy-mm-dd"; "" for today
     bool json = false;
 };
@@ -77,7 +77,7 @@ struct ReportOptions {
 };
 ExitStatus Report(OperatorWorld& world, const ReportOptions& options);
 // not_sent: all that were not sent, instead of ids.
-ExitStatus Resend(OperatorWorld& world, const std::vector<std::int64_t>& ids, bool not_sent);
+ExitStatus Resend(OperatorWorld& world, const std::vector<std::string>& ids, bool not_sent);
 
 struct SetupOptions {
     std::map<std::string, std::string> answers; // by question; of a secret one a file

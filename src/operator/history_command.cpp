@@ -4,6 +4,7 @@
 #include "operator/json_output.h"
 #include "operator/moment.h"
 #include "operator/text_output.h"
+#include "simulator/words.h"
 
 #include <ostream>
 #include <set>
@@ -199,17 +200,21 @@ ExitStatus ShowHistory(OperatorWorld& world, const HistoryOptions& options) {
     return kExitDone;
 }
 
-ExitStatus Resend(OperatorWorld& world, const std::vector<std::int64_t>& ids, bool not_sent) {
+ExitStatus Resend(OperatorWorld& world, const std::vector<std::string>& ids, bool not_sent) {
     if (ids.empty() != not_sent)
         throw Failure(kExitUsage, "name messages by the ids that \"tarnexctl history\" shows, or "
                                   "all that were not sent by --unsent");
+    for (const std::string& id : ids)
+        if (ReadNumber<std::int64_t>(id).value_or(0) <= 0)
+            throw Failure(kExitUsage,
+                          "\"" + id + "\" is no id as \"tarnexctl history\" shows them");
     bool all_queued = true;
     std::size_t asked = 0;
     do {
         std::string request = "resend";
         const std::size_t end = std::min(ids.size(), asked + kMostIdsAtOnce);
         for (; asked < end; ++asked)
-            request += " " + std::to_string(ids[asked]);
+            request += " " + ids[asked];
         const ServiceAnswer answer = world.ask_service(request);
         if (!answer.trouble.empty())
             throw Failure(answer.forbidden ? kExitNoRights : kExitUnavailable, answer.trouble);

@@ -269,6 +269,8 @@ ExitStatus ShowCheck(const OperatorWorld& world) {
 } // namespace
 
 ExitStatus ShowStatus(OperatorWorld& world, const StatusOptions& options) {
+    if (options.check && options.watch)
+        throw Failure(kExitUsage, "--check looks once: it goes without --watch");
     if (options.check)
         return ShowCheck(world);
     if (options.watch)

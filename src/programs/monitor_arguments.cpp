@@ -6,7 +6,6 @@
 
 #include <iostream>
 
-#include <CLI/CLI.hpp>
 #include <asio/ip/address_v4.hpp>
 
 namespace tarnex {
@@ -123,11 +122,11 @@ std::string ReadCommand(const std::string& name, const std::optional<std::string
 }
 
 // "", or which options and the command do not go together.
-std::string CheckOptions(const CLI::App& app, const std::string& command,
+std::string CheckOptions(const std::string& command, const std::vector<const ValueOption*>& given,
                          const MonitorArguments& arguments) {
-    for (const ValueOption& row : kOptions)
-        if (row.only_of && *row.only_of != arguments.command && app.count(row.name) > 0)
-            return command + " takes no " + row.name;
+    for (const ValueOption* row : given)
+        if (row->only_of && *row->only_of != arguments.command)
+            return command + " takes no " + row->name;
     if (arguments.command == kNotify && (arguments.event.service < 0 || arguments.event.state < 0))
         return "notify needs --service and --state";
     return "";
@@ -137,31 +136,29 @@ std::string CheckOptions(const CLI::App& app, const std::string& command,
 
 std::optional<ExitStatus> ReadMonitorArguments(std::vector<std::string> words,
                                                MonitorArguments& arguments) {
-    CLI::App app("A monitoring program on a control link of TarnexComm.", "tarnex-monitor");
+    Arguments line("tarnex-monitor", "A monitoring program on a control link of TarnexComm.");
     std::string command;
     std::optional<std::string> text;
-    app.add_option("COMMAND", command, "listen, notify or raw; see below")->type_name("");
-    app.add_option("TEXT", text, "of raw: the message")->type_name("");
+    std::vector<const ValueOption*> given;
+    line.Value("COMMAND", "", "listen, notify or raw; see below", command);
+    line.Value("TEXT", "", "of raw: the message", text);
     for (const ValueOption& row : kOptions) {
-        const auto read = [&](const std::string& value) {
+        const auto read = [&arguments, &given, &row](const std::string& value) {
+            given.push_back(&row);
             return row.read(value, arguments)
                        ? ""
                        : std::string("expected ") + row.expected + ", not \"" + value + "\"";
         };
-        CLI::Option* option = AddValue(app, row.name, row.type, row.meaning, read);
-        if (row.only_of)
-            option->group(
-                std::ranges::find(kCommands, *row.only_of, &CommandName::command)->options);
+        const auto of = std::ranges::find(kCommands, row.only_of, &CommandName::command);
+        line.EachValue(row.name, row.type, row.meaning, read,
+                       of == std::end(kCommands) ? "" : of->options);
     }
-    app.footer(Footer());
-    app.callback([&] {
-        std::string trouble = ReadCommand(command, text, arguments);
-        if (trouble.empty())
-            trouble = CheckOptions(app, command, arguments);
-        if (!trouble.empty())
-            throw CLI::ValidationError(trouble);
+    line.Footer(Footer());
+    line.OnGiven([&] {
+        const std::string trouble = ReadCommand(command, text, arguments);
+        return trouble.empty() ? CheckOptions(command, given, arguments) : trouble;
     });
-    return ReadArguments(app, std::move(words), std::cout, std::cerr);
+    return line.Read(std::move(words), std::cout, std::cerr);
 }
 
 } // namespace tarnex

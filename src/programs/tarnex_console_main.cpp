@@ -7,17 +7,16 @@
 
 #include <iostream>
 
-#include <CLI/CLI.hpp>
-
 int main(int argc, char** argv) {
     using namespace tarnex;
-    CLI::App app("The window for service staff: a button for each command of the unit, a list of\n"
-                 "received SMS. It needs a display.",
-                 "tarnex-console");
-    app.footer(
+    Arguments arguments(
+        "tarnex-console",
+        "The window for service staff: a button for each command of the unit, a list of\n"
+        "received SMS. It needs a display.");
+    arguments.Footer(
         "Exit status: 0 done, 64 wrong usage, 66, 74 and 77 the settings file cannot be read\n"
         "(no ordinary file or over 1 MiB, a failure, no rights), 69 no display.");
-    if (const auto status = ReadArguments(app, ProgramArguments(argc, argv), std::cout, std::cerr))
+    if (const auto status = arguments.Read(ProgramArguments(argc, argv), std::cout, std::cerr))
         return *status;
     return RunToolWindow("tarnex-console", "", [](const ToolWorld& world, ScreenView&) {
         return std::make_unique<OCXDebug>(world);

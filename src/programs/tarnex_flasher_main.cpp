@@ -15,8 +15,6 @@
 #include <cstdio>
 #include <iostream>
 
-#include <CLI/CLI.hpp>
-
 namespace tarnex {
 namespace {
 
@@ -48,23 +46,27 @@ std::string ReadPort(const std::string& words, Options& options) {
 }
 
 // The exit status, or nothing when there is something to do.
-std::optional<ExitStatus> ReadOptions(std::vector<std::string> arguments, Options& options) {
-    const SystemWords words = WordsOfThisSystem();
-    CLI::App app("Loads new firmware into the unit. Without options it opens its window.\n"
-                 "\n"
-                 "  tarnex-flasher [[--port PORT] --file unit.hex]\n"
-                 "  tarnex-flasher --check-only --file unit.hex",
-                 "tarnex-flasher");
-    app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
-    AddValue(app, "--port", "PORT",
-             "the port of the unit: COM1 to COM20, or the path of a device such as\n" +
-                 words.serial_device + "; without it, the port where the unit was last found",
-             [&](const std::string& words) { return ReadPort(words, options); });
-    app.add_option("--file", options.file, "the firmware, an Intel HEX file")->type_name("FILE");
-    app.add_flag("--check-only", options.check_only,
-                 "read the file, say what is in it and what is odd about it, write nothing");
-    app.footer(
-        "No other program of TarnexComm may run meanwhile: " + words.stop_service +
+std::optional<ExitStatus> ReadOptions(std::vector<std::string> words, Options& options) {
+    const SystemWords system = WordsOfThisSystem();
+    Arguments arguments("tarnex-flasher",
+                        "Loads new firmware into the unit. Without options it opens its window.\n"
+                        "\n"
+                        "  tarnex-flasher [[--port PORT] --file unit.hex]\n"
+                        "  tarnex-flasher --check-only --file unit.hex");
+    arguments.EachValue("--port", "PORT",
+                        "the port of the unit: COM1 to COM20, or the path of a device such as\n" +
+                            system.serial_device +
+                            "; without it, the port where the unit was last found",
+                        [&](const std::string& words) { return ReadPort(words, options); });
+    arguments.EachValue("--file", "FILE", "the firmware, an Intel HEX file",
+                        [&](const std::string& path) {
+                            options.file = path;
+                            return "";
+                        });
+    arguments.Flag("--check-only", options.check_only,
+                   "read the file, say what is in it and what is odd about it, write nothing");
+    arguments.Footer(
+        "No other program of TarnexComm may run meanwhile: " + system.stop_service +
         ". An update\n"
         "that broke off can be run again, also where the unit does not answer any more.\n"
         "\n"
@@ -72,11 +74,11 @@ std::optional<ExitStatus> ReadOptions(std::vector<std::string> arguments, Option
         "69 no such port, unit or display, 74 the line failed, 75 something else has the port or\n"
         "the unit is starting up, 76 the unit answered wrong or fell silent, 77 the port may not\n"
         "be opened or the settings may not be read, 130 interrupted.");
-    app.callback([&] {
-        if (options.file.empty() && (options.check_only || options.port))
-            throw CLI::ValidationError("--file names no file");
+    arguments.OnGiven([&] {
+        const bool needs_file = options.check_only || options.port;
+        return options.file.empty() && needs_file ? "--file names no file" : "";
     });
-    return ReadArguments(app, std::move(arguments), std::cout, std::cerr);
+    return arguments.Read(std::move(words), std::cout, std::cerr);
 }
 
 // Standard output and standard error. On a terminal the last line may be a bar, which makes way

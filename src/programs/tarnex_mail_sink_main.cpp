@@ -15,8 +15,6 @@
 #include <map>
 #include <optional>
 
-#include <CLI/CLI.hpp>
-
 namespace tarnex {
 namespace {
 
@@ -143,28 +141,35 @@ std::string ReadStep(const std::string& name, std::vector<MailStep>& steps) {
 }
 
 // The exit status, or nothing when the server is to run.
-std::optional<ExitStatus> ReadOptions(std::vector<std::string> arguments, Options& options) {
+std::optional<ExitStatus> ReadOptions(std::vector<std::string> words, Options& options) {
     using Value = const std::string&;
-    CLI::App app("An SMTP server on 127.0.0.1 that prints every mail it receives, and keeps none.",
-                 "tarnex-mail-sink");
-    app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
-    AddValue(app, "--port", "N", "listen on port N (2525); 0 is any free port",
-             [&](Value text) { return ReadPort(text, options.port); });
-    app.add_option("--user", options.user, "demand AUTH LOGIN with this user name")
-        ->type_name("NAME");
-    app.add_option("--password", options.password, "and this password (empty)")->type_name("WORD");
-    AddValue(app, "--encoding", "NAME", "the code page of the mails, GBK or UTF-8 (GBK)",
-             [&](Value name) {
-                 options.encoding = name;
-                 return SystemCodePage::Supported(name) ? "" : "it is GBK or UTF-8";
-             });
-    AddValue(app, "--refuse", "STEP",
-             "answer \"550 refused\" at one step of the dialogue; may be given several times:\n" +
-                 StepNames(),
-             [&](Value name) { return ReadStep(name, options.refuse); });
-    app.footer("Ctrl-C ends the program.\n"
-               "Exit status: 0 done, 1 the port cannot be had, 64 wrong usage.");
-    return ReadArguments(app, std::move(arguments), std::cout, std::cerr);
+    const auto store = [](auto& text) {
+        return [&text](Value value) {
+            text = value;
+            return "";
+        };
+    };
+    Arguments arguments(
+        "tarnex-mail-sink",
+        "An SMTP server on 127.0.0.1 that prints every mail it receives, and keeps none.");
+    arguments.EachValue("--port", "N", "listen on port N (2525); 0 is any free port",
+                        [&](Value text) { return ReadPort(text, options.port); });
+    arguments.EachValue("--user", "NAME", "demand AUTH LOGIN with this user name",
+                        store(options.user));
+    arguments.EachValue("--password", "WORD", "and this password (empty)", store(options.password));
+    arguments.EachValue("--encoding", "NAME", "the code page of the mails, GBK or UTF-8 (GBK)",
+                        [&](Value name) {
+                            options.encoding = name;
+                            return SystemCodePage::Supported(name) ? "" : "it is GBK or UTF-8";
+                        });
+    arguments.EachValue(
+        "--refuse", "STEP",
+        "answer \"550 refused\" at one step of the dialogue; may be given several times:\n" +
+            StepNames(),
+        [&](Value name) { return ReadStep(name, options.refuse); });
+    arguments.Footer("Ctrl-C ends the program.\n"
+                     "Exit status: 0 done, 1 the port cannot be had, 64 wrong usage.");
+    return arguments.Read(std::move(words), std::cout, std::cerr);
 }
 
 } // namespace

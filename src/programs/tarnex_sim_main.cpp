@@ -18,7 +18,6 @@
 #include <iostream>
 #include <optional>
 
-#include <CLI/CLI.hpp>
 #include <unistd.h>
 
 namespace tarnex {
@@ -209,28 +208,30 @@ std::string Footer() {
 }
 
 // The exit status, or nothing when the unit is to run.
-std::optional<ExitStatus> ReadOptions(std::vector<std::string> arguments, Options& options) {
+std::optional<ExitStatus> ReadOptions(std::vector<std::string> words, Options& options) {
     using Value = const std::string&;
-    CLI::App app("A simulated GSM alarm unit on a pseudo terminal.", "tarnex-sim");
-    AddValue(app, "--link", "PATH",
-             "make PATH a link to the terminal as long as the unit is plugged in", [&](Value path) {
-                 options.link = path;
-                 return path.empty() ? "it needs a path" : "";
-             });
-    AddValue(app, "--script", "FILE",
-             "run the commands of FILE: lines \"SECONDS COMMAND\", \"#\" comments",
-             [&](Value path) { return ReadScript(path, options.script); });
-    AddValue(app, "--boot", "SECONDS",
-             "start up first, for so long; also the time of every restart", [&](Value text) {
-                 options.boots_first = true;
-                 return ReadTime(text, options.times.Boot);
-             });
-    AddValue(app, "--sms-seconds", "N",
-             "time from taking an SMS to reporting what became of it (4)",
-             [&](Value text) { return ReadTime(text, options.times.Sms); });
-    app.add_flag("--quiet", options.quiet, "do not show the commands that the unit receives");
-    app.footer(Footer());
-    return ReadArguments(app, std::move(arguments), std::cout, std::cerr);
+    Arguments arguments("tarnex-sim", "A simulated GSM alarm unit on a pseudo terminal.");
+    arguments.EachValue("--link", "PATH",
+                        "make PATH a link to the terminal as long as the unit is plugged in",
+                        [&](Value path) {
+                            options.link = path;
+                            return path.empty() ? "it needs a path" : "";
+                        });
+    arguments.EachValue("--script", "FILE",
+                        "run the commands of FILE: lines \"SECONDS COMMAND\", \"#\" comments",
+                        [&](Value path) { return ReadScript(path, options.script); });
+    arguments.EachValue("--boot", "SECONDS",
+                        "start up first, for so long; also the time of every restart",
+                        [&](Value text) {
+                            options.boots_first = true;
+                            return ReadTime(text, options.times.Boot);
+                        });
+    arguments.EachValue("--sms-seconds", "N",
+                        "time from taking an SMS to reporting what became of it (4)",
+                        [&](Value text) { return ReadTime(text, options.times.Sms); });
+    arguments.Flag("--quiet", options.quiet, "do not show the commands that the unit receives");
+    arguments.Footer(Footer());
+    return arguments.Read(std::move(words), std::cout, std::cerr);
 }
 
 } // namespace
