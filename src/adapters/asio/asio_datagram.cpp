@@ -29,6 +29,13 @@ constexpr std::size_t kMostWaitingBytes = 1 << 20;
 
 [[maybe_unused]] constexpr int kBindAttempts = 5;
 [[maybe_unused]] constexpr auto kBindPause = 5ms;
+[[maybe_unused]] constexpr auto kPauseAfterTrouble = 1s; // which may last
+
+// The fate of an earlier datagram that was sent, which concerns none that arrive.
+bool TellsOfOneSent(const asio::error_code& error) {
+    return error == asio::error::connection_refused || error == asio::error::connection_reset ||
+           error == asio::error::network_reset;
+}
 
 void EnlargeReceiveBuffer(udp::socket& socket) {
 #ifdef SO_RCVBUFFORCE
@@ -99,6 +106,38 @@ class Binding : public std::enable_shared_from_this<Binding> {
         return waiting_.size() >= kMostWaiting || waiting_bytes_ >= kMostWaitingBytes;
     }
 
+#ifdef ASIO_HAS_IOCP
+    // To wait alone, asio would look each millisecond. So the first that comes is taken, with room
+    // for any: of one that were cut short the system would tell twice, and asio would not live
+    // through that.
+    void AwaitArrival() {
+        awaiting_arrival_ = true;
+        socket_.async_receive_from(asio::buffer(first_->bytes), first_->from,
+                                   [weak = weak_from_this(), kept = first_](
+                                       const asio::error_code& error, std::size_t size) {
+                                       if (const auto self = weak.lock();
+                                           self && error != asio::error::operation_aborted)
+                                           self->TakeFirst(error, size);
+                                   });
+    }
+
+    void TakeFirst(const asio::error_code& error, std::size_t size) {
+        if (error && !TellsOfOneSent(error)) {
+            AwaitArrivalLater();
+            return;
+        }
+        if (!error)
+            Keep(first_->from, {first_->bytes.data(), size});
+        TakeArrivals();
+    }
+
+    void AwaitArrivalLater() {
+        loop_.CallAfter(kPauseAfterTrouble, [weak = weak_from_this()] {
+            if (const auto self = weak.lock())
+                self->AwaitArrival();
+        });
+    }
+#else
     void AwaitArrival() {
         awaiting_arrival_ = true;
         socket_.async_wait(udp::socket::wait_read,
@@ -107,14 +146,12 @@ class Binding : public std::enable_shared_from_this<Binding> {
                                    self->TakeArrivals();
                            });
     }
+#endif
 
     void TakeArrivals() {
         awaiting_arrival_ = false;
-        const bool was_empty = waiting_.empty();
         while (!Full() && TakeOne()) {
         }
-        if (was_empty && !waiting_.empty())
-            DeliverLater();
         if (!Full())
             AwaitArrival();
         TellDropped(); // comes last: the user may close or destroy the socket
@@ -126,14 +163,20 @@ class Binding : public std::enable_shared_from_this<Binding> {
         asio::error_code error;
         const std::size_t size = socket_.receive_from(
             asio::buffer(receive_buffer_.get(), kLargestDatagram), from, 0, error);
-        if (error == asio::error::connection_refused || error == asio::error::connection_reset)
-            return true; // the fate of an earlier datagram that was sent
+        if (TellsOfOneSent(error))
+            return true;
         if (error)
             return false;
-        waiting_bytes_ += size;
-        waiting_.push_back({.from = {from.address().to_string(), from.port()},
-                            .bytes = {receive_buffer_.get(), size}});
+        Keep(from, {receive_buffer_.get(), size});
         return true;
+    }
+
+    void Keep(const udp::endpoint& from, std::string_view bytes) {
+        if (waiting_.empty())
+            DeliverLater();
+        waiting_bytes_ += bytes.size();
+        waiting_.push_back(
+            {.from = {from.address().to_string(), from.port()}, .bytes = std::string(bytes)});
     }
 
     // The kernel counts from the start of the socket. Its note beside a datagram would tell only of
@@ -173,6 +216,14 @@ class Binding : public std::enable_shared_from_this<Binding> {
     udp::socket socket_;
     std::shared_ptr<char[]> receive_buffer_;
     std::shared_ptr<const DatagramEvents> events_;
+#ifdef ASIO_HAS_IOCP
+    // The system writes there until the handler has run, which may be after the end of this.
+    struct Arrival {
+        udp::endpoint from;
+        std::array<char, kLargestDatagram> bytes;
+    };
+    std::shared_ptr<Arrival> first_ = std::make_shared<Arrival>();
+#endif
     std::uint32_t dropped_ = 0; // datagrams since Open(), as last read
     bool awaiting_arrival_ = false;
     std::deque<Datagram> waiting_;
@@ -234,6 +285,7 @@ std::string SendDatagram(const Endpoint& to, std::string_view bytes) {
     const auto ip = asio::ip::make_address_v4(to.address, error);
     if (error)
         return "\"" + to.address + "\" is not an IPv4 address";
+    std::string answer(kLargestDatagram, '\0'); // outlives what the system does for the socket
     asio::io_context io{1};
     udp::socket socket(io);
     socket.open(udp::v4(), error);
@@ -241,15 +293,14 @@ std::string SendDatagram(const Endpoint& to, std::string_view bytes) {
         socket.connect({ip, to.port}, error); // only a connected socket is told of a refusal
     if (!error)
         socket.send(asio::buffer(bytes), 0, error);
-    char answer = 0;
     if (!error) {
-        socket.async_receive(asio::buffer(&answer, 1), [&error](const asio::error_code& outcome,
-                                                                std::size_t) { error = outcome; });
+        socket.async_receive(asio::buffer(answer), [&error](const asio::error_code& outcome,
+                                                            std::size_t) { error = outcome; });
         io.run_for(kRefusalWait);
     }
     if (error == asio::error::connection_refused || error == asio::error::connection_reset)
         return "nobody listens there";
-    return error && error != asio::error::message_size ? SocketErrorWords(error) : "";
+    return error ? SocketErrorWords(error) : "";
 }
 
 } // namespace tarnex
