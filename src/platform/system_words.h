@@ -17,8 +17,9 @@ struct SystemWords {
     // What follows that in a line of tarnexctl: how, and what even that does not help with; "" for
     // nothing.
     std::string how_to_become_them;
-    std::string data_folder;    // of the settings and the log, where nothing else is said
-    std::string runtime_folder; // of the lock and the status file, where nothing else is said
+    std::string settings_folder; // of "system/Tarnex.ini", where WINDIR names none
+    std::string data_folder;     // of the log, where nothing else is said
+    std::string runtime_folder;  // of the lock and the status file, where nothing else is said
     // A command that lets no stranger read the file %1.
     std::string close_file;
     char quote = '\''; // around a word of a command that holds blanks; no file's name holds '"'

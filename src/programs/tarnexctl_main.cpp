@@ -52,6 +52,12 @@ tarnex::Result<std::string> GreetingOf(const std::string& host, std::uint16_t po
     return words.heard;
 }
 
+// Also where the system takes two ways to write it for one.
+bool IsSameFolder(const std::filesystem::path& a, const std::filesystem::path& b) {
+    std::error_code missing;
+    return a == b || std::filesystem::equivalent(a, b, missing);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -94,7 +100,8 @@ int main(int argc, char** argv) {
         .is_service = [](long process) { return ProcessRuns(process, "tarnexcomm"); }};
     if (StandardInputIsTerminal())
         world.ask = AskOnTerminal;
-    const bool installed = world.settings_path == SettingsPath("", words);
+    const bool installed = IsSameFolder(ToPath(world.settings_path).parent_path(),
+                                        ToPath(SettingsPath("", words)).parent_path());
     return RunTarnexctl(ProgramArguments(argc, argv), world,
                         installed ? RestartService : ServiceStart());
 }

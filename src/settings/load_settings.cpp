@@ -68,7 +68,7 @@ std::string ReadingAdvice(std::error_code problem, const std::string& for_rights
 }
 
 std::string SettingsPath(const std::string& windir, const SystemWords& words) {
-    return FileIn(windir.empty() ? words.data_folder : windir, "system/Tarnex.ini");
+    return FileIn(windir.empty() ? words.settings_folder : windir, "system/Tarnex.ini");
 }
 
 } // namespace tarnex

@@ -24,7 +24,7 @@ std::string Unreadable(const std::string& file, std::error_code problem);
 std::string ReadingAdvice(std::error_code problem, const std::string& for_rights);
 
 // The settings file: system/Tarnex.ini below the folder that the environment variable WINDIR
-// names; where that is "", below the data folder of the system.
+// names; where that is "", below the one where the service of this system has it.
 std::string SettingsPath(const std::string& windir, const SystemWords& words);
 
 } // namespace tarnex

@@ -149,7 +149,7 @@ TEST(ReadAtStart, AReadingProblemHasOwnWordsAndFittingAdvice) {
 
 TEST(SettingsPath, IsBelowTheBaseFolder) {
     SystemWords words;
-    words.data_folder = "/var/data";
+    words.settings_folder = "/var/data";
     // Written in one way, whatever way WINDIR is written.
     EXPECT_EQ(ToPath(SettingsPath("/srv/win", words)).native(),
               ToPath("/srv/win/system/Tarnex.ini").make_preferred().native());

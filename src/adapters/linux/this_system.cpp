@@ -12,6 +12,7 @@ SystemWords WordsOfThisSystem() {
             .who_may = "root or as the user of the service",
             .how_to_become_them = " (sudo tarnexctl ...); even root may do no more in a user's "
                                   "folder than that user",
+            .settings_folder = "/var/lib/tarnexcomm",
             .data_folder = "/var/lib/tarnexcomm",
             .runtime_folder = "/run/tarnexcomm",
             .close_file = "chmod o-r %1",

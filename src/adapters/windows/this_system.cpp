@@ -18,6 +18,13 @@ std::string DataOfAllUsers() {
 }
 
 } // namespace
+// Where the service looks, whatever WINDIR is here.
+std::string FolderOfWindows() {
+    wchar_t folder[MAX_PATH]{};
+    GetSystemWindowsDirectoryW(folder, MAX_PATH);
+    return FromWide(folder);
+}
+
 
 SystemWords WordsOfThisSystem() {
     const std::string folder = DataOfAllUsers() + "\\TarnexComm";
@@ -28,6 +35,7 @@ SystemWords WordsOfThisSystem() {
             .who_may = "an administrator",
             .how_to_become_them = " (in a command prompt that is run as administrator)",
             .data_folder = folder,
+            .settings_folder = FolderOfWindows(),
             .runtime_folder = folder,
             .close_file = "icacls %1 /inheritance:r /grant:r *S-1-5-18:F *S-1-5-32-544:F",
             .quote = '"',
