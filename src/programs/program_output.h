@@ -1,10 +1,10 @@
 #pragma once
 
+#include "adapters/system/terminal.h"
 #include "platform/clock.h"
 #include "platform/exit_status.h"
 #include "platform/text.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <string>
 
@@ -14,8 +14,9 @@ namespace tarnex {
 // escaped: most of it is what others sent. False when nobody reads standard output any more.
 inline bool PrintWithTime(const Clock& clock, const std::string& line) {
     const double seconds = std::chrono::duration<double>(clock.Now()).count();
-    std::printf("[%9.3f] %s\n", seconds, EscapeControls(line).c_str());
-    return std::fflush(stdout) == 0 || errno != EPIPE;
+    char stamp[32];
+    std::snprintf(stamp, sizeof stamp, "[%9.3f] ", seconds);
+    return PrintOut(stamp + EscapeControls(line) + "\n");
 }
 
 } // namespace tarnex

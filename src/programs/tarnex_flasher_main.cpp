@@ -12,7 +12,6 @@
 #include "tools/firmware_flasher.h"
 #include "tools/line_flasher.h"
 
-#include <cstdio>
 #include <iostream>
 
 namespace tarnex {
@@ -86,24 +85,22 @@ std::optional<ExitStatus> ReadOptions(std::vector<std::string> words, Options& o
 class Terminal {
   public:
     FlasherOutput Output() {
-        return {.say = [this](const std::string& line) { Print(stdout, line); },
-                .complain = [this](const std::string& line) { Print(stderr, line); },
+        return {.say = [this](const std::string& line) { Print(PrintOut, line); },
+                .complain = [this](const std::string& line) { Print(PrintError, line); },
                 .show_bar = [this](const std::string& bar) { ShowBar(bar); },
                 .terminal = StandardOutputIsTerminal()};
     }
     void ShowBar(const std::string& bar) {
         if (bar.empty() && !bar_shown_)
             return;
-        std::printf("\r\x1b[K%s", bar.substr(0, TerminalColumns() - 1).c_str());
-        std::fflush(stdout);
+        PrintOut("\r\x1b[K" + bar.substr(0, TerminalColumns() - 1));
         bar_shown_ = !bar.empty();
     }
 
   private:
-    void Print(std::FILE* stream, const std::string& line) {
+    void Print(bool (*write)(std::string_view), const std::string& line) {
         ShowBar("");
-        std::fprintf(stream, "%s\n", line.c_str());
-        std::fflush(stream);
+        write(line + "\n");
     }
 
     bool bar_shown_ = false;

@@ -83,7 +83,7 @@ Program::Program(const Options& options) : code_page_(options.encoding) {
 
 int Program::Run(std::uint16_t port) {
     if (const std::string trouble = listener_.Listen(port); !trouble.empty()) {
-        std::fprintf(stderr, "tarnex-mail-sink: port %u: %s\n", unsigned(port), trouble.c_str());
+        PrintError("tarnex-mail-sink: port " + std::to_string(port) + ": " + trouble + "\n");
         return kExitFailed;
     }
     Print("listening on port " + std::to_string(listener_.Port()));
@@ -104,9 +104,7 @@ void Program::PrintMail(const ReceivedMail& mail) {
         recipients += " " + Decoded(to);
     Print("mail from " + Decoded(mail.from) + " to" + recipients +
           (mail.logged_in ? ", after log-in" : ""));
-    std::printf("%s", Decoded(mail.content).c_str());
-    std::puts("-- end of mail");
-    std::fflush(stdout);
+    PrintOut(Decoded(mail.content) + "-- end of mail\n");
 }
 
 // UTF-8, line by line, other control characters escaped: they could play with a terminal.

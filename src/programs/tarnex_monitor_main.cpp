@@ -19,7 +19,7 @@ std::string NameOf(const Endpoint& service) {
 }
 
 int Fail(int status, const std::string& trouble) {
-    std::fprintf(stderr, "tarnex-monitor: %s\n", trouble.c_str());
+    PrintError("tarnex-monitor: " + trouble + "\n");
     return status;
 }
 
@@ -106,14 +106,14 @@ int SendOnce(const MonitorArguments& arguments, const Text& message) {
     const std::string trouble = SendDatagram(service, code_page.Encode(message));
     if (!trouble.empty())
         return Fail(kExitUnavailable, NameOf(service) + ": " + trouble);
-    std::printf("sent to %s: %s\n", NameOf(service).c_str(), ToUtf8(message).c_str());
+    PrintOut("sent to " + NameOf(service) + ": " + ToUtf8(message) + "\n");
     return kExitDone;
 }
 
 int Notify(const MonitorArguments& arguments) {
     const int status = SendOnce(arguments, MakeEventMessage(arguments.event));
     if (status == kExitDone)
-        std::printf("%s\n", DescribeEvent(arguments.event).c_str());
+        PrintOut(DescribeEvent(arguments.event) + "\n");
     return status;
 }
 

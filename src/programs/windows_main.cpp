@@ -3,6 +3,7 @@
 
 #include "adapters/system/arguments.h"
 #include "adapters/system/process.h"
+#include "adapters/system/terminal.h"
 #include "adapters/win32/win32_view.h"
 #include "adapters/windows/view_pipe.h"
 #include "adapters/windows/windows_text.h"
@@ -100,6 +101,7 @@ int main(int argc, char** argv) {
     const std::vector<std::string> arguments = tarnex::ProgramArguments(argc, argv);
     if (arguments.size() == 3 && arguments[0] == tarnex::kShowWindows)
         return tarnex::ShowWindows(arguments[1], arguments[2]);
+    tarnex::OccupyStandardStreams();
     if (const auto tool = tarnex::ToolByName())
         return tarnex::RunTool(tool, argc, argv);
     return tarnexcomm_main(argc, argv);

@@ -2,6 +2,7 @@
 
 #include "adapters/system/environment.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <tuple>
@@ -40,7 +41,19 @@ class WithoutEcho {
     bool changed_ = false;
 };
 
+bool Write(std::FILE* stream, std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), stream);
+    return std::fflush(stream) == 0 || errno != EPIPE;
+}
+
 } // namespace
+
+bool PrintOut(std::string_view utf8) {
+    return Write(stdout, utf8);
+}
+bool PrintError(std::string_view utf8) {
+    return Write(stderr, utf8);
+}
 
 void OccupyStandardStreams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})

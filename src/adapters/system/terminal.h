@@ -3,16 +3,23 @@
 #include <chrono>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace tarnex {
 
-// Keeps files that are opened later from taking the place of a standard stream that the process was
-// started without: writing to that one then fails.
+// At the start of a program. Keeps files that are opened later from taking the place of a standard
+// stream that the process was started without: writing to that one then fails. What std::cout and
+// std::cerr take is UTF-8 from now on.
 void OccupyStandardStreams();
 
 // From now on messages that nobody reads and files that may not grow fail to be written, and the
 // process goes on.
 void BrokenStreamsFail();
+
+// Writes UTF-8 at once to a standard stream of C; a console shows it as it is, whatever its own
+// code page. False when nobody reads the stream any more.
+bool PrintOut(std::string_view utf8);
+bool PrintError(std::string_view utf8);
 
 // Whether a person reads that stream of the process, and colours may be used on it.
 bool StandardOutputIsTerminal();

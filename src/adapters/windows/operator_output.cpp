@@ -1,12 +1,11 @@
 #include "adapters/system/operator_output.h"
 
+#include "adapters/system/terminal.h"
 #include "adapters/windows/event_log.h"
 #include "adapters/windows/nt_service.h"
 #include "adapters/windows/private_access.h"
 #include "adapters/windows/windows_handle.h"
 #include "adapters/windows/windows_text.h"
-
-#include <cstdio>
 
 namespace tarnex {
 
@@ -27,19 +26,13 @@ EventType TypeOf(NoticeLevel level) {
     return EventType::kWarning;
 }
 
-// A standard error that is no console is buffered here: who reads it would wait until the end.
-void SayNow(const std::string& line) {
-    std::fputs(line.c_str(), stderr);
-    std::fflush(stderr);
-}
-
 } // namespace
 
 void TellOperator(NoticeLevel level, const std::string& line) {
     if (RunsAsService())
         WriteEventLog(TypeOf(level), kOperatorNotice, line);
     else
-        SayNow(line + "\n");
+        PrintError(line + "\n");
 }
 
 DebugLines::DebugLines(const std::string& settings_path) {
@@ -50,7 +43,7 @@ DebugLines::DebugLines(const std::string& settings_path) {
 // A line that cannot be written is lost: it is for people who watch.
 void DebugLines::Write(const std::string& line) {
     if (path_.empty()) {
-        SayNow(line);
+        PrintError(line);
         return;
     }
     const std::wstring path = ToWide(path_ + ".log");
