@@ -12,7 +12,12 @@ namespace {
 using Level = PortState::Level;
 
 // Behind these a port is left alone on purpose.
-constexpr std::string_view kNothing[] = {"/dev/null", "NUL", R"(\\.\NUL)"};
+constexpr TextView kNothing[] = {u"/dev/null", u"NUL", uR"(\\.\NUL)"};
+
+bool IsNothing(const std::string& device) {
+    return std::ranges::any_of(
+        kNothing, [&](TextView each) { return EqualIgnoringCase(each, FromUtf8(device)); });
+}
 
 std::string Described(const std::string& device, const PortLook& look) {
     return device + (look.what.empty() ? "" : " (" + look.what + ")");
@@ -44,7 +49,7 @@ class PortCheck {
     }
 
     void Configured(const std::string& name, const std::string& device) {
-        if (std::ranges::count(kNothing, device) > 0)
+        if (IsNothing(device))
             Add(Level::kGood, name, "is left alone");
         else if (const PortLook look = world_.machine.Port(device); !look.there)
             Add(Level::kWarning, name, device + " is not there" + Instead(), true);

@@ -70,13 +70,19 @@ bool HasControlCharacters(TextView value) {
     return std::ranges::any_of(value, IsControl);
 }
 
-// Where paths have backslashes, the name of a port stands for one, "COM25", and two of them begin
-// that of a device or a shared folder, which not every library takes for absolute.
+// "COM25", which stands for a path where these have backslashes, or "NUL", behind which is nothing.
+bool IsPortName(const std::string& name) {
+    const bool numbered = name.size() > 3 &&
+                          EqualIgnoringCase(FromUtf8(name.substr(0, 3)), u"COM") &&
+                          name.find_first_not_of("0123456789", 3) == name.npos;
+    return numbered || EqualIgnoringCase(FromUtf8(name), u"NUL");
+}
+
+// Two backslashes begin the path of a device or a shared folder, which not every library takes for
+// absolute.
 bool IsWholePath(const Setting& setting, const std::string& path) {
     constexpr bool kBackslashes = std::filesystem::path::preferred_separator == '\\';
-    const bool port = TextView(setting.section) == u"SerialPorts" && path.size() > 3 &&
-                      EqualIgnoringCase(FromUtf8(path.substr(0, 3)), u"COM") &&
-                      path.find_first_not_of("0123456789", 3) == path.npos;
+    const bool port = TextView(setting.section) == u"SerialPorts" && IsPortName(path);
     return ToPath(path).is_absolute() || (kBackslashes && (port || path.starts_with("\\\\")));
 }
 
