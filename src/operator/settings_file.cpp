@@ -16,8 +16,11 @@ std::string ReadContent(const SettingsStore& store, const SystemWords& words) {
                      "make one with \"tarnexctl setup\", or name another with --settings-file");
 }
 
-StartSettings ReadStart(const OperatorWorld& world, const std::string& content) {
-    return ReadSettings(IniDocument(content, *world.make_code_page("UTF-8"))).start;
+// Names of code pages are the same in each.
+std::string CodePageOf(const OperatorWorld& world, const std::string& content) {
+    const IniDocument document(content, *world.make_code_page("UTF-8"));
+    const std::string named = ReadSettings(document).start.code_page;
+    return world.make_code_page(named) ? named : "GBK";
 }
 
 } // namespace
@@ -34,9 +37,9 @@ void CheckHolds(const CodePage& code_page, const std::string& encoding, const Se
 
 SettingsFile::SettingsFile(const OperatorWorld& world, const std::string& path)
     : world_(world), path_(path), store_(world.open_settings(path)),
-      content_(ReadContent(*store_, world.words)), start_(ReadStart(world, content_)),
-      encoding_(world.make_code_page(start_.code_page) ? start_.code_page : "GBK"),
-      code_page_(world.make_code_page(encoding_)), document_(content_, *code_page_) {}
+      content_(ReadContent(*store_, world.words)), encoding_(CodePageOf(world, content_)),
+      code_page_(world.make_code_page(encoding_)), document_(content_, *code_page_),
+      start_(ReadSettings(document_).start) {}
 
 bool SettingsFile::IsAscii() const {
     return std::ranges::all_of(content_, [](unsigned char c) { return c < 0x80; });

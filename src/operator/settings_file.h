@@ -50,10 +50,10 @@ class SettingsFile {
     std::string path_;
     std::unique_ptr<SettingsStore> store_;
     std::string content_;
-    StartSettings start_;
     std::string encoding_;
     std::unique_ptr<CodePage> code_page_;
     IniDocument document_;
+    StartSettings start_;
 };
 
 } // namespace tarnex

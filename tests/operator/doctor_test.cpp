@@ -22,7 +22,7 @@ struct Examination : OperatorTest {
                   StatusText(status, {.process_id = 4711, .now = 0s, .wall_now = now}));
     }
     ServiceStatus status;
-    const std::string unit = root + "dev/unit";
+    const std::string unit = root + "dev/单元";
 };
 
 TEST_F(Examination, SaysOfEachPortWhatToDo) {
