@@ -27,12 +27,13 @@ constexpr Remedy kWriting[] = {
     {std::errc::permission_denied,         kExitNoRights,     nullptr, kBecomeUser},
     {std::errc::operation_not_permitted,   kExitNoRights,     nullptr, kBecomeUser},
     {std::errc::no_space_on_device,        kExitCannotCreate, nullptr, "free space on its disk"},
-    {std::errc::read_only_file_system,     kExitCannotCreate, nullptr, "make the file system writable"},
+    {std::errc::read_only_file_system,     kExitCannotCreate, "it is read-only", "let it be written to, or the disk that it is on"},
     {std::errc::is_a_directory,            kExitCannotCreate, "it is no ordinary file", "name a file"},
     {std::errc::no_such_file_or_directory, kExitCannotCreate, "its folder is missing", "make the folder first"},
     {std::errc::not_a_directory,           kExitCannotCreate, nullptr, "name a file in a folder"},
     {std::errc::operation_would_block,     kExitCannotCreate, "another program keeps it locked", "try again later"},
-    {std::errc::device_or_resource_busy,   kExitCannotCreate, "another program keeps changing it", "try again later"},
+    {std::errc::device_or_resource_busy,   kExitCannotCreate, "another program keeps it open", "close it there"},
+    {std::errc::operation_in_progress,     kExitCannotCreate, "another program keeps changing it", "try again later"},
     {std::errc::file_too_large,            kExitCannotCreate, "it is too large", "see what has filled it"},
 };
 constexpr Remedy kOtherWriting{{}, kExitCannotCreate, nullptr, "look for a used-up quota or a failing disk"};
@@ -47,10 +48,13 @@ constexpr Remedy kOtherReading{{}, kExitIo, nullptr, "look for a failing disk"};
 // clang-format on
 
 Failure MakeFailure(const SystemWords& words, const std::string& line, std::error_code why,
-                    const Remedy& remedy) {
+                    const Remedy& remedy, const std::string& holder) {
     const std::string become_user = "run this as " + words.who_may + words.how_to_become_them;
-    return {remedy.status, line + " (" + (remedy.words ? remedy.words : why.message()) +
-                               "): " + (remedy.remedy ? remedy.remedy : become_user)};
+    const std::string what = !holder.empty() ? holder + " keeps it open"
+                             : remedy.words  ? remedy.words
+                                             : why.message();
+    return {remedy.status,
+            line + " (" + what + "): " + (remedy.remedy ? remedy.remedy : become_user)};
 }
 
 const Remedy& RemedyOf(std::error_code why, std::span<const Remedy> table, const Remedy& other) {
@@ -101,17 +105,22 @@ void WriteOutput(const OperatorWorld& world, const std::string& path, std::strin
                                              "): name a file in a folder that you may write to");
 }
 
+std::string HolderOf(const OperatorWorld& world, const std::string& path, std::error_code why) {
+    return why == std::errc::device_or_resource_busy ? world.machine.LockHolder(path).text : "";
+}
+
 Failure CannotRead(const SystemWords& words, const std::string& what, std::error_code why,
-                   const std::string& if_missing) {
+                   const std::string& if_missing, const std::string& holder) {
     if (why == std::errc::no_such_file_or_directory || why == std::errc::not_a_directory)
         return {kExitNoInput, "there is no " + what + ": " + if_missing};
     return MakeFailure(words, "the " + what + " cannot be read", why,
-                       RemedyOf(why, kReading, kOtherReading));
+                       RemedyOf(why, kReading, kOtherReading), holder);
 }
 
-Failure CannotWrite(const SystemWords& words, const std::string& what, std::error_code why) {
+Failure CannotWrite(const SystemWords& words, const std::string& what, std::error_code why,
+                    const std::string& holder) {
     return MakeFailure(words, "the " + what + " cannot be written", why,
-                       RemedyOf(why, kWriting, kOtherWriting));
+                       RemedyOf(why, kWriting, kOtherWriting), holder);
 }
 
 } // namespace tarnex

@@ -20,10 +20,14 @@ std::string ReadWholeFile(const std::string& path);
 void WriteOutput(const OperatorWorld& world, const std::string& path, std::string_view content,
                  Readers readers, const std::string& instead);
 
+// The program that keeps the file open, if that is why and the system tells it; else "".
+std::string HolderOf(const OperatorWorld& world, const std::string& path, std::error_code why);
+
 // The failures of a file, with what to do. what names it for people: "settings file /x/y".
-// if_missing: what to do when there is none.
+// if_missing: what to do when there is none. holder: see above.
 Failure CannotRead(const SystemWords& words, const std::string& what, std::error_code why,
-                   const std::string& if_missing);
-Failure CannotWrite(const SystemWords& words, const std::string& what, std::error_code why);
+                   const std::string& if_missing, const std::string& holder = "");
+Failure CannotWrite(const SystemWords& words, const std::string& what, std::error_code why,
+                    const std::string& holder = "");
 
 } // namespace tarnex

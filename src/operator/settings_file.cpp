@@ -8,12 +8,13 @@ namespace tarnex {
 
 namespace {
 
-std::string ReadContent(const SettingsStore& store, const SystemWords& words) {
+std::string ReadContent(const SettingsStore& store, const OperatorWorld& world) {
     SettingsReading reading = store.Read();
     if (!reading.problem)
         return std::move(reading.content);
-    throw CannotRead(words, "settings file " + store.Name(), reading.problem,
-                     "make one with \"tarnexctl setup\", or name another with --settings-file");
+    throw CannotRead(world.words, "settings file " + store.Name(), reading.problem,
+                     "make one with \"tarnexctl setup\", or name another with --settings-file",
+                     HolderOf(world, store.Name(), reading.problem));
 }
 
 // Names of code pages are the same in each.
@@ -37,7 +38,7 @@ void CheckHolds(const CodePage& code_page, const std::string& encoding, const Se
 
 SettingsFile::SettingsFile(const OperatorWorld& world, const std::string& path)
     : world_(world), path_(path), store_(world.open_settings(path)),
-      content_(ReadContent(*store_, world.words)), encoding_(CodePageOf(world, content_)),
+      content_(ReadContent(*store_, world)), encoding_(CodePageOf(world, content_)),
       code_page_(world.make_code_page(encoding_)), document_(content_, *code_page_),
       start_(ReadSettings(document_).start) {}
 
@@ -81,7 +82,8 @@ void SettingsFile::Unset(const Setting& setting) {
 
 void SettingsFile::CheckWritten(bool written) const {
     if (!written)
-        throw CannotWrite(world_.words, "settings file " + path_, store_->Problem());
+        throw CannotWrite(world_.words, "settings file " + path_, store_->Problem(),
+                          HolderOf(world_, path_, store_->Problem()));
 }
 
 } // namespace tarnex

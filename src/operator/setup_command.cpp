@@ -127,7 +127,8 @@ void WriteSettings(const OperatorWorld& world, const std::string& content, bool 
     if (stands_there)
         RefuseToOverwrite(path);
     if (!written)
-        throw CannotWrite(world.words, "settings file " + path, store->Problem());
+        throw CannotWrite(world.words, "settings file " + path, store->Problem(),
+                          HolderOf(world, path, store->Problem()));
 }
 
 void MakeLog(const OperatorWorld& world, const std::string& path, const std::string& schema) {

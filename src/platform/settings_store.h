@@ -45,7 +45,8 @@ class SettingsStore {
     virtual bool Update(const Edit& edit) = 0;
     // What stood in the way of the last Update; nothing after one that returned true. Among them
     // operation_would_block: another program keeps the lock; file_too_large: the file is longer
-    // than 1 MiB; device_or_resource_busy: another program changes it all the time.
+    // than 1 MiB; device_or_resource_busy: another program has it open and lets nobody else;
+    // operation_in_progress: another program changes it all the time.
     virtual std::error_code Problem() const = 0;
 };
 

@@ -58,6 +58,7 @@ TEST_F(FileSettingsStoreTest, AChangeInPlaceMeanwhileIsEditedAgain) {
     EXPECT_TRUE(while_it_changes(1));
     EXPECT_EQ(FileContent(path), "bx");
     EXPECT_FALSE(while_it_changes(100));
+    EXPECT_EQ(store.Problem(), std::errc::operation_in_progress);
     EXPECT_EQ(FileContent(path), "f"); // the other program's, after three attempts
     EXPECT_EQ(Files(), 2);
 }

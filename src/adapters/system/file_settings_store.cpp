@@ -22,6 +22,7 @@ constexpr auto kReadPause = 5ms;
 constexpr int kUpdateAttempts = 3;
 constexpr int kLockAttempts = 10;
 constexpr auto kLockPause = 10ms;
+constexpr std::errc kChanging = std::errc::operation_in_progress; // by another program
 
 // One state of the file.
 struct Image {
@@ -132,7 +133,7 @@ std::error_code FileSettingsStore::TryUpdate(const Edit& edit) {
         return problem;
     const std::error_code busy = std::make_error_code(std::errc::device_or_resource_busy);
     std::error_code problem = busy;
-    for (int i = 0; i < kUpdateAttempts && problem == busy; ++i)
+    for (int i = 0; i < kUpdateAttempts && (problem == busy || problem == kChanging); ++i)
         problem = UpdateOnce(target, successor, edit);
     RemoveFile(successor);
     return problem;
@@ -156,7 +157,7 @@ std::error_code FileSettingsStore::UpdateOnce(const std::string& target,
     const FileStamp written = PlainFile(successor).Stamp();
     const Image now = ReadWhole(target, pause_);
     if (now.kind != present.kind || now.content != present.content)
-        return busy;
+        return std::make_error_code(kChanging);
     std::error_code problem = TakePlace(successor, target);
     for (int i = 1; i < kReadAttempts && problem == busy; ++i) {
         pause_(kReadPause);

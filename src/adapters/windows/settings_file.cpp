@@ -63,6 +63,9 @@ std::error_code TakePlace(const std::string& successor, const std::string& targe
     const DWORD attributes = GetFileAttributesW(to.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY))
         return std::make_error_code(std::errc::is_a_directory);
+    // The system would say that rights are missing, which nobody can be given.
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY))
+        return std::make_error_code(std::errc::read_only_file_system);
     // In one step: whatever ends this process, one of the two files stands there. Where somebody
     // has the old one open only the other way is left, which takes it away first.
     if (attributes != INVALID_FILE_ATTRIBUTES && PassAccessOn(to, from) &&
