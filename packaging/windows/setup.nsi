@@ -85,6 +85,34 @@ FunctionEnd
 !insertmacro StopPrograms ""
 !insertmacro StopPrograms un.
 
+; Below Program Files nobody else may write; elsewhere whoever may write to the folder above could
+; put a program of his own into the service's place. The folder has to be ours alone for that.
+Function CloseFolder
+    StrLen $0 "$PROGRAMFILES64\"
+    StrCpy $0 $INSTDIR $0
+    ${If} $0 == "$PROGRAMFILES64\"
+        Return
+    ${EndIf}
+    ReadRegStr $0 HKLM "${UNINSTALL}" InstallLocation
+    ${DirState} "$INSTDIR" $1
+    ${If} $0 != $INSTDIR
+    ${AndIf} $1 = 1
+        !insertmacro Fail "$INSTDIR holds other files. Name a folder for TarnexComm alone. Nothing was changed."
+    ${EndIf}
+    CreateDirectory "$INSTDIR"
+    nsExec::Exec '"$SYSDIR\icacls.exe" "$INSTDIR" /setowner *S-1-5-32-544 /t /l /c /q'
+    Pop $0
+    nsExec::Exec '"$SYSDIR\icacls.exe" "$INSTDIR" /inheritance:r /grant:r *S-1-5-18:(OI)(CI)F *S-1-5-32-544:(OI)(CI)F *S-1-5-32-545:(OI)(CI)RX'
+    Pop $1
+    ${If} $0 != 0
+    ${OrIf} $1 != 0
+        !insertmacro Fail "Others than administrators may write to $INSTDIR, and Windows does not let that be changed. Name another folder."
+    ${EndIf}
+    ; What lies in it already gets what comes from the folder, and nothing else.
+    nsExec::Exec '"$SYSDIR\icacls.exe" "$INSTDIR\*" /reset /t /l /c /q'
+    Pop $0
+FunctionEnd
+
 ; The same program under another name.
 !macro Link NAME PROGRAM
     Delete "$INSTDIR\bin\${NAME}"
@@ -123,6 +151,7 @@ Function SetUp
 FunctionEnd
 
 Section
+    Call CloseFolder
     ; One that an administrator has disabled stays disabled.
     ReadRegDWORD $R0 HKLM "${SERVICE}" Start
     Call StopPrograms
@@ -166,13 +195,14 @@ Section
     ${GetSize} "$INSTDIR" "/S=0K" $0 $1 $2
     WriteRegDWORD HKLM "${UNINSTALL}" EstimatedSize $0
 
-    ; Settings and log come once. The log's folder is for administrators and the service, as the service
-    ; has it; what is made in it inherits that.
-    ${IfNot} ${FileExists} "${DATA}"
-        CreateDirectory "${DATA}"
-        nsExec::Exec '"$SYSDIR\icacls.exe" "${DATA}" /inheritance:r /grant:r *S-1-5-18:(OI)(CI)F *S-1-5-32-544:(OI)(CI)F *S-1-3-4:(OI)(CI)F'
-        Pop $0
+    ; The service makes its folder, or takes over what somebody else has made under that name.
+    nsExec::ExecToStack '"$INSTDIR\bin\tarnexcomm.exe" /i'
+    Pop $0
+    Pop $1
+    ${If} $0 != 0
+        !insertmacro Fail "The service was not installed: $1"
     ${EndIf}
+    ; Settings and log come once.
     WriteINIStr "$INSTDIR\share\tarnexcomm\Tarnex.ini.sample" Text "Text1(37)" "${DATA}\log.db"
     ${IfNot} ${FileExists} "${SETTINGS}"
         CreateDirectory "$WINDIR\system"
@@ -186,12 +216,6 @@ Section
         ${EndIf}
     ${EndIf}
 
-    nsExec::ExecToStack '"$INSTDIR\bin\tarnexcomm.exe" /i'
-    Pop $0
-    Pop $1
-    ${If} $0 != 0
-        !insertmacro Fail "The service was not installed: $1"
-    ${EndIf}
     ${If} $R0 = 4
         nsExec::Exec '"$SYSDIR\sc.exe" config TarnexComm start= disabled'
         Pop $0

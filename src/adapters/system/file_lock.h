@@ -17,7 +17,8 @@ namespace tarnex {
 // unless a live copy of this program holds it.
 class FileInstanceLock : public InstanceLock {
   public:
-    // In the runtime folder of the service; for users who may not enter that, in their own.
+    // In the runtime folder of the service; on Linux, for users who may not enter that, in their
+    // own.
     FileInstanceLock();
     explicit FileInstanceLock(std::string path);
     FileInstanceLock(FileInstanceLock&&) noexcept;

@@ -1,7 +1,7 @@
 #include "adapters/system/file_lock.h"
 
-#include "adapters/system/environment.h"
 #include "adapters/system/this_system.h"
+#include "adapters/windows/private_access.h"
 #include "adapters/windows/process_image.h"
 #include "adapters/windows/windows_text.h"
 #include "platform/error_words.h"
@@ -17,8 +17,9 @@ constexpr DWORD kLockedByte = 1 << 20;
 
 void MakeFolderOf(const std::string& path) {
     const std::size_t end = path.find_last_of("/\\");
+    PrivateAccess access;
     if (end != std::string::npos)
-        CreateDirectoryW(ToWide(path.substr(0, end)).c_str(), nullptr);
+        CreateDirectoryW(ToWide(path.substr(0, end)).c_str(), access.Get());
 }
 
 // Nobody can take it away meanwhile.
@@ -51,10 +52,9 @@ struct FileInstanceLock::Held : WindowsHandle {
     explicit Held(WindowsHandle file) : WindowsHandle(std::move(file)) {}
 };
 
-FileInstanceLock::FileInstanceLock() : paths_{WordsOfThisSystem().runtime_folder + "\\lock"} {
-    if (const std::string own = Environment("LOCALAPPDATA"); !own.empty())
-        paths_.push_back(own + "\\TarnexComm.lock");
-}
+// Who may not enter that is told that nothing keeps a second program away: a lock of his own would
+// keep away nobody's but his.
+FileInstanceLock::FileInstanceLock() : paths_{WordsOfThisSystem().runtime_folder + "\\lock"} {}
 
 FileInstanceLock::FileInstanceLock(std::string path) : paths_{std::move(path)} {}
 

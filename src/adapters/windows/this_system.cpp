@@ -1,5 +1,6 @@
 #include "adapters/system/this_system.h"
 
+#include "adapters/system/operator_output.h"
 #include "adapters/windows/nt_service.h"
 #include "adapters/windows/private_access.h"
 #include "adapters/windows/windows_text.h"
@@ -17,7 +18,6 @@ std::string DataOfAllUsers() {
     return FromWide(folder);
 }
 
-} // namespace
 // Where the service looks, whatever WINDIR is here.
 std::string FolderOfWindows() {
     wchar_t folder[MAX_PATH]{};
@@ -25,6 +25,7 @@ std::string FolderOfWindows() {
     return FromWide(folder);
 }
 
+} // namespace
 
 SystemWords WordsOfThisSystem() {
     const std::string folder = DataOfAllUsers() + "\\TarnexComm";
@@ -34,8 +35,8 @@ SystemWords WordsOfThisSystem() {
             .with_all_rights = "",
             .who_may = "an administrator",
             .how_to_become_them = " (in a command prompt that is run as administrator)",
-            .data_folder = folder,
             .settings_folder = FolderOfWindows(),
+            .data_folder = folder,
             .runtime_folder = folder,
             .close_file = "icacls %1 /inheritance:r /grant:r *S-1-5-18:F *S-1-5-32-544:F",
             .quote = '"',
@@ -46,13 +47,24 @@ SystemWords WordsOfThisSystem() {
                 "C:\\Program Files\\windows_exporter\\textfile_inputs\\tarnexcomm.prom"};
 }
 
-// One that somebody else has made before the service came must not stay his.
+// Everybody may make folders there. One that somebody else has made before the service came must
+// not stay his.
 void MakeFoldersOfThisSystem() {
-    const std::wstring folder = ToWide(WordsOfThisSystem().data_folder);
+    const std::string folder = WordsOfThisSystem().data_folder;
+    const std::wstring wide = ToWide(folder);
     PrivateAccess access;
-    if (!CreateDirectoryW(folder.c_str(), access.Get()) && RunsAsService())
-        SetFileSecurityW(folder.c_str(), DACL_SECURITY_INFORMATION,
+    if (CreateDirectoryW(wide.c_str(), access.Get()))
+        return;
+    const Owner owner = OwnerOf(wide);
+    if (owner == Owner::kSystem && RunsAsService())
+        SetFileSecurityW(wide.c_str(), DACL_SECURITY_INFORMATION,
                          access.Get()->lpSecurityDescriptor);
+    const bool ours = owner == Owner::kSystem || (owner == Owner::kThisUser && !RunsAsService());
+    if (!ours && !MakePrivate(wide) && RunsAsService())
+        TellOperator(NoticeLevel::kWarning,
+                     "tarnexcomm: The folder " + folder +
+                         " belongs to somebody else, who can read and change what the service "
+                         "keeps there. Stop the service, move the folder away and start it again.");
 }
 
 std::string HistoryPath() {
