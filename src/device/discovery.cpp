@@ -86,8 +86,10 @@ void Discovery::TellOperator(int number, PortStatus status) {
         trouble = port + " may not be opened. Add the user of this service to the group that owns "
                          "the device (mostly dialout) and restart the service.";
     else if (status == PortStatus::kBusy)
-        trouble = port + " is held by another program. End that program, or name another device "
-                         "in section [SerialPorts] of the settings file and restart the service.";
+        trouble =
+            port +
+            " is held by another program. End that program, or name another device (setting " +
+            NameOf(DeviceSetting(number)) + ") and restart the service.";
     const char* const now =
         status == PortStatus::kOk ? " can be opened now." : " is no serial line any more.";
     parts_.notices.Report(name, trouble, port + now);

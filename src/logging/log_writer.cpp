@@ -8,10 +8,9 @@ namespace tarnex {
 namespace {
 
 std::string NotConfigured() {
-    return "No log database is configured, so log rows are lost: set " +
-           PlaceOf("log-database"_setting) +
-           " of the settings file to the path of an SQLite file that was made with \"tarnexctl log "
-           "create\".";
+    return "No log database is configured, so log rows are lost: make one with "
+           "\"tarnexctl log create FILE\" and set " +
+           NameOf("log-database"_setting) + " to it.";
 }
 
 using namespace log_column;

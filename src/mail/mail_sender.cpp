@@ -4,6 +4,7 @@
 #include "platform/calendar_text.h"
 #include "platform/error_words.h"
 #include "settings/load_settings.h"
+#include "settings/setting_table.h"
 
 #include <algorithm>
 #include <utility>
@@ -15,18 +16,28 @@ namespace {
 constexpr Duration kTick = 5000ms;
 constexpr int kPatience = 3; // ticks without an accepted reply; one more and the mail gives up
 constexpr TextView kSubjectStart = u"Tarnex K Serial : ";
-// What to do, by what fails. All keys stand in section [Text] of the settings file.
-constexpr std::string_view kCheckNetwork = "Check the server, Text1(29), and the network";
-constexpr std::string_view kCheckMachine =
-    "Find out what takes up the open files, the memory or the threads of this machine";
-constexpr std::string_view kNameServer = "Set Text1(29) to the mail server as host or host:port";
-constexpr std::string_view kCheckServer = "Check the server, Text1(29)";
-constexpr std::string_view kCheckAccount =
-    "Check the user name and password, Text1(30) and Text1(31)";
-constexpr std::string_view kCheckSender = "Check the address of the sender, Text1(58)";
-constexpr std::string_view kCheckRecipient = "Check the address of the recipient, Text1(59)";
-constexpr std::string_view kCorrectAccount = "Correct Text1(30) or Text1(31)";
 constexpr std::size_t kLongestQuote = 80; // characters of others' words in a line for operators
+
+// What to do, by what fails.
+constexpr const char* kCheckMachine =
+    "Find out what takes up the open files, the memory or the threads of this machine";
+
+std::string CheckServer() {
+    return "Check the server (setting " + NameOf("mail-server"_setting) + ")";
+}
+
+std::string CheckNetwork() {
+    return CheckServer() + " and the network";
+}
+
+std::string NameServer() {
+    return "Set " + NameOf("mail-server"_setting) + " to the mail server as host or host:port";
+}
+
+std::string CheckAccount() {
+    return "Check the user name and password (settings " + NameOf("mail-user"_setting) + " and " +
+           NameOf("mail-password"_setting) + ")";
+}
 
 // The first line of text, without control characters.
 Text FirstLine(TextView text) {
@@ -39,18 +50,18 @@ std::string Quote(TextView text) {
     return '"' + ToUtf8(FirstLine(text)) + '"';
 }
 
-std::string_view AdviceAfterRefusal(SmtpDoubt doubt, bool logs_in) {
+std::string AdviceAfterRefusal(SmtpDoubt doubt, bool logs_in) {
     switch (doubt) {
     case SmtpDoubt::kServer:
-        return kCheckServer;
+        break;
     case SmtpDoubt::kAccount:
-        return logs_in ? kCheckAccount : kCheckServer;
+        return logs_in ? CheckAccount() : CheckServer();
     case SmtpDoubt::kSender:
-        return kCheckSender;
+        return "Check the address of the sender (setting " + NameOf("mail-from"_setting) + ")";
     case SmtpDoubt::kRecipient:
-        return kCheckRecipient;
+        return "Check the address of the recipient (setting " + NameOf("mail-to"_setting) + ")";
     }
-    return kCheckServer;
+    return CheckServer();
 }
 
 } // namespace
@@ -135,7 +146,7 @@ void MailSender::MailSenderTimer_Timer() {
 void MailSender::GiveUpForNow() {
     const SmtpRule& rule = RuleOf(SendStep_);
     Fail("no answer in time to " + std::string(rule.waits_for),
-         u"服务器没有及时应答：" + Text(rule.waits_for_chinese), kCheckNetwork);
+         u"服务器没有及时应答：" + Text(rule.waits_for_chinese), CheckNetwork());
     Push(std::exchange(CurrentMail_, {}));
     BusyTicks_ = 0;
     ReadyForNext_ = true;
@@ -177,7 +188,7 @@ void MailSender::StartDialogue(MailParts mail) {
     const auto server = ParseServerAddress(mail_.server);
     if (!server)
         return Fail("it names no host, or a port that is not a number from 1 to 65535",
-                    u"服务器应为“主机”或“主机:端口”，端口是1到65535的数", kNameServer);
+                    u"服务器应为“主机”或“主机:端口”，端口是1到65535的数", NameServer());
     Winsock1_->Connect(code_page_.Encode(server->host), server->port);
     SendStep_ = SmtpStep::kGreeting;
     ShowProgress(u"试图与服务器连接");
@@ -204,7 +215,7 @@ void MailSender::TakeStep(const SmtpRule& rule) {
     if (!sends) {
         Winsock1_->Close();
         return Fail("the user name or password holds characters that cannot be sent",
-                    u"用户名或密码含有不能发送的字符", kCorrectAccount);
+                    u"用户名或密码含有不能发送的字符", CheckAccount());
     }
     for (const std::string& bytes : *sends)
         Winsock1_->Send(bytes);
@@ -243,11 +254,11 @@ void MailSender::OnEnded(const TcpEnd& end) {
     const Text chinese = InChinese(end.why);
     if (SendStep_ == SmtpStep::kGreeting)
         Fail(end.why, u"不能连接服务器：" + chinese,
-             end.own_machine ? kCheckMachine : kCheckNetwork);
+             end.own_machine ? kCheckMachine : CheckNetwork());
     else if (SendStep_ != SmtpStep::kQuit)
         Fail(end.why + " before the answer to " + std::string(rule.waits_for),
              u"等待服务器应答（" + Text(rule.waits_for_chinese) + u"）时：" + chinese,
-             kCheckNetwork);
+             CheckNetwork());
     EndHandedOver(Fate::kSent);
 }
 
@@ -260,7 +271,7 @@ void MailSender::Confirmed() {
     notices_.Report("mail", "", "Mail works again.");
 }
 
-void MailSender::Fail(const std::string& why, const Text& chinese, std::string_view advice) {
+void MailSender::Fail(const std::string& why, const Text& chinese, const std::string& advice) {
     if (attempt_failed_)
         return;
     ShowProblem(TimeText(clock_.Calendar()) + u" " + chinese);
@@ -272,7 +283,7 @@ void MailSender::Fail(const std::string& why, const Text& chinese, std::string_v
     // Later attempts may fail in changing words; one line is enough until mails work again.
     if (!failing_)
         notices_.Report("mail",
-                        "Mail cannot be sent: " + last_problem_ + ". " + std::string(advice) +
+                        "Mail cannot be sent: " + last_problem_ + ". " + advice +
                             ". A mail is tried again until its content was handed over.",
                         "");
     failing_ = true;

@@ -87,7 +87,7 @@ class MailSender : public EmailFifo {
     void ShowProgress(TextView progress);
     void ShowProblem(const Text& problem);
     // why: for operators; chinese: the same, for the display.
-    void Fail(const std::string& why, const Text& chinese, std::string_view advice);
+    void Fail(const std::string& why, const Text& chinese, const std::string& advice);
 
     Clock& clock_;
     const MyIniFile& ini_;

@@ -95,13 +95,12 @@ void ControlLink::TellClosedPorts() {
         if (troubles.find(troubles_[i]) == std::string::npos)
             troubles += (troubles.empty() ? "" : ", ") + troubles_[i];
     }
-    const std::string trouble = "The control link cannot be opened at UDP port " + ports + " (" +
-                                troubles +
-                                "): no monitoring program is heard there. End the program that "
-                                "holds the port, or correct " +
-                                PlaceOf("bind-address"_setting) +
-                                " of the settings file and restart the service. "
-                                "Opening is tried again every 10 seconds.";
+    const std::string trouble =
+        "The control link cannot be opened at UDP port " + ports + " (" + troubles +
+        "): no monitoring program is heard there. End the program that holds the port, or correct "
+        "the address (setting " +
+        NameOf("bind-address"_setting) +
+        ") and restart the service. Opening is tried again every 10 seconds.";
     parts_.notices.Report("control link", ports.empty() ? "" : trouble,
                           "The control link is open at all ports now.");
 }

@@ -4,6 +4,7 @@
 #include "adapters/system/operator_output.h"
 #include "adapters/system/terminal.h"
 #include "adapters/system/this_system.h"
+#include "settings/setting_table.h"
 
 #include <thread>
 
@@ -54,8 +55,8 @@ ExitStatus Machine::TakeSettings() {
     if (SystemCodePage::Supported(named))
         code_page = SystemCodePage(named);
     else
-        Say("The settings in " + store.Name() + ", section [Encoding], name the code page \"" +
-            named + "\". GBK and UTF-8 are supported; going on with GBK.");
+        Say("The settings in " + store.Name() + " name the code page \"" + named + "\" (setting " +
+            NameOf("code-page"_setting) + "). GBK and UTF-8 are supported; going on with GBK.");
     settings = ReadSettings(IniDocument(reading.content, code_page)).start;
     ports.SetPaths(SerialDevicePaths(settings.device_paths));
     return kExitDone;

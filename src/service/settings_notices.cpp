@@ -4,6 +4,15 @@
 
 namespace tarnex {
 
+namespace {
+
+std::string HowToSwitchOn(const Setting& setting) {
+    return "Switch it on with \"tarnexctl settings set " + std::string(setting.name) +
+           " on\" and start it again.";
+}
+
+} // namespace
+
 std::string WhyServiceEnds(const SettingsStore& store, const LoadedSettings& loaded) {
     if (!store.Stamp())
         return "The settings file " + store.Name() +
@@ -11,11 +20,10 @@ std::string WhyServiceEnds(const SettingsStore& store, const LoadedSettings& loa
                "writable for the user of this service; Tarnex.ini.sample is one to begin with.";
     const std::string settings = "The settings in " + store.Name();
     if (!loaded.enabled)
-        return settings + " switch the service off, so it ends. To run it, remove the line " +
-               LineOf("service-enabled"_setting, false) + " from " +
-               SectionOf("service-enabled"_setting) + ".";
-    return settings + " do not allow the service to run, so it ends. To run it, write the line " +
-           LineOf("run-allowed"_setting, true) + " into " + SectionOf("run-allowed"_setting) + ".";
+        return settings + " switch the service off, so it ends. " +
+               HowToSwitchOn("service-enabled"_setting);
+    return settings + " do not allow the service to run, so it ends. " +
+           HowToSwitchOn("run-allowed"_setting);
 }
 
 std::string WhyNotRead(const SettingsStore& store, const MyIniFile& ini) {
@@ -31,16 +39,16 @@ std::string WhyNotRead(const SettingsStore& store, const MyIniFile& ini) {
 std::string WhyRestart(const SettingsStore& store, const StartSettings& in_use,
                        const StartSettings& now, const SystemWords& words) {
     std::string names;
-    const auto name = [&names](const std::string& key) {
-        names += (names.empty() ? "" : ", ") + key;
+    const auto name = [&names](const Setting& setting) {
+        names += (names.empty() ? "" : ", ") + NameOf(setting);
     };
     for (std::size_t i = 0; i < now.device_paths.size(); ++i)
         if (now.device_paths[i] != in_use.device_paths[i])
-            name("COM" + std::to_string(i + 1));
+            name(DeviceSetting(int(i) + 1));
     if (now.bind_address != in_use.bind_address)
-        name(ToUtf8("bind-address"_setting.key));
+        name("bind-address"_setting);
     if (now.code_page != in_use.code_page)
-        name(ToUtf8("code-page"_setting.key));
+        name("code-page"_setting);
     if (names.empty())
         return "";
     return "The settings in " + store.Name() +

@@ -268,16 +268,15 @@ consteval const Setting& operator""_setting(const char* name, std::size_t length
     throw "there is no such setting";
 }
 
-// For people: "section [Check]", "Text1(37) in section [Text]", and a switch as its line in the
-// file, "Check1(13)=1".
-inline std::string SectionOf(const Setting& setting) {
-    return "section [" + ToUtf8(setting.section) + "]";
+// The device behind COM<number>, 1 to kSerialPorts.
+constexpr const Setting& DeviceSetting(int number) {
+    return (&"com1-device"_setting)[number - 1];
 }
-inline std::string PlaceOf(const Setting& setting) {
-    return ToUtf8(setting.key) + " in " + SectionOf(setting);
-}
-inline std::string LineOf(const Setting& setting, bool on) {
-    return ToUtf8(setting.key) + "=" + ToUtf8(on ? setting.values.on : setting.values.off);
+static_assert(DeviceSetting(kSerialPorts).name == "com20-device");
+
+// For operators, as tarnexctl takes it: "mail-server", with the quotation marks.
+inline std::string NameOf(const Setting& setting) {
+    return '"' + std::string(setting.name) + '"';
 }
 
 // The debug console's section, with some keys of the same names.

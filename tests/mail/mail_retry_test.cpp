@@ -24,7 +24,9 @@ const FaultRow kFaultRows[] = {
 
 TEST_F(MailRetry, EveryFaultBeforeTheContentIsAskedForEndsInANewAttempt) {
     sink.Account = {"alarm", " pass "};
-    const int advised[] = {29, 29, 30, 30, 30, 58, 59, 29}; // keys to check, by step refused
+    // What to check, by step refused.
+    const std::string server = "\"mail-server\"", user = "\"mail-user\"", from = "\"mail-from\"",
+                      advised[] = {server, server, user, user, user, from, "\"mail-to\"", server};
     for (int step = 0; step <= int(MailStep::kData); ++step) {
         for (const FaultRow& row : kFaultRows) {
             SCOPED_TRACE(testing::Message() << "step " << step << ", " << row.name);
@@ -48,8 +50,7 @@ TEST_F(MailRetry, EveryFaultBeforeTheContentIsAskedForEndsInANewAttempt) {
             EXPECT_EQ(Arrived(), std::vector<std::string>{"x"});
             EXPECT_EQ(mail.Status().failed_attempts, failed + 1);
             ASSERT_EQ(said.size(), 2u) << "one line when it fails, one when it works again";
-            const std::string advice = ", Text1(" + std::to_string(advised[step]);
-            EXPECT_TRUE(&row != kFaultRows || said[0].find(advice) != said[0].npos);
+            EXPECT_TRUE(&row != kFaultRows || said[0].find(advised[step]) != said[0].npos);
         }
     }
 }
@@ -161,11 +162,12 @@ TEST_F(MailRetry, OperatorsAreToldInOnePrintableLine) {
         MailFault::Refuse("550\x07 \xCE\xDE\xD3\xC3\xBB\xA7 " + std::string(300, 'x') + "\r\nmore");
     Mail(u"x", 1h);
     ASSERT_EQ(said.size(), 1u);
-    EXPECT_EQ(said[0],
-              "Mail cannot be sent: server \"smtp.example\": it answered \"550  无用户 " +
-                  std::string(71, 'x') +
-                  "\" to RCPT TO. Check the address of the recipient, Text1(59). A mail is tried "
-                  "again until its content was handed over.");
+    EXPECT_EQ(
+        said[0],
+        "Mail cannot be sent: server \"smtp.example\": it answered \"550  无用户 " +
+            std::string(71, 'x') +
+            "\" to RCPT TO. Check the address of the recipient (setting \"mail-to\"). A mail is "
+            "tried again until its content was handed over.");
     Set(u"smtp.example:26"); // nobody answers there: another trouble after a change
     clock.RunFor(1min);
     EXPECT_EQ(said.size(), 2u);

@@ -61,7 +61,7 @@ class StartStop(unittest.TestCase):
     @linux_only  # Wine binds every address but 127.0.0.1 to all of them
     def test_an_address_of_another_machine_is_told_in_one_line(self):
         service = Site(self, **{"BindAddress": "192.0.2.1"}).start("tarnexcomm")
-        line = service.wait_for("correct BindAddress in section [ControlLink]")
+        line = service.wait_for('correct the address (setting "bind-address")')
         self.assertIn("7840, 7841, 7842, 7843, 7844 (not an address of this machine)", line)
         self.assertEqual((service.stop(), service.lines), (0, [line]))
 

@@ -24,7 +24,7 @@ constexpr Explanation kExplanations[] = {
     {SQLITE_PERM,             "cannot be opened: give the user of this service read and write access to the file and its folder"},
     {SQLITE_FULL,             "cannot grow: free space on its disk"},
     {SQLITE_IOERR,            "cannot be read or written: look for a full disk, a used-up quota or a failing disk"},
-    {SQLITE_NOTADB,           "is not an SQLite database: name another file in Text1(37), or move it away and make one with \"tarnexctl log create\""},
+    {SQLITE_NOTADB,           "is not an SQLite database: name another file (setting \"log-database\"), or move it away and make one with \"tarnexctl log create\""},
     {SQLITE_CORRUPT,          "is damaged: move it away and make a new one with \"tarnexctl log create\""},
 };
 // clang-format on
@@ -155,10 +155,11 @@ std::string SqliteLogTable::Open(const Text& path) {
     if (status.type() == std::filesystem::file_type::not_found)
         return in_use ? "" : About(file, "is missing: make it with \"tarnexctl log create\"");
     if (status.type() == std::filesystem::file_type::directory)
-        return About(file, "is a folder: name a file in Text1(37)");
+        return About(file, "is a folder: name a file (setting \"log-database\")");
     if (IsAccessDatabase(file))
         return About(file, "is an Access database, which this program cannot write: make an SQLite "
-                           "database with \"tarnexctl log create\" and name that in Text1(37)");
+                           "database with \"tarnexctl log create\" and name that (setting "
+                           "\"log-database\")");
 
     auto opened = std::make_unique<Connection>(file);
     if (opened->Problem().empty()) {
