@@ -122,7 +122,7 @@ void ControlLink::TellDropped() {
         "Datagrams to UDP port " + ports +
         " were lost: more came at once than the system has room for, and events may have been "
         "among them. Let the monitoring program there send less at once; find out which program "
-        "sends them if it is not that one. \"tarnexctl status\" counts them.";
+        "sends them if it is not that one. \"tarnexctl status --long\" counts them.";
     parts_.notices.Report("control link losses", ports.empty() ? "" : trouble,
                           "No datagram to the control link was lost for an hour.");
 }
