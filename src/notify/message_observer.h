@@ -15,7 +15,7 @@ enum class MessageWay : std::uint8_t { kSMS, kMail };
 enum class Fate : std::uint8_t {
     kSent,     // by the unit's word; a mail: the server was given the content and did not refuse it
     kGivenUp,  // an SMS after too many attempts; a mail whose content the server refused
-    kHeldBack, // never waited: by quiet time, a switch or a limit
+    kHeldBack, // never waited: by quiet time, a switch or a send count of 0
     kPushedOut, // of a full queue, by a newer one
     kDropped,   // by a new start with the unit, or of the mail sender
     kLost,      // waited when the service ended
