@@ -28,7 +28,7 @@ void SMSQueue::Reset() {
 }
 
 void SMSQueue::ClearSMSFifo() {
-    totals_.DroppedByReset += SMSFifo_.Size() + (SMSHeldEntry_.empty() ? 0 : 1);
+    totals_.DroppedByReset += SMSFifo_.Size() + (held_.entry.empty() ? 0 : 1);
     EndHeld(Fate::kDropped);
     while (!SMSFifo_.Empty())
         parts_.messages.Ended(SMSFifo_.Pop().id, Fate::kDropped);
@@ -46,14 +46,6 @@ void SMSQueue::QueueSMS(const Text& entry, const MessageOrigin& origin) {
     }
 }
 
-Text SMSQueue::mGetSMSFifo() {
-    if (SMSFifo_.Empty())
-        return Text(kNoSMS);
-    const Waiting oldest = SMSFifo_.Pop();
-    held_id_ = oldest.id;
-    return oldest.entry;
-}
-
 void SMSQueue::mCmdSend_Click() {
     QueueSMS(u"1" + Text(kTestText));
 }
@@ -68,15 +60,15 @@ Task<> SMSQueue::mSMSSendTimer_Timer() {
     mSMSSendTimer.Disable();
     if (SendErrorCount_ == 0)
         TakeNextEntry();
-    if (SMSHeldEntry_.empty()) {
+    if (held_.entry.empty()) {
         mSMSSendTimer.Enable();
         co_return;
     }
 
-    const int recipient = LeadingInt16(SMSHeldEntry_.substr(0, 1)).value_or(0);
-    const Text text = SMSHeldEntry_.substr(1);
+    const int recipient = LeadingInt16(held_.entry.substr(0, 1)).value_or(0);
+    const Text text = held_.entry.substr(1);
     parts_.sender.SetSMSLostTime(kSMSLostTime);
-    parts_.messages.Attempting(held_id_);
+    parts_.messages.Attempting(held_.id);
     const Text answer = co_await parts_.sender.SendSMS(text, recipient);
     if (guard.Lost())
         co_return;
@@ -89,16 +81,13 @@ Task<> SMSQueue::mSMSSendTimer_Timer() {
 void SMSQueue::TakeNextEntry() {
     if (parts_.before_next)
         parts_.before_next();
-    SMSHeldEntry_ = mGetSMSFifo();
-    if (SMSHeldEntry_ == kNoSMS)
-        SMSHeldEntry_.clear();
-    if (SMSHeldEntry_.empty())
+    held_ = SMSFifo_.Empty() ? Waiting() : SMSFifo_.Pop();
+    if (held_.entry.empty() || held_.entry == kNoData)
         EndHeld(Fate::kDropped); // what says nothing
 }
 
 void SMSQueue::EndHeld(Fate fate) {
-    SMSHeldEntry_.clear();
-    if (const MessageId id = std::exchange(held_id_, 0))
+    if (const MessageId id = std::exchange(held_, {}).id)
         parts_.messages.Ended(id, fate);
 }
 
@@ -109,7 +98,7 @@ void SMSQueue::HandedOver() {
 
 void SMSQueue::NotTaken(const Text& answer) {
     last_result_ = answer;
-    parts_.messages.Attempted(held_id_, answer);
+    parts_.messages.Attempted(held_.id, answer);
     ++totals_.Refused;
     Log(u"发送到 Tarnex失败");
     Log(u"系统返回:" + answer);
@@ -129,7 +118,7 @@ void SMSQueue::mSMSSendChkTimer_Timer() {
         return;
     }
     last_result_ = answer;
-    parts_.messages.Attempted(held_id_, answer);
+    parts_.messages.Attempted(held_.id, answer);
     if (answer == u"SendOK")
         Sent();
     else if (answer == u"SendFail" || answer == u"SendLost")

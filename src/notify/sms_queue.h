@@ -14,8 +14,6 @@ namespace tarnex {
 
 // How often an entry is tried before it is given up.
 inline constexpr int kSendErrorLimit = 4;
-// What mGetSMSFifo returns from an empty queue.
-inline constexpr TextView kNoSMS = u"NoData";
 
 // Every SMS leaves through this queue: one at a time is handed to the unit, asked after until the
 // unit knows its fate, and tried again until it was sent or has failed too often.
@@ -59,15 +57,13 @@ class SMSQueue {
     // unit is ready.
     void Reset();
     void QueueSMS(const Text& entry, const MessageOrigin& origin = {});
-    // Takes the oldest entry out, or returns kNoSMS.
-    Text mGetSMSFifo();
     // Queues a fixed text for the first number, to try the way out.
     void mCmdSend_Click();
 
     // Entries that wait, without the held one.
     std::size_t Length() const { return SMSFifo_.Size(); }
     // The entry that is being sent or will be tried again; empty when there is none.
-    const Text& HeldEntry() const { return SMSHeldEntry_; }
+    const Text& HeldEntry() const { return held_.entry; }
     // Which attempt the held entry is at, from 1.
     int Attempt() const { return SendErrorCount_ + 1; }
     // What the unit said last about an SMS, other than that it is under way; empty before.
@@ -98,8 +94,7 @@ class SMSQueue {
         MessageId id = 0;
     };
     RingFifo<kSMSFifoSize + 1, Waiting> SMSFifo_;
-    Text SMSHeldEntry_;
-    MessageId held_id_ = 0;  // of the held entry; 0 when there is none
+    Waiting held_;           // its id is 0 when there is none
     int SendErrorCount_ = 0; // of the held entry
     Text last_result_;
     Counts totals_;
