@@ -1,6 +1,5 @@
 #include "device/firmware_frames.h"
 
-#include <charconv>
 #include <limits>
 #include <numeric>
 
@@ -50,13 +49,10 @@ std::string CommandFrame(FirmwareCommand command) {
 }
 
 std::string DataFrame(const HexRecord& record) {
-    unsigned address = 0;
-    std::from_chars(record.address.data(), record.address.data() + record.address.size(), address,
-                    16);
     std::string frame = "\x5A\xA5";
     AppendHighFirst(frame, unsigned(record.data.size() + kDataFrameOverhead));
     frame += "\xB3\x00\x00"sv;
-    AppendHighFirst(frame, address);
+    AppendHighFirst(frame, record.FirstAddress());
     AppendHighFirst(frame, unsigned(record.data.size()));
     frame += record.data;
     AppendHighFirst(frame, Sum(frame));

@@ -80,6 +80,12 @@ HexItem ReadHexItem(LineFile& file) {
     return line ? ParseHexLine(*line) : HexTrouble::kNoEndRecord;
 }
 
+unsigned HexRecord::FirstAddress() const {
+    unsigned first = 0;
+    std::from_chars(address.data(), address.data() + address.size(), first, 16);
+    return first;
+}
+
 // ---- the whole file
 
 HexSummary HexSummary::Read(LineFile& file) {
@@ -114,9 +120,7 @@ void HexSummary::AddRecord(const HexRecord& record) {
     if (record.data.empty())
         return;
 
-    std::size_t first = 0;
-    std::from_chars(record.address.data(), record.address.data() + record.address.size(), first,
-                    16);
+    const std::size_t first = record.FirstAddress();
     const std::size_t last = first + record.data.size() - 1;
     if (last > kLastAddress)
         AddTrouble(HexTrouble::kWrapsAround);

@@ -44,6 +44,8 @@ struct HexRecord {
     std::uint8_t type = 0;
     std::string data; // at most kMostHexData bytes
     bool checksum_holds = true;
+
+    unsigned FirstAddress() const; // the address as a number
 };
 using HexProgram = std::vector<HexRecord>; // what an update sends, in this order
 struct HexEnd {};
