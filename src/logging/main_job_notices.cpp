@@ -48,6 +48,10 @@ std::string Com(int number) {
     return "COM" + std::to_string(number);
 }
 
+std::string Span(const std::string& first, const std::string& last) {
+    return first == last ? first : first + " to " + last;
+}
+
 } // namespace
 
 std::string Masked(TextView number) {
@@ -155,22 +159,18 @@ std::string MainJobNotices::Place() const {
     return port_ ? " at " + Com(port_->number) + " (" + port_->device + ")" : "";
 }
 
-// Ports of one answer stand together, those without a device as ranges: "COM2 to COM20 not there".
+// Neighbours of one answer stand together: "COM1 (/dev/ttyS0) no answer; COM2 to COM20 not there".
 std::string MainJobNotices::PortsTried() const {
     std::string text;
     for (auto port = tried_.begin(); port != tried_.end();) {
-        const auto& [device, status] = port->second;
-        text += (text.empty() ? "" : "; ") + Com(port->first);
-        const int first = port->first;
-        int last = first;
-        ++port;
-        if (status == PortStatus::kAbsent) {
-            for (; port != tried_.end() && port->second.second == status; ++port)
-                last = port->first;
-            text += last == first ? "" : " to " + Com(last);
-        } else {
-            text += " (" + device + ")";
-        }
+        const auto first = port;
+        auto last = port;
+        const auto& [device, status] = first->second;
+        while (++port != tried_.end() && port->second.second == status)
+            last = port;
+        text += (text.empty() ? "" : "; ") + Span(Com(first->first), Com(last->first));
+        if (status != PortStatus::kAbsent)
+            text += " (" + Span(device, last->second.first) + ")";
         text += std::string(" ") + kPortWords[std::size_t(status)];
     }
     return text;

@@ -34,10 +34,13 @@ TEST_F(Notices, ALostUnitAndOneThatIsNotFound) {
                      "service began anew with the unit: it is told nothing of the unit and of SMS "
                      "commands, and nobody would notice its end. Start it again.");
     ports.SetStatus(1, PortStatus::kOk);
+    for (int port = 4; port <= 20; ++port)
+        ports.SetStatus(port, PortStatus::kUnusable);
     clock.RunFor(5min);
     ExpectSaid(true, "The unit has not been ready for 5 minutes, so no SMS leaves: it was not "
-                     "found (COM1 (COM1) no answer; COM2 to COM20 not there). \"tarnexctl doctor\" "
-                     "looks at each port and says what to do.");
+                     "found (COM1 (COM1) no answer; COM2 to COM3 not there; COM4 to COM20 (COM4 to "
+                     "COM20) no serial line). \"tarnexctl doctor\" looks at each port and says "
+                     "what to do.");
     EXPECT_EQ(said.size(), 3U);
     stubborn.Greet();
     clock.RunFor(1s);
