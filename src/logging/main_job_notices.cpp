@@ -13,6 +13,7 @@ constexpr Duration kLongNotReady = 5min;
 constexpr int kWeakBelow = 5;  // signal quality
 constexpr int kStrongest = 31; // 99 is none that is known
 constexpr Duration kLongWeak = 10min;
+constexpr Duration kMainsStay = 1min; // until then they may go again
 constexpr Duration kWordsCome = 1min; // after the unit is ready it has told what is wrong with it
 constexpr Duration kRefusedTold = 1h;
 constexpr Duration kGreetsAgain = 1min; // a program that hears nothing has done so by then
@@ -116,14 +117,36 @@ void MainJobNotices::Said(TextView word) {
              "how it sits and whether it asks for a PIN, and switch the unit off and on.",
              NoticeLevel::kError);
     else if (word == u"ACLost")
-        Tell(mains_,
-             "The unit has lost its mains power and lives on its battery: look at the supply "
-             "before the battery is empty.",
-             NoticeLevel::kWarning);
-    else if (word == u"ACOk" && mains_.told)
-        notices_.Report(mains_.topic, "",
-                        "The unit has mains power again, after " +
-                            Since(*mains_.told, clock_.Now()) + ".");
+        MainsLost();
+    else if (word == u"ACOk" && !mains_back_ && notices_.Troubled(mains_.topic))
+        mains_back_ = clock_.Now();
+}
+
+// Mains that come and go are one trouble, which is over when they stay.
+void MainJobNotices::MainsLost() {
+    if (!notices_.Troubled(mains_.topic)) {
+        mains_lost_ = clock_.Now();
+        mains_losses_ = 1;
+    } else if (mains_back_) {
+        ++mains_losses_;
+    }
+    mains_back_.reset();
+    Tell(mains_,
+         "The unit has lost its mains power and lives on its battery: look at the supply before "
+         "the battery is empty.",
+         NoticeLevel::kWarning);
+}
+
+void MainJobNotices::LookAtMains() {
+    if (!mains_back_ || clock_.Now() - *mains_back_ < kMainsStay)
+        return;
+    notices_.Report(mains_.topic, "",
+                    "The unit has mains power again, after " + Since(mains_lost_, *mains_back_) +
+                        (mains_losses_ == 1
+                             ? ""
+                             : "; it was lost " + std::to_string(mains_losses_) + " times") +
+                        ".");
+    mains_back_.reset();
 }
 
 void MainJobNotices::Tell(Condition& condition, const std::string& trouble, NoticeLevel level) {
@@ -256,6 +279,7 @@ void MainJobNotices::LookAtLinks() {
 void MainJobNotices::Look(const State& state) {
     numbers_ = state.numbers;
     LookAtUnit(state);
+    LookAtMains();
     LookAtQueue("SMS", state.sms, sms_pushed_out_);
     LookAtQueue("mail", state.mail, mails_pushed_out_);
     LookAtNumbers();

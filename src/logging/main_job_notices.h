@@ -96,7 +96,9 @@ class MainJobNotices {
 
     void Tell(Condition& condition, const std::string& trouble, NoticeLevel level);
     void EndOld(const Condition& condition, const std::string& over);
+    void MainsLost();
     void LookAtUnit(const State& state);
+    void LookAtMains();
     void LookAtQueue(const std::string& name, const Queue& queue, unsigned long& pushed_out);
     void LookAtNumbers();
     void LookAtLinks();
@@ -115,6 +117,9 @@ class MainJobNotices {
     Duration begun_anew_{};
     Condition card_{"card"};
     Condition mains_{"mains"};
+    Duration mains_lost_{};
+    int mains_losses_ = 0; // since then
+    std::optional<Duration> mains_back_;
     std::optional<Duration> weak_since_;
     unsigned long given_up_ = 0; // since an SMS was sent last
     std::optional<Duration> refused_;

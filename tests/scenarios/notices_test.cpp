@@ -63,12 +63,15 @@ TEST_F(Notices, WhatTheUnitReports) {
     clock.RunFor(5s);
     ExpectSaid(false, "The signal of the unit is strong enough again.");
 
-    unit.LosePower();
-    clock.RunFor(1min);
+    for (int i = 0; i < 3; ++i) {
+        unit.LosePower();
+        clock.RunFor(20s);
+        unit.RegainPower();
+        clock.RunFor(i < 2 ? 60s : 0s);
+    }
     EXPECT_EQ(needs_somebody.size(), 2U);
-    unit.RegainPower();
-    clock.RunFor(5s);
-    ExpectSaid(false, "The unit has mains power again, after 1 min.");
+    clock.RunFor(75s);
+    ExpectSaid(false, "The unit has mains power again, after 3 min; it was lost 3 times.");
 
     unit.LoseCard();
     clock.RunFor(5s);
