@@ -97,8 +97,8 @@ void ControlLink::TellClosedPorts() {
     }
     const std::string trouble =
         "The control link cannot be opened at UDP port " + ports + " (" + troubles +
-        "): no monitoring program is heard there. End the program that holds the port, or correct "
-        "the address (setting " +
+        "): no monitoring program is heard there. End the program that holds the port (\"tarnexctl "
+        "doctor\" names it), or correct the address (setting " +
         NameOf("bind-address"_setting) +
         ") and restart the service. Opening is tried again every 10 seconds.";
     parts_.notices.Report("control link", ports.empty() ? "" : trouble,

@@ -31,7 +31,7 @@ class Doctor {
             Ports(*settings, state);
         try {
             if (state && state->running)
-                Running(*state);
+                Running(*state, settings ? settings->AtStart() : StartSettings());
         } catch (const Json::exception&) {
             Bad("service", world_.status_path + " lacks something: restart the service");
         }
@@ -112,7 +112,7 @@ class Doctor {
                                                others.front()));
     }
 
-    void Running(const StatusReading& state) {
+    void Running(const StatusReading& state, const StartSettings& settings) {
         const Json& status = state.status;
         const Json& unit = status.at("unit");
         const std::string phase = unit.at("state").get<std::string>() + " for " +
@@ -130,9 +130,14 @@ class Doctor {
         std::vector<std::string> closed;
         for (const Json& link : status.at("links"))
             if (!link.at("listening").get<bool>())
-                closed.push_back(link.at("port").dump());
+                closed.push_back(WithHolder(link.at("port").get<std::uint16_t>(), settings));
         closed.empty() ? Good("link ports", "open")
-                       : Bad("link ports", "not open: " + Joined(closed, ", "));
+                       : Bad("link ports", "not open: " + Joined(closed, "; "));
+    }
+
+    std::string WithHolder(std::uint16_t port, const StartSettings& settings) {
+        const std::string holder = world_.machine.PortHolder(settings.bind_address, port);
+        return std::to_string(port) + (holder.empty() ? "" : ", held by " + holder);
     }
 
     void Log(const SettingsFile& settings) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,9 @@ class MachineLook {
     // Why the user that the service is installed for may not read the file, and what to do. Only
     // the superuser can find that out.
     virtual std::string KeptFromService(const std::string& path) = 0;
+    // Who keeps others from binding a UDP port on that IPv4 address, as held_by; of a program of
+    // another user perhaps no more than "a program of backup".
+    virtual std::string PortHolder(const std::string& address, std::uint16_t port) = 0;
     // What is wrong with the clock.
     virtual std::string ClockTrouble() = 0;
 };

@@ -1,5 +1,7 @@
 #include "adapters/asio/asio_datagram.h"
 #include "adapters/asio/asio_tcp_client.h"
+#include "adapters/system/process.h"
+#include "adapters/system/system_machine_look.h"
 #include "tests/adapters/run_until.h"
 
 #include <vector>
@@ -59,6 +61,11 @@ TEST_F(AsioDatagram, OneIsHandledATurnAndOnlyWhatTheKernelCannotHoldIsLost) {
 }
 
 TEST_F(AsioDatagram, WhatCannotBeSentOrBoundIsRefused) {
+    const std::string own = "process " + std::to_string(ThisProcess()) + " (test_adapters";
+    for (const auto& [address, holder] :
+         {std::pair{"127.0.0.1", own}, {"0.0.0.0", own}, {"127.0.0.2", ""}})
+        EXPECT_EQ(SystemMachineLook().PortHolder(address, there.port).substr(0, own.size()),
+                  holder);
     EXPECT_FALSE(socket->Send({"no address", 1}, "c"));
     EXPECT_FALSE(socket->Send({"127.0.0.1", 0}, "d"));
     EXPECT_FALSE(socket->Send(there, std::string(70'000, 'e')));

@@ -71,12 +71,13 @@ TEST_F(Examination, LooksAtTheServiceAndTheMailServer) {
         return std::unique_ptr<HistoryReader>(std::make_unique<OneLoss>());
     };
     status.state.troubles = {{.topic = "card", .level = NoticeLevel::kError, .text = "No card."}};
-    status.state.links[2].listening = false;
+    status.state.links[1].listening = status.state.links[2].listening = false;
     Put();
     mail_greeting = Trouble{"connection refused"};
     EXPECT_EQ(Run({"doctor"}), 2);
-    for (const char* part : {"BAD   card", "No card.", "not open: 7842", "connection refused",
-                             "rows up to 7, not sent in a day: 1"})
+    for (const char* part :
+         {"BAD   card", "No card.", "not open: 7841; 7842, held by process 812 (nc)",
+          "connection refused", "rows up to 7, not sent in a day: 1"})
         EXPECT_TRUE(Says(part)) << part << out.str();
     WriteFile(settings, "no settings");
     EXPECT_EQ(Run({"doctor"}), 2);

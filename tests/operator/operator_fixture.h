@@ -31,6 +31,9 @@ struct FakeMachine : MachineLook {
     std::vector<std::string> Ports() override { return ports; }
     Holder LockHolder(const std::string&) override { return lock_holder; }
     std::string KeptFromService(const std::string&) override { return kept_from_service; }
+    std::string PortHolder(const std::string& address, std::uint16_t port) override {
+        return address == "127.0.0.1" && port == 7842 ? "process 812 (nc)" : "";
+    }
     std::string ClockTrouble() override { return ""; }
 
     std::map<std::string, PortLook> devices;

@@ -3,8 +3,10 @@
 #include <charconv>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <sstream>
 
+#include <arpa/inet.h>
 #include <grp.h>
 #include <pwd.h>
 #include <sys/stat.h>
@@ -47,12 +49,51 @@ std::string Described(const std::string& process) {
     return "process " + process + " (" + NameOf(process) + ")";
 }
 
-bool HasOpen(const std::string& process, const std::string& device) {
+// file: a path, or what stands for one: "socket:[4711]".
+bool HasOpen(const std::string& process, const std::string& file) {
     std::error_code ignored;
     for (const auto& entry : fs::directory_iterator("/proc/" + process + "/fd", ignored))
-        if (fs::read_symlink(entry.path(), ignored) == device)
+        if (fs::read_symlink(entry.path(), ignored) == file)
             return true;
     return false;
+}
+
+// As the tables of sockets have it: "0100007F"; eight zeros are all addresses.
+std::string HexAddress(const std::string& address) {
+    char hex[9] = "00000000";
+    if (in_addr number{}; inet_pton(AF_INET, address.c_str(), &number) == 1)
+        std::snprintf(hex, sizeof hex, "%08X", number.s_addr);
+    return hex;
+}
+
+bool AllAddresses(std::string_view hex) {
+    return hex.find_first_not_of('0') == hex.npos;
+}
+
+struct Socket {
+    std::string inode;
+    std::string user;
+};
+
+// "12: 0100007F:1EA0 00000000:0000 07 00000000:00000000 00:00000000 00000000  998  0 29870 2 ..."
+std::optional<Socket> SocketAt(const char* table, const std::string& address, std::uint16_t port) {
+    char wanted[6];
+    std::snprintf(wanted, sizeof wanted, ":%04X", port);
+    std::ifstream sockets(table);
+    std::string line;
+    std::getline(sockets, line); // the heading
+    while (std::getline(sockets, line)) {
+        std::istringstream words(line);
+        std::string slot, local, remote, state, queues, timer, unanswered, timeout;
+        Socket socket;
+        words >> slot >> local >> remote >> state >> queues >> timer >> unanswered >> socket.user >>
+            timeout >> socket.inode;
+        const std::string at = local.substr(0, local.find(':'));
+        if (local == at + wanted &&
+            (AllAddresses(at) || AllAddresses(address) || at.ends_with(address)))
+            return socket;
+    }
+    return std::nullopt;
 }
 
 // One that plays a device at the far end of it.
@@ -211,6 +252,20 @@ std::string SystemMachineLook::KeptFromService(const std::string& path) {
     const bool owns = stat(path.c_str(), &file) == 0 && file.st_uid == account->pw_uid;
     return who + " may not read " + path + ": " +
            (owns ? "chmod u+rw " : std::string("chown ") + kServiceUser + ": ") + path;
+}
+
+std::string SystemMachineLook::PortHolder(const std::string& address, std::uint16_t port) {
+    for (const char* table : {"/proc/net/udp", "/proc/net/udp6"}) {
+        const auto socket = SocketAt(table, HexAddress(address), port);
+        if (!socket)
+            continue;
+        for (const std::string& process : Processes())
+            if (HasOpen(process, "socket:[" + socket->inode + "]"))
+                return Described(process);
+        const passwd* const user = getpwuid(uid_t(std::strtoul(socket->user.c_str(), nullptr, 10)));
+        return "a program of " + (user ? std::string(user->pw_name) : "user " + socket->user);
+    }
+    return "";
 }
 
 std::string SystemMachineLook::ClockTrouble() {

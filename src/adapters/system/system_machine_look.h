@@ -11,6 +11,7 @@ class SystemMachineLook : public MachineLook {
     std::vector<std::string> Ports() override;
     Holder LockHolder(const std::string& path) override;
     std::string KeptFromService(const std::string& path) override;
+    std::string PortHolder(const std::string& address, std::uint16_t port) override;
     std::string ClockTrouble() override;
 };
 

@@ -6,13 +6,20 @@
 #include <charconv>
 #include <filesystem>
 #include <optional>
+#include <span>
+#include <vector>
 
+#include <winsock2.h>
+// Behind the former.
+#include <iphlpapi.h>
 #include <restartmanager.h>
 #include <setupapi.h>
 
 namespace tarnex {
 
 namespace {
+
+constexpr DWORD kNewSockets = 4096; // bytes for those that come between two calls
 
 // Of devices, "Ports (COM & LPT)".
 constexpr GUID kPortsClass{
@@ -133,6 +140,25 @@ Holder SystemMachineLook::LockHolder(const std::string& path) {
 }
 
 std::string SystemMachineLook::KeptFromService(const std::string&) {
+    return "";
+}
+
+std::string SystemMachineLook::PortHolder(const std::string& address, std::uint16_t port) {
+    const auto fill = [](void* table, DWORD& size) {
+        return GetExtendedUdpTable(table, &size, FALSE, AF_INET, UDP_TABLE_OWNER_PID, 0);
+    };
+    DWORD size = 0;
+    fill(nullptr, size);
+    std::vector<DWORD> table((size + kNewSockets) / sizeof(DWORD));
+    size = static_cast<DWORD>(table.size() * sizeof(DWORD));
+    if (fill(table.data(), size) != NO_ERROR)
+        return "";
+    const DWORD own = inet_addr(address.c_str());
+    const auto& sockets = *reinterpret_cast<const MIB_UDPTABLE_OWNER_PID*>(table.data());
+    for (const auto& socket : std::span(sockets.table, sockets.dwNumEntries))
+        if (ntohs(static_cast<u_short>(socket.dwLocalPort)) == port &&
+            (socket.dwLocalAddr == own || socket.dwLocalAddr == INADDR_ANY || own == INADDR_ANY))
+            return Described(socket.dwOwningPid, NameOf(socket.dwOwningPid)).text;
     return "";
 }
 
