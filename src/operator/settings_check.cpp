@@ -336,6 +336,10 @@ std::vector<Finding> CheckSettings(const SettingsFile& file) {
 
 std::vector<Finding> CheckSettingsHere(const OperatorWorld& world, const SettingsFile& file) {
     std::vector<Finding> findings = CheckSettings(file);
+    const std::string log = ToUtf8(file.Value("log-database"_setting));
+    if (const std::string problem = world.logs.KindProblem(log); !problem.empty())
+        findings.push_back(
+            {Level::kWarning, "log-database", "names " + log + ", which " + problem});
     for (const PortState& port : LookAtPorts(world, file, 0))
         if (port.of_settings && !port.setting.empty())
             findings.push_back(

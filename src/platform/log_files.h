@@ -45,6 +45,9 @@ class LogFiles {
     // never in the place of an existing file. Its owner may write to it and its group may read it.
     // "" when that succeeds, else what stands in the way, in words for an operator.
     virtual std::string Create(const std::string& path, const std::string& schema) = 0;
+    // "" unless the file at path is of a kind that this machine has nothing for; else what and what
+    // to do, to follow the name of the file.
+    virtual std::string KindProblem(const std::string& path) = 0;
     // "" when the service could write to the file, run by this user; else the same.
     virtual std::string WritingProblem(const std::string& path) = 0;
     // The trouble is to follow the name of the file: "is damaged".

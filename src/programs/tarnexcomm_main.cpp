@@ -2,8 +2,8 @@
 
 #include "adapters/asio/asio_datagram.h"
 #include "adapters/asio/asio_tcp_client.h"
+#include "adapters/sqlite/any_log_table.h"
 #include "adapters/sqlite/sqlite_history.h"
-#include "adapters/sqlite/sqlite_log_table.h"
 #include "adapters/system/arguments.h"
 #include "adapters/system/operator_output.h"
 #include "adapters/system/process.h"
@@ -32,7 +32,7 @@ int Run(const std::vector<std::string>& arguments) {
     AsioDatagramSockets sockets(loop, machine.settings.bind_address);
     int exit_status = kExitDone;
     AsioTcpClients tcp(loop);
-    SqliteLogTable log;
+    AnyLogTable log;
     SqliteHistory history(HistoryPath());
     const auto say = [&machine](const std::string& line) { machine.Say(line); };
     const auto controller =

@@ -1,5 +1,5 @@
+#include "adapters/sqlite/any_log_table.h"
 #include "adapters/sqlite/sqlite_handles.h"
-#include "adapters/sqlite/sqlite_log_table.h"
 #include "tests/temp_folder.h"
 
 #include <gtest/gtest.h>
@@ -47,7 +47,7 @@ bool Has(const std::string& message, const std::string& part) {
 struct SqliteLogTableTest : testing::Test {
     TempFolder folder;
     const std::string path = folder / "日志.db";
-    SqliteLogTable table;
+    AnyLogTable table;
 
     static LogRow Row(const Text& message) {
         LogRow row;

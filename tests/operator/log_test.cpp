@@ -40,6 +40,10 @@ TEST_F(LogCommands, SayWhatStandsInTheWay) {
     Fails(66, {"log", "create", "--schema", folder / "none.sql"}, "--schema");
     Fails(73, {"log", "create", "--schema", folder / "bad.sql"}, "2 columns instead of 13");
     Fails(66, {"log", "tail", "--once"}, "tarnexctl log create");
+    WriteFile(folder / "a.mdb", std::string("\0\1\0\0Standard Jet DB", 19));
+    EXPECT_EQ(Run({"settings", "set", "log-database", folder / "a.mdb"}), 0);
+    EXPECT_TRUE(Warns("is an Access database, ")) << err.str();
+    Fails(74, {"log", "tail", "--once"}, "is an Access database, ");
     EXPECT_FALSE(fs::exists(ToPath(path)));
     Run({"settings", "unset", "log-database"});
     Fails(65, {"log", "tail"}, "");

@@ -2,6 +2,7 @@
 
 #include "adapters/sqlite/sqlite_handles.h"
 #include "adapters/sqlite/sqlite_log_table.h"
+#include "adapters/system/access_log.h"
 #include "adapters/system/replace_file.h"
 #include "adapters/system/this_system.h"
 #include "platform/file_path.h"
@@ -134,11 +135,18 @@ std::string SqliteLogFiles::Create(const std::string& path, const std::string& s
     return problem.empty() ? "" : path + " cannot be made: " + problem;
 }
 
+std::string SqliteLogFiles::KindProblem(const std::string& path) {
+    return IsAccessDatabase(path) ? AccessTrouble() : "";
+}
+
 std::string SqliteLogFiles::WritingProblem(const std::string& path) {
-    return SqliteLogTable().Open(FromUtf8(path));
+    return IsAccessDatabase(path) ? AccessWritingProblem(path)
+                                  : SqliteLogTable().Open(FromUtf8(path));
 }
 
 Result<std::unique_ptr<LogReader>> SqliteLogFiles::Open(const std::string& path) {
+    if (IsAccessDatabase(path))
+        return OpenAccessLog(path);
     auto reader = std::make_unique<SqliteLogReader>();
     if (std::string problem = reader->Open(path); !problem.empty())
         return Trouble{std::move(problem)};

@@ -3,7 +3,7 @@
 #include "adapters/sqlite/sqlite_handles.h"
 #include "platform/file_path.h"
 
-#include <fstream>
+#include <filesystem>
 #include <vector>
 
 namespace tarnex {
@@ -48,14 +48,6 @@ std::string InsertSql(const std::vector<std::string>& columns) {
         places += separator + std::string("?") + std::to_string(i);
     }
     return "INSERT INTO \"Log\" (" + names + ") VALUES (" + places + ")";
-}
-
-bool IsAccessDatabase(const std::string& path) {
-    std::ifstream file(ToPath(path), std::ios::binary);
-    char head[19]{};
-    file.read(head, sizeof head);
-    const std::string_view kind(head + 4, 15);
-    return kind == "Standard Jet DB" || kind == "Standard ACE DB";
 }
 
 } // namespace
@@ -156,10 +148,6 @@ std::string SqliteLogTable::Open(const Text& path) {
         return in_use ? "" : About(file, "is missing: make it with \"tarnexctl log create\"");
     if (status.type() == std::filesystem::file_type::directory)
         return About(file, "is a folder: name a file (setting \"log-database\")");
-    if (IsAccessDatabase(file))
-        return About(file, "is an Access database, which this program cannot write: make an SQLite "
-                           "database with \"tarnexctl log create\" and name that (setting "
-                           "\"log-database\")");
 
     auto opened = std::make_unique<Connection>(file);
     if (opened->Problem().empty()) {
