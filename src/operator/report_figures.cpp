@@ -186,6 +186,8 @@ ReportFigures FiguresOf(const std::vector<HistoryRow>& rows, std::vector<std::in
     figures.buckets.resize(edges.size() - 1);
     figures.edges = std::move(edges);
     figures.now = now;
+    for (std::size_t i = 0; i < figures.buckets.size(); ++i)
+        figures.buckets[i].length = std::min(now, figures.edges[i + 1]) - figures.edges[i];
     Counter counter(figures);
     for (const HistoryRow& row : rows)
         counter.Row(row);

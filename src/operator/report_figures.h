@@ -29,9 +29,10 @@ struct ReportSpan {
 struct ReportBucket {
     int alarms = 0;
     std::array<int, kOutcomes> messages{};
-    std::int64_t known = 0; // how long it was known whether the unit was ready
-    std::int64_t ready = 0; // and how long it was
-    int readings = 0;       // of the signal
+    std::int64_t length = 0; // up to now, in ms as the next two
+    std::int64_t known = 0;  // how long it was known whether the unit was ready
+    std::int64_t ready = 0;  // and how long it was
+    int readings = 0;        // of the signal
     long signal_sum = 0;
     int weakest = 0;
     int strongest = 0;

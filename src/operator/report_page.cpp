@@ -190,11 +190,13 @@ class Page {
                   .series = {"not-sent", "sent"},
                   .columns = {}};
         const std::string svg = PlotOf(plot, [](const ReportBucket& bucket, PlotColumn& column) {
-            if (bucket.known > 0) {
-                const double ready = 100.0 * double(bucket.ready) / double(bucket.known);
-                column.parts = {100 - ready, ready};
-            }
-            return "ready " + Percent(bucket.ready, bucket.known);
+            if (bucket.known == 0)
+                return std::string("not known");
+            const std::int64_t not_ready = bucket.known - bucket.ready;
+            for (const std::int64_t part : {not_ready, bucket.ready})
+                column.parts.push_back(100.0 * double(part) / double(bucket.length));
+            return "ready " + Percent(bucket.ready, bucket.length) + ", not ready " +
+                   Percent(not_ready, bucket.length);
         });
         Section(
             std::string("Unit, each ") + BucketWord(),
