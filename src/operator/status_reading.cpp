@@ -67,8 +67,9 @@ StatusReading ReadStatusFile(const OperatorWorld& world) {
                 {{"topic", "service"},
                  {"level", "error"},
                  {"text",
-                  "The service hangs: it has not written its status for 3 minutes. Restart it: " +
-                      world.words.restart_service}});
+                  "The service has not written its status for 3 minutes, so what stands here is "
+                  "old: free space where its disk is full; else it hangs, and " +
+                      world.words.restart_service + " helps."}});
     if (!state.running)
         state.absence = WhyAbsent(world, state.status);
     return state;

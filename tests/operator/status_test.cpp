@@ -119,7 +119,7 @@ TEST_F(StatusCommands, IsShortOnATerminalAndOneLineForMonitoring) {
     EXPECT_TRUE(checked(2).starts_with("CRITICAL: "));
     now += 3min;
     EXPECT_EQ(Run({"status", "--check"}), 2);
-    EXPECT_TRUE(Says("; The service hangs: ")) << out.str();
+    EXPECT_TRUE(Says("; The service has not written its status for 3 minutes, ")) << out.str();
     service_process = 1;
     EXPECT_TRUE(checked(2).starts_with("CRITICAL: the service does not run"));
     WriteFile(world.status_path, "{}");
