@@ -70,6 +70,8 @@ std::string Trouble(const CLI::App& app, const CLI::ParseError& error) {
     const std::string what = OneLine(error.what());
     if (error.get_name() == "ArgumentMismatch" && what.ends_with(" missing"))
         return what.substr(0, what.find(':')) + " needs a value";
+    if (error.get_name() == "ArgumentMismatch" && what.find(": At Most 1 ") != what.npos)
+        return what.substr(0, what.find(':')) + " is given more than once";
     if (unknown.empty())
         return what;
     const std::string& word = unknown.front();

@@ -119,6 +119,7 @@ TEST_F(SettingsCommands, RefusesNonsenseInOneLine) {
     Fails(64, {"settings", "set", "send-count"}, "the value is missing"); // nobody to ask
     Fails(64, {"settings", "set", "send-count", "1", "2"}, "\"2\" is one word too many");
     Fails(64, {"settings"}, "the command is missing");
+    Fails(64, {"report", "--days=1", "--days=2"}, "--days is given more than once");
     Fails(64, {"settings", "list", "--lnog"}, "did you mean \"--long\"?");
     EXPECT_EQ(FileContent(settings), before);
     // Where ports have names like this one it needs no path in front.
