@@ -1,8 +1,8 @@
 # Completion for the commands of TarnexComm. Their own help says what there is to complete.
 
-# The long options in the help of a command.
+# The long options in the help of a command, which has those of others in its examples.
 _tarnex_options() {
-    "$@" --help 2>/dev/null | grep -oE -e '--[a-z][a-z0-9-]*' | sort -u
+    "$@" --help 2>/dev/null | sed -nE 's/^  (-[a-z],)?(--[a-z][a-z0-9-]*).*/\2/p' | sort -u
 }
 
 # The first words of the lines below a heading in the help of a command.

@@ -76,7 +76,7 @@ class Documents(unittest.TestCase):
             ((*settings, "set", "link-events-way", ""), ["SMS", "Email", "S+E"]),
             ((*settings, "set", "com1-device", "/dev/nul"), ["/dev/null"]),
             (("tarnexctl", "setup", "--port", "sea"), ["search"]),
-            ((*settings, "list", "--l"), ["--long"]),
+            (("tarnexctl", "resend", "--"), ["--help", "--settings-file", "--status-file", "--unsent", "--version"]),
             (("tarnexctl", "log", "create", "/usr/lib/os-r"), ["/usr/lib/os-release"]),
             (("tarnex-monitor", "notify", "--state", ""), ["abnormal", "normal", "lost"]),
             (("tarnex-sim", "--li"), ["--link"]),
