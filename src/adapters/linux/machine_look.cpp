@@ -46,7 +46,8 @@ std::string NameOf(const std::string& process) {
 }
 
 std::string Described(const std::string& process) {
-    return "process " + process + " (" + NameOf(process) + ")";
+    const std::string name = NameOf(process); // "": it has ended, and a child keeps what it had
+    return "process " + process + (name.empty() ? "" : " (" + name + ")");
 }
 
 // file: a path, or what stands for one: "socket:[4711]".
@@ -215,19 +216,24 @@ std::vector<std::string> SystemMachineLook::Ports() {
     return ports;
 }
 
-// "1: FLOCK  ADVISORY  WRITE 4711 08:02:131 0 EOF", device numbers in hexadecimal
+// "1: FLOCK  ADVISORY  WRITE 4711 08:02:131 0 EOF", device numbers in hexadecimal. Those of btrfs
+// are not the ones that files tell; files of other devices may well have the same number.
 Holder SystemMachineLook::LockHolder(const std::string& path) {
     struct stat file;
     if (stat(path.c_str(), &file) != 0)
         return {};
+    char here[64];
+    std::snprintf(here, sizeof here, "%02x:%02x:", major(file.st_dev), minor(file.st_dev));
+    const std::string inode = std::to_string(file.st_ino);
+    std::error_code ignored;
+    const std::string whole = fs::canonical(path, ignored).string();
     std::ifstream locks("/proc/locks");
     for (std::string line; std::getline(locks, line);) {
         std::istringstream words(line);
         std::string number, kind, mode, access, process, where;
         words >> number >> kind >> mode >> access >> process >> where;
-        const std::size_t colon = where.rfind(':');
-        if (kind == "FLOCK" && colon != std::string::npos &&
-            where.substr(colon + 1) == std::to_string(file.st_ino))
+        if (kind == "FLOCK" && where.ends_with(":" + inode) &&
+            (where == here + inode || HasOpen(process, whole)))
             return {std::atol(process.c_str()), Described(process)};
     }
     return {};
