@@ -13,7 +13,9 @@ constexpr std::size_t kMostSMS = 2 * kSMSFifoSize; // that wait for room or the 
 constexpr std::size_t kMostQueuedSMS = kSMSFifoSize * 3 / 4;
 constexpr std::ptrdiff_t kMostQueuedMails = 300; // of 400
 constexpr const char* kNoRoom = "stays as it is: the rest of the queue is for new messages";
-constexpr int kMostRows = 600;           // that a start looks through
+// That a start looks through: what full queues have lost stands between what they have pushed out.
+constexpr int kMostRows = 2000;
+constexpr int kMostUnsent = 600;         // that are queued again without being named
 constexpr std::size_t kMostNamed = 1000; // at a time: the loop waits meanwhile
 constexpr const char* kHowToSee = "tarnexctl history --unsent";
 
@@ -251,7 +253,7 @@ std::string SendAgain::Resend(const std::vector<std::int64_t>& ids) {
     LookBack();
     std::vector<std::int64_t> wanted = ids;
     if (wanted.empty()) {
-        auto rows = parts_.history.Rows({.not_sent = true, .last = kMostRows});
+        auto rows = parts_.history.Rows({.not_sent = true, .last = kMostUnsent});
         if (!rows)
             return rows.TroubleText() + "\n";
         for (const HistoryRow& row : *rows)
@@ -268,7 +270,7 @@ std::string SendAgain::Resend(const std::vector<std::int64_t>& ids) {
                 std::to_string(id) + " " + (why_not.empty() ? "is queued again" : why_not) + "\n";
     }
     if (left > 0)
-        answer += std::to_string(left) + (wanted.size() == kMostRows ? " or more" : "") +
+        answer += std::to_string(left) + (wanted.size() == kMostUnsent ? " or more" : "") +
                   " stay as they are: the rest of the queue is for new messages. Ask again when "
                   "these are sent\n";
     return answer.empty() ? "nothing is left that was not sent\n" : answer;

@@ -79,6 +79,18 @@ TEST_F(Fates, SixKillsLoseNothingAndAreTold) {
     }
     EXPECT_GE(Said(" SMS that waited when the service ended were not sent, and are sent again"), 2);
     ExpectAllSent(30, 6);
+
+    // Of full queues; what they have pushed out stands between.
+    const std::int64_t last = history.Stored.rbegin()->first;
+    const std::int64_t at = history.Stored.rbegin()->second.at;
+    for (std::int64_t id = last + 1; id <= last + 700; ++id)
+        history.Stored[id] = {.id = id,
+                              .at = at,
+                              .kind = "mail",
+                              .fate = id % 2 ? "lost" : "pushed out",
+                              .ended = at};
+    Kill();
+    EXPECT_EQ(service->Parts().messages.Waiting().size(), 350u);
 }
 
 TEST_F(Fates, WithoutTheSettingOrAfterAnHourALossIsFinal) {
