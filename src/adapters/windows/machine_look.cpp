@@ -27,9 +27,11 @@ constexpr GUID kPortsClass{
 
 constexpr std::size_t kLongestName = 256; // of a device
 
+// Without a name where the system tells nobody, as of itself.
 Holder Described(DWORD process, const std::wstring& name) {
     return {.process = static_cast<long>(process),
-            .text = "process " + std::to_string(process) + " (" + FromWide(name) + ")"};
+            .text = "process " + std::to_string(process) +
+                    (name.empty() ? "" : " (" + FromWide(name) + ")")};
 }
 
 // What the Device Manager calls a device; "" where it has no name.
@@ -157,7 +159,8 @@ std::string SystemMachineLook::PortHolder(const std::string& address, std::uint1
     const auto& sockets = *reinterpret_cast<const MIB_UDPTABLE_OWNER_PID*>(table.data());
     for (const auto& socket : std::span(sockets.table, sockets.dwNumEntries))
         if (ntohs(static_cast<u_short>(socket.dwLocalPort)) == port &&
-            (socket.dwLocalAddr == own || socket.dwLocalAddr == INADDR_ANY || own == INADDR_ANY))
+            (socket.dwLocalAddr == own || socket.dwLocalAddr == INADDR_ANY || own == INADDR_ANY) &&
+            socket.dwOwningPid != 0) // of a process that has gone nobody can do anything
             return Described(socket.dwOwningPid, NameOf(socket.dwOwningPid)).text;
     return "";
 }
