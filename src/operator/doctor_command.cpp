@@ -106,7 +106,7 @@ class Doctor {
         const std::vector<std::string> others = world_.machine.Ports();
         Bad("ports", "none of the ports is there: " +
                          (others.empty() ? "plug the adapter of the unit in"
-                                         : "there are " + Joined(others, ", ") +
+                                         : "there is: " + Joined(others, ", ") +
                                                "; name the one of the unit: tarnexctl settings "
                                                "set com1-device " +
                                                others.front()));

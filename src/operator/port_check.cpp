@@ -90,7 +90,7 @@ class PortCheck {
 
     std::string Instead() {
         const std::vector<std::string> others = world_.machine.Ports();
-        return others.empty() ? ", nor any other port" : "; there are " + Joined(others, ", ");
+        return others.empty() ? ", nor any other port" : "; there is: " + Joined(others, ", ");
     }
 
     const OperatorWorld& world_;

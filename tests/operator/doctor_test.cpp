@@ -29,7 +29,7 @@ TEST_F(Examination, SaysOfEachPortWhatToDo) {
     machine.ports = {"/dev/serial/by-id/x"};
     const std::vector<std::pair<PortLook, std::string>> cases{
         {{.there = true, .device = "/d"}, "ok    COM1"},
-        {{.device = "/d"}, unit + " is not there; there are /dev/serial/by-id/x"},
+        {{.device = "/d"}, unit + " is not there; there is: /dev/serial/by-id/x"},
         {{.there = true, .device = "/d", .what = "FTDI", .forbidden = "it is for the group root"},
          unit + " (FTDI) may not be opened by the service: it is for the group root"},
         {{.there = true, .device = "/d", .held_by = "process 812 (minicom)"},
