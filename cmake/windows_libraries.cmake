@@ -21,6 +21,30 @@ add_library(tarnex_asio INTERFACE)
 target_include_directories(tarnex_asio SYSTEM INTERFACE ${headers})
 target_link_libraries(tarnex_asio INTERFACE ws2_32 mswsock)
 
+# tarnex_late_library(<name>): tarnex_late_<name>, a library of Windows that is loaded when something of
+# it is called first. Finding and loading one that nobody calls takes most of a service's start.
+function(tarnex_late_library name)
+    set(late ${CMAKE_BINARY_DIR}/late/${name})
+    add_library(tarnex_late_${name} INTERFACE)
+    target_link_libraries(tarnex_late_${name} INTERFACE ${late}.a delayimp)
+    if(EXISTS ${late}.a)
+        return()
+    endif()
+    execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=lib${name}.a
+        OUTPUT_VARIABLE library OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    execute_process(COMMAND ${CMAKE_NM} --defined-only ${library}
+        OUTPUT_VARIABLE symbols ERROR_QUIET COMMAND_ERROR_IS_FATAL ANY)
+    string(REGEX MATCHALL " T [A-Za-z0-9_]+" functions "${symbols}")
+    list(TRANSFORM functions REPLACE "^ T " "    ")
+    list(JOIN functions "\n" functions)
+    file(WRITE ${late}.def "LIBRARY ${name}.dll\nEXPORTS\n${functions}\n")
+    execute_process(COMMAND ${CMAKE_DLLTOOL} --input-def ${late}.def --output-delaylib ${late}.a
+        COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+foreach(name comctl32 comdlg32 ole32)
+    tarnex_late_library(${name})
+endforeach()
+
 # Into the program, which so needs no library beside it.
 set(sqlite ${CMAKE_BINARY_DIR}/sqlite)
 if(NOT EXISTS ${sqlite}/sqlite3.c)
