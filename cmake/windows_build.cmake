@@ -22,7 +22,7 @@ function(tarnex_windows_test name)
     add_test(NAME ${name}.windows COMMAND ${PROJECT_SOURCE_DIR}/tests/under-wine ${ARGN})
     set_tests_properties(${name}.windows PROPERTIES TIMEOUT 1200 SKIP_RETURN_CODE 77
         ENVIRONMENT TARNEX_WINDOWS=${TARNEX_WINDOWS_BUILD}/bin)
-    if(name MATCHES "_windows\\.") # clicked through: several at once would only be slow
-        set_tests_properties(${name}.windows PROPERTIES RESOURCE_LOCK windows)
+    if(name MATCHES "_windows\\.") # clicked through, one after the other, and so begun early
+        set_tests_properties(${name}.windows PROPERTIES RESOURCE_LOCK windows COST 500)
     endif()
 endfunction()

@@ -5,6 +5,7 @@ import os
 import re
 import shutil
 import subprocess
+import time
 
 import harness
 from harness import Program, wait_until
@@ -103,9 +104,13 @@ class Window:
 
     def copied(self, place, *keys):
         """What keys copy from the box at that place."""
-        self.click(*place)
-        self.key(*keys)
-        return Client(self._screen.name).clipboard()
+
+        def copy():
+            self.click(*place)
+            self.key(*keys)
+            return Client(self._screen.name).clipboard()
+
+        return wait_until(copy, "an answer to the request for the clipboard")[0]
 
     def lines(self, place):
         """All lines of the list at that place."""
@@ -145,18 +150,23 @@ class Client:
         self._x.XCloseDisplay(self._display)
 
     def clipboard(self):
-        """The text that was copied last, "" when there is none."""
+        """The text that was copied last, "" when there is none; as a list, which is empty without an answer.
+
+        A busy Wine sometimes owns the clipboard and answers nobody until something is copied anew.
+        """
         root = self._x.XDefaultRootWindow(self._display)
         own = self._x.XCreateSimpleWindow(self._display, root, 0, 0, 1, 1, 0, ctypes.c_long(0), ctypes.c_long(0))
         clipboard, utf8, text = (self._atom(name) for name in ("CLIPBOARD", "UTF8_STRING", "TEXT"))
         self._x.XConvertSelection(self._display, clipboard, utf8, text, own, 0)
-        wait_until(
-            lambda: self._x.XCheckTypedWindowEvent(self._display, own, self.SELECTION_NOTIFY, self.Event()),
-            "an answer to the request for the clipboard",
-        )
+        end = time.monotonic() + harness.LIMIT / 30
+        while not self._x.XCheckTypedWindowEvent(self._display, own, self.SELECTION_NOTIFY, self.Event()):
+            if time.monotonic() > end:
+                self._x.XCloseDisplay(self._display)
+                return []
+            time.sleep(0.01)
         content = ctypes.c_char_p()
         unread = [ctypes.byref(ctypes.c_long()) for _ in range(4)]  # kind, format, length, rest
         where = (0, ctypes.c_long(1 << 20), 0, ctypes.c_long(0))  # all of it, of any kind
         self._x.XGetWindowProperty(self._display, own, text, *where, *unread, ctypes.byref(content))
         self._x.XCloseDisplay(self._display)
-        return (content.value or b"").decode()
+        return [(content.value or b"").decode()]
