@@ -59,8 +59,7 @@ void MakeFoldersOfThisSystem() {
     if (owner == Owner::kSystem && RunsAsService())
         SetFileSecurityW(wide.c_str(), DACL_SECURITY_INFORMATION,
                          access.Get()->lpSecurityDescriptor);
-    const bool ours = owner == Owner::kSystem || (owner == Owner::kThisUser && !RunsAsService());
-    if (!ours && !MakePrivate(wide) && RunsAsService())
+    if (owner == Owner::kSomebodyElse && !MakePrivate(wide) && RunsAsService())
         TellOperator(NoticeLevel::kWarning,
                      "tarnexcomm: The folder " + folder +
                          " belongs to somebody else, who can read and change what the service "
