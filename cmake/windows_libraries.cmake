@@ -59,5 +59,5 @@ target_compile_options(tarnex_sqlite PRIVATE -O2)
 # One thread uses a database; what the programs do not use costs size.
 target_compile_definitions(tarnex_sqlite PRIVATE SQLITE_THREADSAFE=2 SQLITE_DEFAULT_MEMSTATUS=0
     SQLITE_OMIT_LOAD_EXTENSION SQLITE_OMIT_DEPRECATED SQLITE_OMIT_SHARED_CACHE
-    SQLITE_OMIT_PROGRESS_CALLBACK SQLITE_OMIT_TRACE)
+    SQLITE_OMIT_PROGRESS_CALLBACK SQLITE_OMIT_TRACE SQLITE_OMIT_JSON)
 add_library(SQLite::SQLite3 ALIAS tarnex_sqlite)
