@@ -19,7 +19,7 @@ struct PortLook {
 
 // A program that holds something.
 struct Holder {
-    long process = 0;
+    long process = 0;   // 0: nobody is known
     std::string text{}; // as held_by
 };
 
@@ -34,11 +34,11 @@ class MachineLook {
     virtual std::vector<std::string> Ports() = 0;
     // Who has a lock on the file.
     virtual Holder LockHolder(const std::string& path) = 0;
-    // Why the user that the service is installed for may not read the file, and what to do. Only
-    // the superuser can find that out.
+    // Why the user that the service is installed for may not read the file, and what to do; ""
+    // where he may. Only the superuser can find that out: "" for everybody else.
     virtual std::string KeptFromService(const std::string& path) = 0;
-    // Who keeps others from binding a UDP port on that IPv4 address, as held_by; of a program of
-    // another user perhaps no more than "a program of backup".
+    // Who keeps others from binding a UDP port on that IPv4 address, as held_by; "" for nobody that
+    // is known; of a program of another user perhaps no more than "a program of backup".
     virtual std::string PortHolder(const std::string& address, std::uint16_t port) = 0;
     // What is wrong with the clock.
     virtual std::string ClockTrouble() = 0;

@@ -9,8 +9,8 @@
 
 namespace tarnex {
 
-// ODBC, loaded when an Access database is first named: most machines never need it. Without it all
-// functions are there and fail.
+// ODBC, loaded when an Access database is first named: most machines never need it. Where it is not
+// loaded the functions are null and every OdbcHandle is none.
 struct Odbc {
     Odbc();
     bool loaded = false;
