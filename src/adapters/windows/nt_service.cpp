@@ -155,13 +155,11 @@ DWORD WINAPI Service::TakeControl(DWORD control, DWORD, void*, void*) {
     return TheService().Take(control);
 }
 
-// Empty when the process is not there any more.
-PROCESSENTRY32W EntryOf(DWORD process) {
-    const WindowsHandle all(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+// all: of the toolhelp functions. Empty when the process is not there any more.
+PROCESSENTRY32W EntryOf(DWORD process, HANDLE all) {
     PROCESSENTRY32W entry{};
     entry.dwSize = sizeof entry;
-    for (BOOL more = Process32FirstW(all.Get(), &entry); more;
-         more = Process32NextW(all.Get(), &entry))
+    for (BOOL more = Process32FirstW(all, &entry); more; more = Process32NextW(all, &entry))
         if (entry.th32ProcessID == process)
             return entry;
     return {};
@@ -173,8 +171,9 @@ PROCESSENTRY32W EntryOf(DWORD process) {
 // seconds. The service manager lives as long as the system, so that nobody else gets its number.
 bool RunsAsService() {
     static const bool service = [] {
-        const DWORD parent = EntryOf(GetCurrentProcessId()).th32ParentProcessID;
-        return _wcsicmp(EntryOf(parent).szExeFile, L"services.exe") == 0;
+        const WindowsHandle all(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+        const DWORD parent = EntryOf(GetCurrentProcessId(), all.Get()).th32ParentProcessID;
+        return _wcsicmp(EntryOf(parent, all.Get()).szExeFile, L"services.exe") == 0;
     }();
     return service;
 }
