@@ -1,29 +1,30 @@
 #include "adapters/system/arguments.h"
 
-#include "adapters/windows/windows_headers.h"
 #include "adapters/windows/windows_text.h"
 
-#include <memory>
-
-#include <shellapi.h>
+// How the C library makes the arguments of a wmain(), which has no header of its own. The system's
+// CommandLineToArgvW would bring SHELL32, and with it USER32 and GDI32, into every program.
+extern "C" {
+struct CrtStartInfo {
+    int new_mode; // whether malloc() calls what operator new calls when there is no memory
+};
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
+int __wgetmainargs(int* count, wchar_t*** words, wchar_t*** environment, int expand_wildcards,
+                   CrtStartInfo* start);
+}
 
 namespace tarnex {
-
-namespace {
-
-struct FreeLocal {
-    void operator()(wchar_t** words) const { LocalFree(words); }
-};
-
-} // namespace
 
 // Those of main() have lost what the machine's code page lacks.
 std::vector<std::string> ProgramArguments(int, char**) {
     int count = 0;
-    const std::unique_ptr<wchar_t*, FreeLocal> words(CommandLineToArgvW(GetCommandLineW(), &count));
+    wchar_t** words = nullptr; // both are the library's
+    wchar_t** environment = nullptr;
+    CrtStartInfo start{};
+    __wgetmainargs(&count, &words, &environment, 0, &start);
     std::vector<std::string> arguments;
-    for (int i = 1; words && i < count; ++i)
-        arguments.push_back(FromWide(words.get()[i]));
+    for (int i = 1; i < count; ++i)
+        arguments.push_back(FromWide(words[i]));
     return arguments;
 }
 

@@ -11,31 +11,42 @@ namespace tarnex {
 
 namespace {
 
-// Not by the environment, which somebody may have changed; Wine gives its services another one.
-std::string DataOfAllUsers() {
-    wchar_t folder[MAX_PATH]{};
-    SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, SHGFP_TYPE_CURRENT, folder);
-    return FromWide(folder);
-}
-
 // Where the service looks, whatever WINDIR is here.
-std::string FolderOfWindows() {
+std::wstring FolderOfWindows() {
     wchar_t folder[MAX_PATH]{};
     GetSystemWindowsDirectoryW(folder, MAX_PATH);
-    return FromWide(folder);
+    return folder;
+}
+
+// Not by the environment, which somebody may have changed; Wine gives its services another one.
+// SHELL32 takes long to load: it is asked only where anything unusual stands in the registry.
+std::wstring DataOfAllUsers() {
+    constexpr std::wstring_view kDrive = L"%SystemDrive%";
+    wchar_t folder[MAX_PATH]{};
+    DWORD size = sizeof folder;
+    RegGetValueW(HKEY_LOCAL_MACHINE,
+                 L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList", L"ProgramData",
+                 RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ | RRF_NOEXPAND, nullptr, folder, &size);
+    std::wstring path = folder;
+    if (path.starts_with(kDrive))
+        path.replace(0, kDrive.size(), FolderOfWindows(), 0, 2);
+    if (!path.empty() && path.find(L'%') == std::wstring::npos)
+        return path;
+    SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, SHGFP_TYPE_CURRENT, folder);
+    return folder;
 }
 
 } // namespace
 
 SystemWords WordsOfThisSystem() {
-    const std::string folder = DataOfAllUsers() + "\\TarnexComm";
+    const std::string folder = FromWide(DataOfAllUsers() + L"\\TarnexComm");
     return {.start_service = "net start TarnexComm",
             .stop_service = "net stop TarnexComm",
             .restart_service = "net stop TarnexComm & net start TarnexComm",
             .with_all_rights = "",
             .who_may = "an administrator",
             .how_to_become_them = " (in a command prompt that is run as administrator)",
-            .settings_folder = FolderOfWindows(),
+            .settings_folder = FromWide(FolderOfWindows()),
             .data_folder = folder,
             .runtime_folder = folder,
             .close_file = "icacls %1 /inheritance:r /grant:r *S-1-5-18:F *S-1-5-32-544:F",
