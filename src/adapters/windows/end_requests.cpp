@@ -32,7 +32,9 @@ bool PostToLoop(std::function<void()>& handler) {
 BOOL WINAPI TakeRequest(DWORD request) {
     if (request == CTRL_C_EVENT || request == CTRL_BREAK_EVENT)
         return PostToLoop(g_on_end);
-    if (!PostToLoop(g_on_gone))
+    // Before the session's end is watched for, the console tells that too.
+    const bool system_ends = request == CTRL_LOGOFF_EVENT || request == CTRL_SHUTDOWN_EVENT;
+    if (!(system_ends && PostToLoop(g_on_system_end)) && !PostToLoop(g_on_gone))
         return FALSE;
     Sleep(kTimeToEnd); // once this returns, the process is ended
     return TRUE;
@@ -41,16 +43,23 @@ BOOL WINAPI TakeRequest(DWORD request) {
 } // namespace
 
 struct EndRequests::State {
-    SessionEnd session_end;
+    explicit State(AsioLoop& its_loop) : loop(its_loop) {}
+    ~State() { loop.Cancel(watch); }
+
+    AsioLoop& loop;
+    std::optional<SessionEnd> session_end;
+    // Once the loop runs, and a service so has its sockets: USER32 takes long to load.
+    CallId watch = loop.CallAfter(Duration::zero(), [this] {
+        session_end.emplace(
+            loop, [] { return g_why_not ? g_why_not() : std::string(); },
+            [] {
+                if (const auto& handler = g_on_system_end ? g_on_system_end : g_on_gone)
+                    handler();
+            });
+    });
 };
 
-EndRequests::EndRequests(AsioLoop& loop)
-    : state_(new State{.session_end{loop, [] { return g_why_not ? g_why_not() : std::string(); },
-                                    [] {
-                                        if (const auto& handler =
-                                                g_on_system_end ? g_on_system_end : g_on_gone)
-                                            handler();
-                                    }}}) {
+EndRequests::EndRequests(AsioLoop& loop) : state_(new State(loop)) {
     const std::lock_guard lock(g_mutex);
     g_loop = &loop;
     SetConsoleCtrlHandler(TakeRequest, TRUE);
