@@ -41,7 +41,7 @@ function(tarnex_late_library name)
     execute_process(COMMAND ${CMAKE_DLLTOOL} --input-def ${late}.def --output-delaylib ${late}.a
         COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
-foreach(name comctl32 comdlg32 ole32)
+foreach(name comctl32 comdlg32 gdi32 iphlpapi ole32 rstrtmgr setupapi shell32 user32)
     tarnex_late_library(${name})
 endforeach()
 
