@@ -5,6 +5,11 @@ find_package(Threads REQUIRED)
 add_library(tarnex_options INTERFACE)
 target_compile_options(tarnex_options INTERFACE -Wall -Wextra -Werror)
 target_compile_definitions(tarnex_options INTERFACE TARNEX_VERSION="${PROJECT_VERSION}")
+if(CMAKE_UNITY_BUILD)
+    # Where several files are compiled as one, GCC takes each for a header.
+    target_compile_options(tarnex_options INTERFACE
+        $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+endif()
 if(TARNEX_SANITIZE)
     target_compile_options(tarnex_options INTERFACE
         -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)

@@ -6,7 +6,7 @@ namespace {
 
 constexpr Duration kPauseBeforeCommand = 10ms;
 constexpr Duration kAdapterLimit = 100ms; // a short command in the buffer of a USB adapter
-constexpr std::size_t kAnswerPrefix = 3;  // "TX:"
+constexpr std::size_t kPrefixLength = 3;  // "TX:"
 
 Text Frame(TextView command) {
     return Text(u"~TX:").append(command).append(u"\r\n");
@@ -148,9 +148,9 @@ Task<Text> CommandSender::SendCommand(Text command) {
         co_return Text();
     parts_.lists.List2Additem(u"Send:" + frame);
     Text answer = co_await parts_.answer.Wait(AnswerWaitTime);
-    if (answer.size() < kAnswerPrefix)
+    if (answer.size() < kPrefixLength)
         co_return Text(kFailed);
-    co_return answer.substr(kAnswerPrefix);
+    co_return answer.substr(kPrefixLength);
 }
 
 Task<> CommandSender::RawCommandLeft() {

@@ -60,7 +60,7 @@ std::string OneLine(std::string text) {
     return text;
 }
 
-std::string Trouble(const CLI::App& app, const CLI::ParseError& error) {
+std::string ArgumentTrouble(const CLI::App& app, const CLI::ParseError& error) {
     const CLI::App& command = Deepest(app);
     std::vector<std::string> unknown = app.remaining(true);
     std::erase(unknown, "--");
@@ -170,7 +170,7 @@ std::optional<ExitStatus> Arguments::Read(std::vector<std::string> arguments, st
         out << text.str();
         return kExitDone;
     } catch (const CLI::ParseError& error) {
-        const std::string trouble = EscapeControls(Trouble(*app_, error));
+        const std::string trouble = EscapeControls(ArgumentTrouble(*app_, error));
         err << app_->get_name() << ": " << trouble << " (try \"" << FullName(Deepest(*app_))
             << " --help\")\n";
         return kExitUsage;

@@ -11,7 +11,7 @@ namespace tarnex {
 namespace {
 
 constexpr int kTestSeconds = 300;
-constexpr Duration kPause = 1s;
+constexpr Duration kStartCheckPause = 1s;
 constexpr Duration kStartLimit = 10s;
 
 // False as well when nobody answers.
@@ -37,8 +37,8 @@ bool Runs(const OperatorWorld& world) {
 std::string Start(const OperatorWorld& world, const ServiceStart& start) {
     if (std::string trouble = start(); !trouble.empty())
         return trouble;
-    for (Duration waited{}; !Runs(world); waited += kPause)
-        if (waited >= kStartLimit || !world.pause(kPause))
+    for (Duration waited{}; !Runs(world); waited += kStartCheckPause)
+        if (waited >= kStartLimit || !world.pause(kStartCheckPause))
             return "it does not run: \"tarnexctl status\" says why";
     return "";
 }

@@ -14,7 +14,7 @@ namespace tarnex {
 
 namespace {
 
-constexpr Duration kPollPeriod = 1s;
+constexpr Duration kHistoryPollPeriod = 1s;
 constexpr int kUsualRows = 20;
 // That the clock of the system can count.
 constexpr int kFirstYear = 1970;
@@ -27,17 +27,13 @@ system_clock::time_point At(std::int64_t ms) {
     return system_clock::time_point(std::chrono::milliseconds(ms));
 }
 
-std::int64_t MsOf(system_clock::time_point time) {
-    return std::chrono::floor<std::chrono::milliseconds>(time.time_since_epoch()).count();
-}
-
 // "2024-05-06", "2024-05-06 22:30", "90min", "2h" or "3d" as the time that it means.
 std::int64_t SinceOf(const OperatorWorld& world, const std::string& text) {
     if (text.empty())
         return 0;
     const auto moment = ParseMoment(text);
     if (moment && moment->year >= kFirstYear && moment->year <= kLastYear)
-        return MsOf(TimeOf(world, *moment));
+        return UnixMs(TimeOf(world, *moment));
     std::istringstream age(text);
     long long number = 0;
     std::string unit;
@@ -45,7 +41,7 @@ std::int64_t SinceOf(const OperatorWorld& world, const std::string& text) {
         for (const auto& [name, length] :
              {std::pair("min", Duration(1min)), {"h", Duration(1h)}, {"d", Duration(24h)}})
             if (unit == name)
-                return MsOf(world.now() - number * length);
+                return UnixMs(world.now() - number * length);
     throw Failure(kExitData,
                   "--since: \"" + text +
                       "\" is no time such as 2024-05-06, \"2024-05-06 22:30\", 90min, 2h or 3d");
@@ -195,7 +191,7 @@ class HistoryOutput {
 ExitStatus ShowHistory(OperatorWorld& world, const HistoryOptions& options) {
     HistoryOutput output(world, options);
     output.ShowPresent();
-    while (options.follow && world.out && world.pause(kPollPeriod))
+    while (options.follow && world.out && world.pause(kHistoryPollPeriod))
         output.ShowChanges();
     return kExitDone;
 }

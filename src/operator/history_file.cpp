@@ -8,7 +8,7 @@ namespace tarnex {
 namespace {
 
 // Of a file that nothing was written to yet, as if it were not there.
-std::error_code Problem(const std::string& path) {
+std::error_code WhyNotOpen(const std::string& path) {
     std::error_code problem = ReadingProblem(path);
     std::error_code unknown;
     if (!problem && std::filesystem::file_size(ToPath(path), unknown) == 0)
@@ -19,11 +19,11 @@ std::error_code Problem(const std::string& path) {
 } // namespace
 
 bool HistoryFile::IsThere(const OperatorWorld& world) {
-    return Problem(world.history_path) != std::errc::no_such_file_or_directory;
+    return WhyNotOpen(world.history_path) != std::errc::no_such_file_or_directory;
 }
 
 HistoryFile::HistoryFile(const OperatorWorld& world) : path_(world.history_path) {
-    const std::error_code problem = Problem(path_);
+    const std::error_code problem = WhyNotOpen(path_);
     if (problem == std::errc::is_a_directory)
         throw Failure(kExitNoInput, "the history " + path_ +
                                         " is no ordinary file: move it away, and the service makes "

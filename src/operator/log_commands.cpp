@@ -13,7 +13,7 @@ namespace tarnex {
 
 namespace {
 
-constexpr Duration kPollPeriod = 1s;
+constexpr Duration kLogPollPeriod = 1s;
 
 using namespace log_column;
 constexpr std::array<const char*, log_column::kCount> kColumnNames = {
@@ -172,7 +172,7 @@ ExitStatus LogTail(OperatorWorld& world, const TailOptions& options) {
     const auto acting = ActForOwner(world, path, NamedIn(world, options.path));
     Tail tail(world, path, options.json);
     tail.ShowLast(options.lines);
-    while (!options.once && world.out && world.pause(kPollPeriod))
+    while (!options.once && world.out && world.pause(kLogPollPeriod))
         tail.ShowNew();
     return kExitDone;
 }

@@ -67,6 +67,10 @@ std::chrono::system_clock::time_point TimeOf(const OperatorWorld& world,
     return time;
 }
 
+std::int64_t UnixMs(std::chrono::system_clock::time_point time) {
+    return std::chrono::floor<std::chrono::milliseconds>(time.time_since_epoch()).count();
+}
+
 std::string IsoTime(const OperatorWorld& world, std::chrono::system_clock::time_point time) {
     using namespace std::chrono;
     const CalendarTime local = world.local_time(time);

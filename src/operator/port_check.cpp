@@ -9,7 +9,7 @@ namespace tarnex {
 
 namespace {
 
-using Level = PortState::Level;
+using PortLevel = PortState::Level;
 
 // Behind these a port is left alone on purpose.
 constexpr TextView kNothing[] = {u"/dev/null", u"NUL", uR"(\\.\NUL)"};
@@ -42,7 +42,7 @@ class PortCheck {
   private:
     static std::string Name(std::size_t index) { return "COM" + std::to_string(index + 1); }
 
-    void Add(Level level, const std::string& name, const std::string& text,
+    void Add(PortLevel level, const std::string& name, const std::string& text,
              bool of_settings = false) {
         states_.push_back(
             {.level = level, .name = name, .setting{}, .text = text, .of_settings = of_settings});
@@ -50,9 +50,9 @@ class PortCheck {
 
     void Configured(const std::string& name, const std::string& device) {
         if (IsNothing(device))
-            Add(Level::kGood, name, "is left alone");
+            Add(PortLevel::kGood, name, "is left alone");
         else if (const PortLook look = world_.machine.Port(device); !look.there)
-            Add(Level::kWarning, name, device + " is not there" + Instead(), true);
+            Add(PortLevel::kWarning, name, device + " is not there" + Instead(), true);
         else
             Present(name, device, look);
         states_.back().setting = "com" + name.substr(3) + "-device";
@@ -70,21 +70,22 @@ class PortCheck {
         const auto [same, first] = numbers_.emplace(look.device, name);
         const bool by_service = look.held_by.starts_with(holder_);
         if (!first)
-            Add(Level::kWarning, name,
+            Add(PortLevel::kWarning, name,
                 what + " is also " + same->second +
                     ", so each is tried for the same device: name it once",
                 true);
         else if (!look.forbidden.empty())
-            Add(Level::kError, name, what + " may not be opened by the service: " + look.forbidden,
-                true);
+            Add(PortLevel::kError, name,
+                what + " may not be opened by the service: " + look.forbidden, true);
         else if (!look.held_by.empty() && !by_service)
-            Add(Level::kError, name, what + " is held by " + look.held_by + ": end that program");
+            Add(PortLevel::kError, name,
+                what + " is held by " + look.held_by + ": end that program");
         else if (look.probed)
-            Add(Level::kWarning, name,
+            Add(PortLevel::kWarning, name,
                 what + " is probed by a modem manager, which disturbs the unit: give the port a "
                        "name that it leaves alone (docs/operating.md)");
         else
-            Add(Level::kGood, name, what + (by_service ? ", open" : ""));
+            Add(PortLevel::kGood, name, what + (by_service ? ", open" : ""));
         states_.back().there = true;
     }
 

@@ -16,10 +16,6 @@ namespace {
 constexpr int kDaysInHours = 2;
 constexpr int kDaysInDays = 92;
 
-std::int64_t MsOf(std::chrono::system_clock::time_point time) {
-    return std::chrono::floor<std::chrono::milliseconds>(time.time_since_epoch()).count();
-}
-
 // Where each bar begins, and the end of the last one: the midnight to come.
 std::vector<std::int64_t> EdgesOf(const OperatorWorld& world, int days) {
     using namespace std::chrono;
@@ -28,8 +24,8 @@ std::vector<std::int64_t> EdgesOf(const OperatorWorld& world, int days) {
     const seconds step = days <= kDaysInHours ? 1h : days <= kDaysInDays ? 24h : 7 * 24h;
     std::vector<std::int64_t> edges;
     for (sys_seconds edge = end; edge > begin; edge -= step)
-        edges.insert(edges.begin(), MsOf(TimeOf(world, CalendarOf(edge))));
-    edges.insert(edges.begin(), MsOf(TimeOf(world, CalendarOf(begin))));
+        edges.insert(edges.begin(), UnixMs(TimeOf(world, CalendarOf(edge))));
+    edges.insert(edges.begin(), UnixMs(TimeOf(world, CalendarOf(begin))));
     return edges;
 }
 
@@ -41,7 +37,7 @@ ReportFigures Figures(const OperatorWorld& world, int days) {
     std::vector<HistoryRow> later = history.Rows({.since = edges.front()});
     rows.insert(rows.end(), std::make_move_iterator(later.begin()),
                 std::make_move_iterator(later.end()));
-    return FiguresOf(rows, std::move(edges), MsOf(world.now()));
+    return FiguresOf(rows, std::move(edges), UnixMs(world.now()));
 }
 
 void PrintText(const OperatorWorld& world, const ReportFigures& figures) {

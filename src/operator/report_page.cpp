@@ -12,8 +12,8 @@ namespace tarnex {
 
 namespace {
 
-constexpr int kWide = 736;
-constexpr int kNarrow = 330;
+constexpr int kWidePlot = 736;
+constexpr int kNarrowPlot = 330;
 constexpr std::size_t kMostMessages = 100;
 constexpr std::int64_t kHour = 3'600'000; // ms
 constexpr std::array<const char*, kOutcomes> kOutcomeClasses = {"sent", "held-back", "not-sent",
@@ -30,9 +30,9 @@ std::string Element(const std::string& name, const std::string& html,
     return "<" + name + attribute + ">" + html + "</" + name + ">\n";
 }
 
-class Page {
+class PageWriter {
   public:
-    Page(const OperatorWorld& world, const ReportFigures& figures)
+    PageWriter(const OperatorWorld& world, const ReportFigures& figures)
         : world_(world), figures_(figures) {}
 
     std::string Html() {
@@ -106,7 +106,7 @@ class Page {
             column.title += ": " + fill(figures_.buckets[i], column);
             plot.columns.push_back(std::move(column));
         }
-        return PlotSvg(plot, kWide, "wide") + PlotSvg(plot, kNarrow, "narrow");
+        return PlotSvg(plot, kWidePlot, "wide") + PlotSvg(plot, kNarrowPlot, "narrow");
     }
     static std::string Legend(const std::vector<std::pair<std::string, std::string>>& entries) {
         std::string legend;
@@ -262,7 +262,7 @@ class Page {
 } // namespace
 
 std::string ReportPage(const OperatorWorld& world, const ReportFigures& figures) {
-    return Page(world, figures).Html();
+    return PageWriter(world, figures).Html();
 }
 
 } // namespace tarnex

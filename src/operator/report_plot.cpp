@@ -21,14 +21,14 @@ constexpr double kWidestBar = 28;
 constexpr int kMostSteps = 4;
 
 // With one decimal at most, in any locale.
-std::string Number(double number) {
+std::string SvgNumber(double number) {
     char text[32];
     const double rounded = std::round(number * 10) / 10;
     return {text, std::to_chars(text, text + sizeof text, rounded).ptr};
 }
 
 std::string Attribute(const char* name, double value) {
-    return std::string(" ") + name + "=\"" + Number(value) + "\"";
+    return std::string(" ") + name + "=\"" + SvgNumber(value) + "\"";
 }
 
 // Steps of the axis, 1, 2 or 5 times a power of ten, so that few reach up to highest.
@@ -54,8 +54,8 @@ class Drawing {
           column_width_((width - kLeft - kRight) / double(plot.columns.size())) {}
 
     std::string Svg(const std::string& kind) {
-        svg_ = "<svg class=\"" + kind + "\" role=\"img\" viewBox=\"0 0 " + Number(width_) + " " +
-               Number(kHeight) + "\" aria-label=\"" + HtmlText(plot_.name) + "\">\n";
+        svg_ = "<svg class=\"" + kind + "\" role=\"img\" viewBox=\"0 0 " + SvgNumber(width_) + " " +
+               SvgNumber(kHeight) + "\" aria-label=\"" + HtmlText(plot_.name) + "\">\n";
         Axis();
         for (std::size_t i = 0; i < plot_.columns.size(); ++i)
             Bars(i);
@@ -98,7 +98,7 @@ class Drawing {
         for (double value = 0; value <= top_ + step_ / 2; value += step_) {
             const double shown = std::min(value, top_);
             Line(value == 0 ? "axis" : "grid", kLeft, Y(shown), width_ - kRight, Y(shown));
-            Label(kLeft - 6, Y(shown) + 4, "end", Number(shown));
+            Label(kLeft - 6, Y(shown) + 4, "end", SvgNumber(shown));
         }
         Label(kLeft - 6, kTop - 10, "start", plot_.unit);
     }
@@ -130,9 +130,9 @@ class Drawing {
         std::string there, back, means;
         // At its outer ends it has the width of a bar, so that one column alone shows too.
         const auto add = [&](double x, const PlotColumn& column) {
-            there += Number(x) + "," + Number(Y(*column.high)) + " ";
-            back.insert(0, Number(x) + "," + Number(Y(*column.low)) + " ");
-            means += Number(x) + "," + Number(Y(*column.mid)) + " ";
+            there += SvgNumber(x) + "," + SvgNumber(Y(*column.high)) + " ";
+            back.insert(0, SvgNumber(x) + "," + SvgNumber(Y(*column.low)) + " ");
+            means += SvgNumber(x) + "," + SvgNumber(Y(*column.mid)) + " ";
         };
         const double side = std::min(kWidestBar, column_width_) / 2;
         add(Middle(begin) - side, plot_.columns[begin]);

@@ -11,7 +11,7 @@ namespace tarnex {
 
 namespace {
 
-constexpr std::int64_t kPatience = 10 * 60'000; // ms that a message may wait unmentioned
+constexpr std::int64_t kWaitUnmentioned = 10 * 60'000; // ms that a message may wait unmentioned
 constexpr std::size_t kMostNamed = 3;
 
 std::string Age(std::int64_t ms) {
@@ -123,7 +123,7 @@ std::vector<std::string> WhatWentWrong(const OperatorWorld& world, const ReportF
     std::vector<std::string> said;
     if (CountOf(figures, Outcome::kNotSent) > 0)
         said.push_back(NotSentText(figures));
-    if (figures.waits_since > 0 && figures.now - figures.waits_since > kPatience) {
+    if (figures.waits_since > 0 && figures.now - figures.waits_since > kWaitUnmentioned) {
         const int waiting = CountOf(figures, Outcome::kWaits);
         said.push_back(Counted(waiting, "message") + (waiting == 1 ? " waits" : " wait") +
                        ", the oldest since " + MinuteText(world, figures.waits_since) + ".");

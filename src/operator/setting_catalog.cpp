@@ -13,8 +13,6 @@ namespace tarnex {
 
 namespace {
 
-using enum SettingKind;
-
 constexpr std::size_t kShortestPhone = 3;
 constexpr std::size_t kLongestPhone = 20;
 
@@ -87,6 +85,7 @@ bool IsWholePath(const Setting& setting, const std::string& path) {
 }
 
 bool Fits(const Setting& setting, TextView value) {
+    using enum SettingKind;
     switch (setting.Kind()) {
     case kSwitch:
         return value == setting.values.on || value == setting.values.off;
@@ -130,7 +129,7 @@ std::string Default(const Setting& setting, const SerialPaths& ports) {
 }
 
 bool HasText(const Setting& setting, TextView value) {
-    if (setting.Kind() == kNumber)
+    if (setting.Kind() == SettingKind::kNumber)
         return LeadingInt16(value).value_or(0) > 0;
     return !Trim(value).empty();
 }
@@ -192,6 +191,7 @@ std::string ClosestSettingName(const std::string& name) {
 }
 
 std::string AllowedValues(const Setting& setting) {
+    using enum SettingKind;
     switch (setting.Kind()) {
     case kSwitch:
         return "on or off";
@@ -224,7 +224,7 @@ std::string AllowedValues(const Setting& setting) {
 
 Text StoredForm(const Setting& setting, const std::string& typed) {
     const Text text = FromUtf8(typed);
-    if (setting.Kind() != kSwitch)
+    if (setting.Kind() != SettingKind::kSwitch)
         return text;
     for (const TextView word : {u"on", u"yes", u"true", u"1"})
         if (EqualIgnoringCase(text, word))
@@ -245,14 +245,16 @@ std::string Objection(const Setting& setting, TextView value) {
 }
 
 std::string Effect(const Setting& setting, TextView value, const SerialPaths& ports) {
-    const bool set = setting.Kind() == kSwitch ? IsOn(setting, value) : HasText(setting, value);
+    const bool set =
+        setting.Kind() == SettingKind::kSwitch ? IsOn(setting, value) : HasText(setting, value);
     std::string effect(set ? setting.when_set : setting.when_not_set);
     const std::size_t at = effect.find("{}");
     if (at == std::string::npos)
         return effect;
-    const std::string shown = !set                      ? Default(setting, ports)
-                              : setting.Kind() == kTime ? ToUtf8(FormattedHourMinute(value))
-                                                        : ToUtf8(Trim(value));
+    const std::string shown = !set ? Default(setting, ports)
+                              : setting.Kind() == SettingKind::kTime
+                                  ? ToUtf8(FormattedHourMinute(value))
+                                  : ToUtf8(Trim(value));
     return effect.replace(at, 2, shown);
 }
 

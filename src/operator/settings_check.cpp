@@ -13,7 +13,7 @@ namespace tarnex {
 
 namespace {
 
-using Level = Finding::Level;
+using FindingLevel = Finding::Level;
 
 constexpr std::size_t kSafePhoneLength = 7;
 constexpr int kRowsOfADay = 3; // of the quiet time: on, from, to
@@ -46,11 +46,11 @@ class Checker {
     bool Empty(const Setting& setting) const { return Trim(Value(setting)).empty(); }
 
     void Warn(std::string_view where, const std::string& text) {
-        findings_.push_back({Level::kWarning, std::string(where), text});
+        findings_.push_back({FindingLevel::kWarning, std::string(where), text});
     }
     void Warn(const Setting& setting, const std::string& text) { Warn(setting.name, text); }
     void Error(std::string_view where, const std::string& text) {
-        findings_.push_back({Level::kError, std::string(where), text});
+        findings_.push_back({FindingLevel::kError, std::string(where), text});
     }
     void Error(const Setting& setting, const std::string& text) { Error(setting.name, text); }
 
@@ -273,7 +273,7 @@ std::string ClosestKey(TextView section, TextView key) {
 
 // What is the matter with a line whose section and key the service does not know; "" when it may
 // be another program's.
-std::string Problem(const IniDocument::KeyLine& line) {
+std::string KeyProblem(const IniDocument::KeyLine& line) {
     if (EqualIgnoringCase(line.section, kConsoleSection))
         return "";
     if (const Setting* elsewhere = SameKeyElsewhere(line.key))
@@ -300,7 +300,7 @@ std::vector<Finding> StrayLines(const SettingsFile& file) {
         const bool first = seen.insert({LowerCase(line.section), LowerCase(line.key)}).second;
         std::string problem;
         if (!FindSetting(line.section, line.key))
-            problem = Problem(line);
+            problem = KeyProblem(line);
         else if (!first)
             problem = "stands in the file a second time and has no effect: the first line counts";
         if (!problem.empty())
@@ -315,14 +315,14 @@ std::optional<Finding> CheckAlarmNumber(const Setting& number, TextView value) {
     value = Trim(value);
     const std::string name(number.name);
     if (value.empty())
-        return Finding{Level::kError, name,
+        return Finding{FindingLevel::kError, name,
                        "is empty, so EVERYBODY can have machines restarted and shut down by SMS; "
                        "with one telephone only, write its number into both"};
     if (value.find_first_not_of(u'0') == TextView::npos)
-        return Finding{Level::kWarning, name,
+        return Finding{FindingLevel::kWarning, name,
                        "is still the place-holder of the sample; put your number in"};
     if (value.size() < kSafePhoneLength)
-        return Finding{Level::kError, name,
+        return Finding{FindingLevel::kError, name,
                        "is so short that it is part of many numbers, and all of them may command"};
     return std::nullopt;
 }
@@ -339,12 +339,12 @@ std::vector<Finding> CheckSettingsHere(const OperatorWorld& world, const Setting
     const std::string log = ToUtf8(file.Value("log-database"_setting));
     if (const std::string problem = world.logs.KindProblem(log); !problem.empty())
         findings.push_back(
-            {Level::kWarning, "log-database", "names " + log + ", which " + problem});
+            {FindingLevel::kWarning, "log-database", "names " + log + ", which " + problem});
     for (const PortState& port : LookAtPorts(world, file, 0))
         if (port.of_settings && !port.setting.empty())
-            findings.push_back(
-                {port.level == PortState::Level::kError ? Level::kError : Level::kWarning,
-                 port.setting, port.text});
+            findings.push_back({port.level == PortState::Level::kError ? FindingLevel::kError
+                                                                       : FindingLevel::kWarning,
+                                port.setting, port.text});
     return findings;
 }
 

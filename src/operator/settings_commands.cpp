@@ -51,7 +51,7 @@ std::vector<const Setting*> Wanted(const std::vector<std::string>& names) {
     return wanted;
 }
 
-Json ToJson(const OperatorWorld& world, const Setting& setting, TextView value) {
+Json SettingJson(const OperatorWorld& world, const Setting& setting, TextView value) {
     const bool secret = setting.Kind() == SettingKind::kPassword;
     return {{"name", setting.name},
             {"section", ToUtf8(setting.section)},
@@ -148,7 +148,7 @@ ExitStatus SettingsList(OperatorWorld& world, const ListOptions& options) {
     if (options.json) {
         Json list = Json::array();
         for (const Setting* setting : settings)
-            list.push_back(ToJson(world, *setting, file.Value(*setting)));
+            list.push_back(SettingJson(world, *setting, file.Value(*setting)));
         world.out << JsonText(list);
     } else if (options.long_form) {
         for (const Setting* setting : settings)

@@ -12,7 +12,7 @@ namespace tarnex {
 namespace {
 
 // Work that takes longer than this shows how far it is.
-constexpr auto kPatience = 1s;
+constexpr auto kQuietStart = 1s;
 
 CalendarTime StartOf(const OperatorWorld& world, const std::string& start) {
     if (start.empty()) {
@@ -27,16 +27,16 @@ CalendarTime StartOf(const OperatorWorld& world, const std::string& start) {
 }
 
 // Says on standard error, to a person, which day it is.
-class Progress {
+class DaysDone {
   public:
-    Progress(const OperatorWorld& world, int days)
+    DaysDone(const OperatorWorld& world, int days)
         : world_(world), days_(days), begin_(world.now()) {}
-    ~Progress() {
+    ~DaysDone() {
         if (shown_)
             world_.err << "\r\x1b[K" << std::flush;
     }
     void operator()(int day) {
-        if (!world_.progress || world_.now() - begin_ < kPatience)
+        if (!world_.progress || world_.now() - begin_ < kQuietStart)
             return;
         shown_ = true;
         world_.err << "\rday " << day << " of " << days_ << std::flush;
@@ -146,7 +146,7 @@ ExitStatus Simulate(OperatorWorld& world, const SimulateOptions& options) {
     const std::vector<PlannedAlarm> alarms = PlanAlarms(options.days, options.seed);
     DryRunResult result;
     {
-        Progress progress(world, options.days);
+        DaysDone progress(world, options.days);
         result = RunDry(file, start, options.days, alarms, std::ref(progress));
     }
     if (result.ended)

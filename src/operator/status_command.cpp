@@ -20,7 +20,7 @@ std::string Or(const Json& value, const std::string& none) {
     return value.is_null() ? none : value.is_string() ? value.get<std::string>() : value.dump();
 }
 
-std::string Number(const Json& value) {
+std::string Digits(const Json& value) {
     return value.dump();
 }
 
@@ -66,7 +66,7 @@ class StatusPage {
 
     void Service() {
         Row("Service", "running for " + Age(s_.at("started_at")) + ", process " +
-                           Number(s_.at("pid")) + ", version " + Or(s_.at("program_version"), "?"));
+                           Digits(s_.at("pid")) + ", version " + Or(s_.at("program_version"), "?"));
         More("last word " + Age(s_.at("written_at")) + " ago; settings in " +
                  Or(s_.at("settings_file"), "?"),
              Colour::kFaint);
@@ -95,9 +95,9 @@ class StatusPage {
         More("for " + Age(unit.at("state_since")) + "; began anew with it " +
              Counted(unit.at("restarts").get<long long>(), "time"));
         if (!unit.at("port").is_null())
-            More("port COM" + Number(unit.at("port")) + ", " + Or(unit.at("device"), "?"));
+            More("port COM" + Digits(unit.at("port")) + ", " + Or(unit.at("device"), "?"));
         if (!unit.at("signal").is_null())
-            More("signal " + Number(unit.at("signal")) + ", level " +
+            More("signal " + Digits(unit.at("signal")) + ", level " +
                  Or(unit.at("signal_level"), "?") + " of 5");
         if (!unit.at("version").is_null())
             More("version " + Or(unit.at("version"), "") + ", serial number " +
@@ -115,7 +115,7 @@ class StatusPage {
     void Links() {
         std::string label = "Links";
         for (const Json& link : s_.at("links")) {
-            std::string text = Number(link.at("link")) + "  port " + Number(link.at("port")) + "  ";
+            std::string text = Digits(link.at("link")) + "  port " + Digits(link.at("port")) + "  ";
             Colour colour = Colour::kFaint;
             if (!link.at("listening").get<bool>()) {
                 text += "the port is not open";
@@ -145,40 +145,40 @@ class StatusPage {
 
     void Sms() {
         const Json& sms = s_.at("sms");
-        Row("SMS", Number(sms.at("queued")) + " queued, " + Number(sms.at("to_send_again")) +
+        Row("SMS", Digits(sms.at("queued")) + " queued, " + Digits(sms.at("to_send_again")) +
                        " to be sent again; last result " + Or(sms.at("last_result"), "none yet"));
         if (const Json& held = sms.at("held"); !held.is_null())
-            More("attempt " + Number(held.at("attempt")) + " of " +
-                     Number(held.at("attempts_allowed")) + " to number " +
+            More("attempt " + Digits(held.at("attempt")) + " of " +
+                     Digits(held.at("attempts_allowed")) + " to number " +
                      Or(held.at("to_number"), "?") + ": " + Or(held.at("text"), ""),
                  held.at("attempt") > 1 ? Colour::kWarning : Colour::kNone);
-        More("sent " + Number(sms.at("sent")) + ", given up " + Number(sms.at("given_up")) +
-             "; attempts refused " + Number(sms.at("attempts_refused")) + ", failed " +
-             Number(sms.at("attempts_failed")) + ", lost " + Number(sms.at("attempts_lost")));
-        More("dropped by a full queue " + Number(sms.at("dropped_by_full_queue")) +
-             ", by a new start with the unit " + Number(sms.at("dropped_by_reset")));
+        More("sent " + Digits(sms.at("sent")) + ", given up " + Digits(sms.at("given_up")) +
+             "; attempts refused " + Digits(sms.at("attempts_refused")) + ", failed " +
+             Digits(sms.at("attempts_failed")) + ", lost " + Digits(sms.at("attempts_lost")));
+        More("dropped by a full queue " + Digits(sms.at("dropped_by_full_queue")) +
+             ", by a new start with the unit " + Digits(sms.at("dropped_by_reset")));
     }
 
     void Mail() {
         const Json& mail = s_.at("mail");
         const bool in_flight = mail.at("in_flight").get<bool>();
-        Row("Mail", Number(mail.at("queued")) + " queued" +
+        Row("Mail", Digits(mail.at("queued")) + " queued" +
                         (in_flight ? "; one on its way, waiting for the reply to " +
                                          Or(mail.at("step_waits_for"), "?")
                                    : ""));
-        More("sent " + Number(mail.at("sent")) + ", failed attempts " +
-             Number(mail.at("attempts_failed")) + ", dropped by a full queue " +
-             Number(mail.at("dropped_by_full_queue")));
+        More("sent " + Digits(mail.at("sent")) + ", failed attempts " +
+             Digits(mail.at("attempts_failed")) + ", dropped by a full queue " +
+             Digits(mail.at("dropped_by_full_queue")));
         if (mail.at("failing").get<bool>())
             More("failing: " + Or(mail.at("last_problem"), "?"), Colour::kBad);
     }
 
     void Counters() {
         const Json& events = s_.at("events");
-        Row("Events", "dispatched " + Number(events.at("dispatched")) +
-                          ", held back by quiet time " + Number(events.at("held_by_quiet_time")));
+        Row("Events", "dispatched " + Digits(events.at("dispatched")) +
+                          ", held back by quiet time " + Digits(events.at("held_by_quiet_time")));
         const Json& log = s_.at("log");
-        Row("Log", Or(log.at("path"), "none") + ", rows lost " + Number(log.at("lost_rows")),
+        Row("Log", Or(log.at("path"), "none") + ", rows lost " + Digits(log.at("lost_rows")),
             log.at("lost_rows") > 0 ? Colour::kWarning : Colour::kNone);
     }
 

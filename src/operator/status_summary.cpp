@@ -35,9 +35,9 @@ std::vector<std::string> Wrapped(const std::string& text, std::size_t columns) {
     return lines;
 }
 
-class Summary {
+class ShortStatus {
   public:
-    explicit Summary(const StatusReading& state) : state_(state), s_(state.status) {
+    explicit ShortStatus(const StatusReading& state) : state_(state), s_(state.status) {
         Row("Service", "running for " + Age(s_.at("started_at")) + ", version " +
                            Shown(s_.at("program_version")) +
                            (s_.at("debug_mode").get<bool>() ? ", debug mode is on" : ""));
@@ -159,7 +159,7 @@ std::string PerformanceData(const Json& s) {
 } // namespace
 
 void PrintSummary(const OperatorWorld& world, const StatusReading& state) {
-    Summary(state).Print(world);
+    ShortStatus(state).Print(world);
 }
 
 PluginResult CheckLine(const StatusReading& state) {

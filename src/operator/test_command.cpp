@@ -14,32 +14,32 @@ namespace tarnex {
 
 namespace {
 
-constexpr Duration kPause = 1s;
+constexpr Duration kStatusCheckPause = 1s;
 constexpr int kWholeMachine = 90; // of the services
-constexpr int kNormal = 2;        // of the states: nobody is alarmed by it
+constexpr int kNormalState = 2;   // of the states: nobody is alarmed by it
 constexpr const char* kEveryAddress = "0.0.0.0";
 
-long long Number(const Json& part, const char* name) {
+long long CounterOf(const Json& part, const char* name) {
     return part.at(name).get<long long>();
 }
 
 // What the service has done by now with all its messages.
-struct Progress {
-    explicit Progress(const Json& status)
-        : events(Number(status.at("events"), "dispatched")), sms(status.at("sms")),
-          mail(status.at("mail")), lost_rows(Number(status.at("log"), "lost_rows")),
+struct Standing {
+    explicit Standing(const Json& status)
+        : events(CounterOf(status.at("events"), "dispatched")), sms(status.at("sms")),
+          mail(status.at("mail")), lost_rows(CounterOf(status.at("log"), "lost_rows")),
           unit(status.at("unit").at("state")) {}
 
-    long long Sent() const { return Number(sms, "sent"); }
+    long long Sent() const { return CounterOf(sms, "sent"); }
     long long NotSent() const {
-        return Number(sms, "given_up") + Number(sms, "dropped_by_full_queue") +
-               Number(sms, "dropped_by_reset");
+        return CounterOf(sms, "given_up") + CounterOf(sms, "dropped_by_full_queue") +
+               CounterOf(sms, "dropped_by_reset");
     }
-    long long Waiting() const { return Number(sms, "queued") + !sms.at("held").is_null(); }
+    long long Waiting() const { return CounterOf(sms, "queued") + !sms.at("held").is_null(); }
     long long MailsWaiting() const {
-        return Number(mail, "queued") + mail.at("in_flight").get<bool>();
+        return CounterOf(mail, "queued") + mail.at("in_flight").get<bool>();
     }
-    long long MailsSent() const { return Number(mail, "sent"); }
+    long long MailsSent() const { return CounterOf(mail, "sent"); }
 
     long long events;
     Json sms;
@@ -73,11 +73,11 @@ class Trial {
     }
 
   private:
-    Progress Now() {
+    Standing Now() {
         const StatusReading state = ReadStatusFile(world_);
         if (!state.running)
             throw Failure(kExitFailed, state.absence);
-        return Progress(state.status);
+        return Standing(state.status);
     }
 
     void Say(const std::string& what) {
@@ -91,7 +91,7 @@ class Trial {
 
     RecordExplanation Send() {
         const MonitorEvent event{.service = kWholeMachine,
-                                 .state = kNormal,
+                                 .state = kNormalState,
                                  .by_mail = !NoMailServer(),
                                  .memo = u"TarnexComm test"};
         std::string address = settings_.AtStart().bind_address;
@@ -107,14 +107,14 @@ class Trial {
     }
 
     bool Wait() {
-        waited_ += kPause;
-        return waited_ <= limit_ && world_.pause(kPause);
+        waited_ += kStatusCheckPause;
+        return waited_ <= limit_ && world_.pause(kStatusCheckPause);
     }
 
     void Follow() {
-        Progress last = before_;
+        Standing last = before_;
         do {
-            const Progress now = Now();
+            const Standing now = Now();
             if (now.events > before_.events && last.events == before_.events)
                 Say("the service has taken the alarm" +
                     std::string(now.lost_rows > before_.lost_rows ? "; its row in the log is lost"
@@ -139,7 +139,7 @@ class Trial {
         } while (!Done() && Wait());
     }
 
-    long long SmsDone(const Progress& now) const {
+    long long SmsDone(const Standing& now) const {
         return now.Sent() - before_.Sent() + now.NotSent() - before_.NotSent();
     }
     bool Done() const {
@@ -147,7 +147,7 @@ class Trial {
     }
 
     ExitStatus Judge() {
-        const Progress& end = *end_;
+        const Standing& end = *end_;
         std::vector<std::string> wrong;
         if (end.events == before_.events)
             wrong.push_back("the service has not taken the alarm");
@@ -172,8 +172,8 @@ class Trial {
     const Duration limit_;
     Duration waited_{};
     SettingsFile settings_;
-    Progress before_;
-    std::optional<Progress> end_;
+    Standing before_;
+    std::optional<Standing> end_;
     long long sms_ = 0;
     long long mails_ = 0;
     long long sms_done_ = 0;

@@ -14,13 +14,15 @@ struct Range {
     char16_t last;
 };
 // Characters of two columns.
-constexpr Range kWide[] = {{0x1100, 0x115F}, {0x2E80, 0xA4CF}, {0xAC00, 0xD7A3}, {0xF900, 0xFAFF},
-                           {0xFE30, 0xFE6F}, {0xFF00, 0xFF60}, {0xFFE0, 0xFFE6}};
+constexpr Range kDoubleWidth[] = {{0x1100, 0x115F}, {0x2E80, 0xA4CF}, {0xAC00, 0xD7A3},
+                                  {0xF900, 0xFAFF}, {0xFE30, 0xFE6F}, {0xFF00, 0xFF60},
+                                  {0xFFE0, 0xFFE6}};
 
 std::size_t Width(char16_t c) {
     if (c >= 0xD800 && c < 0xE000)
         return 1; // the halves of a rare character, itself two columns wide
-    return 1 + std::ranges::any_of(kWide, [c](Range r) { return c >= r.first && c <= r.last; });
+    return 1 +
+           std::ranges::any_of(kDoubleWidth, [c](Range r) { return c >= r.first && c <= r.last; });
 }
 
 } // namespace

@@ -49,9 +49,9 @@ std::string ServiceNow(const OperatorWorld& world) {
     }
 }
 
-class Page {
+class TextPage {
   public:
-    Page(const RecordExplanation& why, const CalendarTime& at) {
+    TextPage(const RecordExplanation& why, const CalendarTime& at) {
         Record(why.plan.event);
         Section("Text, " + Counted(std::ssize(why.plan.text), "character"));
         Add({"  " + ToUtf8(why.plan.text)});
@@ -119,23 +119,23 @@ class Page {
     std::vector<TextTable> sections_; // aligned by themselves
 };
 
-Json ToJson(const WayExplanation& way) {
+Json WhyJson(const WayExplanation& way) {
     return {{"taken", way.taken}, {"reasons", way.reasons}};
 }
 
-Json Number(TextView digits) {
+Json NumberOrNull(TextView digits) {
     return NumberOr(ToUtf8(digits), {});
 }
 
-Json ToJson(const OperatorWorld& world, const RecordExplanation& why, const CalendarTime& at) {
+Json WhyJson(const OperatorWorld& world, const RecordExplanation& why, const CalendarTime& at) {
     const EventRecord& event = why.plan.event;
     Json json{{"record",
                {{"machine", event.MachineNo},
                 {"service", event.ServiceNo},
-                {"state", Number(event.StatusNo)},
+                {"state", NumberOrNull(event.StatusNo)},
                 {"action", event.AutoNo},
-                {"sms_flag", Number(event.SMSableNo)},
-                {"mail_flag", Number(event.EmailableNo)},
+                {"sms_flag", NumberOrNull(event.SMSableNo)},
+                {"mail_flag", NumberOrNull(event.EmailableNo)},
                 {"machine_name", ToUtf8(event.MachineName)},
                 {"memo", ToUtf8(event.Memo)}}},
               {"at", IsoTime(world, TimeOf(world, at))},
@@ -146,14 +146,14 @@ Json ToJson(const OperatorWorld& world, const RecordExplanation& why, const Cale
               {"sms_in_all", why.plan.SMSCount()},
               {"repeated", why.send_count},
               {"sms", Json::array()},
-              {"mail", ToJson(why.mail)},
-              {"log", ToJson(why.log)},
+              {"mail", WhyJson(why.mail)},
+              {"log", WhyJson(why.log)},
               {"service_would_end", why.gates}};
     for (const Text& piece : why.plan.pieces)
         json["pieces"].push_back(ToUtf8(piece));
     for (const auto& sms : why.sms) {
         Json way{{"recipient", sms.recipient}, {"number", ToUtf8(sms.number)}};
-        way.update(ToJson(static_cast<const WayExplanation&>(sms)));
+        way.update(WhyJson(static_cast<const WayExplanation&>(sms)));
         json["sms"].push_back(way);
     }
     return json;
@@ -169,10 +169,10 @@ ExitStatus ExplainRecord(OperatorWorld& world, const WhyOptions& options) {
     const Text record = encoding.Decode(encoding.Encode(FromUtf8(RecordOf(options.record))));
     const RecordExplanation why = Explain(file, record, at);
     if (options.json) {
-        world.out << JsonText(ToJson(world, why, at));
+        world.out << JsonText(WhyJson(world, why, at));
         return kExitDone;
     }
-    Page page(why, at);
+    TextPage page(why, at);
     page.Service(ServiceNow(world), why.gates);
     page.Print(world);
     return kExitDone;

@@ -7,7 +7,7 @@ namespace tarnex {
 
 namespace {
 
-constexpr std::size_t kLongestLine = 64 * 1024;
+constexpr std::size_t kLongestMailLine = 64 * 1024;
 constexpr std::size_t kLargestContent = 16 * 1024 * 1024;
 constexpr std::string_view kBase64Symbols =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -102,7 +102,7 @@ SinkAnswer MailSink::Session::Receive(std::string_view bytes) {
         begin = end + 2;
     }
     unfinished_.erase(0, begin);
-    if (unfinished_.size() > kLongestLine) {
+    if (unfinished_.size() > kLongestMailLine) {
         Say("500 line too long");
         answer_.close = true;
     }

@@ -7,7 +7,7 @@ namespace tarnex {
 namespace {
 
 constexpr std::size_t kMessagesKept = 1000;
-constexpr TextView kStates = u"tx-States";
+constexpr TextView kStatesMessage = u"tx-States";
 
 } // namespace
 
@@ -61,8 +61,8 @@ void Monitor::Hear(const Text& message) {
 
 // The state message of the service shows this link as one that nobody has greeted.
 bool Monitor::ForgottenBy(TextView message) const {
-    const std::size_t own = kStates.size() + 2 + std::size_t(options_.link);
-    return StartsWith(message, kStates) && own < message.size() && message[own] == u'0';
+    const std::size_t own = kStatesMessage.size() + 2 + std::size_t(options_.link);
+    return StartsWith(message, kStatesMessage) && own < message.size() && message[own] == u'0';
 }
 
 bool Monitor::Received(TextView prefix) const {

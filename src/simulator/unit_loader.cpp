@@ -11,7 +11,7 @@ namespace {
 using namespace std::string_view_literals;
 
 // Every frame: 5A A5, its length in two bytes, its kind, its content, 16.
-constexpr std::string_view kFrameStart = "\x5A\xA5"sv;
+constexpr std::string_view kLoaderFrameStart = "\x5A\xA5"sv;
 constexpr std::string_view kHandshake = "\x5A\xA5\x00\x08\xB0\x01\xB7\x16"sv;
 constexpr std::string_view kErase = "\x5A\xA5\x00\x08\xB2\x01\xB9\x16"sv;
 constexpr std::string_view kRefusal = "\x5A\xA5\x00\x08\xBF\x00\xC5\x16"sv;
@@ -54,9 +54,9 @@ std::string WriteAck(std::string_view data) {
 
 // Where a frame begins in the bytes, or may begin with their last one.
 std::size_t FrameStart(const std::string& bytes) {
-    if (const std::size_t start = bytes.find(kFrameStart); start != bytes.npos)
+    if (const std::size_t start = bytes.find(kLoaderFrameStart); start != bytes.npos)
         return start;
-    return bytes.ends_with(kFrameStart[0]) ? bytes.size() - 1 : bytes.size();
+    return bytes.ends_with(kLoaderFrameStart[0]) ? bytes.size() - 1 : bytes.size();
 }
 
 bool IsWholeWrite(std::string_view frame) {
@@ -83,7 +83,7 @@ constexpr Word<LoaderFault> kFaults[] = {{"refuse", LoaderFault::kRefuse},
                                          {"wrong", LoaderFault::kWrong}};
 
 template <class Value, std::size_t Count>
-std::optional<Value> Find(const Word<Value> (&words)[Count], std::string_view word) {
+std::optional<Value> FindWord(const Word<Value> (&words)[Count], std::string_view word) {
     const auto found = std::ranges::find(words, word, &Word<Value>::word);
     return found == std::end(words) ? std::nullopt : std::optional(found->value);
 }
@@ -93,10 +93,10 @@ std::optional<Value> Find(const Word<Value> (&words)[Count], std::string_view wo
 std::optional<LoaderPlan> ParseLoaderPlan(std::string_view words) {
     const auto [place, fault_word] = SplitWord(words);
     const std::size_t colon = place.find(':');
-    const auto step = Find(kSteps, place.substr(0, colon));
+    const auto step = FindWord(kSteps, place.substr(0, colon));
     const std::optional<long> nth =
         colon == place.npos ? std::optional(1L) : ReadNumber<long>(place.substr(colon + 1));
-    const auto fault = Find(kFaults, fault_word);
+    const auto fault = FindWord(kFaults, fault_word);
     if (!step || !nth || *nth <= 0 || !fault)
         return std::nullopt;
     return LoaderPlan{*step, *nth, *fault};

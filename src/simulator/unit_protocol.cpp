@@ -51,7 +51,7 @@ constexpr ProtocolCommand kCommands[] = {
 };
 // clang-format on
 
-const ProtocolCommand* Find(std::string_view name, bool with_argument) {
+const ProtocolCommand* FindCommand(std::string_view name, bool with_argument) {
     for (const ProtocolCommand& command : kCommands)
         if (command.name == name && (command.argument != kNone) == with_argument)
             return &command;
@@ -69,9 +69,9 @@ std::span<const ProtocolCommand> ProtocolCommands() {
 ProtocolLine ParseProtocolLine(std::string_view line) {
     const std::size_t open = line.find('(');
     if (open == line.npos || !line.ends_with(')'))
-        return {Find(line, false), line, ""};
+        return {FindCommand(line, false), line, ""};
     const std::string_view name = line.substr(0, open);
-    return {Find(name, true), name, line.substr(open + 1, line.size() - open - 2)};
+    return {FindCommand(name, true), name, line.substr(open + 1, line.size() - open - 2)};
 }
 
 std::string ReadableProtocolLine(std::string_view line, const CodePage& code_page) {

@@ -13,15 +13,15 @@ namespace tarnex {
 namespace {
 
 constexpr Duration kSmsPeriod = 3s;
-constexpr Duration kAddressPeriod = 100ms;
+constexpr Duration kDebugAddressPeriod = 100ms;
 constexpr Duration kSendPoll = 200ms;
 constexpr int kWide = 15530;  // twips, with the debug output
 constexpr int kNarrow = 9915; // twips
 constexpr int kConnectButton = 1;
 constexpr int kLeaveButton = 6;
 constexpr int kDebugButton = 43;
-constexpr TextView kConnect = u"连接Tarnex";
-constexpr TextView kDisconnect = u"断开Tarnex";
+constexpr TextView kDebugConnect = u"连接Tarnex";
+constexpr TextView kDebugDisconnect = u"断开Tarnex";
 constexpr TextView kOpenDebug = u"打开OCXDebug";
 constexpr TextView kCloseDebug = u"关闭OCXDebug";
 constexpr std::size_t kSerialDigits = 4;
@@ -106,7 +106,7 @@ const std::array<OCXDebug::ConsoleCommand, OCXDebug::kButtons> OCXDebug::kComman
 OCXDebug::OCXDebug(const ToolWorld& world)
     : ToolForm("OCXDebug", u"OCXDebug", world),
       GetSMSTimer(world.clock, kSmsPeriod, [this] { GetSMS(); }),
-      GetAddrTimer(world.clock, kAddressPeriod,
+      GetAddrTimer(world.clock, kDebugAddressPeriod,
                    [this] {
                        if (const Text& address = link_.core.firmware.HEXWriteAddr();
                            !address.empty()) // "Erase" stands there until then
@@ -163,7 +163,7 @@ void OCXDebug::DisableButtons() {
 // closed the port, or an adapter was pulled meanwhile.
 void OCXDebug::EnableButtons() {
     const bool connected = link_.core.discovery.ConnectStatus() != 0;
-    Command(kConnectButton).SetCaption(Text(connected ? kDisconnect : kConnect));
+    Command(kConnectButton).SetCaption(Text(connected ? kDebugDisconnect : kDebugConnect));
     for (int number = 1; number <= kButtons; ++number)
         if (connected || number == kConnectButton || number == kLeaveButton)
             Command(number).SetEnabled(true);
@@ -219,7 +219,7 @@ Task<> OCXDebug::Run(int number) {
 
 Task<> OCXDebug::ToggleLink() {
     Discovery& discovery = link_.core.discovery;
-    if (Command(kConnectButton).Caption() == kConnect) {
+    if (Command(kConnectButton).Caption() == kDebugConnect) {
         Log(u"正在连接Tarnex.");
         const int port = co_await discovery.Connect(Discovery::Ports::kAll);
         if (port != 0) {

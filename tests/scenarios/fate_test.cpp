@@ -1,5 +1,7 @@
 #include "tests/scenarios/system_fixture.h"
 
+#include <algorithm>
+
 namespace tarnex {
 namespace {
 

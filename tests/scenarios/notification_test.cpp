@@ -1,6 +1,8 @@
 #include "tests/scenarios/system_fixture.h"
 #include "tests/world.h"
 
+#include <algorithm>
+
 namespace tarnex {
 namespace {
 

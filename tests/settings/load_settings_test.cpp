@@ -14,10 +14,10 @@
 namespace tarnex {
 namespace {
 
-const SystemCodePage kGbk("GBK");
+const SystemCodePage kCodePage("GBK");
 
 LoadedSettings Load(const std::string& content, const Settings& previous = {}) {
-    return ReadSettings(IniDocument(content, kGbk), previous);
+    return ReadSettings(IniDocument(content, kCodePage), previous);
 }
 
 // Whether a line of the text holds all parts.
@@ -39,7 +39,7 @@ TEST(SettingTable, TheSampleAndTheDocumentsTellOfEveryRow) {
         std::regex_replace(FileContent(TARNEX_PACKAGING "/Tarnex.ini.sample"),
                            std::regex("\n;(COM|BindAddress|CodePage)"), "\n$1");
     std::map<std::string, std::string> values; // of the sample, in ASCII
-    for (const auto& line : IniDocument::KeyLines(sample, kGbk)) {
+    for (const auto& line : IniDocument::KeyLines(sample, kCodePage)) {
         const std::string value = ToUtf8(line.value);
         EXPECT_EQ(value.size(), line.value.size()) << line.number;
         EXPECT_EQ(value.find_first_of("; "), value.npos) << "a remark would be part of the value";
@@ -127,13 +127,13 @@ TEST(ReadAtStart, AFileInTheMiddleOfAChangeIsReadAgain) {
         store.Readable = store.Read().content != "unreadable";
         if (store.Read().content == "missing")
             store.Delete();
-        const SettingsReading reading = ReadAtStart(store, kGbk, [&] {
+        const SettingsReading reading = ReadAtStart(store, kCodePage, [&] {
             store.Readable = true;
             store.SetContent(whole);
         });
         EXPECT_EQ(reading.content, whole) << first;
     }
-    EXPECT_EQ(ReadAtStart(store, kGbk, [&] { store.Delete(); }).content, whole);
+    EXPECT_EQ(ReadAtStart(store, kCodePage, [&] { store.Delete(); }).content, whole);
 }
 
 TEST(ReadAtStart, AReadingProblemHasOwnWordsAndFittingAdvice) {

@@ -19,7 +19,7 @@ namespace tarnex {
 
 namespace {
 
-constexpr mode_t kMode = 0640; // the owner's group may lock it
+constexpr mode_t kLockFileMode = 0640; // the owner's group may lock it
 constexpr mode_t kFolderMode = 0750;
 constexpr mode_t kOthers = 0007;
 constexpr int kAttempts = 3;
@@ -32,7 +32,7 @@ std::string FolderOf(const std::string& path) {
 // Nothing but the file itself, whatever stands in its place.
 UniqueFd OpenOrMake(const std::string& path) {
     constexpr int kFlags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-    UniqueFd file(open(path.c_str(), kFlags | O_RDWR | O_CREAT, kMode));
+    UniqueFd file(open(path.c_str(), kFlags | O_RDWR | O_CREAT, kLockFileMode));
     const int error = errno;
     if (!file)
         file = UniqueFd(open(path.c_str(), kFlags | O_RDONLY));
@@ -57,7 +57,7 @@ void GiveToOwnerOfFolder(int file, const std::string& path) {
 
 bool Record(int file, pid_t process) {
     const std::string line = std::to_string(process) + "\n";
-    return fchmod(file, kMode) == 0 && ftruncate(file, 0) == 0 &&
+    return fchmod(file, kLockFileMode) == 0 && ftruncate(file, 0) == 0 &&
            write(file, line.data(), line.size()) == static_cast<ssize_t>(line.size());
 }
 

@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 constexpr uid_t kSuperuser = 0;
 constexpr int kMostLinks = 40; // as the kernel follows
 
-fs::path FolderOf(const std::string& path) {
+fs::path FolderHolding(const std::string& path) {
     const fs::path folder = fs::path(path).parent_path();
     return folder.empty() ? "." : folder;
 }
@@ -118,7 +118,7 @@ Result<std::unique_ptr<FileOwners::Acting>> SystemFileOwners::ActFor(const std::
 bool SystemFileOwners::BelongsToFolderOwner(const std::string& path) const {
     struct stat folder {};
     struct stat file {};
-    return stat(FolderOf(path).c_str(), &folder) == 0 && stat(path.c_str(), &file) == 0 &&
+    return stat(FolderHolding(path).c_str(), &folder) == 0 && stat(path.c_str(), &file) == 0 &&
            folder.st_uid == file.st_uid && folder.st_gid == file.st_gid;
 }
 

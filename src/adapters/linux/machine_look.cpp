@@ -1,3 +1,4 @@
+#include "adapters/linux/systemd_controller.h"
 #include "adapters/system/system_machine_look.h"
 
 #include <charconv>
@@ -21,7 +22,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kServiceUser = "tarnexcomm";
 constexpr int kMostGroups = 64;
 
 std::string FirstLine(const fs::path& path) {

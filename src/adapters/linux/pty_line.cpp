@@ -21,7 +21,7 @@ namespace {
 
 constexpr Duration kHoldCheckPeriod = 1s;
 
-std::string LastError() {
+std::string LastErrorWords() {
     return WordsFor({errno, asio::system_category()});
 }
 
@@ -40,11 +40,11 @@ class PtyLine::Terminal : public std::enable_shared_from_this<Terminal> {
         std::array<char, 128> name{};
         if (!own || grantpt(own.Get()) != 0 || unlockpt(own.Get()) != 0 ||
             ptsname_r(own.Get(), name.data(), name.size()) != 0)
-            return LastError();
+            return LastErrorWords();
         device_name_ = name.data();
         programs_end_ = UniqueFd(open(name.data(), O_RDWR | O_NOCTTY | O_CLOEXEC));
         if (!programs_end_ || !MakeRaw(programs_end_.Get()))
-            return LastError();
+            return LastErrorWords();
         asio::error_code error; // the system may watch no more descriptors
         own_end_.assign(own.Get(), error);
         if (error)

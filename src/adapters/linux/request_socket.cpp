@@ -23,7 +23,7 @@ namespace tarnex {
 
 namespace {
 
-constexpr mode_t kMode = 0660;
+constexpr mode_t kSocketMode = 0660;
 constexpr int kMostAskers = 8; // at a time; the one that has waited longest goes
 constexpr std::size_t kLongest = 65536;
 constexpr timeval kPatience{.tv_sec = 5, .tv_usec = 0};
@@ -111,7 +111,7 @@ std::string RequestSocket::Listen(const std::string& path) {
     UniqueFd socket(::socket(AF_UNIX, kType | SOCK_NONBLOCK, 0));
     unlink(path.c_str()); // of a service that was killed: the instance lock is ours
     if (!socket || bind(socket.Get(), Plain(*address), sizeof *address) != 0 ||
-        chmod(path.c_str(), kMode) != 0 || listen(socket.Get(), kMostAskers) != 0)
+        chmod(path.c_str(), kSocketMode) != 0 || listen(socket.Get(), kMostAskers) != 0)
         return Words(errno);
     state_->path = path;
     state_->listening = std::move(socket);

@@ -15,9 +15,9 @@ namespace tarnex {
 
 namespace {
 
-constexpr mode_t kNewFileMode = 0640;
+constexpr mode_t kNewSettingsMode = 0640;
 constexpr mode_t kLockMode = 0644; // whoever may enter the folder may take part
-constexpr int kMostLinks = 40;
+constexpr int kMostLinksFollowed = 40;
 
 // For everybody who may enter the folder, whatever umask this program was started with.
 int OpenLock(const std::string& path) {
@@ -35,7 +35,7 @@ int OpenLock(const std::string& path) {
 std::string FollowLinks(const std::string& path) {
     std::filesystem::path followed = path;
     std::error_code error;
-    for (int i = 0; i < kMostLinks && std::filesystem::is_symlink(followed, error); ++i)
+    for (int i = 0; i < kMostLinksFollowed && std::filesystem::is_symlink(followed, error); ++i)
         followed = followed.parent_path() / std::filesystem::read_symlink(followed, error);
     return followed.string();
 }
@@ -49,7 +49,7 @@ std::error_code WriteSuccessor(const std::string& path, const std::string& conte
     if (!file || fstat(file.Get(), &made) != 0)
         return LastError();
     bool good = WriteAll(file.Get(), content);
-    mode_t mode = kNewFileMode;
+    mode_t mode = kNewSettingsMode;
     if (good && stat(target.c_str(), &present) == 0) {
         mode = present.st_mode & 07777;
         if (made.st_uid != present.st_uid || made.st_gid != present.st_gid)

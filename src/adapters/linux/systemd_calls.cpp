@@ -23,7 +23,7 @@ namespace {
 constexpr std::size_t kLongestOutput = 4096; // bytes; a pipe holds more
 
 // -1 when it cannot be started.
-pid_t Spawn(const std::vector<std::string>& arguments, int output) {
+pid_t SpawnCommand(const std::vector<std::string>& arguments, int output) {
     std::vector<char*> argv;
     argv.reserve(arguments.size() + 1);
     for (const std::string& argument : arguments)
@@ -75,7 +75,7 @@ std::optional<CommandResult> RunCommand(const std::vector<std::string>& argument
     const UniqueFd output(ends[0]);
     const UniqueFd input(ends[1]);
     fcntl(output.Get(), F_SETFL, O_NONBLOCK); // a grandchild may keep the pipe open
-    const pid_t process = Spawn(arguments, input.Get());
+    const pid_t process = SpawnCommand(arguments, input.Get());
     if (process < 0)
         return std::nullopt;
     const bool ended = EndsWithin(limit, process);

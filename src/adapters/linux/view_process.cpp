@@ -32,7 +32,7 @@ std::string FindProgram() {
 }
 
 // 0, or what failed.
-int Spawn(const std::string& path, int socket, pid_t& pid) {
+int SpawnView(const std::string& path, int socket, pid_t& pid) {
     std::string version = TARNEX_VERSION;
     std::string name = kProgram;
     char* const argv[] = {name.data(), version.data(), nullptr};
@@ -143,7 +143,7 @@ Result<std::unique_ptr<ViewProcess>> ViewProcess::Start(AsioLoop& loop, Handlers
         setsockopt(end, SOL_SOCKET, SO_SNDBUF, &room, sizeof room);
     const std::string path = FindProgram();
     pid_t pid = -1;
-    if (const int error = Spawn(path, its.Get(), pid); error != 0)
+    if (const int error = SpawnView(path, its.Get(), pid); error != 0)
         return Trouble{"the program " + path + " cannot be started: " + std::strerror(error) +
                        " (it comes with the package tarnexcomm-view)"};
     UniqueFd end(pidfd_open(pid, 0));

@@ -18,6 +18,9 @@ struct FinalizeStatement {
 using Database = std::unique_ptr<sqlite3, CloseDatabase>;
 using Statement = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
 
+// How long a writer waits for those who read.
+inline constexpr int kLockWaitMs = 50;
+
 // Null when it cannot be prepared; the database knows why. flags: SQLITE_PREPARE_...
 inline Statement Prepare(const Database& database, const std::string& sql, unsigned flags = 0) {
     sqlite3_stmt* statement = nullptr;

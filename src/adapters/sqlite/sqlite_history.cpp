@@ -11,14 +11,13 @@ namespace tarnex {
 namespace {
 
 constexpr int kFormat = 1; // user_version, as SchemaSql() sets it
-constexpr int kLockWaitMs = 50;
 constexpr int kReaderLockWaitMs = 2000;
 constexpr int kRowsBetweenTrims = 64;
 constexpr std::int64_t kBytesPerMegabyte = 1'000'000;
 
 // Little memory; no wait for the disk at each change, and little to bring home at once. A change
 // costs whole pages, so these are small.
-constexpr const char* kConnectionSetup =
+constexpr const char* kHistorySetup =
     "PRAGMA cache_size = -64; PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 800;";
 constexpr const char* kIsWaiting = "fate = '' AND kind IN ('SMS', 'mail')";
 // Of two words at most: for a longer list SQLite would make a table of its own with each row.
@@ -52,7 +51,7 @@ std::string TrimSql() {
 }
 
 // clang-format off
-constexpr Explanation kExplanations[] = {
+constexpr Explanation kHistoryExplanations[] = {
     {SQLITE_BUSY,     "is locked by another program: end what keeps it locked"},
     {SQLITE_READONLY, "cannot be written: give the user of this service write access to the file and its folder"},
     {SQLITE_CANTOPEN, "cannot be opened: give the user of this service read and write access to the file and its folder"},
@@ -201,7 +200,7 @@ class HistoryConnection {
             return format == kFormat ? "" : "is no history of this service: name another file";
         if (format == 0)
             LetGroupRead(path);
-        if (!Run(kConnectionSetup) || (format == 0 && !Run(SchemaSql())))
+        if (!Run(kHistorySetup) || (format == 0 && !Run(SchemaSql())))
             return Explain();
         begin_ = Persistent("BEGIN IMMEDIATE");
         commit_ = Persistent("COMMIT");
@@ -256,7 +255,7 @@ class HistoryConnection {
     }
     std::string Explain() const {
         const char* const known =
-            FindExplanation(kExplanations, sqlite3_extended_errcode(database_.get()));
+            FindExplanation(kHistoryExplanations, sqlite3_extended_errcode(database_.get()));
         return known ? known : std::string("fails (") + sqlite3_errmsg(database_.get()) + ")";
     }
 

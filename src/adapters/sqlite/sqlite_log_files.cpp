@@ -16,7 +16,7 @@ namespace {
 constexpr int kPatienceMs = 2000; // for another program's lock
 
 // clang-format off
-constexpr Explanation kExplanations[] = {
+constexpr Explanation kFileExplanations[] = {
     {SQLITE_BUSY,     "is locked by another program: end what keeps it locked"},
     {SQLITE_READONLY, "needs files beside it that only its users may make: run this as {who}"},
     {SQLITE_CANTOPEN, "cannot be opened: run this as {who}"},
@@ -68,7 +68,7 @@ class SqliteLogReader : public LogReader {
         const int code = sqlite3_errcode(database_.get());
         if (code == SQLITE_OK || code == SQLITE_DONE)
             return "";
-        const char* const known = FindExplanation(kExplanations, code);
+        const char* const known = FindExplanation(kFileExplanations, code);
         return known ? ForThisSystem(known)
                      : std::string("cannot be read: ") + sqlite3_errmsg(database_.get());
     }

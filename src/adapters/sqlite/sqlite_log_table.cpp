@@ -10,13 +10,12 @@ namespace tarnex {
 
 namespace {
 
-constexpr int kLockWaitMs = 50;
 constexpr std::size_t kColumns = std::tuple_size_v<LogRow>;
 // Little memory, and no wait for the disk at each row of a file in WAL mode.
 constexpr const char* kConnectionSetup = "PRAGMA cache_size = -64; PRAGMA synchronous = NORMAL;";
 
 // clang-format off
-constexpr Explanation kExplanations[] = {
+constexpr Explanation kLogExplanations[] = {
     {SQLITE_BUSY,             "is locked by another program: end what keeps it locked, or switch the file to WAL mode, in which readers lock nobody out"},
     {SQLITE_READONLY_DBMOVED, "was moved or deleted while it was in use: put it back, or make a new one with \"tarnexctl log create\""},
     {SQLITE_READONLY,         "cannot be written: give the user of this service write access to the file and its folder"},
@@ -123,7 +122,7 @@ class SqliteLogTable::Connection {
 
     std::string Explain() const { return Explain(sqlite3_extended_errcode(database_.get())); }
     std::string Explain(int code) const {
-        if (const char* const known = FindExplanation(kExplanations, code))
+        if (const char* const known = FindExplanation(kLogExplanations, code))
             return About(path_, known);
         return About(path_, std::string("fails (") + sqlite3_errmsg(database_.get()) +
                                 "): compare its table \"Log\" with log-schema.sql");

@@ -11,7 +11,7 @@ namespace tarnex {
 namespace {
 
 using namespace log_column;
-constexpr SQLSMALLINT kLongestName = 256;
+constexpr SQLSMALLINT kLongestColumnName = 256;
 // Longer texts are another kind of value for a driver.
 constexpr std::size_t kLongestPlainText = 255;
 constexpr const char* kOtherFile = ": name another file (setting \"log-database\")";
@@ -92,11 +92,11 @@ std::string AccessConnection::Open(const std::string& path) {
 
 void AccessConnection::Describe(const OdbcHandle& all, SQLSMALLINT columns) {
     for (SQLSMALLINT i = 1; i <= columns; ++i) {
-        wchar_t name[kLongestName]{};
+        wchar_t name[kLongestColumnName]{};
         SQLSMALLINT type = 0;
         SQLSMALLINT length = 0;
-        TheOdbc().describe_col(all.Get(), static_cast<SQLUSMALLINT>(i), name, kLongestName, &length,
-                               &type, nullptr, nullptr, nullptr);
+        TheOdbc().describe_col(all.Get(), static_cast<SQLUSMALLINT>(i), name, kLongestColumnName,
+                               &length, &type, nullptr, nullptr, nullptr);
         columns_.push_back({name, type == SQL_TYPE_TIMESTAMP});
     }
 }

@@ -14,7 +14,7 @@ namespace tarnex {
 
 namespace {
 
-constexpr auto kPatience = std::chrono::milliseconds(50);
+constexpr auto kDriverPace = std::chrono::milliseconds(50);
 constexpr std::size_t kMostWaiting = 1000; // rows for the driver
 
 std::string About(const std::string& path, const std::string& what) {
@@ -77,7 +77,7 @@ class AccessLogTable : public LogTable {
         jobs_.push_back(std::move(job));
         changed_.notify_all();
         awaited_ = idle;
-        if (idle && changed_.wait_for(lock, kPatience, [this] { return jobs_.empty(); }))
+        if (idle && changed_.wait_for(lock, kDriverPace, [this] { return jobs_.empty(); }))
             return std::exchange(outcome_, "");
         awaited_ = false;
         return std::nullopt;

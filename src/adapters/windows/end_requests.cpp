@@ -10,7 +10,7 @@ namespace tarnex {
 
 namespace {
 
-constexpr DWORD kTimeToEnd = 30'000; // ms; the system ends the process earlier
+constexpr DWORD kTimeToEndConsole = 30'000; // ms; the system ends the process earlier
 
 // Windows tells a function without an object, in a thread of its own.
 std::mutex g_mutex;
@@ -36,7 +36,7 @@ BOOL WINAPI TakeRequest(DWORD request) {
     const bool system_ends = request == CTRL_LOGOFF_EVENT || request == CTRL_SHUTDOWN_EVENT;
     if (!(system_ends && PostToLoop(g_on_system_end)) && !PostToLoop(g_on_gone))
         return FALSE;
-    Sleep(kTimeToEnd); // once this returns, the process is ended
+    Sleep(kTimeToEndConsole); // once this returns, the process is ended
     return TRUE;
 }
 

@@ -25,7 +25,7 @@ constexpr DWORD kNewSockets = 4096; // bytes for those that come between two cal
 constexpr GUID kPortsClass{
     0x4d36e978, 0xe325, 0x11ce, {0xbf, 0xc1, 0x08, 0x00, 0x2b, 0xe1, 0x03, 0x18}};
 
-constexpr std::size_t kLongestName = 256; // of a device
+constexpr std::size_t kLongestDeviceName = 256; // of a device
 
 // Without a name where the system tells nobody, as of itself.
 Holder Described(DWORD process, const std::wstring& name) {
@@ -36,7 +36,7 @@ Holder Described(DWORD process, const std::wstring& name) {
 
 // What the Device Manager calls a device; "" where it has no name.
 std::wstring FriendlyName(HDEVINFO devices, SP_DEVINFO_DATA& device) {
-    wchar_t name[kLongestName]{};
+    wchar_t name[kLongestDeviceName]{};
     const bool named = SetupDiGetDeviceRegistryPropertyW(devices, &device, SPDRP_FRIENDLYNAME,
                                                          nullptr, reinterpret_cast<BYTE*>(name),
                                                          sizeof name - sizeof(wchar_t), nullptr);
@@ -45,7 +45,7 @@ std::wstring FriendlyName(HDEVINFO devices, SP_DEVINFO_DATA& device) {
 
 // "COM5"; "" for what is no serial port.
 std::wstring PortName(HDEVINFO devices, SP_DEVINFO_DATA& device) {
-    wchar_t name[kLongestName]{};
+    wchar_t name[kLongestDeviceName]{};
     DWORD size = sizeof name - sizeof(wchar_t);
     const HKEY key =
         SetupDiOpenDevRegKey(devices, &device, DICS_FLAG_GLOBAL, 0, DIREG_DEV, KEY_QUERY_VALUE);

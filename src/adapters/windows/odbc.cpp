@@ -6,7 +6,7 @@ namespace tarnex {
 
 namespace {
 
-constexpr SQLSMALLINT kLongestName = 256;
+constexpr SQLSMALLINT kLongestDriverName = 256;
 constexpr SQLSMALLINT kLongestReason = 512;
 
 template <typename Function>
@@ -67,12 +67,12 @@ std::string OdbcHandle::Why() const {
 bool HasOdbcDriver(const std::wstring& name) {
     const OdbcHandle environment(SQL_HANDLE_ENV, SQL_NULL_HANDLE);
     SQLUSMALLINT which = SQL_FETCH_FIRST;
-    wchar_t found[kLongestName]{};
+    wchar_t found[kLongestDriverName]{};
     wchar_t attributes[2]{}; // which it cuts off
     SQLSMALLINT length = 0;
     while (environment &&
-           SQL_SUCCEEDED(TheOdbc().drivers(environment.Get(), which, found, kLongestName, &length,
-                                           attributes, 2, &length))) {
+           SQL_SUCCEEDED(TheOdbc().drivers(environment.Get(), which, found, kLongestDriverName,
+                                           &length, attributes, 2, &length))) {
         if (name == found)
             return true;
         which = SQL_FETCH_NEXT;

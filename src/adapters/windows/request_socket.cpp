@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::size_t kMostAskers = 8; // at a time; the one that has waited longest goes
 constexpr DWORD kLongest = 65536;
-constexpr DWORD kPatience = 5'000; // ms
+constexpr DWORD kAskerPatience = 5'000; // ms
 
 std::string Words(std::error_code error) {
     return WordsFor(error);
@@ -133,8 +133,9 @@ WindowsHandle Connect(const std::wstring& path) {
     };
     const ULONGLONG begun = GetTickCount64();
     WindowsHandle pipe = open();
-    while (!pipe && GetLastError() == ERROR_PIPE_BUSY && GetTickCount64() - begun < kPatience) {
-        WaitNamedPipeW(path.c_str(), kPatience); // others may be faster
+    while (!pipe && GetLastError() == ERROR_PIPE_BUSY &&
+           GetTickCount64() - begun < kAskerPatience) {
+        WaitNamedPipeW(path.c_str(), kAskerPatience); // others may be faster
         pipe = open();
     }
     return pipe;
@@ -190,7 +191,7 @@ ServiceAnswer AskService(const std::string& path, const std::string& request) {
                            kLongest, nullptr, &progress) &&
         GetLastError() != ERROR_IO_PENDING)
         return trouble(Words(LastError()));
-    const bool late = WaitForSingleObject(done.Get(), kPatience) != WAIT_OBJECT_0;
+    const bool late = WaitForSingleObject(done.Get(), kAskerPatience) != WAIT_OBJECT_0;
     if (late)
         CancelIoEx(pipe.Get(), &progress);
     if (!GetOverlappedResult(pipe.Get(), &progress, &size, TRUE))

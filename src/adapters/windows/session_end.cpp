@@ -12,8 +12,8 @@ namespace tarnex {
 namespace {
 
 constexpr const wchar_t* kWindowClass = L"TarnexComm.SessionEnd";
-constexpr std::chrono::seconds kTimeToEnd(30);   // the system loses patience earlier
-constexpr std::chrono::seconds kTimeToAnswer(3); // before it takes the window for hung
+constexpr std::chrono::seconds kTimeToEndSession(30); // the system loses patience earlier
+constexpr std::chrono::seconds kTimeToAnswer(3);      // before it takes the window for hung
 // Before the programs that have said nothing (0x280), the process of the windows among them.
 constexpr DWORD kAskedFirst = 0x300;
 
@@ -61,7 +61,7 @@ struct SessionEnd::Watch {
     }
     void Tell() {
         loop.Post([call = ended] { call(); });
-        over.get_future().wait_for(kTimeToEnd); // once this returns, the process is ended
+        over.get_future().wait_for(kTimeToEndSession); // once this returns, the process is ended
     }
     static LRESULT CALLBACK TakeMessage(HWND window, UINT message, WPARAM first, LPARAM second) {
         if (message == WM_CREATE) {
