@@ -11,12 +11,11 @@ using Kind = LayoutNode::Kind;
 using Look = LayoutNode::Look;
 
 // In pixels at 96 dpi.
-constexpr int kMargin = 10; // between the window's edge and what it holds
+constexpr int kMargin = 10; // between the sheet's edge and what it holds
 constexpr int kTitleGap = 6;
 constexpr int kTextPadding = 3;   // between a frame and the text in it
 constexpr int kButtonPadding = 8; // left and right of a caption
 constexpr int kLeastButton = 60;
-constexpr int kScrollBar = 16;
 
 constexpr double kLine = 1.35; // height of a line of text, in ems
 
@@ -131,7 +130,7 @@ Size Placer::LeastOfLeaf(const LayoutNode& node) const {
     case Kind::kTextBox:
         return {TitleWidth(node) + held_width + frame, LinesHeight(node.lines) + frame};
     case Kind::kListBox:
-        return {held_width + Px(kScrollBar) + frame, LinesHeight(node.lines) + frame};
+        return {held_width + screen_.scroll_bar + frame, LinesHeight(node.lines) + frame};
     case Kind::kHeading: // in bold letters, which are wider
         return {std::max(text_width + screen_.em / 2, held_width), RowHeight()};
     default:
@@ -238,11 +237,28 @@ Size LeastSize(const LayoutNode& root, const Form& form, const ScreenMetrics& sc
     return {least.w + margins, least.h + margins};
 }
 
+Size LeastWindow(const LayoutNode& root, const Form& form, const ScreenMetrics& screen,
+                 Size largest) {
+    const Size least = LeastSize(root, form, screen);
+    const int right_bar = least.h > largest.h ? screen.scroll_bar : 0;
+    const int lower_bar = least.w > largest.w ? screen.scroll_bar : 0;
+    return {std::min(least.w + right_bar, largest.w), std::min(least.h + lower_bar, largest.h)};
+}
+
+Sheet SheetOf(const LayoutNode& root, const Form& form, const ScreenMetrics& screen, Size window) {
+    const Size least = LeastSize(root, form, screen);
+    const int bar = screen.scroll_bar;
+    const bool right_bar = least.h > window.h - (least.w > window.w ? bar : 0);
+    const bool lower_bar = least.w > window.w - (right_bar ? bar : 0);
+    const Size seen{window.w - (right_bar ? bar : 0), window.h - (lower_bar ? bar : 0)};
+    return {{std::max(least.w, seen.w), std::max(least.h, seen.h)}, seen};
+}
+
 std::vector<Placed> Place(const LayoutNode& root, const Form& form, const ScreenMetrics& screen,
-                          Size window) {
+                          Size sheet) {
     const int margin = screen.Pixels(kMargin);
     Placer placer(form, screen);
-    placer.Put(root, {margin, margin, window.w - 2 * margin, window.h - 2 * margin});
+    placer.Put(root, {margin, margin, sheet.w - 2 * margin, sheet.h - 2 * margin});
     return std::move(placer).Result();
 }
 

@@ -2,6 +2,7 @@
 
 #include "ui/form.h"
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <string>
@@ -73,6 +74,7 @@ struct Rect {
 struct ScreenMetrics {
     double scale = 1;                          // 1 at 96 dpi
     int em = 14;                               // in pixels of the screen
+    int scroll_bar = 16;                       // its width, the same
     std::function<int(TextView)> text_width{}; // the same, in plain letters
 
     int Pixels(double at_96_dpi) const { return int(std::lround(at_96_dpi * scale)); }
@@ -82,7 +84,7 @@ struct ScreenMetrics {
 // How much larger strong letters are than plain ones.
 inline constexpr double kStrongLetters = 1.25;
 
-// Where a leaf of a layout stands, in pixels of the screen from the window's corner.
+// Where a leaf of a layout stands, in pixels of the screen from the sheet's corner.
 struct Placed {
     const LayoutNode* node;
     Rect rect; // of a text box without its title, which stands on the left
@@ -91,10 +93,28 @@ struct Placed {
 // The smallest window in which everything visible fits.
 Size LeastSize(const LayoutNode& root, const Form& form, const ScreenMetrics& screen);
 
-// Shares a window among the headings and visible controls, in the order of the layout. Widths that
+// The same, beside scroll bars where the largest window has no room for that.
+Size LeastWindow(const LayoutNode& root, const Form& form, const ScreenMetrics& screen,
+                 Size largest);
+
+// What the controls stand on. Where a window is smaller than that, it has scroll bars.
+struct Sheet {
+    Size whole; // never less than the least size
+    Size seen;  // of it at once, beside the scroll bars
+};
+
+Sheet SheetOf(const LayoutNode& root, const Form& form, const ScreenMetrics& screen, Size window);
+
+// How far to scroll, at least, for a control to be seen, or where it is too large its beginning.
+// It reaches from first to last in the seen part of a sheet.
+inline int ScrollTo(int first, int last, int seen) {
+    return std::min(std::max(last - seen, 0), first);
+}
+
+// Shares a sheet among the headings and visible controls, in the order of the layout. Widths that
 // the model sets are kept as far as the others leave room. In less than the least size the right
 // and lower parts are cut off. root must outlive the result.
 std::vector<Placed> Place(const LayoutNode& root, const Form& form, const ScreenMetrics& screen,
-                          Size window);
+                          Size sheet);
 
 } // namespace tarnex

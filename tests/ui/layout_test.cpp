@@ -17,11 +17,12 @@ namespace {
 using namespace layout_parts;
 
 constexpr int kEm = 15; // at 96 dpi
+constexpr int kBar = 16;
 
 // A screen whose Latin letters are somewhat wider than those of faces for Chinese.
 ScreenMetrics Screen(double scale = 1) {
     const int em = int(kEm * scale);
-    return {.scale = scale, .em = em, .text_width = [em](TextView text) {
+    return {.scale = scale, .em = em, .scroll_bar = kBar, .text_width = [em](TextView text) {
                 int width = 0;
                 for (const char16_t c : text)
                     width += c < 0x80 ? em * 9 / 16 : em;
@@ -58,7 +59,7 @@ TEST(Layout, AWidthOfTheModelIsKeptAsFarAsTheOthersLeaveRoom) {
     EXPECT_EQ(Rects(form.root, form, {2000, 500}, 2)["left"].w, 8415 / 15 * 2);
 
     form.left.SetWidth(60000);
-    const int least = 10 * kEm + 16 + 6;
+    const int least = 10 * kEm + kBar + 6;
     EXPECT_EQ(Rects(form.root, form, window)["right"].w, least);
     form.left.SetWidth(15);
     EXPECT_EQ(Rects(form.root, form, window)["left"].w, least);
@@ -92,6 +93,33 @@ TEST(Layout, AGridHasCellsOfOneSize) {
     EXPECT_EQ(rects.at("a").w, rects.at("b").w);
     EXPECT_EQ(rects.at("c").x, rects.at("a").x);
     EXPECT_EQ(rects.at("c").y + rects.at("c").h, least.h - 10);
+}
+
+TEST(Layout, ScrollBarsComeForWhatALowOrNarrowScreenHasNoRoomFor) {
+    TwoLists form;
+    const Size least = LeastSize(form.root, form, Screen());
+    const auto more = [least](int w, int h) { return Size{least.w + w, least.h + h}; };
+    struct {
+        Size largest;
+        Size window;
+        Size seen;
+    } const kRows[] = {
+        {more(0, 0), more(0, 0), more(0, 0)},
+        {more(99, -1), more(kBar, -1), more(0, -1)},
+        {more(-1, 99), more(-1, kBar), more(-1, 0)},
+        {more(kBar - 1, -1), more(kBar - 1, -1), more(-1, -1 - kBar)},
+        {more(-1, kBar - 1), more(-1, kBar - 1), more(-1 - kBar, -1)},
+    };
+    for (const auto& [largest, window, seen] : kRows) {
+        EXPECT_EQ(LeastWindow(form.root, form, Screen(), largest), window);
+        const Sheet sheet = SheetOf(form.root, form, Screen(), window);
+        EXPECT_EQ(sheet.seen, seen);
+        EXPECT_EQ(sheet.whole, least);
+    }
+    EXPECT_EQ(SheetOf(form.root, form, Screen(), more(50, -1)).whole, more(50 - kBar, 0));
+    for (const auto& [first, last, by] :
+         {std::tuple{10, 90, 0}, {80, 105, 5}, {-5, 50, -5}, {20, 140, 20}})
+        EXPECT_EQ(ScrollTo(first, last, 100), by);
 }
 
 // Every control of a form stands in its layout once, and no two have the same key. All are visible.

@@ -6,6 +6,8 @@
 #include <utility>
 
 #include <FL/Fl.H>
+#include <FL/Fl_Box.H>
+#include <FL/Fl_Scroll.H>
 
 namespace tarnex {
 
@@ -41,6 +43,45 @@ class FltkWindow::LaidOutWindow : public Fl_Double_Window {
     FltkWindow& owner_;
 };
 
+// Everything stands on it. Where that is more than the window has room for, it scrolls.
+class FltkWindow::ScrolledSheet : public Fl_Scroll {
+  public:
+    explicit ScrolledSheet(Size size) : Fl_Scroll(0, 0, size.w, size.h), whole_(0, 0, 0, 0) {
+        scrollbar.linesize(3 * FL_NORMAL_SIZE); // of a turn of the wheel
+    }
+    // What was in sight stays there.
+    void SetSize(Size window, const Sheet& sheet) {
+        resize(0, 0, window.w, window.h);
+        seen_ = sheet.seen;
+        whole_.resize(-std::clamp(-whole_.x(), 0, sheet.whole.w - seen_.w),
+                      -std::clamp(-whole_.y(), 0, sheet.whole.h - seen_.h), sheet.whole.w,
+                      sheet.whole.h);
+    }
+    const Fl_Widget& Whole() const { return whole_; }
+    int handle(int event) override {
+        int handled = Fl_Scroll::handle(event);
+        if (!handled && event == FL_KEYBOARD && Fl::event_key() == FL_Tab)
+            handled = Fl_Scroll::handle(FL_FOCUS); // from the last one to the first, or back
+        if (handled && (event == FL_KEYBOARD || event == FL_SHORTCUT))
+            RevealFocus();
+        return handled;
+    }
+
+  private:
+    void RevealFocus() {
+        const Fl_Widget* const focus = Fl::focus();
+        if (!focus || focus == this || !contains(focus))
+            return;
+        const int margin = FL_NORMAL_SIZE / 2;
+        scroll_to(
+            xposition() + ScrollTo(focus->x() - margin, focus->x() + focus->w() + margin, seen_.w),
+            yposition() + ScrollTo(focus->y() - margin, focus->y() + focus->h() + margin, seen_.h));
+    }
+
+    Fl_Box whole_; // the first child, which by its size says how far to scroll
+    Size seen_;
+};
+
 FltkWindow::FltkWindow(Form& form, Layout layout, const ScreenMetrics& metrics)
     : form_(form), metrics_(metrics), layout_(std::move(layout)), form_width_(form.Width()) {
     const int width = form_width_ ? metrics.FromTwips(form_width_) : metrics.Pixels(layout_.width);
@@ -49,7 +90,9 @@ FltkWindow::FltkWindow(Form& form, Layout layout, const ScreenMetrics& metrics)
         *this,
         Size{std::min(width, largest.w), std::min(metrics.Pixels(layout_.height), largest.h)});
     window_->xclass(form_.Name().c_str());
+    sheet_ = new ScrolledSheet({window_->w(), window_->h()});
     MakeWidgets(layout_.root);
+    sheet_->end();
     window_->resizable(nullptr); // the layout does it
     window_->end();
     FltkWindow::Refresh();
@@ -109,9 +152,7 @@ void FltkWindow::ShowControls() {
 
 // All that is visible, as far as the screen has room for it.
 Size FltkWindow::LeastOnScreen() const {
-    const Size least = LeastSize(layout_.root, form_, metrics_);
-    const Size largest = LargestWindow(metrics_.scale);
-    return {std::min(least.w, largest.w), std::min(least.h, largest.h)};
+    return LeastWindow(layout_.root, form_, metrics_, LargestWindow(metrics_.scale));
 }
 
 // Never less than what is visible needs. A window that would reach over the right edge of the
@@ -153,17 +194,22 @@ void FltkWindow::ShowForm() {
 }
 
 void FltkWindow::Arrange() {
+    const Size window{window_->w(), window_->h()};
+    const Sheet sheet = SheetOf(layout_.root, form_, metrics_, window);
+    sheet_->SetSize(window, sheet);
+    const Fl_Widget& whole = sheet_->Whole();
     std::map<const LayoutNode*, Rect> rects;
-    for (const Placed& placed : Place(layout_.root, form_, metrics_, {window_->w(), window_->h()}))
+    for (const Placed& placed : Place(layout_.root, form_, metrics_, sheet.whole))
         rects[placed.node] = placed.rect;
     for (auto& [node, leaf] : leaves_) {
         Fl_Widget& widget = leaf.widget->Widget();
         if (const auto found = rects.find(node); found != rects.end()) {
             const Rect& rect = found->second;
-            widget.resize(rect.x, rect.y, rect.w, rect.h);
+            widget.resize(whole.x() + rect.x, whole.y() + rect.y, rect.w, rect.h);
             widget.show();
         } else {
             Withdraw(widget, &Fl_Widget::hide);
+            widget.Fl_Widget::resize(whole.x(), whole.y(), 0, 0); // else it would count
         }
     }
     window_->redraw();

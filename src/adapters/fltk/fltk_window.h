@@ -23,6 +23,7 @@ class FltkWindow : public CopyWindow {
 
   private:
     class LaidOutWindow;
+    class ScrolledSheet;
 
     // What a control looked like when it was placed last.
     struct Shape {
@@ -52,6 +53,7 @@ class FltkWindow : public CopyWindow {
     const ScreenMetrics& metrics_;
     Layout layout_;
     std::unique_ptr<LaidOutWindow> window_;
+    ScrolledSheet* sheet_ = nullptr; // the window's
     std::map<const LayoutNode*, Leaf> leaves_;
     std::map<const Control*, Leaf*> leaf_of_;
     Fl_Widget* focus_ = nullptr; // was withdrawn with the focus; the window has it meanwhile

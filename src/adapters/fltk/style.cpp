@@ -128,7 +128,10 @@ std::string SetUpStyle(double scale) {
 }
 
 ScreenMetrics Metrics(double scale) {
-    return {.scale = scale, .em = FL_NORMAL_SIZE, .text_width = [](TextView text) {
+    return {.scale = scale,
+            .em = FL_NORMAL_SIZE,
+            .scroll_bar = Fl::scrollbar_size(),
+            .text_width = [](TextView text) {
                 fl_font(FL_HELVETICA, FL_NORMAL_SIZE);
                 return int(std::ceil(fl_width(ToUtf8(text).c_str())));
             }};

@@ -54,7 +54,7 @@ class ListWindow : public LeafWindow {
     void Draw(const DRAWITEMSTRUCT& drawn) override;
 
   protected:
-    std::optional<LRESULT> Take(UINT message, WPARAM w, LPARAM) override;
+    std::optional<LRESULT> Take(UINT message, WPARAM w, LPARAM l) override;
 
   private:
     int Count() const { return int(list_.Lines().size()); }
@@ -62,7 +62,9 @@ class ListWindow : public LeafWindow {
     std::wstring Shown(std::size_t index) const {
         return Wide(EscapeControls(list_.Lines()[index]));
     }
-    bool HasBar() const { return (GetWindowLongW(Window(), GWL_STYLE) & WS_HSCROLL) != 0; }
+    bool HasBar(LONG bar = WS_HSCROLL) const {
+        return (GetWindowLongW(Window(), GWL_STYLE) & bar) != 0;
+    }
     void SetWidth(int width) {
         width_ = width;
         Send(LB_SETHORIZONTALEXTENT, WPARAM(width_));
@@ -124,7 +126,9 @@ void ListWindow::Draw(const DRAWITEMSTRUCT& drawn) {
                 &rect, line.data(), UINT(line.size()), nullptr);
 }
 
-std::optional<LRESULT> ListWindow::Take(UINT message, WPARAM w, LPARAM) {
+std::optional<LRESULT> ListWindow::Take(UINT message, WPARAM w, LPARAM l) {
+    if (message == WM_MOUSEWHEEL && !HasBar(WS_VSCROLL))
+        return SendMessageW(GetParent(Window()), message, w, l);
     if (message == kWider && int(w) > width_) {
         const bool had_bar = HasBar();
         SetWidth(int(w));

@@ -103,13 +103,15 @@ Style::Style(UINT dpi) : dpi_(dpi), measuring_(CreateCompatibleDC(nullptr)) {
     GetTextMetricsW(measuring_.get(), &text);
     text_height_ = int(text.tmHeight);
     line_height_ = Rounded(letters * kLine);
-    metrics_ = {
-        .scale = scale, .em = letters, .text_width = [context = measuring_.get()](TextView text) {
-            SIZE size{};
-            const std::wstring wide = Wide(text);
-            GetTextExtentPoint32W(context, wide.data(), int(wide.size()), &size);
-            return int(size.cx);
-        }};
+    metrics_ = {.scale = scale,
+                .em = letters,
+                .scroll_bar = GetSystemMetricsForDpi(SM_CXVSCROLL, dpi),
+                .text_width = [context = measuring_.get()](TextView text) {
+                    SIZE size{};
+                    const std::wstring wide = Wide(text);
+                    GetTextExtentPoint32W(context, wide.data(), int(wide.size()), &size);
+                    return int(size.cx);
+                }};
 }
 
 std::wstring Wide(TextView text) {

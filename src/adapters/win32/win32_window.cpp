@@ -13,6 +13,7 @@ constexpr wchar_t kType[] = L"TarnexWindow";
 constexpr int kIcon = 1; // among the program's resources
 constexpr DWORD kWindowStyle = WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN;
 constexpr int kFocusFrame = 2;     // width in pixels at 96 dpi
+constexpr int kSeenMargin = 10;    // the same, around what is scrolled to
 constexpr int kHintEms = 30;       // width of a hint of several lines
 constexpr UINT kHintTime = 32'000; // ms; the system takes no more
 
@@ -52,8 +53,9 @@ void Win32Window::RegisterType() {
 
 Win32Window::Win32Window(Form& form, Layout layout)
     : form_(form), layout_(std::move(layout)), form_width_(form.Width()) {
-    CreateWindowExW(WS_EX_CONTROLPARENT, kType, L"", kWindowStyle, CW_USEDEFAULT, CW_USEDEFAULT, 0,
-                    0, nullptr, nullptr, GetModuleHandleW(nullptr), this);
+    CreateWindowExW(WS_EX_CONTROLPARENT, kType, L"", kWindowStyle | WS_HSCROLL | WS_VSCROLL,
+                    CW_USEDEFAULT, CW_USEDEFAULT, 0, 0, nullptr, nullptr, GetModuleHandleW(nullptr),
+                    this);
     MakeLeaves(layout_.root);
     MakeHints();
     // The blue frame shows where the focus is.
@@ -145,10 +147,8 @@ void Win32Window::ShowControls() {
             shapes_changed = true;
         }
     }
-    if (shapes_changed && IsWindowVisible(window_)) {
-        SetSize(ClientSize());
-        Arrange();
-    }
+    if (shapes_changed && IsWindowVisible(window_))
+        Fit();
     if (GetFocus() == window_)
         GiveFocusBack();
 }
@@ -181,8 +181,8 @@ void Win32Window::GiveFocusBack() {
 
 Size Win32Window::ClientSize() const {
     RECT rect{};
-    GetClientRect(window_, &rect);
-    return {int(rect.right), int(rect.bottom)};
+    GetWindowRect(window_, &rect);
+    return Inside(rect);
 }
 
 Size Win32Window::Frame() const {
@@ -192,15 +192,12 @@ Size Win32Window::Frame() const {
 }
 
 Size Win32Window::Largest() const {
-    const RECT area = WorkArea(window_);
-    const Size frame = Frame();
-    return {int(area.right - area.left) - frame.w, int(area.bottom - area.top) - frame.h};
+    return Inside(WorkArea(window_));
 }
 
-Size Win32Window::Least() const {
-    const Size least = LeastSize(layout_.root, form_, Metrics());
-    const Size largest = Largest();
-    return {std::min(least.w, largest.w), std::min(least.h, largest.h)};
+Size Win32Window::Inside(const RECT& window) const {
+    const Size frame = Frame();
+    return {int(window.right - window.left) - frame.w, int(window.bottom - window.top) - frame.h};
 }
 
 void Win32Window::SetSize(Size size) {
@@ -223,9 +220,11 @@ void Win32Window::SetSize(Size size) {
 }
 
 void Win32Window::Arrange() {
+    const Sheet sheet = SheetOf(layout_.root, form_, Metrics(), ClientSize());
+    scroller_.SetUp(window_, sheet);
     std::map<const LayoutNode*, Rect> rects;
-    for (const Placed& placed : Place(layout_.root, form_, Metrics(), ClientSize()))
-        rects[placed.node] = placed.rect;
+    for (const Placed& placed : Place(layout_.root, form_, Metrics(), sheet.whole))
+        rects[placed.node] = scroller_.InWindow(placed.rect);
     for (auto& [node, leaf] : leaves_) {
         LeafWindow& window = *leaf.window;
         if (const auto found = rects.find(node); found != rects.end()) {
@@ -236,6 +235,11 @@ void Win32Window::Arrange() {
         }
     }
     InvalidateRect(window_, nullptr, TRUE);
+}
+
+void Win32Window::FocusOn(HWND leaf) {
+    SetFocus(leaf);
+    scroller_.Reveal(leaf, Metrics().Pixels(kSeenMargin));
 }
 
 // Around the leaf with the focus.
@@ -307,13 +311,13 @@ std::optional<LRESULT> Win32Window::Take(UINT message, WPARAM w, LPARAM l) {
         SetDpi(HIWORD(w));
         SetWindowPos(window_, nullptr, wanted.left, wanted.top, wanted.right - wanted.left,
                      wanted.bottom - wanted.top, SWP_NOZORDER | SWP_NOACTIVATE);
-        Arrange();
+        Fit();
         return 0;
     }
-    case WM_SETTINGCHANGE: // perhaps the size of the system's letters
+    case WM_DISPLAYCHANGE:
+    case WM_SETTINGCHANGE: // perhaps the size of the system's letters, or the room on the screen
         SetDpi(style_->Dpi());
-        SetSize(ClientSize());
-        Arrange();
+        Fit();
         return 0;
     case WM_SYSCOMMAND: // Alt alone, or with a letter that the system has not seen: there is no
                         // menu
@@ -344,6 +348,8 @@ std::optional<LRESULT> Win32Window::Take(UINT message, WPARAM w, LPARAM l) {
         PaintFocus();
         return 0;
     default:
+        if (scroller_.Take(message, w, style_->LineHeight()))
+            return 0;
         return std::nullopt;
     }
 }
@@ -374,7 +380,7 @@ bool Win32Window::TakeKeyDown(const MSG& message) {
         const HWND next = GetNextDlgTabItem(window_, IsChild(window_, focus) ? focus : nullptr,
                                             GetKeyState(VK_SHIFT) < 0);
         if (next)
-            SetFocus(next);
+            FocusOn(next);
         return true;
     }
     if (message.wParam == VK_RETURN && IsChild(window_, focus) &&
@@ -391,7 +397,7 @@ void Win32Window::PressByKey(char key) {
         const HWND window = leaf.window->Window();
         if (node->key != key || !IsWindowVisible(window) || !IsWindowEnabled(window))
             continue;
-        SetFocus(window);
+        FocusOn(window);
         leaf.window->Press();
         return;
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "adapters/win32/leaf_window.h"
+#include "adapters/win32/scroller.h"
 #include "ui/form_copies.h"
 
 #include <map>
@@ -53,6 +54,8 @@ class Win32Window : public CopyWindow {
     void ShowControls();
     void ShowForm();
     void Arrange();
+    // Moves the focus there by keyboard.
+    void FocusOn(HWND leaf);
     void PaintFocus();
     void MoveFocusFrame();
     // Disables or hides it. While the operator has not moved the focus, it comes back with it.
@@ -61,21 +64,28 @@ class Win32Window : public CopyWindow {
     void GiveFocusBack();
 
     const ScreenMetrics& Metrics() const { return style_->Metrics(); }
+    // With the scroll bars.
     Size ClientSize() const;
     // Around the client area, in pixels.
     Size Frame() const;
+    Size Inside(const RECT& window) const;
     // The largest client area that is seen whole, and the smallest that an operator can make.
     Size Largest() const;
-    Size Least() const;
-    // The client area's; never less than what is visible needs, and moved to where it is seen
-    // whole.
+    Size Least() const { return LeastWindow(layout_.root, form_, Metrics(), Largest()); }
+    // The client area's; never less than what is visible needs, as far as the screen has room, and
+    // moved to where it is seen whole.
     void SetSize(Size size);
+    void Fit() {
+        SetSize(ClientSize());
+        Arrange();
+    }
 
     Form& form_;
     const Layout layout_;
     HWND window_ = nullptr;
     HWND hints_ = nullptr;
     std::unique_ptr<Style> style_;
+    Scroller scroller_;
     std::map<const LayoutNode*, Leaf> leaves_;
     std::map<const Control*, Leaf*> leaf_of_;
     HWND focus_ = nullptr;  // has lost the focus to the window, and may get it back
