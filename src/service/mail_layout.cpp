@@ -24,7 +24,7 @@ LayoutNode MailBody(std::string box, Text title, int lines, Look look = Look::kM
 } // namespace
 
 Layout MailLayout() {
-    LayoutNode note = MailBody("txtMessage", u"附注(不发)", 2);
+    LayoutNode note = MailBody("txtMessage", u"附注(不发)", 1);
     note.hint = u"只写在这里，不会写入任何邮件";
     LayoutNode problem = MailBody("Problem", u"失败原因", 2, Look::kReadOnlyLines);
     problem.weight = 0;
@@ -36,7 +36,7 @@ Layout MailLayout() {
              std::move(problem), MailField("txtserver", u"服务器"), MailField("txtfrom", u"发件人"),
              MailField("getaddress", u"收件人"), MailField("user", u"用户名"),
              MailField("txtpwa", u"密码", Look::kSecret), MailField("subject", u"主题"),
-             MailBody("TxtMessage1", u"正文", 4), std::move(note),
+             MailBody("TxtMessage1", u"正文", 3), std::move(note),
              Row({Press("CmdSend", 'S', u"按以上内容立即发送"),
                   Press("Command1", 'T', u"把一条测试文本放入发送队列"), Space(),
                   Press("cmdExit", 'X', u"关闭窗口并停止发送邮件")})})};

@@ -10,7 +10,7 @@ namespace {
 LayoutNode MainStatus() {
     return Row({Status("mLblTarnexStatus", 10), Field("mTxtStatus", u"就绪", 4, Look::kReadOnly),
                 Field("mTxtTarnexCSQ", u"信号强度", 3, Look::kReadOnly),
-                Field("mText4", u"巡检次数", 5), Field("mText1", u"丢失次数", 4)});
+                Field("mText4", u"巡检次数", 4), Field("mText1", u"丢失次数", 4)});
 }
 
 LayoutNode MainMessages() {
@@ -18,24 +18,24 @@ LayoutNode MainMessages() {
                 Press("mCmdSend", 'T', u"向报警号码发送测试短信"),
                 Press("mCmdMail", 'M', u"打开邮件发送窗口"),
                 Press("mCmdCore", 'R', u"打开设备连接的测试窗口"), Space(),
-                Field("mText5", u"短信已发", 5), Field("mText3", u"发送失败", 4),
-                Field("mText2", u"发送丢失", 4)});
+                Field("mText5", u"短信已发", 3), Field("mText3", u"发送失败", 3),
+                Field("mText2", u"发送丢失", 3)});
 }
 
 LayoutNode MainLists() {
     return Sections(
-        {Row({ListSection(u"事件", "mList1", 4, 3, {Press("Command3", 'W', u"切换事件列表的宽度")}),
-              ListSection(u"短信发送记录", "mList4", 4, 2)},
+        {Row({ListSection(u"事件", "mList1", 3, 3, {Press("Command3", 'W', u"切换事件列表的宽度")}),
+              ListSection(u"短信发送记录", "mList4", 3, 2)},
              1),
          Row({ListSection(u"收到的短信", "mList2", 3, 1),
               ListSection(u"设备状态与链路", "mList3", 3, 1,
                           {Press("mCmdLinkCheck", 'K', u"检查是否有监控程序连接")}),
               ListSection(u"控制链路", "mList5", 3, 1)},
              1),
-         Row({ListSection(u"设备调试", "List1", 4, 1,
+         Row({ListSection(u"设备调试", "List1", 3, 1,
                           {Press("Command5", 'Q', u"切换设备调试列表的宽度"),
                            Press("Command6", 'L', u"显示或隐藏通信数据列表")}),
-              ListSection(u"通信数据", "List2", 4, 1)},
+              ListSection(u"通信数据", "List2", 3, 1)},
              1)},
         1);
 }

@@ -69,7 +69,7 @@ inline LayoutNode ListSection(Text title, std::string list, int lines, int weigh
     Nodes head{Heading(std::move(title))};
     head.insert(head.end(), beside.begin(), beside.end());
     head.push_back(Space());
-    LayoutNode section = Column({Row(std::move(head)), ListOf(std::move(list), 14, lines)}, weight);
+    LayoutNode section = Column({Row(std::move(head)), ListOf(std::move(list), 12, lines)}, weight);
     section.gap = 3;
     return section;
 }
