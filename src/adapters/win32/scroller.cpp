@@ -1,7 +1,6 @@
 #include "adapters/win32/scroller.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace tarnex {
 
