@@ -35,6 +35,7 @@ LIMIT = 300 if windows else 90
 END = signal.SIGINT if windows else signal.SIGTERM  # asks a program to end
 START_SERVICE = "net start TarnexComm" if windows else "systemctl start tarnexcomm"
 OUTPUT_ENDS = "\0\n"
+FOLDER = "警 报"  # where programs find what is theirs
 linux_only = unittest.skipIf(windows, "for Linux only")
 
 # Every setting that goes into the unit, and what lets an SMS leave.
@@ -55,6 +56,12 @@ SCHEMA = pathlib.Path(__file__).parents[2] / "packaging/log-schema.sql"
 programs = ""  # the folder of the programs
 
 
+def silently(*command, environment=None):
+    """Runs a program of Wine's own. What that starts must not keep a pipe of the test open."""
+    null = dict.fromkeys(("stdin", "stdout", "stderr"), subprocess.DEVNULL)
+    subprocess.run(command, env=environment, **null)
+
+
 def wait_until(condition, what, act=None):
     """What condition() gives once it is true. For what sends no event of its own.
 
@@ -71,6 +78,14 @@ def wait_until(condition, what, act=None):
             ignored = time.monotonic() + LIMIT / 30
         time.sleep(0.01)
     return result
+
+
+def begin_windows():
+    for key, name, value in (
+        (r"HKLM\System\CurrentControlSet\Control\Session Manager\Environment", "windir", "C:\\" + FOLDER),
+        (r"HKLM\Software\Microsoft\Windows NT\CurrentVersion\ProfileList", "ProgramData", "C:\\" + FOLDER),
+    ):
+        silently("wine", "reg", "add", key, "/v", name, "/d", value, "/f")
 
 
 def there(path):
@@ -258,13 +273,13 @@ class Site:
     def __init__(self, test, log=True, **changes):
         self._test = test
         self.desktop = {}  # what a desktop adds to the environment
-        if windows:  # where Windows itself stands
-            self.folder = pathlib.Path(os.environ["WINEPREFIX"], "drive_c/windows")
+        if windows:
+            self.folder = pathlib.Path(os.environ["WINEPREFIX"], "drive_c", FOLDER)
         else:
-            self.folder = pathlib.Path(tempfile.mkdtemp(prefix="tarnex-test-"))
+            self.folder = pathlib.Path(tempfile.mkdtemp(prefix=FOLDER))
             test.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+        self.path("system").mkdir(parents=True, exist_ok=bool(windows))
         self.folder.chmod(0o755)
-        self.path("system").mkdir(exist_ok=bool(windows))
         self.address = own_address()
         self.settings = self.path("system/Tarnex.ini")
         if self.settings.is_dir():  # of an earlier site
@@ -378,5 +393,7 @@ def run(tests):
     if len(sys.argv) < 2:
         sys.exit(f"usage: {sys.argv[0]} FOLDER_OF_THE_PROGRAMS [TEST...]")
     programs = os.path.abspath(sys.argv[1])
+    if windows:
+        begin_windows()
     names = [f"{tests.__name__}.{name}" for name in sys.argv[2:]]
     unittest.main(argv=[sys.argv[0], *names], verbosity=2)

@@ -52,7 +52,7 @@ class NtService(unittest.TestCase):
 
         self.manager("start")
         self.becomes(RUNNING)
-        status = self.site.folder.parent / "ProgramData/TarnexComm/status.json"
+        status = self.site.path("TarnexComm/status.json")
         wait_until(status.exists, "the status, where tarnexctl looks")
         self.assertEqual(self.ended("/u"), 0)  # takes it away while it runs
         self.assertEqual(self.manager("query"), "error 1060")  # there is none
@@ -70,4 +70,5 @@ class NtService(unittest.TestCase):
         self.assertEqual(both[0].lines, both[1].lines)
 
 
+harness.FOLDER = "windows"  # what the service manager was told when it began
 harness.run(NtService)

@@ -38,9 +38,7 @@ class Screen:
         key = r"HKCU\Control Panel\Desktop"
         add = ("wine", "reg", "add", key, "/v", "LogPixels", "/t", "REG_DWORD", "/d", str(dpi), "/f")
         for command in (("wineserver", "-k", "-w"), ("wineserver", "-p"), add):
-            # What stays in the background must not keep a pipe open.
-            null = subprocess.DEVNULL
-            subprocess.run(command, env=os.environ | self.environment, stdin=null, stdout=null, stderr=null)
+            harness.silently(*command, environment=os.environ | self.environment)
 
     def run(self, *command):
         """What a tool of X prints."""

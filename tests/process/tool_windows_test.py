@@ -58,7 +58,7 @@ class ToolWindowsTest(unittest.TestCase):
         self.assertEqual(second.wait(), 0)
         second.wait_for("another program of TarnexComm runs on this machine")
         dialog = screen.window("打开固件文件", lambda: window.key("alt+o"))
-        dialog.type("unit.hex" if harness.windows else self.site.path("unit.hex"))
+        dialog.type("unit.hex")
         dialog.picture("flasher-file-192")
         wait_until(lambda: not dialog.shown(), "the end of the dialog", lambda: dialog.key("Return"))
         window.wait_for_line(FLASHER_LIST, "unit.hex")
