@@ -84,6 +84,7 @@ def begin_windows():
     for key, name, value in (
         (r"HKLM\System\CurrentControlSet\Control\Session Manager\Environment", "windir", "C:\\" + FOLDER),
         (r"HKLM\Software\Microsoft\Windows NT\CurrentVersion\ProfileList", "ProgramData", "C:\\" + FOLDER),
+        (r"HKCU\Software\Wine\Drivers", "Graphics", "x11,null"),  # without a screen there are windows, too
     ):
         silently("wine", "reg", "add", key, "/v", name, "/d", value, "/f")
 
@@ -194,6 +195,13 @@ class Program:
             os.write(self._output, OUTPUT_ENDS.encode())
         self._reader.join()
         return status
+
+    def end_session(self):
+        """Its user logs off: its terminal ends, or Windows, which asks first and may be told to wait."""
+        if windows:
+            silently("wine", "wineboot", "--end-session", "--shutdown")
+        else:
+            self.send_signal(signal.SIGHUP)
 
     def runs(self):
         return self._process.poll() is None
@@ -393,6 +401,7 @@ def run(tests):
     if len(sys.argv) < 2:
         sys.exit(f"usage: {sys.argv[0]} FOLDER_OF_THE_PROGRAMS [TEST...]")
     programs = os.path.abspath(sys.argv[1])
+    signal.signal(signal.SIGHUP, signal.SIG_DFL)  # whoever has started the tests
     if windows:
         begin_windows()
     names = [f"{tests.__name__}.{name}" for name in sys.argv[2:]]

@@ -35,6 +35,9 @@ Signals::Signals(AsioLoop& loop) : loop_(loop) {}
 Signals::~Signals() = default;
 
 void Signals::On(int signal, std::function<void()> handler) {
+    struct sigaction found {};
+    if (signal == SIGHUP && sigaction(signal, nullptr, &found) == 0 && found.sa_handler == SIG_IGN)
+        return;
     handlers_.emplace_back(loop_.core().io, signal, std::move(handler));
 }
 

@@ -16,7 +16,8 @@ class Signals {
     ~Signals();
 
     // From now on the signal no longer has its default effect: handler is called from the loop.
-    // Several handlers of one signal are all called.
+    // Several handlers of one signal are all called. SIGHUP stays ignored where it is when the
+    // program starts, by nohup.
     void On(int signal, std::function<void()> handler);
 
   private:

@@ -145,7 +145,7 @@ void SystemdController::SaveParameter(std::string_view name, std::string_view va
 
 void SystemdController::StartService(int controls_accepted, ServiceEvents events) {
     events_ = std::move(events);
-    for (const int signal : {SIGTERM, SIGINT})
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP})
         signals_.On(signal, [this] { Stop(); });
     if (controls_accepted & kAcceptsPauseAndContinue) {
         signals_.On(SIGUSR1, [this] { events_.pause(); });

@@ -31,6 +31,7 @@ struct SystemdPlaces {
 };
 
 // systemd as the service manager: SIGTERM and SIGINT stop, SIGUSR1 pauses, SIGUSR2 continues.
+// Without it the end of the terminal, SIGHUP, stops too.
 class SystemdController : public ServiceController {
   public:
     SystemdController(Clock& clock, AsioLoop& loop, SystemdPlaces places = {});
