@@ -1,6 +1,7 @@
 """Notifications by mail, from the service to a mail server."""
 
 import re
+import signal
 import smtplib
 import socket
 import unittest
@@ -52,6 +53,8 @@ class Mail(unittest.TestCase):
             client.login("u", "p", initial_response_ok=False)
             client.sendmail("a@b.example", ["c@d.example"], b"Subject: x\r\n\r\n.dot\x1b\r\n")
         sink.wait_for(".dot\\x1B")
+        harness.wait_until(lambda: not sink.runs(), "an end that keeps nobody waiting", sink.end_session)
+        self.assertEqual(sink.wait(), 0x3A if harness.windows else -signal.SIGHUP)
 
 
 harness.run(Mail)

@@ -40,6 +40,13 @@ BOOL WINAPI TakeRequest(DWORD request) {
     return TRUE;
 }
 
+void EndWithSession() {
+    const auto& handler = g_on_system_end ? g_on_system_end : g_on_gone;
+    if (!handler) // the system would wait for the process
+        std::_Exit(static_cast<int>(STATUS_CONTROL_C_EXIT));
+    handler();
+}
+
 } // namespace
 
 struct EndRequests::State {
@@ -51,11 +58,7 @@ struct EndRequests::State {
     // Once the loop runs, and a service so has its sockets: USER32 takes long to load.
     CallId watch = loop.CallAfter(Duration::zero(), [this] {
         session_end.emplace(
-            loop, [] { return g_why_not ? g_why_not() : std::string(); },
-            [] {
-                if (const auto& handler = g_on_system_end ? g_on_system_end : g_on_gone)
-                    handler();
-            });
+            loop, [] { return g_why_not ? g_why_not() : std::string(); }, EndWithSession);
     });
 };
 
