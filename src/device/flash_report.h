@@ -12,6 +12,8 @@ namespace tarnex {
 
 inline constexpr TextView kCloseWarning =
     u"正在写入，现在退出会使设备程序不完整。再次关闭窗口将强行退出。";
+// The same for who ends the session of Windows.
+inline constexpr TextView kSystemEndWarning = u"正在写入设备程序，中断后设备不能工作。请等待写完。";
 
 // The update has begun to erase and is not done: the unit may have no whole program.
 bool ProgramTouched(const FlashProgress& progress);

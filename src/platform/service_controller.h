@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <string>
 #include <string_view>
 
 namespace tarnex {
@@ -14,6 +15,9 @@ struct ServiceEvents {
     std::function<void(bool system_ending)> stop;
     std::function<void()> pause;
     std::function<void()> resume;
+    // Asked before the user's session or the machine ends, where the system asks: why that has to
+    // wait, in words for its user; "" when it need not.
+    std::function<std::string()> before_system_end;
 };
 
 // The system's service manager.

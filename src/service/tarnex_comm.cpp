@@ -1,5 +1,6 @@
 #include "service/tarnex_comm.h"
 
+#include "device/flash_report.h"
 #include "service/settings_notices.h"
 #include "settings/setting_table.h"
 
@@ -87,22 +88,26 @@ bool TarnexComm::TakeStartSettings() {
 }
 
 ServiceEvents TarnexComm::ControllerEvents() {
-    return {.start = [] {}, // Form_Load has begun the work
-            .stop =
-                [this](bool system_ending) {
-                    ExWindowsState_ = system_ending;
-                    Form_Unload();
-                },
-            .pause =
-                [this] {
-                    parts_.world.controller.LogEvent(EventType::kError, kPausedEvent,
-                                                     "Service paused");
-                },
-            .resume =
-                [this] {
-                    parts_.world.controller.LogEvent(EventType::kInformation, kContinuedEvent,
-                                                     "Service continued");
-                }};
+    return {
+        .start = [] {}, // Form_Load has begun the work
+        .stop =
+            [this](bool system_ending) {
+                ExWindowsState_ = system_ending;
+                Form_Unload();
+            },
+        .pause =
+            [this] {
+                parts_.world.controller.LogEvent(EventType::kError, kPausedEvent, "Service paused");
+            },
+        .resume =
+            [this] {
+                parts_.world.controller.LogEvent(EventType::kInformation, kContinuedEvent,
+                                                 "Service continued");
+            },
+        .before_system_end =
+            [this] {
+                return parts_.core.firmware.ProgramIncomplete() ? ToUtf8(kSystemEndWarning) : "";
+            }};
 }
 
 void TarnexComm::ResetUnitState() {

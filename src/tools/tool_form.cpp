@@ -1,5 +1,7 @@
 #include "tools/tool_form.h"
 
+#include "device/flash_report.h"
+
 namespace tarnex {
 
 namespace {
@@ -96,7 +98,7 @@ void ToolForm::Abandon() {
 }
 
 std::string ToolForm::BeforeSystemEnd() const {
-    return risky_() ? ToUtf8(u"正在写入设备程序，中断后设备不能工作。请等待写完。") : "";
+    return risky_() ? ToUtf8(kSystemEndWarning) : "";
 }
 
 void ToolForm::EndProcess() {

@@ -334,6 +334,7 @@ TEST_F(Service, LeavingAHalfWrittenUnitTakesASecondPress) {
         clock.RunFor(0s);
         ASSERT_FALSE(ended_at);
         EXPECT_EQ(Window().mList1.Lines().back(), kCloseWarning);
+        EXPECT_NE(controller.Events.before_system_end(), "");
     }
     Window().mCMDExit.Click();
     clock.RunFor(0s);

@@ -217,6 +217,7 @@ void NtServiceController::StartService(int controls_accepted, ServiceEvents even
         requests_->OnEnd([this] { Stop(false); });
         requests_->OnGone([this] { Stop(false); });
         requests_->OnSystemEnd([this] { Stop(true); });
+        requests_->BeforeSystemEnd([this] { return events_.before_system_end(); });
     }
     loop_.CallAfter(Duration::zero(), [this] { events_.start(); });
 }
