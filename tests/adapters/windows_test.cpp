@@ -1,9 +1,6 @@
-#include "adapters/asio/asio_loop.h"
-#include "adapters/system/end_requests.h"
 #include "adapters/windows/windows_headers.h"
 
 #include <filesystem>
-#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -26,31 +23,6 @@ TEST(EventLog, HasATextForEachNumber) {
         EXPECT_STREQ(text, L"the text\r\n") << number;
     }
     FreeLibrary(texts);
-}
-
-TEST(SessionEnd, WaitsAsLongAsTheProgramSaysWhy) {
-    RegSetKeyValueW(HKEY_CURRENT_USER, L"Software\\Wine\\Drivers", L"Graphics", REG_SZ, L"null",
-                    sizeof L"null"); // Wine makes no window without a screen, else
-    AsioLoop loop;
-    EndRequests requests(loop);
-    std::string why = "it writes";
-    requests.BeforeSystemEnd([&] { return why; });
-    requests.OnSystemEnd([&] { loop.Stop(); });
-    LRESULT may_end[2]{1, 0};
-    std::thread system([&] {
-        HWND window = nullptr;
-        while (!window)
-            window = FindWindowW(L"TarnexComm.SessionEnd", nullptr);
-        for (LRESULT& each : may_end) {
-            each = SendMessageW(window, WM_QUERYENDSESSION, 0, 0);
-            loop.Post([&] { why.clear(); });
-        }
-        SendNotifyMessageW(window, WM_ENDSESSION, TRUE, 0);
-    });
-    loop.Run();
-    system.join();
-    EXPECT_EQ(may_end[0], FALSE);
-    EXPECT_EQ(may_end[1], TRUE);
 }
 
 } // namespace

@@ -41,8 +41,8 @@ class ToolWindowsTest(unittest.TestCase):
             name = f"{harness.windows}/{name}.exe"
         return self.site.start(name, cwd=self.site.folder)
 
-    def make_firmware(self, name, size=4096):
-        self.site.path(name).write_text(program("TARNEX-SIM 2.0", size))
+    def make_firmware(self, name, *size):
+        self.site.path(name).write_text(program("TARNEX-SIM 2.0", *size))
 
     def leave(self, tool, window):
         wait_until(lambda: not tool.runs(), "the end of " + tool.name, lambda: window.key("alt+x"))
@@ -50,7 +50,7 @@ class ToolWindowsTest(unittest.TestCase):
 
     def test_firmware_is_updated_on_a_fine_screen(self):
         unit = self.site.unit()
-        self.make_firmware("unit.hex")
+        self.make_firmware("unit.hex", 4096)
         screen = self.screen(192)
         flasher = self.start("tarnex-flasher")
         window = screen.window("(c)Firmware Flasher  v1.0.0")
@@ -69,7 +69,8 @@ class ToolWindowsTest(unittest.TestCase):
         window.picture("flasher-writing-192")
         window.wait_for_line(FLASHER_LIST, "升级成功!")
         window.picture("flasher-done-192")
-        self.leave(flasher, window)
+        wait_until(lambda: not flasher.runs(), "the end", flasher.end_session)
+        self.assertEqual(flasher.wait(), 0)
         unit.tell("show")
         unit.wait_for("version           TARNEX-SIM 2.0")
 
@@ -99,6 +100,11 @@ class ToolWindowsTest(unittest.TestCase):
         for key in ("Return", "space", "space"):
             heard = len(unit.said("Hello,tarnex"))
             wait_until(lambda: window.key(key) or len(unit.said("Hello,tarnex")) > heard, "one more greeting")
+        self.make_firmware("Tarnex_20050626.hex", 0xFF00, 1)  # for minutes
+        window.wait_for_line(CONSOLE_LIST, "擦除成功，开始写入。", lambda: window.click(*CONSOLE[41]))
+        console.end_session()  # the unit comes first
+        window.close()
+        window.wait_for_line(CONSOLE_LIST, "再次关闭窗口将强行退出。")
         window.close()
         self.assertEqual(console.wait(), 0)
 
