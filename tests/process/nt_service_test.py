@@ -30,7 +30,7 @@ class NtService(unittest.TestCase):
         harness.Program(self, shutil.which("wine"), query).wait_for(f"SZ    {value}")
 
     def test_it_lives_under_the_service_manager(self):
-        self.site = Site(self)
+        self.site = Site(self, DebugMode="On")
         self.control = pathlib.Path(harness.windows).parent / "tests/service-control.exe"
         program = there(pathlib.Path(harness.windows) / "tarnexcomm.exe")
         for _ in range(2):  # the second brings it up to date
@@ -54,6 +54,7 @@ class NtService(unittest.TestCase):
         self.becomes(RUNNING)
         status = self.site.path("TarnexComm/status.json")
         wait_until(status.exists, "the status, where tarnexctl looks")
+        wait_until(self.site.path("system/Tarnex-debug.log").exists, "the debug lines, which no window shows")
         self.assertEqual(self.ended("/u"), 0)  # takes it away while it runs
         self.assertEqual(self.manager("query"), "error 1060")  # there is none
         self.assertEqual(self.ended("/u"), 69)
