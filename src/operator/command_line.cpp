@@ -143,7 +143,7 @@ void CommandLine::AddStatus() {
     status.Flag("--long", status_.long_form, "everything, also what is as it should be");
     status.Flag("--check", status_.check,
                 "one line for monitoring: OK, WARNING, CRITICAL or UNKNOWN; exit status 0 to "
-                "3; not with --watch");
+                "3; goes alone");
     status.Flag("--json", status_.json, "as JSON");
 
     Command(line_, "doctor", "look at everything once and say what to do; exit status 0, 1 or 2",

@@ -269,8 +269,9 @@ ExitStatus ShowCheck(const OperatorWorld& world) {
 } // namespace
 
 ExitStatus ShowStatus(OperatorWorld& world, const StatusOptions& options) {
-    if (options.check && options.watch)
-        throw Failure(kExitUsage, "--check looks once: it goes without --watch");
+    if (options.check && (options.watch || options.long_form || options.json))
+        throw Failure(kExitUsage, "--check looks once and prints one line: it goes without "
+                                  "--watch, --long and --json");
     if (options.check)
         return ShowCheck(world);
     if (options.watch)

@@ -125,6 +125,7 @@ TEST_F(StatusCommands, IsShortOnATerminalAndOneLineForMonitoring) {
     WriteFile(world.status_path, "{}");
     EXPECT_EQ(Run({"status", "--check"}), 3);
     EXPECT_TRUE(out.str().starts_with("UNKNOWN: "));
+    Fails(64, {"status", "--check", "--json"}, "goes without --watch, --long and --json");
 }
 
 TEST_F(StatusCommands, TheJsonHasLocalTimes) {
