@@ -1,5 +1,6 @@
 #include "operator/file_access.h"
 
+#include "platform/error_words.h"
 #include "platform/file_path.h"
 
 #include <algorithm>
@@ -17,7 +18,7 @@ namespace fs = std::filesystem;
 struct Remedy {
     std::errc problem;
     ExitStatus status;
-    const char* words;  // for the problem; nullptr: the system's
+    const char* words;  // for the problem; nullptr: those of WordsFor()
     const char* remedy; // or kBecomeUser
 };
 constexpr const char* kBecomeUser = nullptr; // in the words of the system
@@ -38,6 +39,9 @@ constexpr Remedy kWriting[] = {
 };
 constexpr Remedy kOtherWriting{{}, kExitCannotCreate, nullptr, "look for a used-up quota or a failing disk"};
 
+// Of what a command is told to write to.
+constexpr Remedy kForbiddenOutput{{}, kExitCannotCreate, nullptr, "name a file in a folder that you may write to"};
+
 constexpr Remedy kReading[] = {
     {std::errc::permission_denied,         kExitNoRights,     nullptr, kBecomeUser},
     {std::errc::is_a_directory,            kExitNoInput,      "it is no ordinary file", "name a file"},
@@ -52,7 +56,7 @@ Failure MakeFailure(const SystemWords& words, const std::string& line, std::erro
     const std::string become_user = "run this as " + words.who_may + words.how_to_become_them;
     const std::string what = !holder.empty() ? holder + " keeps it open"
                              : remedy.words  ? remedy.words
-                                             : why.message();
+                                             : WordsFor(why);
     return {remedy.status,
             line + " (" + what + "): " + (remedy.remedy ? remedy.remedy : become_user)};
 }
@@ -99,10 +103,12 @@ void WriteOutput(const OperatorWorld& world, const std::string& path, std::strin
     if (fs::exists(there) && !fs::is_regular_file(there))
         throw Failure(kExitCannotCreate,
                       path + " is no ordinary file, and stays as it is; " + instead);
-    const std::string problem = world.replace_file(path, content, readers);
-    if (!problem.empty())
-        throw Failure(kExitCannotCreate, path + " cannot be written (" + problem +
-                                             "): name a file in a folder that you may write to");
+    const std::error_code problem = world.replace_file(path, content, readers);
+    const Remedy& known = RemedyOf(problem, kWriting, kOtherWriting);
+    if (problem)
+        throw MakeFailure(world.words, "the file " + path + " cannot be written", problem,
+                          known.status == kExitNoRights ? kForbiddenOutput : known,
+                          HolderOf(world, path, problem));
 }
 
 std::string HolderOf(const OperatorWorld& world, const std::string& path, std::error_code why) {

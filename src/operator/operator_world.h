@@ -59,9 +59,8 @@ struct OperatorWorld {
     std::function<ServiceAnswer(const std::string& request)> ask_service{};
     // nullptr for a name that the system does not know; it knows "GBK" and "UTF-8".
     std::function<std::unique_ptr<CodePage>(const std::string& name)> make_code_page;
-    // Puts a new file with that content in the place of path in one step for readers. "" when
-    // done, else what the system says stands in the way.
-    std::function<std::string(const std::string& path, std::string_view content, Readers)>
+    // Puts a new file with that content in the place of path in one step for readers.
+    std::function<std::error_code(const std::string& path, std::string_view content, Readers)>
         replace_file;
 
     // What a server says first; the trouble where it says nothing.

@@ -192,6 +192,10 @@ TEST_F(StatusCommands, MetricsAreGoodPrometheusText) {
 
     EXPECT_EQ(Output({"metrics", "--output", folder / "tarnexcomm.prom"}), "");
     EXPECT_EQ(FileContent(folder / "tarnexcomm.prom"), text);
+    const auto full = std::make_error_code(std::errc::no_space_on_device);
+    world.replace_file = [=](auto&&...) { return full; };
+    Fails(73, {"metrics", "--output", folder / "more"},
+          "(no space left on the device): free space");
 #ifndef _WIN32
     std::filesystem::create_symlink("/dev/null", folder / "link"); // as /dev/stdout is one
     Fails(73, {"metrics", "--output", folder / "link"}, "link");

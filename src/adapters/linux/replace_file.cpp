@@ -1,11 +1,10 @@
 #include "adapters/system/replace_file.h"
 
+#include "adapters/linux/last_error.h"
 #include "adapters/linux/unique_fd.h"
 #include "adapters/linux/write_all.h"
 
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 
 #include <fcntl.h>
@@ -26,22 +25,22 @@ bool WriteNew(const std::string& path, std::string_view content, mode_t mode) {
 
 } // namespace
 
-std::string ReplaceFile(const std::string& path, std::string_view content, Readers readers) {
+std::error_code ReplaceFile(const std::string& path, std::string_view content, Readers readers) {
     const std::string successor = path + ".new";
     const mode_t mode = readers == Readers::kAll ? 0644 : 0600;
     if (WriteNew(successor, content, mode) && std::rename(successor.c_str(), path.c_str()) == 0)
-        return "";
-    const std::string problem = std::strerror(errno);
+        return {};
+    const std::error_code problem = LastError();
     unlink(successor.c_str());
     return problem;
 }
 
 // link() takes nobody's place, as rename() would.
-std::string PlaceNewFile(const std::string& file, const std::string& path) {
+std::error_code PlaceNewFile(const std::string& file, const std::string& path) {
     if (chmod(file.c_str(), kNewFileMode) != 0 || link(file.c_str(), path.c_str()) != 0)
-        return std::strerror(errno);
+        return LastError();
     unlink(file.c_str());
-    return "";
+    return {};
 }
 
 void RemoveFile(const std::string& path) {

@@ -118,7 +118,7 @@ bool SystemdController::Install(bool) {
         return false;
     const auto before = ReadFile(unit_path_);
     const bool user_exists = getpwnam(kServiceUser) != nullptr;
-    if (!ReplaceFile(unit_path_, SystemdUnitText(executable.string(), user_exists)).empty())
+    if (ReplaceFile(unit_path_, SystemdUnitText(executable.string(), user_exists)))
         return false;
     if (Systemctl({"daemon-reload"}) && Systemctl({"enable", kUnitName}))
         return true;
@@ -139,7 +139,7 @@ bool SystemdController::Uninstall() {
 
 void SystemdController::SaveParameter(std::string_view name, std::string_view value) {
     const auto unit = ReadFile(unit_path_);
-    if (unit && ReplaceFile(unit_path_, WithUnitParameter(*unit, name, value)).empty())
+    if (unit && !ReplaceFile(unit_path_, WithUnitParameter(*unit, name, value)))
         Systemctl({"daemon-reload"});
 }
 

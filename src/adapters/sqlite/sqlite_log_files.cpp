@@ -5,6 +5,7 @@
 #include "adapters/system/access_log.h"
 #include "adapters/system/replace_file.h"
 #include "adapters/system/this_system.h"
+#include "platform/error_words.h"
 #include "platform/file_path.h"
 
 #include <algorithm>
@@ -49,6 +50,8 @@ std::string Build(const std::string& path, const std::string& schema) {
             "its folder is missing or may not be written to. Make the folder, or run "
             "this as {who}");
     const int result = sqlite3_exec(database.get(), schema.c_str(), nullptr, nullptr, nullptr);
+    if (result == SQLITE_FULL)
+        return "no space left on the device. Free space on its disk";
     return result == SQLITE_OK ? "" : sqlite3_errmsg(database.get());
 }
 
@@ -130,7 +133,8 @@ std::string SqliteLogFiles::Create(const std::string& path, const std::string& s
     if (problem.empty())
         problem = WritingProblem(draft); // the service must be able to use it
     if (problem.empty()) // people's messages: who may read the settings may read them
-        problem = PlaceNewFile(draft, path);
+        if (const std::error_code failed = PlaceNewFile(draft, path))
+            problem = WordsFor(failed);
     RemoveFile(draft);
     return problem.empty() ? "" : path + " cannot be made: " + problem;
 }

@@ -3,6 +3,7 @@
 #include "adapters/system/environment.h"
 #include "adapters/system/replace_file.h"
 #include "adapters/system/this_system.h"
+#include "platform/error_words.h"
 #include "platform/file_path.h"
 
 namespace tarnex {
@@ -20,11 +21,11 @@ bool StatusFile::Possible() const {
 }
 
 std::string StatusFile::Replace(const std::string& text) {
-    const std::string problem = ReplaceFile(path_, text);
-    return problem.empty() ? ""
-                           : "The status file " + path_ + " cannot be written (" + problem +
-                                 "), so tarnexctl shows old values or none. Give the user of this "
-                                 "service write access to its folder, and free space there.";
+    const std::error_code problem = ReplaceFile(path_, text);
+    return !problem ? ""
+                    : "The status file " + path_ + " cannot be written (" + WordsFor(problem) +
+                          "), so tarnexctl shows old values or none. Give the user of this "
+                          "service write access to its folder, and free space there.";
 }
 
 } // namespace tarnex

@@ -4,7 +4,6 @@
 #include "adapters/windows/windows_handle.h"
 #include "adapters/windows/windows_text.h"
 #include "adapters/windows/write_new_file.h"
-#include "platform/error_words.h"
 
 namespace tarnex {
 
@@ -32,7 +31,7 @@ std::error_code WriteNewFile(const std::string& path, std::string_view content,
     return flushed && !FlushFileBuffers(file.Get()) ? LastError() : std::error_code();
 }
 
-std::string ReplaceFile(const std::string& path, std::string_view content, Readers) {
+std::error_code ReplaceFile(const std::string& path, std::string_view content, Readers) {
     const std::string successor = path + ".new";
     std::error_code problem = WriteNewFile(successor, content, nullptr, false);
     if (!problem)
@@ -41,16 +40,15 @@ std::string ReplaceFile(const std::string& path, std::string_view content, Reade
         Sleep(kPause);
         problem = TakePlace(successor, path);
     }
-    if (!problem)
-        return "";
-    RemoveFile(successor);
-    return WordsFor(problem);
+    if (problem)
+        RemoveFile(successor);
+    return problem;
 }
 
-std::string PlaceNewFile(const std::string& file, const std::string& path) {
+std::error_code PlaceNewFile(const std::string& file, const std::string& path) {
     if (MoveFileExW(ToWide(file).c_str(), ToWide(path).c_str(), MOVEFILE_WRITE_THROUGH))
-        return "";
-    return WordsFor(LastError());
+        return {};
+    return LastError();
 }
 
 void RemoveFile(const std::string& path) {
