@@ -17,7 +17,7 @@ struct ServiceEvents {
     std::function<void()> resume;
     // Asked before the user's session or the machine ends, where the system asks: why that has to
     // wait, in words for its user; "" when it need not.
-    std::function<std::string()> before_system_end;
+    std::function<std::string()> before_system_end = [] { return std::string(); };
 };
 
 // The system's service manager.
