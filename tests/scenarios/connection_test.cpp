@@ -198,7 +198,7 @@ TEST_F(Connection, ASettingsFileThatCannotBeWrittenKeepsNoUnitFromBeingReady) {
     clock.RunFor(1min);
     EXPECT_EQ(unit.Count("WRNO1"), 2);
     ASSERT_EQ(said.size(), 1u);
-    EXPECT_NE(said[0].find("Tarnex.ini cannot be written"), std::string::npos);
+    EXPECT_NE(said[0].find("Tarnex.ini cannot be written (permission denied)"), std::string::npos);
 
     store.Writable = true;
     Set(u"Text", u"Text1(34)", u"13900000009"); // goes to the unit once
