@@ -25,6 +25,7 @@ struct SessionEnd::Watch {
     std::function<void()> ended;
     std::promise<void> over;   // nobody waits for the end of the process any more
     std::promise<DWORD> begun; // the thread's number
+    std::shared_future<void> is_over = over.get_future().share(); // may be told more than once
     std::thread thread{};
 
     // A window that nobody sees: those for messages alone are not told.
@@ -61,7 +62,7 @@ struct SessionEnd::Watch {
     }
     void Tell() {
         loop.Post([call = ended] { call(); });
-        over.get_future().wait_for(kTimeToEndSession); // once this returns, the process is ended
+        is_over.wait_for(kTimeToEndSession); // once this returns, the process is ended
     }
     static LRESULT CALLBACK TakeMessage(HWND window, UINT message, WPARAM first, LPARAM second) {
         if (message == WM_CREATE) {
