@@ -18,22 +18,32 @@ std::wstring FolderOfWindows() {
     return folder;
 }
 
+// A whole path. Any other would be taken from whatever folder the program is in.
+bool NamesFolder(const std::wstring& path) {
+    return path.find(L'%') == std::wstring::npos &&
+           (path.find(L":\\") == 1 || path.starts_with(L"\\\\"));
+}
+
 // Not by the environment, which somebody may have changed; Wine gives its services another one.
 // SHELL32 takes long to load: it is asked only where anything unusual stands in the registry.
 std::wstring DataOfAllUsers() {
     constexpr std::wstring_view kDrive = L"%SystemDrive%";
+    const std::wstring drive = FolderOfWindows().substr(0, 2);
     wchar_t folder[MAX_PATH]{};
     DWORD size = sizeof folder;
-    RegGetValueW(HKEY_LOCAL_MACHINE,
-                 L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList", L"ProgramData",
-                 RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ | RRF_NOEXPAND, nullptr, folder, &size);
-    std::wstring path = folder;
+    // Of a value that is no text it fails, and fills the folder all the same.
+    const bool found =
+        RegGetValueW(HKEY_LOCAL_MACHINE,
+                     L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList",
+                     L"ProgramData", RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ | RRF_NOEXPAND, nullptr,
+                     folder, &size) == ERROR_SUCCESS;
+    std::wstring path = found ? folder : L"";
     if (path.starts_with(kDrive))
-        path.replace(0, kDrive.size(), FolderOfWindows(), 0, 2);
-    if (!path.empty() && path.find(L'%') == std::wstring::npos)
+        path.replace(0, kDrive.size(), drive);
+    if (NamesFolder(path))
         return path;
     SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, SHGFP_TYPE_CURRENT, folder);
-    return folder;
+    return NamesFolder(folder) ? folder : drive + L"\\ProgramData";
 }
 
 } // namespace
