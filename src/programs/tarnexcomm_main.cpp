@@ -31,15 +31,16 @@ int Run(const std::vector<std::string>& arguments) {
     AsioLoop& loop = machine.loop;
     AsioDatagramSockets sockets(loop, machine.settings.bind_address);
     int exit_status = kExitDone;
-    AsioTcpClients tcp(loop);
-    AnyLogTable log;
-    SqliteHistory history(HistoryPath());
-    const auto say = [&machine](const std::string& line) { machine.Say(line); };
+    // Before all files: once it is gone, a system that ends waits for this process no longer.
     const auto controller =
         MakeServiceController(loop, [&](ExitStatus failed, const std::string& why) {
             exit_status = failed;
             machine.Say(NoticeLevel::kError, why);
         });
+    AsioTcpClients tcp(loop);
+    AnyLogTable log;
+    SqliteHistory history(HistoryPath());
+    const auto say = [&machine](const std::string& line) { machine.Say(line); };
     StatusFile status(StatusFilePath());
     DebugLines debug_lines(machine.store.Name());
     const auto say_lost = [&say](const std::string& why) {
