@@ -51,8 +51,8 @@ std::string WhyAbsent(const OperatorWorld& world, const Json& last_status) {
     const Holder holder = world.machine.LockHolder(world.lock_path);
     if (holder.process != 0 && world.is_service(holder.process))
         return holder.text + " runs, but not by the status file " + world.status_path +
-               ": restart it with \"" + world.words.restart_service +
-               "\", or name its file with --status-file";
+               ": free space where its disk is full; else restart it with \"" +
+               world.words.restart_service + "\", or name its file with --status-file";
     const std::string obstacle = Obstacle(world, holder.text);
     return "the service does not run: " +
            (obstacle.empty() ? HowItEnded(world, last_status) + ";"
