@@ -25,7 +25,7 @@ constexpr DWORD kNewSockets = 4096; // bytes for those that come between two cal
 constexpr GUID kPortsClass{
     0x4d36e978, 0xe325, 0x11ce, {0xbf, 0xc1, 0x08, 0x00, 0x2b, 0xe1, 0x03, 0x18}};
 
-constexpr std::size_t kLongestDeviceName = 256; // of a device
+constexpr std::size_t kLongestDeviceName = 256;
 
 // Without a name where the system tells nobody, as of itself.
 Holder Described(DWORD process, const std::wstring& name) {
